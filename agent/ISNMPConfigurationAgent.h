@@ -1,0 +1,34 @@
+#ifndef AGENT_ISNMP_CONFIGURATION_AGENT_H
+#define AGENT_ISNMP_CONFIGURATION_AGENT_H
+
+class ISupportSNMP;
+
+// What the SNMP configuration agent offers to SNMP-capable device drivers. Published with the host's instance manager under
+// `ISNMPConfigurationAgent_IID` from the agent's first `Initialize` until its destruction: look it up before each use and
+// convert the pointer back to exactly this interface.
+//
+// Callable from inside any call that the agent makes into a device; not from another thread. The order of the operations is a
+// binary contract.
+class ISNMPConfigurationAgent {
+ public:
+  // Announces a device. `deviceId` is the driver's id in the project. `device` is not owned; it must stay valid until
+  // `DeleteSNMPDevice`. A null device is logged and ignored. While an id is registered, a second announcement does not
+  // replace the first device; the tool is told "DeviceAdded" all the same.
+  /* 1 */ virtual void AddSNMPDevice(unsigned long deviceId, ISupportSNMP* device) = 0;
+
+  // Withdraws a device; the tool is told "DeviceDeleted", also when the id was never announced. An operation on the device
+  // that is under way when this is called, further up the stack, still finishes.
+  /* 2 */ virtual void DeleteSNMPDevice(unsigned long deviceId) = 0;
+
+  // Brings the device's snmpd.conf up to date with its settings: reads the file, fills settings that are empty, rewrites the
+  // managed section, hands the file back. False when the id is unknown or a copy failed.
+  /* 3 */ virtual bool SetDeviceState(unsigned long deviceId) = 0;
+
+ protected:
+  ~ISNMPConfigurationAgent() = default;
+};
+
+// The identifier under which the agent publishes its `ISNMPConfigurationAgent`.
+#define ISNMPConfigurationAgent_IID "8C31E6F2-04AB-4f97-A6D5-3B92C7E10F58"
+
+#endif
