@@ -1,0 +1,69 @@
+#ifndef DEVHOST_XML_XML_READER_H
+#define DEVHOST_XML_XML_READER_H
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/INode.h"
+#include "host/auto_com.h"
+
+// XML for the host's own use: its files in, its messages out. What drivers see is host/H7XML.h.
+namespace devhost {
+
+struct XmlAttribute {
+  std::string name;
+  std::string value;
+};
+
+// One element of a file that was read, as a plain value.
+struct XmlElement {
+  std::string name;
+  // The element's own text, references resolved, line ends as "\n". White space that only lays child elements out is not text.
+  std::string text;
+  std::vector<XmlAttribute> attributes;  // in the order of the file; names are unique
+  std::vector<XmlElement> children;      // in the order of the file
+  // Where the element's start tag stands, counted from 1. The column counts bytes.
+  std::size_t line = 0;
+  std::size_t column = 0;
+
+  // The value of that attribute, borrowed from this element; null when it has none of that name.
+  const std::string* FindAttribute(const std::string& attributeName) const;
+};
+
+// Text that is no well-formed XML document. `what()` says what is wrong, without the place.
+class XmlError : public std::runtime_error {
+ public:
+  XmlError(const std::string& problem, std::size_t errorLine, std::size_t errorColumn);
+  // Counted from 1. The column counts bytes.
+  std::size_t Line() const { return m_line; }
+  std::size_t Column() const { return m_column; }
+
+ private:
+  std::size_t m_line;
+  std::size_t m_column;
+};
+
+// Reads a whole document (UTF-8, a byte order mark is skipped) and returns its root element. Comments, processing
+// instructions and the document type are passed over. Throws XmlError, also for elements nested more than 1000 deep.
+XmlElement ReadXml(const std::string& text);
+
+// The same as a node for a driver; never an empty handle. Any depth.
+h7::auto_com<H7XML::INode> ReadXmlNode(const std::string& text);
+
+enum class XmlStyle {
+  Compact,  // on one line, as long as no text holds a line feed
+  Indented  // two spaces per level, line feeds between elements; an element with text and children stays on its line
+};
+
+// The element as text, without declaration and without a final line feed. Reading it back gives the same element: attributes
+// keep their order, carriage returns are written as references. What XML cannot carry is replaced: a control character or
+// a byte that is no UTF-8 by U+FFFD, a character that cannot stand in a name by "_". `node` must be one of this host's own,
+// otherwise std::invalid_argument is thrown.
+std::string XmlText(const H7XML::INode& node, XmlStyle style);
+std::string XmlText(const XmlElement& element, XmlStyle style);
+
+}  // namespace devhost
+
+#endif
