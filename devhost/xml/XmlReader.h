@@ -20,7 +20,8 @@ struct XmlAttribute {
 // One element of a file that was read, as a plain value.
 struct XmlElement {
   std::string name;
-  // The element's own text, references resolved, line ends as "\n". White space that only lays child elements out is not text.
+  // The element's own text, references resolved, line ends as "\n". White space that only lays child elements out is not
+  // text.
   std::string text;
   std::vector<XmlAttribute> attributes;  // in the order of the file; names are unique
   std::vector<XmlElement> children;      // in the order of the file

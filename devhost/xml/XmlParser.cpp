@@ -1,0 +1,159 @@
+#include "devhost/xml/XmlParser.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <pugixml.hpp>
+#include <set>
+#include <string_view>
+
+#include "devhost/xml/XmlCharacters.h"
+#include "devhost/xml/XmlReader.h"
+
+namespace devhost {
+namespace {
+
+// Turns rising offsets into lines and columns in one walk over the text.
+class Places {
+ public:
+  explicit Places(const std::string& text) : m_text(text) {}
+
+  void MoveTo(std::size_t offset) {
+    while (m_lineEnd < offset) {
+      const void* const found = std::memchr(m_text.data() + m_lineEnd, '\n', offset - m_lineEnd);
+      if (found == nullptr) {
+        break;
+      }
+      m_lineEnd = static_cast<std::size_t>(static_cast<const char*>(found) - m_text.data()) + 1;
+      m_lineStart = m_lineEnd;
+      ++m_line;
+    }
+    m_lineEnd = std::max(m_lineEnd, offset);
+    m_column = offset - m_lineStart + 1;
+  }
+
+  std::size_t Line() const { return m_line; }
+  std::size_t Column() const { return m_column; }
+
+ private:
+  const std::string& m_text;
+  std::size_t m_line = 1;
+  std::size_t m_column = 1;
+  std::size_t m_lineStart = 0;
+  std::size_t m_lineEnd = 0;  // everything before it has been searched
+};
+
+[[noreturn]] void Fail(const std::string& text, std::size_t offset, const std::string& problem) {
+  Places places(text);
+  places.MoveTo(std::min(offset, text.size()));
+  throw XmlError(problem, places.Line(), places.Column());
+}
+
+// Where the start tag stands: the library knows where its name stands.
+std::size_t OffsetOf(pugi::xml_node element) {
+  return static_cast<std::size_t>(element.offset_debug()) - 1;
+}
+
+bool HasTwiceTheSameAttribute(pugi::xml_node element) {
+  std::set<std::string_view> names;
+  for (const pugi::xml_attribute attribute : element.attributes()) {
+    if (!names.insert(attribute.name()).second) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The next node in document order, below `top`.
+pugi::xml_node Following(pugi::xml_node node, pugi::xml_node top) {
+  if (node.first_child()) {
+    return node.first_child();
+  }
+  while (node != top && !node.next_sibling()) {
+    node = node.parent();
+  }
+  return node == top ? pugi::xml_node() : node.next_sibling();
+}
+
+// What the library lets pass: several root elements, text around them, an attribute given twice.
+pugi::xml_node CheckedRoot(const pugi::xml_document& document, const std::string& text) {
+  pugi::xml_node root;
+  for (const pugi::xml_node node : document.children()) {
+    if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata) {
+      Fail(text, root ? OffsetOf(root) : 0, "text outside of the root element");
+    }
+    if (node.type() == pugi::node_element && root) {
+      Fail(text, OffsetOf(node), std::string("a second root element <") + node.name() + ">; only one is allowed");
+    }
+    if (node.type() == pugi::node_element) {
+      root = node;
+    }
+  }
+  if (!root) {
+    Fail(text, text.size(), "no root element");
+  }
+  for (pugi::xml_node node = root; node; node = Following(node, root)) {
+    // One attribute alone, the usual case, costs nothing.
+    if (node.first_attribute() != node.last_attribute() && HasTwiceTheSameAttribute(node)) {
+      Fail(text, OffsetOf(node), std::string("element <") + node.name() + "> has one attribute twice");
+    }
+  }
+  return root;
+}
+
+void Open(pugi::xml_node element, Places& places, XmlParserSink& sink) {
+  places.MoveTo(OffsetOf(element));
+  sink.OnOpen(element.name(), places.Line(), places.Column());
+  for (const pugi::xml_attribute attribute : element.attributes()) {
+    sink.OnAttribute(attribute.name(), attribute.value());
+  }
+}
+
+// Without recursion, because documents may be deeper than the stack.
+void Walk(pugi::xml_node root, Places& places, XmlParserSink& sink) {
+  Open(root, places, sink);
+  pugi::xml_node parent = root;
+  pugi::xml_node node = root.first_child();
+  while (node || parent != root) {
+    if (!node) {
+      sink.OnClose();
+      node = parent.next_sibling();
+      parent = parent.parent();
+    } else if (node.type() == pugi::node_element) {
+      Open(node, places, sink);
+      parent = node;
+      node = node.first_child();
+    } else {
+      sink.OnText(node.value());
+      node = node.next_sibling();
+    }
+  }
+  sink.OnClose();
+}
+
+}  // namespace
+
+void ParseXml(const std::string& text, XmlParserSink& sink) {
+  std::string problem;
+  const std::size_t bad = FindXmlProblem(text, problem);
+  if (bad != std::string::npos) {
+    Fail(text, bad, problem);
+  }
+  // White space beside child elements is layout; alone in an element it is text. Fragments are let in so that what stands
+  // outside of the root can be seen and refused.
+  constexpr unsigned int kOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_eol | pugi::parse_wconv_attribute |
+                                    pugi::parse_ws_pcdata_single | pugi::parse_fragment;
+  pugi::xml_document document;
+  const pugi::xml_parse_result result = document.load_buffer(text.data(), text.size(), kOptions, pugi::encoding_utf8);
+  if (result.status == pugi::status_out_of_memory) {
+    throw std::bad_alloc();
+  }
+  if (!result) {
+    Fail(text, static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0)), result.description());
+  }
+  const pugi::xml_node root = CheckedRoot(document, text);
+  Places places(text);
+  Walk(root, places, sink);
+}
+
+}  // namespace devhost

@@ -1,0 +1,185 @@
+#include <stdexcept>
+#include <string_view>
+
+#include "devhost/xml/XmlCharacters.h"
+#include "devhost/xml/XmlNode.h"
+#include "devhost/xml/XmlReader.h"
+#include "devhost/xml/XmlTree.h"
+
+namespace devhost {
+namespace {
+
+constexpr char kReplacement[] = "\xEF\xBF\xBD";  // U+FFFD
+
+bool IsWhiteSpace(std::string_view text) {
+  return !text.empty() && text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+class Writer {
+ public:
+  explicit Writer(XmlStyle style) : m_indented(style == XmlStyle::Indented) {}
+
+  // Without recursion, because trees may be deeper than the stack.
+  std::string Write(const XmlNode& root) {
+    const XmlNode* node = &root;
+    while (node != nullptr) {
+      OpenTag(*node);
+      if (node->FirstChild() != nullptr) {
+        node = node->FirstChild();
+        continue;
+      }
+      node = NextAfter(*node, root);
+    }
+    return std::move(m_out);
+  }
+
+ private:
+  // Closes what ends with `node`; the node to write next, or null.
+  const XmlNode* NextAfter(const XmlNode& node, const XmlNode& root) {
+    const XmlNode* closed = &node;
+    while (closed != &root) {
+      if (closed->NextSibling() != nullptr) {
+        return closed->NextSibling();
+      }
+      closed = closed->Parent();
+      CloseTag(*closed);
+    }
+    return nullptr;
+  }
+
+  void OpenTag(const XmlNode& node) {
+    BreakLine();
+    m_out += '<';
+    Name(node.Name());
+    for (const XmlAttribute& attribute : node.Attributes()) {
+      m_out += ' ';
+      Name(attribute.name);
+      m_out += "=\"";
+      Text(attribute.value, true);
+      m_out += '"';
+    }
+    if (node.FirstChild() == nullptr && node.Value().empty()) {
+      m_out += "/>";
+      return;
+    }
+    m_out += '>';
+    Value(node);
+    if (node.FirstChild() == nullptr) {
+      EndTag(node);
+      return;
+    }
+    ++m_depth;
+    if (m_inline == 0 && !node.Value().empty()) {
+      m_inline = m_depth;  // line feeds would become part of its text
+    }
+  }
+
+  void CloseTag(const XmlNode& node) {
+    if (m_inline == m_depth) {
+      --m_depth;
+      m_inline = 0;
+    } else {
+      --m_depth;
+      BreakLine();
+    }
+    EndTag(node);
+  }
+
+  void EndTag(const XmlNode& node) {
+    m_out += "</";
+    Name(node.Name());
+    m_out += '>';
+  }
+
+  void BreakLine() {
+    if (m_indented && m_inline == 0 && !m_out.empty()) {
+      m_out += '\n';
+      m_out.append(2 * m_depth, ' ');
+    }
+  }
+
+  // White space beside children would be taken for layout: its first character becomes a reference.
+  void Value(const XmlNode& node) {
+    std::string_view value = node.Value();
+    if (node.FirstChild() != nullptr && IsWhiteSpace(value)) {
+      Reference(value.front());
+      value.remove_prefix(1);
+    }
+    Text(value, false);
+  }
+
+  void Name(std::string_view name) {
+    if (name.empty()) {
+      m_out += '_';
+    }
+    for (std::size_t i = 0; i < name.size();) {
+      const std::size_t length = XmlCharacterLength(name.substr(i, 4));
+      if (length != 0 && IsXmlNameByte(name[i], i == 0)) {
+        m_out += name.substr(i, length);
+      } else {
+        m_out += '_';
+      }
+      i += length != 0 ? length : 1;
+    }
+  }
+
+  void Text(std::string_view text, bool attribute) {
+    std::size_t plain = 0;  // from here on nothing needs care
+    for (std::size_t i = 0; i < text.size();) {
+      const unsigned char byte = static_cast<unsigned char>(text[i]);
+      if (byte >= 0x20 && byte < 0x80 && text[i] != '&' && text[i] != '<' && text[i] != '>' && text[i] != '"') {
+        ++i;
+        continue;
+      }
+      const std::size_t length = XmlCharacterLength(text.substr(i, 4));
+      if (length < 2) {
+        m_out += text.substr(plain, i - plain);
+        Special(text[i], length, attribute);
+        plain = i + 1;
+      }
+      i += length != 0 ? length : 1;
+    }
+    m_out += text.substr(plain);
+  }
+
+  void Special(char character, std::size_t length, bool attribute) {
+    if (length == 0) {
+      m_out += kReplacement;
+    } else if (character == '&') {
+      m_out += "&amp;";
+    } else if (character == '<') {
+      m_out += "&lt;";
+    } else if (character == '>') {
+      m_out += "&gt;";
+    } else if (character == '"' && attribute) {
+      m_out += "&quot;";
+    } else if (character == '\r' || (attribute && character != '"')) {
+      Reference(character);  // a parser would make a line feed or a blank of it
+    } else {
+      m_out += character;
+    }
+  }
+
+  void Reference(char character) { m_out += "&#" + std::to_string(static_cast<int>(character)) + ";"; }
+
+  const bool m_indented;
+  std::size_t m_depth = 0;
+  std::size_t m_inline = 0;  // the depth below which no lines are broken; 0 for none
+  std::string m_out;
+};
+
+}  // namespace
+
+std::string XmlText(const H7XML::INode& node, XmlStyle style) {
+  const XmlNode* const own = dynamic_cast<const XmlNode*>(&node);
+  if (own == nullptr) {
+    throw std::invalid_argument("the XML node was not made by this host");
+  }
+  return Writer(style).Write(*own);
+}
+
+std::string XmlText(const XmlElement& element, XmlStyle style) {
+  return Writer(style).Write(MakeXmlTree(element).Root());
+}
+
+}  // namespace devhost
