@@ -1,0 +1,208 @@
+#include "drivers/common/ConfigFile.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <utility>
+
+#include "drivers/common/FileStatus.h"
+
+namespace drivers {
+
+namespace {
+
+const char kName[] = "snmpd.conf";
+// One fixed name: under the folder's lock it can only be what a killed writer left, so the next one may remove it.
+const char kTemporaryName[] = ".snmpd.conf.new";
+
+const mode_t kPermissionBits = 07777;
+const mode_t kPrivate = 0600;  // communities are secrets
+
+// Owns a descriptor, or none after a failed open.
+class Descriptor {
+ public:
+  Descriptor(FileCalls& calls, int descriptor) : m_calls(calls), m_descriptor(descriptor) {}
+  ~Descriptor() {
+    if (IsOpen()) {
+      m_calls.Close(m_descriptor);
+    }
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  bool IsOpen() const { return m_descriptor >= 0; }
+  int Get() const { return m_descriptor; }
+  // Closes now. The descriptor is gone whatever comes back; an interrupted close has closed.
+  int Close() {
+    const int result = m_calls.Close(std::exchange(m_descriptor, -1));
+    return result != 0 && errno != EINTR ? FileStatusOfErrno(errno) : 0;
+  }
+
+ private:
+  FileCalls& m_calls;
+  int m_descriptor;
+};
+
+int LastStatus() {
+  return FileStatusOfErrno(errno);
+}
+
+// An open that follows no link says ELOOP where it meets one.
+int StatusOfFailedOpen() {
+  return errno == ELOOP ? kFileIsSymbolicLink : LastStatus();
+}
+
+}  // namespace
+
+// What stands under the file's name before a write.
+struct ConfigFile::Former {
+  bool exists = false;
+  struct stat attributes = {};
+};
+
+ConfigFile::ConfigFile(const std::string& folder, std::shared_ptr<FileCalls> calls)
+    : m_folder(folder), m_calls(std::move(calls)) {}
+
+std::string ConfigFile::GetPath() const {
+  const bool hasSlash = !m_folder.empty() && m_folder.back() == '/';
+  return m_folder + (hasSlash ? "" : "/") + kName;
+}
+
+int ConfigFile::Read(std::string& text) const {
+  const Descriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
+  if (!folder.IsOpen()) {
+    return LastStatus();
+  }
+  const Descriptor file(*m_calls, m_calls->OpenForReading(folder.Get(), kName));
+  if (!file.IsOpen()) {
+    if (errno == ENOENT) {
+      text.clear();
+      return 0;
+    }
+    return StatusOfFailedOpen();
+  }
+  return ReadOpened(file.Get(), text);
+}
+
+int ConfigFile::ReadOpened(int descriptor, std::string& text) const {
+  struct stat attributes = {};
+  if (m_calls->StatOpened(descriptor, attributes) != 0) {
+    return LastStatus();
+  }
+  if (!S_ISREG(attributes.st_mode)) {
+    return kFileIsNotRegular;
+  }
+  // One byte more than expected finds the end in the first round; a file that grows meanwhile is read on.
+  std::string content(static_cast<std::size_t>(attributes.st_size) + 1, '\0');
+  std::size_t used = 0;
+  for (;;) {
+    if (used == content.size()) {
+      content.resize(2 * content.size());
+    }
+    const ssize_t count = m_calls->Read(descriptor, &content[used], content.size() - used);
+    if (count == 0) {
+      break;
+    }
+    if (count > 0) {
+      used += static_cast<std::size_t>(count);
+    } else if (errno != EINTR) {
+      return LastStatus();
+    }
+  }
+  content.resize(used);
+  text = std::move(content);
+  return 0;
+}
+
+int ConfigFile::Replace(const std::string& text) const {
+  const Descriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
+  if (!folder.IsOpen()) {
+    return LastStatus();
+  }
+  if (m_calls->LockFolder(folder.Get()) != 0) {
+    return LastStatus();
+  }
+  Former former;
+  int status = LookAtFormer(folder.Get(), former);
+  if (status != 0) {
+    return status;
+  }
+  if (m_calls->Remove(folder.Get(), kTemporaryName) != 0 && errno != ENOENT) {
+    return LastStatus();
+  }
+  status = WriteTemporary(folder.Get(), text, former);
+  if (status == 0 && m_calls->Rename(folder.Get(), kTemporaryName, kName) != 0) {
+    status = LastStatus();
+  }
+  if (status != 0) {
+    m_calls->Remove(folder.Get(), kTemporaryName);
+    return status;
+  }
+  return Sync(folder.Get());
+}
+
+int ConfigFile::LookAtFormer(int folder, Former& former) const {
+  if (m_calls->Stat(folder, kName, former.attributes) != 0) {
+    return errno == ENOENT ? 0 : LastStatus();
+  }
+  if (S_ISLNK(former.attributes.st_mode)) {
+    return kFileIsSymbolicLink;
+  }
+  if (!S_ISREG(former.attributes.st_mode)) {
+    return kFileIsNotRegular;
+  }
+  former.exists = true;
+  return 0;
+}
+
+int ConfigFile::WriteTemporary(int folder, const std::string& text, const Former& former) const {
+  Descriptor file(*m_calls, m_calls->CreateNew(folder, kTemporaryName, kPrivate));
+  if (!file.IsOpen()) {
+    return LastStatus();
+  }
+  const int status = FillTemporary(file.Get(), text, former);
+  // Some file systems tell of a full disk only now.
+  const int closed = file.Close();
+  return status != 0 ? status : closed;
+}
+
+int ConfigFile::FillTemporary(int descriptor, const std::string& text, const Former& former) const {
+  // Owner first: a change of owner takes set-id bits away. The mode stays private until the text is complete.
+  if (former.exists && m_calls->ChangeOwner(descriptor, former.attributes.st_uid, former.attributes.st_gid) != 0) {
+    return LastStatus();
+  }
+  const int status = WriteAll(descriptor, text);
+  if (status != 0) {
+    return status;
+  }
+  const mode_t mode = former.exists ? former.attributes.st_mode & kPermissionBits : kPrivate;
+  if (m_calls->ChangeMode(descriptor, mode) != 0) {
+    return LastStatus();
+  }
+  return Sync(descriptor);
+}
+
+int ConfigFile::WriteAll(int descriptor, const std::string& text) const {
+  std::size_t written = 0;
+  while (written != text.size()) {
+    const ssize_t count = m_calls->Write(descriptor, text.data() + written, text.size() - written);
+    if (count > 0) {
+      written += static_cast<std::size_t>(count);
+    } else if (count == 0) {
+      return FileStatusOfErrno(EIO);
+    } else if (errno != EINTR) {
+      return LastStatus();
+    }
+  }
+  return 0;
+}
+
+int ConfigFile::Sync(int descriptor) const {
+  while (m_calls->Sync(descriptor) != 0) {
+    if (errno != EINTR) {
+      return LastStatus();
+    }
+  }
+  return 0;
+}
+
+}  // namespace drivers

@@ -1,0 +1,53 @@
+#ifndef DRIVERS_COMMON_CONFIG_FILE_H
+#define DRIVERS_COMMON_CONFIG_FILE_H
+
+#include <memory>
+#include <string>
+
+#include "drivers/common/FileCalls.h"
+
+namespace drivers {
+
+// The snmpd.conf in a device's folder, read and replaced whole, byte for byte. Statuses are those of
+// drivers/common/FileStatus.h.
+//
+// Nobody ever sees half a file: the new text is written to a temporary file beside it, made durable, and renamed over it. A
+// process that dies in between leaves the old or the new file, and at most the temporary one, which the next write removes.
+// A symbolic link under the file's name is refused, so that nobody can point the agent at another file; links on the way to
+// the folder are followed.
+class ConfigFile {
+ public:
+  // `folder` need not exist yet. `calls` is replaced in tests.
+  explicit ConfigFile(const std::string& folder, std::shared_ptr<FileCalls> calls = std::make_shared<FileCalls>());
+
+  const std::string& GetFolder() const { return m_folder; }
+  std::string GetPath() const;
+
+  // Replaces `text` by what the file holds. A file that does not exist reads as the empty text: a device that was never
+  // configured is no failure; a folder that does not exist is one. On failure `text` is left alone.
+  int Read(std::string& text) const;
+
+  // Installs `text`. The new file gets mode, owner and group of the old one, or mode 0600 when there is none; where they
+  // cannot be kept nothing is replaced. On failure the old file is whole and no temporary file is left; only when the last
+  // step fails, making the rename durable, is the new text in place already.
+  //
+  // Writers keep each other out by a lock on the folder; the second one fails at once.
+  int Replace(const std::string& text) const;
+
+ private:
+  struct Former;
+
+  int LookAtFormer(int folder, Former& former) const;
+  int WriteTemporary(int folder, const std::string& text, const Former& former) const;
+  int FillTemporary(int descriptor, const std::string& text, const Former& former) const;
+  int ReadOpened(int descriptor, std::string& text) const;
+  int WriteAll(int descriptor, const std::string& text) const;
+  int Sync(int descriptor) const;
+
+  std::string m_folder;
+  std::shared_ptr<FileCalls> m_calls;
+};
+
+}  // namespace drivers
+
+#endif

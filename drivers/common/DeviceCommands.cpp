@@ -1,0 +1,174 @@
+#include "drivers/common/DeviceCommands.h"
+
+#include <charconv>
+#include <initializer_list>
+#include <optional>
+#include <utility>
+
+#include "drivers/common/SettingNames.h"
+#include "host/H7XML.h"
+#include "host/ToString.h"
+
+namespace drivers {
+
+namespace {
+
+// <Success/>, or <Fail> with what is wrong.
+h7::auto_com<H7XML::INode> Answer(const std::string& wrong) {
+  return H7XML::CreateXmlNode(wrong.empty() ? "Success" : "Fail", wrong);
+}
+
+std::string FindMissing(const ICmdMessage& message, std::initializer_list<const char*> names) {
+  for (const char* const name : names) {
+    if (!message.Has(name)) {
+      std::string all;
+      for (const char* const each : names) {
+        all += all.empty() ? "" : ", ";
+        all += each;
+      }
+      return "the parameter " + std::string(name) + " is missing; needed: " + all;
+    }
+  }
+  return std::string();
+}
+
+// The whole of `text` as a decimal number.
+template <class Number>
+std::optional<Number> ReadNumber(const std::string& text) {
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [last, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || last != end) {
+    return std::nullopt;
+  }
+  return number;
+}
+
+std::string OperationNames() {
+  std::string names;
+  for (const DeviceOperation operation : kDeviceOperations) {
+    names += names.empty() ? "" : ", ";
+    names += NameOf(operation);
+  }
+  return names;
+}
+
+}  // namespace
+
+DeviceCommands::DeviceCommands(SnmpSettings& settings, DeviceOperations& operations, Driver driver)
+    : m_settings(settings), m_operations(operations), m_driver(std::move(driver)) {}
+
+void DeviceCommands::Register(UICmdDispatcher& dispatcher) {
+  Bind(dispatcher, "Announce", &DeviceCommands::OnAnnounce);
+  Bind(dispatcher, "Withdraw", &DeviceCommands::OnWithdraw);
+  Bind(dispatcher, "SetSetting", &DeviceCommands::OnSetSetting);
+  Bind(dispatcher, "EraseSetting", &DeviceCommands::OnEraseSetting);
+  Bind(dispatcher, "AddTrapTarget", &DeviceCommands::OnAddTrapTarget);
+  Bind(dispatcher, "ClearTrapTargets", &DeviceCommands::OnClearTrapTargets);
+  Bind(dispatcher, "FailOperation", &DeviceCommands::OnFailOperation);
+  Bind(dispatcher, "GetSettings", &DeviceCommands::OnGetSettings);
+  Bind(dispatcher, "GetFilePath", &DeviceCommands::OnGetFilePath);
+  Bind(dispatcher, "GetCounts", &DeviceCommands::OnGetCounts);
+}
+
+void DeviceCommands::Bind(UICmdDispatcher& dispatcher, const char* name,
+                          Reply (DeviceCommands::*handler)(const ICmdMessage&)) {
+  dispatcher.RegisterUICmd(name, [this, handler](const ICmdMessage& message) { return (this->*handler)(message); });
+}
+
+DeviceCommands::Reply DeviceCommands::OnAnnounce(const ICmdMessage&) {
+  return Answer(m_driver.announce());
+}
+
+DeviceCommands::Reply DeviceCommands::OnWithdraw(const ICmdMessage&) {
+  m_driver.withdraw();
+  return Answer(std::string());
+}
+
+DeviceCommands::Reply DeviceCommands::OnSetSetting(const ICmdMessage& message) {
+  const std::string missing = FindMissing(message, {"name", "value"});
+  return Answer(missing.empty() ? SetSettingByName(m_settings, message.GetString("name"), message.GetString("value"))
+                                : missing);
+}
+
+DeviceCommands::Reply DeviceCommands::OnEraseSetting(const ICmdMessage& message) {
+  const std::string missing = FindMissing(message, {"name"});
+  return Answer(missing.empty() ? EraseSettingByName(m_settings, message.GetString("name")) : missing);
+}
+
+DeviceCommands::Reply DeviceCommands::OnAddTrapTarget(const ICmdMessage& message) {
+  const std::string missing = FindMissing(message, {"target", "community", "port"});
+  if (missing.empty()) {
+    m_settings.trapTargets.Add(
+        TrapTarget(message.GetString("target"), message.GetString("community"), message.GetString("port")));
+  }
+  return Answer(missing);
+}
+
+DeviceCommands::Reply DeviceCommands::OnClearTrapTargets(const ICmdMessage&) {
+  m_settings.trapTargets.Set({});
+  return Answer(std::string());
+}
+
+DeviceCommands::Reply DeviceCommands::OnFailOperation(const ICmdMessage& message) {
+  const std::string missing = FindMissing(message, {"operation", "status"});
+  if (!missing.empty()) {
+    return Answer(missing);
+  }
+  const std::string name = message.GetString("operation");
+  const std::optional<DeviceOperation> operation = OperationNamed(name);
+  if (!operation) {
+    return Answer("\"" + name + "\" is no operation; allowed are " + OperationNames());
+  }
+  const std::optional<int> status = ReadNumber<int>(message.GetString("status"));
+  if (!status) {
+    return Answer("the status \"" + message.GetString("status") + "\" is no whole number; 0 ends the failing");
+  }
+  std::optional<unsigned long> times;
+  if (message.Has("times")) {
+    times = ReadNumber<unsigned long>(message.GetString("times"));
+    if (!times || *times == 0) {
+      return Answer("times is \"" + message.GetString("times") + "\"; give 1 or more, or leave it out for every time");
+    }
+  }
+  m_operations.Fail(*operation, *status, times);
+  return Answer(std::string());
+}
+
+DeviceCommands::Reply DeviceCommands::OnGetSettings(const ICmdMessage&) {
+  const Reply reply = H7XML::CreateXmlNode("settings", std::string());
+  VisitSettings(m_settings, [&reply](const NamedSetting& setting) {
+    const Reply element = H7XML::CreateXmlNode("setting", std::string());
+    element->SetNamedString("name", setting.name);
+    element->SetNamedString("value", setting.value);
+    if (setting.erased != nullptr) {
+      element->SetNamedString("erased", h7::ToString(*setting.erased));
+    }
+    reply->AppendChild(*element);
+  });
+  for (const TrapTarget& target : m_settings.trapTargets.Get()) {
+    const Reply element = H7XML::CreateXmlNode("trapTarget", std::string());
+    element->SetNamedString("target", target.target);
+    element->SetNamedString("community", target.community);
+    element->SetNamedString("port", target.port);
+    reply->AppendChild(*element);
+  }
+  return reply;
+}
+
+DeviceCommands::Reply DeviceCommands::OnGetFilePath(const ICmdMessage&) {
+  return H7XML::CreateXmlNode("filePath", m_driver.filePath());
+}
+
+DeviceCommands::Reply DeviceCommands::OnGetCounts(const ICmdMessage&) {
+  const Reply reply = H7XML::CreateXmlNode("counts", std::string());
+  for (const DeviceOperation operation : kDeviceOperations) {
+    const Reply element = H7XML::CreateXmlNode("count", std::string());
+    element->SetNamedString("operation", NameOf(operation));
+    element->SetNamedULong("value", m_operations.Count(operation));
+    reply->AppendChild(*element);
+  }
+  return reply;
+}
+
+}  // namespace drivers

@@ -1,0 +1,62 @@
+#ifndef DRIVERS_COMMON_DEVICE_COMMANDS_H
+#define DRIVERS_COMMON_DEVICE_COMMANDS_H
+
+#include <functional>
+#include <string>
+
+#include "drivers/common/DeviceOperations.h"
+#include "drivers/common/SnmpSettings.h"
+#include "host/ICmdMessage.h"
+#include "host/INode.h"
+#include "host/UICmdDispatcher.h"
+#include "host/auto_com.h"
+
+namespace drivers {
+
+// The commands by which scripts play the outside world to a device: the person at its front panel, the failing network.
+//
+//   Announce, Withdraw                        to and from the agent
+//   SetSetting name value, EraseSetting name  by the names of drivers/common/SettingNames.h
+//   AddTrapTarget target community port, ClearTrapTargets
+//   FailOperation operation status [times]    status 0 ends it; without times until told otherwise
+//   GetSettings, GetFilePath, GetCounts
+//
+// The reply is <Success/>, the element asked for, or <Fail>what is wrong and what is allowed</Fail> with nothing changed.
+class DeviceCommands {
+ public:
+  // What a command can ask of the driver besides settings and operations.
+  struct Driver {
+    std::function<std::string()> announce;  // what is in the way, empty when it was done
+    std::function<void()> withdraw;
+    std::function<std::string()> filePath;
+  };
+
+  // All that is passed in outlives this object; the dispatcher drops the handlers before.
+  DeviceCommands(SnmpSettings& settings, DeviceOperations& operations, Driver driver);
+
+  void Register(UICmdDispatcher& dispatcher);
+
+ private:
+  using Reply = h7::auto_com<H7XML::INode>;
+
+  void Bind(UICmdDispatcher& dispatcher, const char* name, Reply (DeviceCommands::*handler)(const ICmdMessage&));
+
+  Reply OnAnnounce(const ICmdMessage& message);
+  Reply OnWithdraw(const ICmdMessage& message);
+  Reply OnSetSetting(const ICmdMessage& message);
+  Reply OnEraseSetting(const ICmdMessage& message);
+  Reply OnAddTrapTarget(const ICmdMessage& message);
+  Reply OnClearTrapTargets(const ICmdMessage& message);
+  Reply OnFailOperation(const ICmdMessage& message);
+  Reply OnGetSettings(const ICmdMessage& message);
+  Reply OnGetFilePath(const ICmdMessage& message);
+  Reply OnGetCounts(const ICmdMessage& message);
+
+  SnmpSettings& m_settings;
+  DeviceOperations& m_operations;
+  Driver m_driver;
+};
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,69 @@
+#include "drivers/common/DeviceConfiguration.h"
+
+#include <set>
+
+#include "drivers/common/SettingNames.h"
+#include "host/INodeList.h"
+#include "host/auto_com.h"
+
+namespace drivers {
+
+namespace {
+
+std::string ReadAttributes(const H7XML::INode& config, DeviceConfiguration& result) {
+  result.folder = config.GetNamedString("folder");
+  if (result.folder.empty() || result.folder.front() != '/') {
+    return "folder is \"" + result.folder + "\"; give the absolute path of the folder that holds the device's snmpd.conf";
+  }
+  const std::string version = config.GetNamedString("version");
+  if (!version.empty()) {
+    result.version = version;
+  }
+  const std::string versionValid = config.GetNamedString("versionValid");
+  if (!versionValid.empty() && !ReadSwitch(versionValid, result.versionValid)) {
+    return "versionValid is \"" + versionValid + "\"; allowed are true and false";
+  }
+  return std::string();
+}
+
+std::string ReadSetting(const H7XML::INode& element, std::set<std::string>& seen, SnmpSettings& settings) {
+  const std::string name = element.GetNamedString("name");
+  const std::string wrong = SetSettingByName(settings, name, element.GetNamedString("value"));
+  if (!wrong.empty()) {
+    return "in a setting element, " + wrong;
+  }
+  if (!seen.insert(name).second) {
+    return "the setting " + name + " stands twice; once is allowed";
+  }
+  return std::string();
+}
+
+std::string ReadTrapTarget(const H7XML::INode& element, SnmpSettings& settings) {
+  const std::string target = element.GetNamedString("target");
+  if (target.empty()) {
+    return "a trapTarget element has no target; give target, and community and port where they are known";
+  }
+  settings.trapTargets.Add(TrapTarget(target, element.GetNamedString("community"), element.GetNamedString("port")));
+  return std::string();
+}
+
+}  // namespace
+
+std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result) {
+  std::string wrong = ReadAttributes(config, result);
+  std::set<std::string> seen;
+  const h7::auto_com<H7XML::INodeList> children = config.GetChildren();
+  for (auto child = children->First(); wrong.empty() && child; child = children->Next()) {
+    const std::string name = child->GetName();
+    if (name == "setting") {
+      wrong = ReadSetting(*child, seen, result.settings);
+    } else if (name == "trapTarget") {
+      wrong = ReadTrapTarget(*child, result.settings);
+    } else {
+      wrong = "the element " + name + " is unknown; allowed are setting and trapTarget";
+    }
+  }
+  return wrong;
+}
+
+}  // namespace drivers

@@ -1,0 +1,33 @@
+#ifndef DRIVERS_COMMON_DEVICE_CONFIGURATION_H
+#define DRIVERS_COMMON_DEVICE_CONFIGURATION_H
+
+#include <string>
+
+#include "drivers/common/SnmpSettings.h"
+#include "host/INode.h"
+
+namespace drivers {
+
+// What the project says about a device, in the driver's configuration element:
+//
+//   <config folder="/abs/olute" version="1.2.0" versionValid="true">
+//     <setting name="sysName" value="kitchen"/>
+//     <trapTarget target="10.0.0.5" community="public" port="162"/>
+//   </config>
+//
+// `folder` is required, absolute and holds the device's snmpd.conf. Each setting stands once at most, by the names of
+// drivers/common/SettingNames.h; an empty value is "never held anything", not "erased". A trap target needs its target.
+struct DeviceConfiguration {
+  std::string folder;
+  std::string version = "1.0.0";  // of the device's SNMP support
+  bool versionValid = true;       // whether the agent can manage that version
+  SnmpSettings settings;
+};
+
+// Reads `config` into `result`. What is wrong and what is allowed, in one line; empty when all is well. `result` is of no
+// use then. Attributes that a device does not know cannot be seen; elements that it does not know are wrong.
+std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result);
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,70 @@
+#include "drivers/common/FileCalls.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace drivers {
+
+FileCalls::~FileCalls() = default;
+
+int FileCalls::OpenFolder(const char* path) {
+  return ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
+
+int FileCalls::OpenForReading(int folder, const char* name) {
+  // O_NONBLOCK: a FIFO under that name must not hold the host up. It means nothing for regular files.
+  return ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+int FileCalls::CreateNew(int folder, const char* name, mode_t mode) {
+  return ::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+}
+
+int FileCalls::Close(int descriptor) {
+  return ::close(descriptor);
+}
+
+int FileCalls::LockFolder(int folder) {
+  return ::flock(folder, LOCK_EX | LOCK_NB);
+}
+
+int FileCalls::Stat(int folder, const char* name, struct stat& result) {
+  return ::fstatat(folder, name, &result, AT_SYMLINK_NOFOLLOW);
+}
+
+int FileCalls::StatOpened(int descriptor, struct stat& result) {
+  return ::fstat(descriptor, &result);
+}
+
+ssize_t FileCalls::Read(int descriptor, char* buffer, std::size_t size) {
+  return ::read(descriptor, buffer, size);
+}
+
+ssize_t FileCalls::Write(int descriptor, const char* data, std::size_t size) {
+  return ::write(descriptor, data, size);
+}
+
+int FileCalls::ChangeOwner(int descriptor, uid_t user, gid_t group) {
+  return ::fchown(descriptor, user, group);
+}
+
+int FileCalls::ChangeMode(int descriptor, mode_t mode) {
+  return ::fchmod(descriptor, mode);
+}
+
+int FileCalls::Sync(int descriptor) {
+  return ::fsync(descriptor);
+}
+
+int FileCalls::Rename(int folder, const char* from, const char* to) {
+  return ::renameat(folder, from, folder, to);
+}
+
+int FileCalls::Remove(int folder, const char* name) {
+  return ::unlinkat(folder, name, 0);
+}
+
+}  // namespace drivers

@@ -1,0 +1,40 @@
+#ifndef DRIVERS_COMMON_FILE_CALLS_H
+#define DRIVERS_COMMON_FILE_CALLS_H
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstddef>
+
+namespace drivers {
+
+// The system calls behind `ConfigFile`, one each, so that a test can let any of them fail. Results and errno are those of
+// the system call. Names are relative to the descriptor of an opened folder and never followed when they are symbolic links.
+class FileCalls {
+ public:
+  virtual ~FileCalls();
+
+  virtual int OpenFolder(const char* path);
+  virtual int OpenForReading(int folder, const char* name);
+  // Fails when the name exists in any form.
+  virtual int CreateNew(int folder, const char* name, mode_t mode);
+  virtual int Close(int descriptor);
+
+  // Takes the folder for this writer; at once, or EWOULDBLOCK. Given up with the last descriptor, also by a killed process.
+  virtual int LockFolder(int folder);
+  virtual int Stat(int folder, const char* name, struct stat& result);
+  virtual int StatOpened(int descriptor, struct stat& result);
+
+  virtual ssize_t Read(int descriptor, char* buffer, std::size_t size);
+  virtual ssize_t Write(int descriptor, const char* data, std::size_t size);
+  virtual int ChangeOwner(int descriptor, uid_t user, gid_t group);
+  virtual int ChangeMode(int descriptor, mode_t mode);
+  virtual int Sync(int descriptor);
+
+  virtual int Rename(int folder, const char* from, const char* to);
+  virtual int Remove(int folder, const char* name);
+};
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,27 @@
+#include "drivers/common/FileStatus.h"
+
+#include <system_error>
+
+namespace drivers {
+
+int FileStatusOfErrno(int error) {
+  return -100 - error;
+}
+
+std::string DescribeFileStatus(int status) {
+  if (status == 0) {
+    return "success";
+  }
+  if (status == kFileIsSymbolicLink) {
+    return "it is a symbolic link";
+  }
+  if (status == kFileIsNotRegular) {
+    return "it is not a regular file";
+  }
+  if (status < -100) {
+    return std::generic_category().message(-100 - status);
+  }
+  return "unknown reason";
+}
+
+}  // namespace drivers

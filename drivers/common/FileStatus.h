@@ -1,0 +1,29 @@
+#ifndef DRIVERS_COMMON_FILE_STATUS_H
+#define DRIVERS_COMMON_FILE_STATUS_H
+
+#include <string>
+
+// The statuses with which a device answers when its file cannot be read or replaced. 0 is success.
+//
+//   -1            the file is a symbolic link, dangling or not: refused
+//   -2            the file is something else than a regular file: refused
+//   -100 - errno  the system's own reason, each its own status. On Linux, for example:
+//                 -102 no such folder   -105 input/output error      -113 permission denied   -120 no folder
+//                 -101 not permitted    -111 another writer at work  -127 file too large      -128 no space left
+//                 -130 read-only file system                         -222 quota exceeded
+//
+// No status is ever -9: the agent takes that one for "accepted for later", and nothing here is.
+namespace drivers {
+
+inline constexpr int kFileIsSymbolicLink = -1;
+inline constexpr int kFileIsNotRegular = -2;
+
+// The status of a system error number; `error` is not 0.
+int FileStatusOfErrno(int error);
+
+// The status in words, for the log.
+std::string DescribeFileStatus(int status);
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,66 @@
+#ifndef DRIVERS_COMMON_SETTINGS_HOLDER_H
+#define DRIVERS_COMMON_SETTINGS_HOLDER_H
+
+#include <string>
+#include <vector>
+
+#include "drivers/common/SnmpSettings.h"
+#include "host/ISupportSNMP.h"
+
+namespace drivers {
+
+// The settings half of an SNMP-capable device: the first 32 operations of `ISupportSNMP` over one `SnmpSettings`, which
+// lives as long as this object. It needs no host.
+class SettingsHolder : public ISupportSNMP {
+ public:
+  bool GetIsManagedDevice() final { return m_settings.managed; }
+  void SetIsManagedDevice(bool managed) final { m_settings.managed = managed; }
+  bool GetIsConfigDirty() final { return m_settings.configDirty; }
+  void SetIsConfigDirty(bool dirty) final { m_settings.configDirty = dirty; }
+  bool GetEnabledSetting() final { return m_settings.enabled; }
+  void SetEnabledSetting(bool enabled) final { m_settings.enabled = enabled; }
+
+  std::string GetCommunityReadSetting() final { return m_settings.communityRead.Get(); }
+  void SetCommunityReadSetting(std::string community) final;
+  bool GetWasCommunityReadSettingErased() final { return m_settings.communityRead.WasErased(); }
+  std::string GetCommunityWriteSetting() final { return m_settings.communityWrite.Get(); }
+  void SetCommunityWriteSetting(std::string community) final;
+  bool GetWasCommunityWriteSettingErased() final { return m_settings.communityWrite.WasErased(); }
+
+  std::string GetSysContactSetting() final { return m_settings.sysContact.Get(); }
+  void SetSysContactSetting(std::string contact) final;
+  bool GetWasSysContactSettingErased() final { return m_settings.sysContact.WasErased(); }
+  bool GetUsePrimaryContactSetting() final { return m_settings.usePrimaryContact; }
+  void SetUsePrimaryContactSetting(bool use) final { m_settings.usePrimaryContact = use; }
+
+  std::string GetSysLocationSetting() final { return m_settings.sysLocation.Get(); }
+  void SetSysLocationSetting(std::string location) final;
+  bool GetWasSysLocationSettingErased() final { return m_settings.sysLocation.WasErased(); }
+  bool GetUseProjectOwnerAddressSetting() final { return m_settings.useProjectOwnerAddress; }
+  void SetUseProjectOwnerAddressSetting(bool use) final { m_settings.useProjectOwnerAddress = use; }
+
+  std::string GetSysNameSetting() final { return m_settings.sysName.Get(); }
+  void SetSysNameSetting(std::string name) final;
+  bool GetWasSysNameSettingErased() final { return m_settings.sysName.WasErased(); }
+  bool GetUseRoomDeviceSetting() final { return m_settings.useRoomDevice; }
+  void SetUseRoomDeviceSetting(bool use) final { m_settings.useRoomDevice = use; }
+
+  std::vector<TrapTarget> GetTrapTargetsSetting() final { return m_settings.trapTargets.Get(); }
+  void SetTrapTargetsSetting(std::vector<TrapTarget> targets) final;
+  // Clearing what is empty already changes nothing: the tool's every request begins with it.
+  void ClearTrapTargetSetting() final { m_settings.trapTargets.Set({}); }
+  void AddTrapTargetSetting(std::string target, std::string community, std::string port) final;
+  bool GetWasTrapTargetsSettingErased() final { return m_settings.trapTargets.WasErased(); }
+
+ protected:
+  ~SettingsHolder() = default;
+
+  SnmpSettings& Settings() { return m_settings; }
+
+ private:
+  SnmpSettings m_settings;
+};
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,80 @@
+#ifndef DRIVERS_COMMON_SNMP_DEVICE_DRIVER_H
+#define DRIVERS_COMMON_SNMP_DEVICE_DRIVER_H
+
+#include <string>
+
+#include "drivers/common/AgentLink.h"
+#include "drivers/common/DeviceCommands.h"
+#include "drivers/common/DeviceConfiguration.h"
+#include "drivers/common/DeviceOperations.h"
+#include "drivers/common/SettingsHolder.h"
+#include "host/H7BaseDriver.h"
+#include "host/IDriver.h"
+
+namespace drivers {
+
+// What every driver of an SNMP-capable device shares: its life in the host, its settings, its announcement to the agent, its
+// device commands. A driver derives from this class and says what its file and its controller are.
+//
+// The device is announced when the agent says that it is there, and in `Initialize` when it is there already; it withdraws
+// when it is destroyed. A device with a wrong configuration logs one line, fails its `Initialize` and stays unknown to all.
+class SnmpDeviceDriver : public H7BaseDriver, public IDriver, public SettingsHolder {
+ public:
+  ~SnmpDeviceDriver() override;
+
+  // 0; 1 when the configuration is wrong or the host refuses the device. Once that was right it is kept, with the settings,
+  // for the life of the driver: a later call only announces the device where that is due.
+  int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override;
+  h7::auto_com<H7XML::INode> GetPersistState(unsigned long reserved) override;
+  void RegisterCommands() override;
+
+  void AgentAvailable() final;
+  // Counted and made to fail on demand here, done by the hooks below. The agent's working path names no file of the device.
+  int CopyFrom(const std::string& path, std::string& config) final;
+  int CopyTo(const std::string& path, const std::string& config) final;
+  int RebootController() final;
+  int StopMasterAgent() final;
+  int StartMasterAgent() final;
+  std::string GetSNMPVersion() final;
+  // The configured verdict on the configured version; no other version is valid.
+  bool IsSNMPVersionValid(const std::string& version) final;
+
+ protected:
+  explicit SnmpDeviceDriver(IInstanceManager& instanceManager);
+
+  // Called once, when `configuration` has been read: the time to keep what the driver needs of it, and of attributes of its
+  // own in `config`. What is wrong with those and what is allowed, in one line; empty when all is well.
+  virtual std::string Prepare(const DeviceConfiguration& configuration, const H7XML::INode& config) = 0;
+  // The absolute path of the device's snmpd.conf; empty before Prepare.
+  virtual std::string FilePath() const = 0;
+  // As `CopyFrom` and `CopyTo`. Called after Prepare only.
+  virtual int ReadFile(std::string& config) = 0;
+  virtual int WriteFile(const std::string& config) = 0;
+  // As the operations of the controller.
+  virtual int Reboot() = 0;
+  virtual int StopDaemon() = 0;
+  virtual int StartDaemon() = 0;
+
+  // One line to the host's log at the level for operators, with the device's id in front.
+  void Log(const std::string& line) const;
+
+  // Takes the device away from host and agent; done again, it does nothing. A driver whose hooks need its own members calls
+  // it first in its destructor, the base's destructor otherwise.
+  void Leave() noexcept;
+
+ private:
+  std::string Configure(const H7XML::INode& config);
+  std::string Announce();
+
+  unsigned long m_driverId;
+  bool m_published;
+  std::string m_version;
+  bool m_versionValid;
+  AgentLink m_agent;
+  DeviceOperations m_operations;
+  DeviceCommands m_commands;
+};
+
+}  // namespace drivers
+
+#endif

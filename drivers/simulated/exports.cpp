@@ -1,0 +1,16 @@
+#include "drivers/simulated/SimulatedDevice.h"
+#include "host/HostApi.h"
+#include "host/IDriver.h"
+
+extern "C" {
+
+H7_HOST_API DriverCreationFunc GetCreationFunc();
+H7_HOST_API extern const char* const versionString;
+
+DriverCreationFunc GetCreationFunc() {
+  return &drivers::SimulatedDevice::Create;
+}
+
+const char* const versionString = "1.0.0.0";
+
+}  // extern "C"

@@ -1,0 +1,278 @@
+#include "drivers/common/ConfigFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "drivers/common/FileStatus.h"
+#include "tests/drivers/support/Child.h"
+#include "tests/drivers/support/ScriptedFileCalls.h"
+#include "tests/drivers/support/TemporaryFolder.h"
+
+namespace {
+
+using drivers::ConfigFile;
+using drivers::FileStatusOfErrno;
+using drivers::kFileIsNotRegular;
+using drivers::kFileIsSymbolicLink;
+
+const std::set<std::string> kOnlyTheFile = {"snmpd.conf"};
+
+mode_t ModeOf(const std::string& path) {
+  struct stat attributes = {};
+  EXPECT_EQ(0, ::stat(path.c_str(), &attributes)) << path;
+  return attributes.st_mode & 07777;
+}
+
+// Sets the process's umask for one test.
+class Umask {
+ public:
+  explicit Umask(mode_t mask) : m_former(::umask(mask)) {}
+  ~Umask() { ::umask(m_former); }
+
+ private:
+  mode_t m_former;
+};
+
+TEST(AMissingFile, ReadsAsTheEmptyText) {
+  const TemporaryFolder folder;
+  std::string text = "left over";
+  EXPECT_EQ(0, ConfigFile(folder.Path()).Read(text));
+  EXPECT_EQ("", text);
+  EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(AMissingFile, IsMadeForItsOwnerOnlyWhateverTheUmask) {
+  for (const mode_t mask : {mode_t{0}, mode_t{077}, mode_t{0777}}) {
+    const TemporaryFolder folder;
+    const Umask umask(mask);
+    EXPECT_EQ(0, ConfigFile(folder.Path()).Replace("rocommunity  public\n"));
+    EXPECT_EQ("rocommunity  public\n", folder.Read("snmpd.conf"));
+    EXPECT_EQ(mode_t{0600}, ModeOf(folder.Path("snmpd.conf")));
+    EXPECT_EQ(kOnlyTheFile, folder.Names());
+  }
+}
+
+TEST(AMissingFolder, FailsBothWaysAndIsNotMade) {
+  const TemporaryFolder folder;
+  const ConfigFile file(folder.Path("kitchen"));
+  std::string text = "kept";
+  EXPECT_EQ(FileStatusOfErrno(ENOENT), file.Read(text));
+  EXPECT_EQ("kept", text);
+  EXPECT_EQ(FileStatusOfErrno(ENOENT), file.Replace("new"));
+  EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(AFileInPlaceOfTheFolder, FailsBothWays) {
+  const TemporaryFolder folder;
+  folder.Write("kitchen", "");
+  const ConfigFile file(folder.Path("kitchen"));
+  std::string text;
+  EXPECT_EQ(FileStatusOfErrno(ENOTDIR), file.Read(text));
+  EXPECT_EQ(FileStatusOfErrno(ENOTDIR), file.Replace("new"));
+}
+
+TEST(AConfigFile, KeepsEveryByte) {
+  std::string all;
+  for (int byte = 0; byte < 256; ++byte) {
+    all.push_back(static_cast<char>(byte));
+  }
+  const std::string texts[] = {
+      "", "a", std::string("\0", 1), "one\r\ntwo\r\n", "no final line feed", all, std::string(3000000, 'x') + all};
+  const TemporaryFolder folder;
+  const ConfigFile file(folder.Path());
+  for (const std::string& text : texts) {
+    ASSERT_EQ(0, file.Replace(text));
+    EXPECT_TRUE(folder.Read("snmpd.conf") == text) << text.size() << " bytes";
+    std::string read = "left over";
+    ASSERT_EQ(0, file.Read(read));
+    EXPECT_TRUE(read == text) << text.size() << " bytes";
+  }
+}
+
+TEST(AConfigFile, NamesItsPathWithOneSlash) {
+  EXPECT_EQ("/a/b/snmpd.conf", ConfigFile("/a/b").GetPath());
+  EXPECT_EQ("/a/b/snmpd.conf", ConfigFile("/a/b/").GetPath());
+  EXPECT_EQ("/snmpd.conf", ConfigFile("/").GetPath());
+}
+
+TEST(AConfigFile, KeepsTheModeOfTheOldFile) {
+  for (const mode_t mode : {mode_t{0600}, mode_t{0640}, mode_t{0444}, mode_t{0666}}) {
+    const TemporaryFolder folder;
+    folder.Write("snmpd.conf", "old");
+    ASSERT_EQ(0, ::chmod(folder.Path("snmpd.conf").c_str(), mode));
+    const Umask umask(077);
+    EXPECT_EQ(0, ConfigFile(folder.Path()).Replace("new"));
+    EXPECT_EQ(mode, ModeOf(folder.Path("snmpd.conf")));
+  }
+}
+
+TEST(AConfigFile, KeepsTheOwnerOfTheOldFile) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "old");
+  // Only root can give a file away; for others the old owner is the one that a new file gets, and the call is what shows.
+  if (::geteuid() == 0) {
+    ASSERT_EQ(0, ::chown(folder.Path("snmpd.conf").c_str(), 65534, 65533));
+  }
+  struct stat before = {};
+  ASSERT_EQ(0, ::stat(folder.Path("snmpd.conf").c_str(), &before));
+  const auto calls = std::make_shared<ScriptedFileCalls>();
+  EXPECT_EQ(0, ConfigFile(folder.Path(), calls).Replace("new"));
+  ASSERT_EQ(1U, calls->owners.size());
+  EXPECT_EQ(std::make_pair(before.st_uid, before.st_gid), calls->owners[0]);
+  struct stat after = {};
+  ASSERT_EQ(0, ::stat(folder.Path("snmpd.conf").c_str(), &after));
+  EXPECT_EQ(before.st_uid, after.st_uid);
+  EXPECT_EQ(before.st_gid, after.st_gid);
+  EXPECT_EQ("new", folder.Read("snmpd.conf"));
+}
+
+TEST(AConfigFile, GoesThroughALinkedFolder) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.Path("real"));
+  std::filesystem::create_symlink("real", folder.Path("link"));
+  EXPECT_EQ(0, ConfigFile(folder.Path("link")).Replace("new"));
+  EXPECT_EQ("new", folder.Read("real/snmpd.conf"));
+}
+
+TEST(ASymbolicLink, IsRefusedBothWaysAndStaysWhatItIs) {
+  const TemporaryFolder folder;
+  folder.Write("other", "somebody else's");
+  std::filesystem::create_symlink("other", folder.Path("snmpd.conf"));
+  const ConfigFile file(folder.Path());
+  std::string text = "kept";
+  EXPECT_EQ(kFileIsSymbolicLink, file.Read(text));
+  EXPECT_EQ("kept", text);
+  EXPECT_EQ(kFileIsSymbolicLink, file.Replace("new"));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("snmpd.conf")));
+  EXPECT_EQ("somebody else's", folder.Read("other"));
+  EXPECT_EQ((std::set<std::string>{"other", "snmpd.conf"}), folder.Names());
+}
+
+TEST(ADanglingSymbolicLink, IsRefusedBothWaysToo) {
+  const TemporaryFolder folder;
+  std::filesystem::create_symlink("nowhere", folder.Path("snmpd.conf"));
+  const ConfigFile file(folder.Path());
+  std::string text;
+  EXPECT_EQ(kFileIsSymbolicLink, file.Read(text));
+  EXPECT_EQ(kFileIsSymbolicLink, file.Replace("new"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
+TEST(ASymbolicLinkAsTemporaryFile, IsRemovedAndNotWrittenThrough) {
+  const TemporaryFolder folder;
+  folder.Write("other", "somebody else's");
+  std::filesystem::create_symlink("other", folder.Path(".snmpd.conf.new"));
+  EXPECT_EQ(0, ConfigFile(folder.Path()).Replace("new"));
+  EXPECT_EQ("somebody else's", folder.Read("other"));
+  EXPECT_EQ("new", folder.Read("snmpd.conf"));
+}
+
+TEST(AFolderOfThatName, IsRefusedBothWays) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.Path("snmpd.conf"));
+  const ConfigFile file(folder.Path());
+  std::string text;
+  EXPECT_EQ(kFileIsNotRegular, file.Read(text));
+  EXPECT_EQ(kFileIsNotRegular, file.Replace("new"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
+TEST(AFifoOfThatName, IsRefusedBothWaysWithoutWaiting) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(0, ::mkfifo(folder.Path("snmpd.conf").c_str(), 0600));
+  const ConfigFile file(folder.Path());
+  std::string text;
+  EXPECT_EQ(kFileIsNotRegular, file.Read(text));
+  EXPECT_EQ(kFileIsNotRegular, file.Replace("new"));
+}
+
+TEST(AFolderWithoutWritePermission, KeepsTheOldFile) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "old");
+  ASSERT_EQ(0, ::chmod(folder.Path("snmpd.conf").c_str(), 0666));
+  ASSERT_EQ(0, ::chmod(folder.Path().c_str(), 0555));
+  const ConfigFile file(folder.Path());
+  EXPECT_EQ(FileStatusOfErrno(EACCES), ResultAsOrdinaryUser([&file] { return file.Replace("new"); }));
+  EXPECT_EQ("old", folder.Read("snmpd.conf"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
+TEST(AFileWithoutReadPermission, IsNoEmptyText) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "secret");
+  ASSERT_EQ(0, ::chmod(folder.Path("snmpd.conf").c_str(), 0));
+  const ConfigFile file(folder.Path());
+  EXPECT_EQ(FileStatusOfErrno(EACCES), ResultAsOrdinaryUser([&file] {
+              std::string text;
+              return file.Read(text);
+            }));
+}
+
+TEST(AnOwnerThatCannotBeKept, LeavesTheOldFile) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "old");
+  const auto calls = std::make_shared<ScriptedFileCalls>();
+  calls->script = [](const std::string& name, std::size_t) { return name == "ChangeOwner" ? EPERM : 0; };
+  EXPECT_EQ(FileStatusOfErrno(EPERM), ConfigFile(folder.Path(), calls).Replace("new"));
+  EXPECT_EQ("old", folder.Read("snmpd.conf"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
+TEST(ASecondWriter, FailsAtOnceWhileTheFirstIsAtWork) {
+  const TemporaryFolder folder;
+  const ConfigFile second(folder.Path());
+  int statusOfSecond = 0;
+  const auto calls = std::make_shared<ScriptedFileCalls>();
+  calls->script = [&](const std::string& name, std::size_t) {
+    if (name == "Write") {
+      statusOfSecond = second.Replace("second");
+    }
+    return 0;
+  };
+  EXPECT_EQ(0, ConfigFile(folder.Path(), calls).Replace("first"));
+  EXPECT_EQ(FileStatusOfErrno(EWOULDBLOCK), statusOfSecond);
+  EXPECT_EQ("first", folder.Read("snmpd.conf"));
+  EXPECT_EQ(0, second.Replace("second"));
+  EXPECT_EQ("second", folder.Read("snmpd.conf"));
+}
+
+TEST(FileStatuses, NeverSuccessNorAcceptedForLater) {
+  for (int error = 1; error < 200; ++error) {
+    const int status = FileStatusOfErrno(error);
+    EXPECT_LT(status, -100);
+    EXPECT_NE(-9, status);
+  }
+  EXPECT_NE(kFileIsSymbolicLink, kFileIsNotRegular);
+  EXPECT_NE(-9, kFileIsSymbolicLink);
+  EXPECT_NE(-9, kFileIsNotRegular);
+}
+
+TEST(FileStatuses, AreThoseOfTheTable) {
+  EXPECT_EQ(-101, FileStatusOfErrno(EPERM));
+  EXPECT_EQ(-102, FileStatusOfErrno(ENOENT));
+  EXPECT_EQ(-105, FileStatusOfErrno(EIO));
+  EXPECT_EQ(-111, FileStatusOfErrno(EWOULDBLOCK));
+  EXPECT_EQ(-113, FileStatusOfErrno(EACCES));
+  EXPECT_EQ(-120, FileStatusOfErrno(ENOTDIR));
+  EXPECT_EQ(-127, FileStatusOfErrno(EFBIG));
+  EXPECT_EQ(-128, FileStatusOfErrno(ENOSPC));
+  EXPECT_EQ(-130, FileStatusOfErrno(EROFS));
+  EXPECT_EQ(-222, FileStatusOfErrno(EDQUOT));
+}
+
+TEST(FileStatuses, ReadInWords) {
+  EXPECT_EQ("it is a symbolic link", drivers::DescribeFileStatus(kFileIsSymbolicLink));
+  EXPECT_EQ("it is not a regular file", drivers::DescribeFileStatus(kFileIsNotRegular));
+  EXPECT_EQ("No space left on device", drivers::DescribeFileStatus(-128));
+  EXPECT_EQ("success", drivers::DescribeFileStatus(0));
+}
+
+}  // namespace
