@@ -1,0 +1,41 @@
+#ifndef DEVHOST_APP_COMMAND_LINE_H
+#define DEVHOST_APP_COMMAND_LINE_H
+
+#include <string>
+
+namespace devhost {
+
+// The exit statuses of the program.
+enum ExitStatus : int {
+  ExitStatus_Good = 0,
+  ExitStatus_Failed = 1,  // an action or expectation failed, a driver broke the rules, or the output could not be written
+  ExitStatus_Wrong = 2    // wrong usage, or a project, script or module that is wrong: nothing of the script was played
+};
+
+// `devhost run`.
+struct RunOptions {
+  std::string project;  // "" for the agent alone
+  std::string moduleFolder;
+  std::string script;  // "" for none, "-" for standard input
+  std::string color = "auto";
+  bool pretty = false;
+};
+
+// What a command line asks for.
+struct CommandLine {
+  enum class Kind {
+    Run,
+    Answer,  // print `text`: help or the version
+    Wrong    // wrong usage: `text` says what and what is allowed
+  };
+  Kind kind = Kind::Wrong;
+  RunOptions run;
+  std::string text;
+};
+
+// Reads the arguments of the program; the first is its name. `moduleFolder` is the default of --module-dir.
+CommandLine ParseCommandLine(int argc, const char* const* argv, const std::string& moduleFolder);
+
+}  // namespace devhost
+
+#endif

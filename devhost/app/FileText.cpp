@@ -1,0 +1,96 @@
+#include "devhost/app/FileText.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "devhost/app/Words.h"
+
+namespace devhost {
+
+namespace {
+
+std::string Reason(int error) {
+  return std::generic_category().message(error);
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+  ~Descriptor() {
+    if (m_descriptor >= 0) {
+      ::close(m_descriptor);
+    }
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int Get() const { return m_descriptor; }
+
+ private:
+  int m_descriptor;
+};
+
+}  // namespace
+
+std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize) {
+  constexpr std::size_t kBlock = 65536;
+  std::string text;
+  struct stat status = {};
+  if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
+    // One more than the file holds, so that its end is seen without another doubling.
+    text.reserve(std::min(static_cast<std::size_t>(status.st_size), maximumSize) + kBlock);
+  }
+  for (;;) {
+    const std::size_t used = text.size();
+    text.resize(used + kBlock);
+    const ssize_t got = ::read(descriptor, &text[used], kBlock);
+    if (got < 0 && errno != EINTR) {
+      throw FileError("cannot read " + Quoted(name) + ": " + Reason(errno));
+    }
+    text.resize(used + (got > 0 ? static_cast<std::size_t>(got) : 0));
+    if (got == 0) {
+      return text;
+    }
+    if (text.size() > maximumSize) {
+      throw FileError("cannot read " + Quoted(name) + ": it is larger than the " + std::to_string(maximumSize) +
+                      " bytes that are allowed");
+    }
+  }
+}
+
+std::string ReadFileText(const std::string& path, std::size_t maximumSize) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.Get() < 0) {
+    throw FileError("cannot read " + Quoted(path) + ": " + Reason(errno));
+  }
+  return ReadDescriptorText(file.Get(), path, maximumSize);
+}
+
+std::string WhyUnreadable(const std::string& path) {
+  struct stat status = {};
+  if (::stat(path.c_str(), &status) != 0 || ::access(path.c_str(), R_OK) != 0) {
+    return Reason(errno);
+  }
+  return S_ISDIR(status.st_mode) ? Reason(EISDIR) : std::string();
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  if (slash == std::string::npos) {
+    return ".";
+  }
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string PathIn(const std::string& folder, const std::string& path) {
+  if (folder == "." || (!path.empty() && path.front() == '/')) {
+    return path;
+  }
+  return folder.back() == '/' ? folder + path : folder + "/" + path;
+}
+
+}  // namespace devhost

@@ -1,0 +1,37 @@
+#ifndef DEVHOST_APP_FILE_TEXT_H
+#define DEVHOST_APP_FILE_TEXT_H
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace devhost {
+
+// A file that cannot be read; the text names the file and the reason, in one line.
+class FileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The most that is read from one file. It keeps an endless one (/dev/zero, a pipe that never closes) from eating all memory.
+inline constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;
+
+// The whole content of a file, byte for byte. Throws FileError when it is missing, a folder, unreadable or larger than
+// `maximumSize`.
+std::string ReadFileText(const std::string& path, std::size_t maximumSize = kMaximumFileSize);
+
+// The same for an open file descriptor, which stays open; `name` is for messages.
+std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize = kMaximumFileSize);
+
+// Why `path` could not be read, or "" when it looks readable. The file is not opened: a pipe stays untouched.
+std::string WhyUnreadable(const std::string& path);
+
+// The part of `path` in front of its last slash, "." when it has none.
+std::string FolderOf(const std::string& path);
+
+// `path` as seen from `folder`: unchanged when it is absolute.
+std::string PathIn(const std::string& folder, const std::string& path);
+
+}  // namespace devhost
+
+#endif

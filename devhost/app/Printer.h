@@ -1,0 +1,40 @@
+#ifndef DEVHOST_APP_PRINTER_H
+#define DEVHOST_APP_PRINTER_H
+
+#include <string>
+#include <string_view>
+
+#include "devhost/app/Host.h"
+#include "devhost/app/Output.h"
+
+namespace devhost {
+
+struct PrintStyle {
+  bool pretty = false;  // XML on several indented lines
+  bool color = false;   // the first word in colour, for a terminal
+};
+
+// Prints what happens, one line each. The first word says what kind of line it is; docs/scripts.md tells the rest.
+class Printer {
+ public:
+  Printer(Output& output, PrintStyle style) : m_output(output), m_style(style) {}
+
+  // `where` is appended to bad manners: what the script was doing.
+  void Print(const Occurrence& occurrence, const std::string& where);
+
+  // A line of that first word. Control characters in the text are made visible.
+  void Line(std::string_view word, std::string_view text);
+
+  bool Failed() const { return m_output.Error() != 0; }
+
+ private:
+  void Write(std::string_view word, std::string_view text);
+  void Xml(std::string_view word, const std::string& driver, const std::string& xml);
+
+  Output& m_output;
+  PrintStyle m_style;
+};
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,137 @@
+#include "devhost/app/Program.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include "devhost/app/CommandLine.h"
+#include "devhost/app/FileText.h"
+#include "devhost/app/Host.h"
+#include "devhost/app/Output.h"
+#include "devhost/app/Printer.h"
+#include "devhost/app/ScriptReader.h"
+#include "devhost/app/ScriptRunner.h"
+#include "devhost/project/Project.h"
+
+namespace devhost {
+
+namespace {
+
+void Complain(const std::string& text) {
+  Output(STDERR_FILENO).Write("devhost: " + text + "\n");
+}
+
+// ../lib beside the program, wherever it was installed or built.
+std::string DefaultModuleFolder() {
+  std::error_code error;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? "." : (program.parent_path().parent_path() / "lib").string();
+}
+
+bool WantsColor(const std::string& when) {
+  if (when != "auto") {
+    return when == "always";
+  }
+  const char* const terminal = std::getenv("TERM");
+  return ::isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
+         std::string(terminal) != "dumb";
+}
+
+std::string Counted(std::size_t count, const char* what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+// One line for people who look at the end of the output only.
+std::string Summary(const ScriptRunner::Result& result) {
+  std::string text;
+  const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
+  if (result.actionsFailed != 0) {
+    add(Counted(result.actionsFailed, "action") + " failed");
+  }
+  if (result.expectationsFailed != 0) {
+    add(Counted(result.expectationsFailed, "expectation") + " not met");
+  }
+  if (result.badManners != 0) {
+    add("the host's rules broken " + Counted(result.badManners, "time"));
+  }
+  return text + "; first: " + result.first;
+}
+
+// Exit status for what was written. Nobody is told that the reader of a pipe has gone away: the reader knows.
+int Finish(const Output& output, int status) {
+  if (output.Error() == 0) {
+    return status;
+  }
+  if (output.Error() != EPIPE) {
+    Complain("cannot write the output: " + std::generic_category().message(output.Error()));
+  }
+  return ExitStatus_Failed;
+}
+
+int Run(const RunOptions& options) {
+  Output output(STDOUT_FILENO);
+  Printer printer(output, PrintStyle{options.pretty, WantsColor(options.color)});
+  const Project project =
+      options.project.empty() ? AgentAlone(options.moduleFolder) : ReadProject(options.project, options.moduleFolder);
+  const DriverNames names(project.drivers);
+  const Script script = options.script.empty() ? Script() : LoadScript(options.script);
+  CheckScript(script, names);
+  ScriptRunner runner(project.drivers, names, printer);
+  try {
+    runner.Start();
+  } catch (const HostError& error) {
+    Complain(error.what());
+    return Finish(output, ExitStatus_Wrong);
+  }
+  runner.Play(script);
+  runner.Stop();
+  if (!runner.GetResult().Good()) {
+    Complain(Summary(runner.GetResult()));
+    return Finish(output, ExitStatus_Failed);
+  }
+  return Finish(output, ExitStatus_Good);
+}
+
+int Dispatch(const CommandLine& line) {
+  Output output(line.kind == CommandLine::Kind::Wrong ? STDERR_FILENO : STDOUT_FILENO);
+  switch (line.kind) {
+    case CommandLine::Kind::Run:
+      return Run(line.run);
+    case CommandLine::Kind::Answer:
+      output.Write(line.text);
+      return Finish(output, ExitStatus_Good);
+    case CommandLine::Kind::Wrong:
+      output.Write(line.text);
+      break;
+  }
+  return ExitStatus_Wrong;
+}
+
+}  // namespace
+
+int RunProgram(int argc, const char* const* argv) {
+  try {
+    return Dispatch(ParseCommandLine(argc, argv, DefaultModuleFolder()));
+  } catch (const ProjectError& error) {
+    Complain(error.what());
+    return ExitStatus_Wrong;
+  } catch (const FileError& error) {
+    Complain(error.what());
+    return ExitStatus_Wrong;
+  } catch (const ScriptError& error) {
+    Complain(error.what());
+    return ExitStatus_Wrong;
+  } catch (const std::bad_alloc&) {
+    Complain("out of memory");
+  } catch (const std::exception& error) {
+    Complain(error.what());
+  }
+  return ExitStatus_Failed;
+}
+
+}  // namespace devhost

@@ -1,0 +1,110 @@
+#include "devhost/app/ScriptReader.h"
+
+#include <unistd.h>
+
+#include <charconv>
+#include <string_view>
+#include <system_error>
+
+#include "devhost/app/FileText.h"
+#include "devhost/app/ScriptActions.h"
+#include "devhost/app/Words.h"
+
+namespace devhost {
+
+Script LoadScript(const std::string& path) {
+  Script script;
+  if (path == "-") {
+    script.name = "standard input";
+    script.folder = ".";
+    script.text = ReadDescriptorText(STDIN_FILENO, script.name);
+  } else {
+    script.name = path;
+    script.folder = FolderOf(path);
+    script.text = ReadFileText(path);
+  }
+  return script;
+}
+
+DriverNames::DriverNames(const std::vector<DriverEntry>& drivers) {
+  constexpr std::size_t kMostListed = 20;
+  std::size_t listed = 0;
+  for (const DriverEntry& driver : drivers) {
+    m_ids[driver.name] = driver.id;
+    m_names[driver.id] = driver.name;
+    if (listed < kMostListed) {
+      m_allowed += (listed == 0 ? "" : ", ") + driver.name + " (" + std::to_string(driver.id) + ")";
+    } else if (listed == kMostListed) {
+      m_allowed += ", ...";
+    }
+    ++listed;
+  }
+  if (drivers.empty()) {
+    m_allowed = "none";
+  }
+}
+
+unsigned long DriverNames::Find(const std::string& word) const {
+  const auto named = m_ids.find(word);
+  if (named != m_ids.end()) {
+    return named->second;
+  }
+  unsigned long id = 0;
+  const char* const end = word.data() + word.size();
+  const auto [stop, error] = std::from_chars(word.data(), end, id);
+  if (error != std::errc() || stop != end || m_names.count(id) == 0) {
+    throw std::runtime_error("there is no driver " + Quoted(word) + "; the drivers of this project are: " + m_allowed);
+  }
+  return id;
+}
+
+const std::string& DriverNames::Name(unsigned long id) const {
+  return m_names.at(id);
+}
+
+ScriptReader::ScriptReader(const Script& script, const DriverNames& names) : m_script(script), m_names(names) {}
+
+std::string ScriptReader::Position() const {
+  return m_script.name + ":" + std::to_string(m_line);
+}
+
+bool ScriptReader::Next(Action& action) {
+  const std::string_view text = m_script.text;
+  while (m_at < text.size()) {
+    const std::size_t feed = text.find('\n', m_at);
+    const std::size_t end = feed == std::string_view::npos ? text.size() : feed;
+    std::string_view line = text.substr(m_at, end - m_at);
+    m_at = feed == std::string_view::npos ? end : feed + 1;
+    ++m_line;
+    if (!line.empty() && line.back() == '\r') {
+      line.remove_suffix(1);
+    }
+    try {
+      if (line.find('\0') != std::string_view::npos) {
+        throw ActionError("the line holds a NUL byte: a script is text");
+      }
+      const std::vector<std::string> words = SplitWords(line);
+      if (!words.empty()) {
+        action = ParseAction(words, m_script.folder, m_names);
+        return true;
+      }
+    } catch (const WordError& error) {
+      throw ScriptError(Position() + ": " + error.what());
+    } catch (const ActionError& error) {
+      throw ScriptError(Position() + ": " + error.what());
+    }
+  }
+  return false;
+}
+
+std::size_t CheckScript(const Script& script, const DriverNames& names) {
+  ScriptReader reader(script, names);
+  Action action;
+  std::size_t count = 0;
+  while (reader.Next(action)) {
+    ++count;
+  }
+  return count;
+}
+
+}  // namespace devhost

@@ -1,0 +1,240 @@
+#include "devhost/project/Project.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <system_error>
+
+#include "devhost/app/FileText.h"
+#include "devhost/app/Words.h"
+#include "devhost/xml/XmlReader.h"
+
+namespace devhost {
+
+namespace {
+
+constexpr char kAgentModule[] = "snmp_configuration_agent.so";
+
+// The loader takes a path without a slash for a name to search for, so paths are made absolute.
+std::string Absolute(const std::string& path) {
+  return std::filesystem::absolute(path.empty() ? "." : path).lexically_normal().string();
+}
+
+// "" when a module can be loaded from `path` as far as the file system tells.
+std::string WhyNoModule(const std::string& path) {
+  struct stat status = {};
+  const std::string reason = WhyUnreadable(path);
+  if (!reason.empty()) {
+    return reason;
+  }
+  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? std::string() : "it is no regular file";
+}
+
+// Replaces every `{project}` in what a driver gets to read.
+void Expand(std::string& text, const std::string& folder) {
+  constexpr char kPlaceholder[] = "{project}";
+  constexpr std::size_t kLength = sizeof(kPlaceholder) - 1;
+  std::size_t at = text.find(kPlaceholder);
+  if (at == std::string::npos) {
+    return;
+  }
+  std::string expanded;
+  std::size_t from = 0;
+  for (; at != std::string::npos; at = text.find(kPlaceholder, from)) {
+    expanded.append(text, from, at - from).append(folder);
+    from = at + kLength;
+  }
+  text = expanded.append(text, from, std::string::npos);
+}
+
+void Expand(XmlElement& element, const std::string& folder) {
+  Expand(element.text, folder);
+  for (XmlAttribute& attribute : element.attributes) {
+    Expand(attribute.value, folder);
+  }
+  for (XmlElement& child : element.children) {
+    Expand(child, folder);
+  }
+}
+
+// Names stand in scripts and messages, and a name of digits alone would read as an id.
+bool IsName(const std::string& text) {
+  const auto allowed = [](unsigned char c) {
+    return c < 0x80 && (std::isalnum(c) != 0 || c == '-' || c == '_' || c == '.');
+  };
+  const auto digit = [](unsigned char c) { return c >= '0' && c <= '9'; };
+  return !text.empty() && std::all_of(text.begin(), text.end(), allowed) && !std::all_of(text.begin(), text.end(), digit);
+}
+
+class ProjectFile {
+ public:
+  ProjectFile(const std::string& path, const std::string& moduleFolder)
+      : m_path(path), m_moduleFolder(Absolute(moduleFolder)) {}
+
+  Project Read() {
+    XmlElement root = Parse();
+    m_folder = FolderOf(Absolute(m_path));
+    if (root.name != "project") {
+      Refuse(root, "the root element is <" + root.name + ">; allowed: <project>");
+    }
+    AllowAttributes(root, {});
+    RefuseText(root);
+    Project project;
+    for (XmlElement& child : root.children) {
+      if (child.name != "driver") {
+        Refuse(child, "unknown element <" + child.name + "> in <project>; allowed: <driver>");
+      }
+      project.drivers.push_back(ReadDriver(child));
+    }
+    if (project.drivers.empty()) {
+      Refuse(root, "the project has no drivers; allowed: one <driver id=\"..\" name=\"..\" module=\"..\"/> or more");
+    }
+    return project;
+  }
+
+ private:
+  [[noreturn]] void Refuse(const XmlElement& element, const std::string& problem) const {
+    throw ProjectError(m_path + ":" + std::to_string(element.line) + ": " + problem);
+  }
+
+  XmlElement Parse() const {
+    try {
+      return ReadXml(ReadFileText(m_path));
+    } catch (const FileError& error) {
+      throw ProjectError(error.what());
+    } catch (const XmlError& error) {
+      throw ProjectError(m_path + ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column()) +
+                         ": the project is no well-formed XML: " + OneLine(error.what()));
+    }
+  }
+
+  void AllowAttributes(const XmlElement& element, const std::vector<std::string>& allowed) const {
+    std::string list;
+    for (const std::string& name : allowed) {
+      list += (list.empty() ? "" : ", ") + name;
+    }
+    for (const XmlAttribute& attribute : element.attributes) {
+      if (std::find(allowed.begin(), allowed.end(), attribute.name) == allowed.end()) {
+        Refuse(element, "unknown attribute " + Quoted(attribute.name) + " of <" + element.name +
+                            ">; allowed: " + (list.empty() ? "none" : list));
+      }
+    }
+  }
+
+  void RefuseText(const XmlElement& element) const {
+    if (!element.text.empty()) {
+      Refuse(element, "<" + element.name + "> holds the text " + Quoted(element.text) + "; allowed: elements only");
+    }
+  }
+
+  const std::string& Required(const XmlElement& element, const char* name, const std::string& example) const {
+    const std::string* const value = element.FindAttribute(name);
+    if (value == nullptr || value->empty()) {
+      Refuse(element, "<" + element.name + "> has no " + name + "; write " + name + "=\"" + example + "\"");
+    }
+    return *value;
+  }
+
+  DriverEntry ReadDriver(XmlElement& element) {
+    AllowAttributes(element, {"id", "name", "module"});
+    RefuseText(element);
+    DriverEntry driver;
+    driver.id = ReadId(element);
+    driver.name = ReadName(element);
+    driver.module = ReadModule(element);
+    driver.configXml = ReadConfig(element);
+    return driver;
+  }
+
+  unsigned long ReadId(const XmlElement& element) {
+    const std::string& text = Required(element, "id", "12");
+    std::uint32_t id = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, id);
+    if (error != std::errc() || stop != end) {
+      Refuse(element, "the id is " + Quoted(text) + "; allowed: a whole number from 0 to 4294967295");
+    }
+    const auto [first, added] = m_idLines.emplace(id, element.line);
+    if (!added) {
+      Refuse(element, "the id " + text + " is taken by the driver in line " + std::to_string(first->second) +
+                          "; allowed: each id once");
+    }
+    return id;
+  }
+
+  std::string ReadName(const XmlElement& element) {
+    const std::string& name = Required(element, "name", "kitchen");
+    if (!IsName(name)) {
+      Refuse(element,
+             "the name is " + Quoted(name) + "; allowed: letters, digits, \"-\", \"_\" and \".\", not digits alone");
+    }
+    const auto [first, added] = m_nameLines.emplace(name, element.line);
+    if (!added) {
+      Refuse(element, "the name " + Quoted(name) + " is taken by the driver in line " + std::to_string(first->second) +
+                          "; allowed: each name once");
+    }
+    return name;
+  }
+
+  std::string ReadModule(const XmlElement& element) const {
+    const std::string& module = Required(element, "module", kAgentModule);
+    const bool bare = module.find('/') == std::string::npos;
+    const std::string path = PathIn(bare ? m_moduleFolder : m_folder, module);
+    const std::string reason = WhyNoModule(path);
+    if (!reason.empty()) {
+      Refuse(element, "cannot load the module " + Quoted(path) + ": " + reason +
+                          "; allowed: " + "the file name of a module in " + Quoted(m_moduleFolder) +
+                          " (see --module-dir), or a path with a slash, relative to the project file");
+    }
+    return path;
+  }
+
+  std::string ReadConfig(XmlElement& element) const {
+    for (const XmlElement& child : element.children) {
+      if (child.name != "config") {
+        Refuse(child, "unknown element <" + child.name + "> in <driver>; allowed: <config>");
+      }
+      if (&child != &element.children.front()) {
+        Refuse(child, "a second <config> in <driver>; allowed: one");
+      }
+    }
+    if (element.children.empty()) {
+      return "<config/>";
+    }
+    Expand(element.children.front(), m_folder);
+    return XmlText(element.children.front(), XmlStyle::Compact);
+  }
+
+  std::string m_path;
+  std::string m_folder;
+  std::string m_moduleFolder;
+  std::map<std::uint32_t, std::size_t> m_idLines;
+  std::map<std::string, std::size_t> m_nameLines;
+};
+
+}  // namespace
+
+Project ReadProject(const std::string& path, const std::string& moduleFolder) {
+  return ProjectFile(path, moduleFolder).Read();
+}
+
+Project AgentAlone(const std::string& moduleFolder) {
+  DriverEntry agent;
+  agent.id = 1;
+  agent.name = "agent";
+  agent.module = PathIn(Absolute(moduleFolder), kAgentModule);
+  agent.configXml = "<config/>";
+  const std::string reason = WhyNoModule(agent.module);
+  if (!reason.empty()) {
+    throw ProjectError("cannot load the agent module " + Quoted(agent.module) + ": " + reason +
+                       "; name the folder of the modules with --module-dir, or a project with --project");
+  }
+  return Project{{agent}};
+}
+
+}  // namespace devhost
