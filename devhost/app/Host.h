@@ -11,10 +11,10 @@ namespace devhost {
 
 // One driver of a project, as the project file names it.
 struct DriverEntry {
-  unsigned long id = 0;     // unique in the project, at most 32 bits
-  std::string name;         // for messages; unique in the project
-  std::string module;       // path of the driver module
-  std::string configXml;    // the text of its configuration element, "<config/>" when it has none
+  unsigned long id = 0;   // unique in the project, at most 32 bits
+  std::string name;       // for messages; unique in the project
+  std::string module;     // path of the driver module
+  std::string configXml;  // the text of its configuration element, "<config/>" when it has none
 };
 
 // Something that happened in the host, in the order in which it happened.
@@ -55,9 +55,9 @@ class HostError : public std::runtime_error {
 // One life of a development host: drivers are loaded, spoken to and unloaded. This is the facade that the program, tests,
 // benchmarks and fuzzers share.
 //
-// Calls into drivers never overlap: a call from a second thread while one is under way is refused with HostError and reported
-// as Manners; nested calls pass. A driver's exception never leaves the host uncaught: it becomes a HostError that names the
-// driver, the call and the exception's text.
+// Calls into drivers never overlap: a call from a second thread while one is under way is refused with HostError and
+// reported as Manners; nested calls pass. A driver's exception never leaves the host uncaught: it becomes a HostError that
+// names the driver, the call and the exception's text.
 class Host {
  public:
   // `observer` must outlive the host. One host at a time in a process.
@@ -78,8 +78,8 @@ class Host {
   // Sends a command to the driver with that id and returns the reply as compact XML ("" when the driver returned no node).
   // Throws HostError when there is no such driver, it has not registered the command, or it throws.
   std::string Command(unsigned long driverId, const std::string& name, const Parameters& parameters);
-  // The same to the one driver that has registered the command. Throws HostError, naming the candidates, when none or several
-  // have.
+  // The same to the one driver that has registered the command. Throws HostError, naming the candidates, when none or
+  // several have.
   std::string Command(const std::string& name, const Parameters& parameters);
 
   // Sends a system event, by its name, to the listeners of its id, in the order of registration. Throws HostError for a name

@@ -63,4 +63,8 @@ h7::auto_com<H7XML::INode> ReadXmlNode(const std::string& text) {
   return ParseXmlTree(text).Root().HandOut(DEVHOST_CALLER);
 }
 
+h7::auto_com<H7XML::INode> MakeXmlNode(const XmlElement& element) {
+  return MakeXmlTree(element).Root().HandOut(DEVHOST_CALLER);
+}
+
 }  // namespace devhost

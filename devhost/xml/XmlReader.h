@@ -53,6 +53,9 @@ XmlElement ReadXml(const std::string& text);
 // The same as a node for a driver; never an empty handle. Any depth.
 h7::auto_com<H7XML::INode> ReadXmlNode(const std::string& text);
 
+// An element as a node for a driver; never an empty handle.
+h7::auto_com<H7XML::INode> MakeXmlNode(const XmlElement& element);
+
 enum class XmlStyle {
   Compact,  // on one line, as long as no text holds a line feed
   Indented  // two spaces per level, line feeds between elements; an element with text and children stays on its line

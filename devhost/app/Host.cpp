@@ -1,0 +1,341 @@
+#include "devhost/app/Host.h"
+
+#include <atomic>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <utility>
+
+#include "devhost/app/HostCore.h"
+#include "devhost/app/LoadedDriver.h"
+#include "devhost/app/Words.h"
+#include "devhost/base/DriverServices.h"
+#include "devhost/base/LogCaller.h"
+#include "devhost/xml/XmlMisuse.h"
+#include "devhost/xml/XmlReader.h"
+
+namespace devhost {
+namespace {
+
+std::atomic<bool> s_hostExists{false};
+
+// The claim to be the process's only host.
+class OnlyHost {
+ public:
+  OnlyHost() {
+    if (s_hostExists.exchange(true)) {
+      throw HostError("there is a host in this process already; only one at a time is possible");
+    }
+  }
+  ~OnlyHost() { s_hostExists = false; }
+  OnlyHost(const OnlyHost&) = delete;
+  OnlyHost& operator=(const OnlyHost&) = delete;
+};
+
+std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    joined += (joined.empty() ? "" : separator) + text;
+  }
+  return joined;
+}
+
+XmlElement EventElement(const std::string& name, const Parameters& parameters) {
+  XmlElement event;
+  event.name = "event";
+  event.attributes.push_back({"name", name});
+  for (const auto& [parameter, value] : parameters) {
+    XmlElement item;
+    item.name = "item";
+    item.attributes.push_back({"name", parameter});
+    item.text = value;
+    event.children.push_back(std::move(item));
+  }
+  return event;
+}
+
+std::string EventText(const std::string& name, const Parameters& parameters) {
+  std::string text = AsWord(name);
+  for (const auto& [parameter, value] : parameters) {
+    text += ' ' + AsWord(parameter) + '=' + AsWord(value);
+  }
+  return text;
+}
+
+// What is left alive, for a message: how many, and the first few by name.
+std::string Summary(const std::vector<std::string>& descriptions) {
+  constexpr std::size_t kShown = 3;
+  const std::vector<std::string> shown(
+      descriptions.begin(), descriptions.begin() + static_cast<std::ptrdiff_t>(std::min(kShown, descriptions.size())));
+  return "left " + std::to_string(descriptions.size()) + " XML object" + (descriptions.size() == 1 ? "" : "s") +
+         " alive: " + Join(shown, ", ") + (descriptions.size() > kShown ? ", ..." : "");
+}
+
+}  // namespace
+
+class Host::Impl : private LogSink, private XmlMisuseSink {
+ public:
+  explicit Impl(HostObserver& observer)
+      : m_core(observer), m_outerLog(SetLogSink(this)), m_outerMisuse(SetXmlMisuseSink(this)), m_xmlMark(XmlMark()) {}
+  ~Impl() override {
+    StopAll();
+    SetXmlMisuseSink(m_outerMisuse);
+    SetLogSink(m_outerLog);
+  }
+
+  void Load(const DriverEntry& entry, const void* code);
+  void Stop(const void* code);
+  std::string Command(unsigned long driverId, const std::string& name, const Parameters& parameters, const void* code);
+  std::string Command(const std::string& name, const Parameters& parameters, const void* code);
+  void SendEvent(const std::string& name, const Parameters& parameters, const void* code);
+  std::string GetPersistState(unsigned long driverId, const void* code);
+  std::shared_ptr<LoadedDriver> Find(unsigned long driverId) const;
+  const HostCore& Core() const { return m_core; }
+
+ private:
+  void Log(unsigned int level, const char* line) noexcept override;
+  void OnXmlMisuse(const std::string& what, const void* code) override;
+
+  void CheckEntry(const DriverEntry& entry) const;
+  void Start(LoadedDriver& driver);
+  void StopAll() noexcept;
+  void Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded);
+  void ReportLiveXml(std::uint64_t mark);
+
+  const OnlyHost m_only;
+  HostCore m_core;
+  LogSink* const m_outerLog;
+  XmlMisuseSink* const m_outerMisuse;
+  const std::uint64_t m_xmlMark;
+  bool m_stopping = false;
+};
+
+void Host::Impl::CheckEntry(const DriverEntry& entry) const {
+  if (m_stopping) {
+    throw HostError("driver \"" + entry.name + "\" cannot be loaded while the host stops");
+  }
+  if (entry.id > std::numeric_limits<std::uint32_t>::max()) {
+    throw HostError("driver \"" + entry.name + "\" has the id " + std::to_string(entry.id) + "; ids go up to 4294967295");
+  }
+  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
+    if (driver->Entry().id == entry.id) {
+      throw HostError("driver \"" + entry.name + "\" has the id of " + driver->Title());
+    }
+  }
+}
+
+void Host::Impl::Load(const DriverEntry& entry, const void* code) {
+  const CallScope scope(m_core, nullptr, "loading of driver \"" + entry.name + "\"", code);
+  CheckEntry(entry);
+  const std::uint64_t mark = XmlMark();
+  std::shared_ptr<LoadedDriver> driver;
+  try {
+    driver = std::make_shared<LoadedDriver>(m_core, entry);
+  } catch (const ModuleError& error) {
+    throw HostError("driver " + std::to_string(entry.id) + " \"" + entry.name + "\": " + error.what());
+  }
+  m_core.Add(driver);
+  try {
+    Start(*driver);
+  } catch (...) {
+    driver->Destroy();
+    ReportLiveXml(mark);
+    Unload(std::move(driver), false);
+    throw;
+  }
+  m_core.Emit(Occurrence::Kind::Load, driver.get(), "", entry.module);
+}
+
+void Host::Impl::Start(LoadedDriver& driver) {
+  driver.Create();
+  try {
+    driver.Initialize();
+  } catch (const XmlError& error) {
+    throw HostError(driver.Title() + ": its configuration is no XML: " + error.what());
+  }
+  driver.MakeRegisterCommands();
+}
+
+void Host::Impl::Stop(const void* code) {
+  if (m_core.gate.IsInside()) {
+    throw HostError("the host cannot be stopped from inside " + m_core.gate.Innermost().description);
+  }
+  const CallScope scope(m_core, nullptr, "stop", code);
+  StopAll();
+}
+
+void Host::Impl::StopAll() noexcept {
+  m_stopping = true;
+  HostCore::Drivers drivers = m_core.Snapshot();
+  for (auto driver = drivers.rbegin(); driver != drivers.rend(); ++driver) {
+    (*driver)->Destroy();
+  }
+  if (!drivers.empty()) {
+    ReportLiveXml(m_xmlMark);
+  }
+  while (!drivers.empty()) {
+    std::shared_ptr<LoadedDriver> driver = std::move(drivers.back());
+    drivers.pop_back();
+    Unload(std::move(driver), true);
+  }
+  m_stopping = false;
+}
+
+void Host::Impl::Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded) {
+  const std::shared_ptr<LoadedDriver> record = std::move(driver);
+  m_core.Remove(*record);
+  if (wasLoaded) {
+    m_core.Emit(Occurrence::Kind::Unload, record.get(), "", record->Entry().module);
+  }
+}
+
+// Objects that no driver's code holds (the program's own, say) are nobody's fault.
+void Host::Impl::ReportLiveXml(std::uint64_t mark) {
+  struct Culprit {
+    std::shared_ptr<LoadedDriver> driver;
+    std::vector<std::string> objects;
+  };
+  const HostCore::Drivers drivers = m_core.Snapshot();
+  std::map<std::string, Culprit> culprits;  // by module
+  for (const LiveXmlObject& object : LiveXmlObjectsSince(mark)) {
+    for (const void* const code : {object.creator, object.lastHolder}) {
+      HostCore::Drivers owners;
+      for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
+        if (driver->OwnsCode(code)) {
+          owners.push_back(driver);
+        }
+      }
+      if (!owners.empty()) {
+        Culprit& culprit = culprits[owners.front()->Entry().module];
+        culprit.driver = owners.size() == 1 ? owners.front() : nullptr;
+        culprit.objects.push_back(object.description);
+        break;
+      }
+    }
+  }
+  for (const auto& [module, culprit] : culprits) {
+    m_core.Report(culprit.driver.get(), Summary(culprit.objects) + ", by module \"" + module + "\"");
+  }
+}
+
+std::shared_ptr<LoadedDriver> Host::Impl::Find(unsigned long driverId) const {
+  std::vector<std::string> known;
+  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
+    if (driver->Entry().id == driverId) {
+      return driver;
+    }
+    known.push_back(driver->Title());
+  }
+  throw HostError("there is no driver " + std::to_string(driverId) +
+                  (known.empty() ? "; none is loaded" : "; loaded are: " + Join(known, ", ")));
+}
+
+std::string Host::Impl::Command(unsigned long driverId, const std::string& name, const Parameters& parameters,
+                                const void* code) {
+  const CallScope scope(m_core, nullptr, "command \"" + name + "\"", code);
+  return Find(driverId)->Command(name, parameters);
+}
+
+std::string Host::Impl::Command(const std::string& name, const Parameters& parameters, const void* code) {
+  const CallScope scope(m_core, nullptr, "command \"" + name + "\"", code);
+  HostCore::Drivers owners;
+  std::vector<std::string> titles;
+  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
+    if (driver->Commands().Find(name) != nullptr) {
+      owners.push_back(driver);
+      titles.push_back(driver->Title());
+    }
+  }
+  if (owners.empty()) {
+    throw HostError("no driver has registered command \"" + name + "\"");
+  }
+  if (owners.size() != 1) {
+    throw HostError("several drivers have registered command \"" + name + "\": " + Join(titles, ", ") +
+                    "; name one of them");
+  }
+  return owners.front()->Command(name, parameters);
+}
+
+void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters, const void* code) {
+  const CallScope scope(m_core, nullptr, "event \"" + name + "\"", code);
+  const unsigned int eventId = SystemEventIdOf(name);
+  if (eventId == 0) {
+    throw HostError("there is no system event \"" + name + "\"; known are: " + SystemEventNames());
+  }
+  m_core.Emit(Occurrence::Kind::Event, nullptr, name, EventText(name, parameters));
+  const XmlElement event = EventElement(name, parameters);
+  std::string firstProblem;
+  m_core.listeners.Deliver(eventId, [&](const EventListeners::Registration& registration) {
+    try {
+      Find(registration.driverId)->DeliverEvent(*registration.listener, name, event);
+    } catch (const HostError& error) {
+      firstProblem = firstProblem.empty() ? error.what() : firstProblem;
+    }
+  });
+  if (!firstProblem.empty()) {
+    throw HostError(firstProblem);
+  }
+}
+
+std::string Host::Impl::GetPersistState(unsigned long driverId, const void* code) {
+  const CallScope scope(m_core, nullptr, "GetPersistState", code);
+  return Find(driverId)->GetPersistState();
+}
+
+void Host::Impl::Log(unsigned int level, const char* line) noexcept {
+  try {
+    m_core.Emit(Occurrence::Kind::Log, m_core.DriverOf(LogCaller()).get(), std::to_string(level), line);
+  } catch (...) {
+    // A line for which there is no memory is dropped.
+  }
+}
+
+void Host::Impl::OnXmlMisuse(const std::string& what, const void* code) {
+  m_core.ReportCode(code, what);
+}
+
+Host::Host(HostObserver& observer) : m_impl(std::make_unique<Impl>(observer)) {}
+
+Host::~Host() = default;
+
+void Host::Load(const DriverEntry& entry) {
+  m_impl->Load(entry, __builtin_return_address(0));
+}
+
+void Host::Stop() {
+  m_impl->Stop(__builtin_return_address(0));
+}
+
+std::string Host::Command(unsigned long driverId, const std::string& name, const Parameters& parameters) {
+  return m_impl->Command(driverId, name, parameters, __builtin_return_address(0));
+}
+
+std::string Host::Command(const std::string& name, const Parameters& parameters) {
+  return m_impl->Command(name, parameters, __builtin_return_address(0));
+}
+
+void Host::SendEvent(const std::string& name, const Parameters& parameters) {
+  m_impl->SendEvent(name, parameters, __builtin_return_address(0));
+}
+
+std::string Host::GetPersistState(unsigned long driverId) {
+  return m_impl->GetPersistState(driverId, __builtin_return_address(0));
+}
+
+std::vector<DriverEntry> Host::Drivers() const {
+  std::vector<DriverEntry> entries;
+  for (const std::shared_ptr<LoadedDriver>& driver : m_impl->Core().Snapshot()) {
+    entries.push_back(driver->Entry());
+  }
+  return entries;
+}
+
+std::vector<std::string> Host::Commands(unsigned long driverId) const {
+  return m_impl->Find(driverId)->Commands().Names();
+}
+
+std::size_t Host::MannersCount() const {
+  return m_impl->Core().MannersCount();
+}
+
+}  // namespace devhost

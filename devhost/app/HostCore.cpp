@@ -1,0 +1,92 @@
+#include "devhost/app/HostCore.h"
+
+#include <algorithm>
+
+#include "devhost/app/LoadedDriver.h"
+#include "devhost/loader/DriverModule.h"
+
+namespace devhost {
+
+void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text) {
+  Occurrence occurrence;
+  occurrence.kind = kind;
+  if (driver != nullptr) {
+    occurrence.driverId = driver->Entry().id;
+    occurrence.driverName = driver->Entry().name;
+  }
+  occurrence.name = name;
+  occurrence.text = text;
+  const std::lock_guard<std::recursive_mutex> lock(m_emitting);
+  m_observer.OnOccurrence(occurrence);
+}
+
+void HostCore::Report(const LoadedDriver* driver, const std::string& what) {
+  ++m_mannersCount;
+  const CallGate::Call call = gate.Innermost();
+  const std::string place = call.description.empty() ? "" : ", during " + call.description;
+  Emit(Occurrence::Kind::Manners, driver, "", (driver != nullptr ? driver->Title() + ": " : "") + what + place);
+}
+
+void HostCore::ReportCode(const void* code, const std::string& what) {
+  const std::shared_ptr<LoadedDriver> driver = DriverOf(code);
+  const std::string file = driver != nullptr ? driver->Entry().module : ModuleFileOf(code);
+  Report(driver.get(), what + ", by module \"" + file + "\"");
+}
+
+std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
+  const void* const called = gate.Innermost().driver;
+  std::shared_ptr<LoadedDriver> inside;
+  Drivers owners;
+  for (const std::shared_ptr<LoadedDriver>& driver : Snapshot()) {
+    if (driver.get() == called) {
+      inside = driver;
+    }
+    if (driver->OwnsCode(code)) {
+      owners.push_back(driver);
+    }
+  }
+  if (owners.size() == 1) {
+    return owners.front();
+  }
+  return owners.empty() || (inside != nullptr && inside->OwnsCode(code)) ? inside : nullptr;
+}
+
+HostCore::Drivers HostCore::Snapshot() const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  return m_drivers;
+}
+
+void HostCore::Add(const std::shared_ptr<LoadedDriver>& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  m_drivers.push_back(driver);
+}
+
+void HostCore::Remove(const LoadedDriver& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  m_drivers.erase(std::remove_if(m_drivers.begin(), m_drivers.end(),
+                                 [&](const std::shared_ptr<LoadedDriver>& each) { return each.get() == &driver; }),
+                  m_drivers.end());
+}
+
+CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code)
+    : m_core(core) {
+  const std::string title = driver != nullptr ? description + " of " + driver->Title() : description;
+  CallGate::Call innermost;
+  if (m_core.gate.Enter({driver, title}, innermost)) {
+    return;
+  }
+  const std::string what =
+      title + " came from a second thread while " + innermost.description + " is under way; it was refused";
+  if (code != nullptr) {
+    m_core.ReportCode(code, what);
+  } else {
+    m_core.Report(driver, what);
+  }
+  throw HostError(what);
+}
+
+CallScope::~CallScope() {
+  m_core.gate.Leave();
+}
+
+}  // namespace devhost

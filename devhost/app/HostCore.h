@@ -1,0 +1,74 @@
+#ifndef DEVHOST_APP_HOST_CORE_H
+#define DEVHOST_APP_HOST_CORE_H
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "devhost/app/Host.h"
+#include "devhost/base/CallGate.h"
+#include "devhost/base/EventListeners.h"
+#include "devhost/base/InstanceDirectory.h"
+#include "devhost/base/VariableManager.h"
+
+namespace devhost {
+
+class LoadedDriver;
+
+// What all drivers of one host share, and the way from them to the observer.
+class HostCore {
+ public:
+  using Drivers = std::vector<std::shared_ptr<LoadedDriver>>;
+
+  explicit HostCore(HostObserver& observer) : m_observer(observer) {}
+
+  InstanceDirectory directory;
+  EventListeners listeners;
+  VariableManager variables;
+  CallGate gate;
+
+  // `driver` may be null in all of these: none is known.
+  void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text);
+  // Reports a driver that broke the rules; the call that is under way is named with it.
+  void Report(const LoadedDriver* driver, const std::string& what);
+  // Reports what code at that address did, and names the module that the code stands in.
+  void ReportCode(const void* code, const std::string& what);
+  std::size_t MannersCount() const { return m_mannersCount; }
+
+  // The driver that code at that address belongs to. Code of no driver's module counts for the driver that is being called
+  // (its last act may have been a jump), code that several drivers share for the one being called among them; else null.
+  std::shared_ptr<LoadedDriver> DriverOf(const void* code) const;
+
+  // The drivers, in the order of loading: a copy that stays good while drivers come and go.
+  Drivers Snapshot() const;
+  void Add(const std::shared_ptr<LoadedDriver>& driver);
+  void Remove(const LoadedDriver& driver);
+
+ private:
+  HostObserver& m_observer;
+  std::recursive_mutex m_emitting;  // the observer may call the host
+  mutable std::mutex m_driversMutex;
+  Drivers m_drivers;
+  std::atomic<std::size_t> m_mannersCount{0};
+};
+
+// A call that is under way, for as long as the scope lives.
+class CallScope {
+ public:
+  // `driver` may be null. When another thread is inside, the call is reported, as done by the code at that address (null: by
+  // `driver` itself), and HostError is thrown.
+  CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code);
+  ~CallScope();
+  CallScope(const CallScope&) = delete;
+  CallScope& operator=(const CallScope&) = delete;
+
+ private:
+  HostCore& m_core;
+};
+
+}  // namespace devhost
+
+#endif

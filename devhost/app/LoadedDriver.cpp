@@ -1,0 +1,242 @@
+#include "devhost/app/LoadedDriver.h"
+
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+#include "devhost/app/HostCore.h"
+#include "devhost/app/Words.h"
+#include "devhost/ui/CommandMessage.h"
+#include "devhost/xml/XmlReader.h"
+#include "host/ISystemEventCallback.h"
+
+namespace devhost {
+namespace {
+
+// Names the driver when its destructor throws: the language ends the process then, whatever the host does.
+class TerminateNote {
+ public:
+  explicit TerminateNote(const std::string& title) : m_outerTitle(s_title), m_handler(std::set_terminate(&Terminate)) {
+    if (m_handler != &Terminate) {
+      s_next = m_handler;
+    }
+    s_title = title.c_str();
+  }
+  ~TerminateNote() {
+    s_title = m_outerTitle;
+    std::set_terminate(m_handler);
+  }
+  TerminateNote(const TerminateNote&) = delete;
+  TerminateNote& operator=(const TerminateNote&) = delete;
+
+ private:
+  [[noreturn]] static void Terminate() {
+    std::fprintf(stderr, "devhost: %s ended the process while it was destroyed: its destructor threw\n", s_title);
+    if (s_next != nullptr) {
+      s_next();
+    }
+    std::abort();
+  }
+
+  static const char* s_title;
+  static std::terminate_handler s_next;
+  const char* m_outerTitle;
+  std::terminate_handler m_handler;
+};
+
+const char* TerminateNote::s_title = "";
+std::terminate_handler TerminateNote::s_next = nullptr;
+
+std::string CommandText(const std::string& name, const Parameters& parameters) {
+  std::string text = AsWord(name);
+  for (const auto& [parameter, value] : parameters) {
+    text += ' ' + AsWord(parameter) + '=' + AsWord(value);
+  }
+  return text;
+}
+
+}  // namespace
+
+LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
+    : m_core(core),
+      m_entry(entry),
+      m_module(entry.module),
+      m_commands(*this),
+      m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
+
+std::string LoadedDriver::Title() const {
+  return "driver " + std::to_string(m_entry.id) + " \"" + m_entry.name + "\"";
+}
+
+template <class Action>
+auto LoadedDriver::Call(const std::string& description, Action action) {
+  const CallScope scope(m_core, this, description, nullptr);
+  std::string problem;
+  try {
+    return action();
+  } catch (const std::exception& exception) {
+    problem = exception.what();
+  } catch (...) {
+    problem = "something that is no std::exception";
+  }
+  // Thrown behind the handlers: the driver's exception object is gone before its module can be.
+  throw HostError(Title() + " threw in " + description + ": " + problem);
+}
+
+void LoadedDriver::Create() {
+  Call("creation", [this] { m_driver = m_module.CreateDriver(m_instances); });
+  if (m_driver == nullptr) {
+    throw HostError(Title() + " was not made: its module \"" + m_entry.module + "\" returned none");
+  }
+}
+
+void LoadedDriver::Initialize() {
+  const h7::auto_com<H7XML::INode> config = ReadXmlNode(m_entry.configXml.empty() ? "<config/>" : m_entry.configXml);
+  const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, *config, nullptr); });
+  if (m_base == BaseState::Constructed) {
+    Report("its Initialize did not call the base's Initialize");
+    m_base = BaseState::Initialized;
+  }
+  if (result != 0) {
+    m_core.Emit(Occurrence::Kind::Log, this, "1", "Initialize returned " + std::to_string(result));
+  }
+}
+
+void LoadedDriver::MakeRegisterCommands() {
+  Call("RegisterCommands", [this] { m_driver->RegisterCommands(); });
+}
+
+std::string LoadedDriver::Command(const std::string& name, const Parameters& parameters) {
+  const std::shared_ptr<const CommandTable::Handler> handler = m_commands.Find(name);
+  if (handler == nullptr) {
+    std::string known;
+    for (const std::string& each : m_commands.Names()) {
+      known += (known.empty() ? "; it has: " : ", ") + each;
+    }
+    throw HostError(Title() + " has no command \"" + name + "\"" + (known.empty() ? "; it has none" : known));
+  }
+  m_core.Emit(Occurrence::Kind::Command, this, name, CommandText(name, parameters));
+  const CommandMessage message(parameters);
+  std::string replyName;
+  std::string reply;
+  Call("command \"" + name + "\"", [&] {
+    const h7::auto_com<H7XML::INode> node = (*handler)(message);
+    if (node) {
+      reply = XmlText(*node, XmlStyle::Compact);
+      replyName = node->GetName();
+    }
+  });
+  m_core.Emit(Occurrence::Kind::Reply, this, replyName, reply);
+  return reply;
+}
+
+void LoadedDriver::DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event) {
+  // Every listener gets a node of its own, so that none sees what another one did to it.
+  const h7::auto_com<H7XML::INode> node = MakeXmlNode(event);
+  Call("event \"" + name + "\"", [&] { listener.OnSystemEvent(*node); });
+}
+
+std::string LoadedDriver::GetPersistState() {
+  return Call("GetPersistState", [this] {
+    const h7::auto_com<H7XML::INode> state = m_driver->GetPersistState(0);
+    return state ? XmlText(*state, XmlStyle::Compact) : std::string();
+  });
+}
+
+void LoadedDriver::Destroy() noexcept {
+  try {
+    const CallScope scope(m_core, this, "destruction", nullptr);
+    const std::string title = Title();
+    const TerminateNote note(title);
+    m_commands.Clear();
+    delete std::exchange(m_driver, nullptr);
+    ReportLeftovers();
+  } catch (const std::exception& exception) {
+    std::fprintf(stderr, "devhost: %s\n", exception.what());
+  }
+}
+
+void LoadedDriver::ReportLeftovers() {
+  for (const std::string& name : m_commands.Names()) {
+    Report("left command \"" + name + "\" behind: it was registered during the destruction");
+  }
+  m_commands.Clear();
+  for (const EventListeners::Registration& registration : m_core.listeners.RemoveAll(m_entry.id)) {
+    Report("left a listener for system event " + std::to_string(registration.eventId) + " behind");
+  }
+  for (const std::string& iid : m_core.directory.WithdrawAll(m_entry.id)) {
+    Report("left its registration under \"" + iid + "\" behind");
+  }
+  if (m_base == BaseState::Constructed || m_base == BaseState::Initialized) {
+    Report("was destroyed without its base");
+  }
+}
+
+void LoadedDriver::BaseConstructed(H7BaseDriver&, DriverMultiplicity) {
+  m_base = BaseState::Constructed;
+}
+
+void LoadedDriver::BaseInitialized(unsigned long driverId) {
+  m_base = BaseState::Initialized;
+  if (driverId != m_entry.id) {
+    Report("passed the id " + std::to_string(driverId) + " to its base's Initialize");
+  }
+}
+
+void LoadedDriver::BaseDestroyed() noexcept {
+  m_base = BaseState::Destroyed;
+}
+
+IVariableManager* LoadedDriver::GetVariableManager() {
+  return &m_core.variables;
+}
+
+void LoadedDriver::RegisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) {
+  if (MayCall("RegisterListener")) {
+    m_core.listeners.Add(m_entry.id, listener, eventId, reserved);
+  }
+}
+
+void LoadedDriver::UnregisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) {
+  if (MayCall("UnregisterListener")) {
+    m_core.listeners.Remove(m_entry.id, listener, eventId, reserved);
+  }
+}
+
+void LoadedDriver::SendDataToUI(const H7XML::INode& data) {
+  if (MayUse("ConSendDataToUI")) {
+    m_core.Emit(Occurrence::Kind::Notification, this, data.GetName(), XmlText(data, XmlStyle::Compact));
+  }
+}
+
+void LoadedDriver::InvalidateState() {
+  if (MayUse("DmInvalidateState")) {
+    m_core.Emit(Occurrence::Kind::Invalidate, this, "", "");
+  }
+}
+
+void LoadedDriver::Report(const std::string& what) {
+  m_core.Report(this, what);
+}
+
+bool LoadedDriver::MayCall(const std::string& operation) {
+  try {
+    const CallScope scope(m_core, this, operation, nullptr);
+    return true;
+  } catch (const HostError&) {
+    return false;  // it has been reported
+  }
+}
+
+bool LoadedDriver::MayUse(const char* operation) {
+  if (!MayCall(operation)) {
+    return false;
+  }
+  if (m_base != BaseState::Initialized) {
+    Report(std::string("called ") + operation + " before Initialize; nothing was done");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace devhost

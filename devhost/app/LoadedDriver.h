@@ -1,0 +1,81 @@
+#ifndef DEVHOST_APP_LOADED_DRIVER_H
+#define DEVHOST_APP_LOADED_DRIVER_H
+
+#include <memory>
+#include <string>
+
+#include "devhost/app/Host.h"
+#include "devhost/base/DriverServices.h"
+#include "devhost/base/InstanceDirectory.h"
+#include "devhost/base/Manners.h"
+#include "devhost/loader/DriverModule.h"
+#include "devhost/ui/CommandTable.h"
+#include "devhost/xml/XmlReader.h"
+
+namespace devhost {
+
+class HostCore;
+
+// One driver from the loading of its module to the unloading: the host's record of it, and the services behind its base.
+//
+// All calls into the driver go through here. An exception of the driver comes out as HostError.
+class LoadedDriver : public DriverServices, private Manners, private ThreadCheck {
+ public:
+  // Loads the module. Throws ModuleError. `core` outlives the driver.
+  LoadedDriver(HostCore& core, const DriverEntry& entry);
+  // The driver has been destroyed; unloads the module.
+  ~LoadedDriver() override = default;
+  LoadedDriver(const LoadedDriver&) = delete;
+  LoadedDriver& operator=(const LoadedDriver&) = delete;
+
+  const DriverEntry& Entry() const { return m_entry; }
+  // How messages name it: driver 12 "kitchen".
+  std::string Title() const;
+  bool OwnsCode(const void* code) const { return m_module.Contains(code); }
+  const CommandTable& Commands() const { return m_commands; }
+
+  void Create();
+  void Initialize();
+  void MakeRegisterCommands();
+  // The reply as compact XML.
+  std::string Command(const std::string& name, const Parameters& parameters);
+  void DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event);
+  std::string GetPersistState();
+  // Drops the handlers, destroys the driver when there is one, and reports and drops what it left behind.
+  void Destroy() noexcept;
+
+  // The services behind the driver's base.
+  void BaseConstructed(H7BaseDriver& driver, DriverMultiplicity multiplicity) override;
+  void BaseInitialized(unsigned long driverId) override;
+  void BaseDestroyed() noexcept override;
+  IInstanceManager& GetInstanceManager() override { return m_instances; }
+  IDriverManager& GetDriverManager() override { return m_instances; }
+  IVariableManager* GetVariableManager() override;
+  UICmdDispatcher& GetUICmdDispatcher() override { return m_commands; }
+  void RegisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) override;
+  void UnregisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) override;
+  void SendDataToUI(const H7XML::INode& data) override;
+  void InvalidateState() override;
+
+ private:
+  enum class BaseState { None, Constructed, Initialized, Destroyed };
+
+  void Report(const std::string& what) override;
+  bool MayCall(const std::string& operation) override;
+  bool MayUse(const char* operation);
+  void ReportLeftovers();
+  template <class Action>
+  auto Call(const std::string& description, Action action);
+
+  HostCore& m_core;
+  const DriverEntry m_entry;
+  const DriverModule m_module;
+  CommandTable m_commands;
+  InstanceManager m_instances;
+  IDriver* m_driver = nullptr;
+  BaseState m_base = BaseState::None;
+};
+
+}  // namespace devhost
+
+#endif
