@@ -1,0 +1,76 @@
+#include "drivers/common/DeviceConfiguration.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/drivers/support/FakeHost.h"
+
+namespace {
+
+using drivers::DeviceConfiguration;
+using drivers::ReadDeviceConfiguration;
+
+std::string WrongWith(const std::string& xml) {
+  DeviceConfiguration configuration;
+  return ReadDeviceConfiguration(*ToNode(xml), configuration);
+}
+
+TEST(ADeviceConfiguration, NeedsAFolderOnly) {
+  DeviceConfiguration configuration;
+  EXPECT_EQ("", ReadDeviceConfiguration(*ToNode("<config folder='/d/kitchen'/>"), configuration));
+  EXPECT_EQ("/d/kitchen", configuration.folder);
+  EXPECT_EQ("1.0.0", configuration.version);
+  EXPECT_TRUE(configuration.versionValid);
+  EXPECT_EQ("", configuration.settings.sysName.Get());
+  EXPECT_FALSE(configuration.settings.sysName.WasErased());
+  EXPECT_TRUE(configuration.settings.trapTargets.Get().empty());
+}
+
+TEST(ADeviceConfiguration, GivesVersionSettingsAndTrapTargets) {
+  DeviceConfiguration configuration;
+  EXPECT_EQ("", ReadDeviceConfiguration(*ToNode("<config folder='/d' version='2.1 beta' versionValid='false'>"
+                                                "<setting name='sysName' value='  my box '/>"
+                                                "<trapTarget target='10.0.0.5' community='public' port='162'/>"
+                                                "<setting name='managed' value='true'/>"
+                                                "<setting name='sysContact' value=''/>"
+                                                "<trapTarget target='10.0.0.6'/>"
+                                                "</config>"),
+                                        configuration));
+  EXPECT_EQ("2.1 beta", configuration.version);
+  EXPECT_FALSE(configuration.versionValid);
+  EXPECT_EQ("  my box ", configuration.settings.sysName.Get());
+  EXPECT_TRUE(configuration.settings.managed);
+  EXPECT_FALSE(configuration.settings.sysContact.WasErased());
+  const auto& targets = configuration.settings.trapTargets.Get();
+  ASSERT_EQ(2U, targets.size());
+  EXPECT_EQ("10.0.0.5 public 162", targets[0].target + " " + targets[0].community + " " + targets[0].port);
+  EXPECT_EQ("10.0.0.6  ", targets[1].target + " " + targets[1].community + " " + targets[1].port);
+}
+
+TEST(AWrongDeviceConfiguration, IsToldInOneLineThatSaysWhatIsAllowed) {
+  EXPECT_EQ("folder is \"\"; give the absolute path of the folder that holds the device's snmpd.conf",
+            WrongWith("<config/>"));
+  EXPECT_EQ("folder is \"d\"; give the absolute path of the folder that holds the device's snmpd.conf",
+            WrongWith("<config folder='d'/>"));
+  EXPECT_EQ("versionValid is \"maybe\"; allowed are true and false",
+            WrongWith("<config folder='/d' versionValid='maybe'/>"));
+  EXPECT_EQ("the element settings is unknown; allowed are setting and trapTarget",
+            WrongWith("<config folder='/d'><settings/></config>"));
+  EXPECT_EQ("in a setting element, \"yes\" is no value of the switch managed; allowed are true and false",
+            WrongWith("<config folder='/d'><setting name='managed' value='yes'/></config>"));
+  EXPECT_NE("", WrongWith("<config folder='/d'><setting value='x'/></config>"));
+  EXPECT_NE("", WrongWith("<config folder='/d'><setting name='trapTargets' value='x'/></config>"));
+  EXPECT_EQ(
+      "the setting sysName stands twice; once is allowed",
+      WrongWith("<config folder='/d'><setting name='sysName' value='a'/><setting name='sysName' value='a'/></config>"));
+  EXPECT_EQ("a trapTarget element has no target; give target, and community and port where they are known",
+            WrongWith("<config folder='/d'><trapTarget community='public'/></config>"));
+}
+
+TEST(AWrongDeviceConfiguration, IsToldByTheFirstThingThatIsWrong) {
+  EXPECT_EQ("the element a is unknown; allowed are setting and trapTarget",
+            WrongWith("<config folder='/d'><a/><setting name='sysName' value='x'/><b/></config>"));
+}
+
+}  // namespace
