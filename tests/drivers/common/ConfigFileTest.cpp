@@ -60,6 +60,13 @@ TEST(AMissingFile, IsMadeForItsOwnerOnlyWhateverTheUmask) {
   }
 }
 
+TEST(AMissingFile, IsLeftToTheOwnerThatTheSystemGivesIt) {
+  const TemporaryFolder folder;
+  const auto calls = std::make_shared<ScriptedFileCalls>();
+  EXPECT_EQ(0, ConfigFile(folder.Path(), calls).Replace("new"));
+  EXPECT_TRUE(calls->owners.empty());
+}
+
 TEST(AMissingFolder, FailsBothWaysAndIsNotMade) {
   const TemporaryFolder folder;
   const ConfigFile file(folder.Path("kitchen"));

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "tests/drivers/support/FakeHost.h"
@@ -46,6 +48,23 @@ TEST(ADeviceConfiguration, GivesVersionSettingsAndTrapTargets) {
   ASSERT_EQ(2U, targets.size());
   EXPECT_EQ("10.0.0.5 public 162", targets[0].target + " " + targets[0].community + " " + targets[0].port);
   EXPECT_EQ("10.0.0.6  ", targets[1].target + " " + targets[1].community + " " + targets[1].port);
+}
+
+TEST(ADeviceConfiguration, ReadsTheExampleOfItsPage) {
+  std::ifstream page(DEVICE_DRIVERS_PAGE);
+  const std::string text(std::istreambuf_iterator<char>(page), {});
+  const std::string fence = "```xml\n";
+  const std::size_t begin = text.find(fence);
+  ASSERT_NE(std::string::npos, begin);
+  const std::size_t end = text.find("```", begin + fence.size());
+  DeviceConfiguration configuration;
+  EXPECT_EQ("",
+            ReadDeviceConfiguration(*ToNode(text.substr(begin + fence.size(), end - begin - fence.size())), configuration));
+  EXPECT_EQ("/var/lib/project/kitchen", configuration.folder);
+  EXPECT_EQ("1.2.0", configuration.version);
+  EXPECT_TRUE(configuration.settings.managed);
+  EXPECT_EQ("kitchen", configuration.settings.sysName.Get());
+  EXPECT_EQ(2U, configuration.settings.trapTargets.Get().size());
 }
 
 TEST(AWrongDeviceConfiguration, IsToldInOneLineThatSaysWhatIsAllowed) {
