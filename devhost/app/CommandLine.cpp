@@ -112,7 +112,9 @@ class Parser {
     if (!m_run->parsed() && first.compare(0, 1, "-") != 0) {
       return "there is no command " + Quoted(first) + "; allowed: run";
     }
-    return OneLine(error.what()) + (m_run->parsed() && error.get_name() == "ExtrasError" ? "; allowed: one script" : "");
+    return OneLine(error.what()) + (m_run->parsed() && dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr
+                                        ? "; allowed: one script and the options of run"
+                                        : "");
   }
 
   static std::string Named(const std::string& path) { return path.empty() ? "the name is empty; allowed: a path" : ""; }

@@ -19,6 +19,10 @@ bool IsShort(const std::string& text) {
   return text.size() <= kShort && text.find('\n') == std::string::npos;
 }
 
+std::string Whole(const std::string& text) {
+  return text.empty() ? "(empty)" : OneLine(text);
+}
+
 std::size_t LineEnd(std::string_view text, std::size_t at) {
   return std::min(text.find('\n', at), text.size());
 }
@@ -59,7 +63,7 @@ std::vector<std::string> Context(std::string_view text, std::size_t start) {
 
 std::vector<std::string> ExplainDifference(const std::string& expected, const std::string& found) {
   if (IsShort(expected) && IsShort(found)) {
-    return {"  expected: " + OneLine(expected), "  found:    " + OneLine(found)};
+    return {"  expected: " + Whole(expected), "  found:    " + Whole(found)};
   }
   const auto differing = std::mismatch(expected.begin(), expected.end(), found.begin(), found.end()).first;
   const std::size_t difference = static_cast<std::size_t>(differing - expected.begin());

@@ -63,7 +63,7 @@ void Printer::Print(const Occurrence& occurrence, const std::string& where) {
   const std::string driver = occurrence.driverName.empty() ? "-" : occurrence.driverName;
   switch (occurrence.kind) {
     case Occurrence::Kind::Load:
-      return Line("load", Joined(driver, occurrence.text));
+      return Line("load", driver + " " + std::to_string(occurrence.driverId) + " " + occurrence.text);
     case Occurrence::Kind::Unload:
       return Line("unload", driver);
     case Occurrence::Kind::Command:

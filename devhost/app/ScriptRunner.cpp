@@ -28,6 +28,9 @@ Parameters ReadParameters(const std::vector<ScriptParameter>& given) {
 // The start of a text that may be a whole file.
 std::string Beginning(const std::string& text) {
   constexpr std::size_t kLongest = 400;
+  if (text.empty()) {
+    return "(empty)";
+  }
   return text.size() <= kLongest ? text : text.substr(0, kLongest) + "... (" + std::to_string(text.size()) + " bytes)";
 }
 
@@ -120,14 +123,53 @@ void ScriptRunner::Do(const CommandAction& action) {
   m_newNotifications = 0;
   m_newLogs = 0;
   const Parameters parameters = ReadParameters(action.parameters);
-  const std::string reply = action.driverId ? m_host->Command(*action.driverId, action.name, parameters)
-                                            : m_host->Command(action.name, parameters);
+  const std::string reply =
+      action.driverId ? m_host->Command(*action.driverId, action.name, parameters) : SendToOwner(action.name, parameters);
   if (action.mustSucceed) {
     const std::optional<std::string> failure = FailureIn(reply);
     if (failure) {
       throw HostError(m_names.Name(*action.driverId) + " refused: " + *failure);
     }
   }
+}
+
+std::string ScriptRunner::SendToOwner(const std::string& command, const Parameters& parameters) {
+  try {
+    return m_host->Command(command, parameters);
+  } catch (const HostError&) {
+    if (IsRegistered(command)) {
+      throw;
+    }
+    throw HostError("no driver has registered the command " + Quoted(command) + "; the commands are: " + KnownCommands());
+  }
+}
+
+bool ScriptRunner::IsRegistered(const std::string& command) const {
+  for (const DriverEntry& driver : m_drivers) {
+    const std::vector<std::string> commands = m_host->Commands(driver.id);
+    if (std::find(commands.begin(), commands.end(), command) != commands.end()) {
+      return true;
+    }
+  }
+  return false;
+}
+
+std::string ScriptRunner::KnownCommands() const {
+  // Devices of one kind have the same commands: they are told once, for the first of them.
+  std::vector<std::vector<std::string>> told;
+  std::string text;
+  for (const DriverEntry& driver : m_drivers) {
+    const std::vector<std::string> commands = m_host->Commands(driver.id);
+    if (commands.empty() || std::find(told.begin(), told.end(), commands) != told.end()) {
+      continue;
+    }
+    told.push_back(commands);
+    text += (text.empty() ? "" : "; ") + driver.name + ": ";
+    for (const std::string& command : commands) {
+      text += (command == commands.front() ? "" : ", ") + command;
+    }
+  }
+  return text.empty() ? "none" : text;
 }
 
 void ScriptRunner::Do(const EventAction& action) {

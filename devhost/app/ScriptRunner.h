@@ -52,6 +52,10 @@ class ScriptRunner : private HostObserver {
   void Do(const PrintAction& action);
   void Do(const ExpectAction& action);
 
+  // A command to the one driver that has registered it.
+  std::string SendToOwner(const std::string& command, const Parameters& parameters);
+  bool IsRegistered(const std::string& command) const;
+  std::string KnownCommands() const;
   void ShowFile(unsigned long driverId);
   void CheckNone(const ExpectAction& action);
   // What an expectation looks at. Throws HostError when there is nothing.

@@ -35,6 +35,12 @@ std::string WhyNoModule(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? std::string() : "it is no regular file";
 }
 
+std::string Trimmed(const std::string& text) {
+  constexpr char kBlanks[] = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+}
+
 // Replaces every `{project}` in what a driver gets to read.
 void Expand(std::string& text, const std::string& folder) {
   constexpr char kPlaceholder[] = "{project}";
@@ -128,7 +134,7 @@ class ProjectFile {
 
   void RefuseText(const XmlElement& element) const {
     if (!element.text.empty()) {
-      Refuse(element, "<" + element.name + "> holds the text " + Quoted(element.text) + "; allowed: elements only");
+      Refuse(element, "<" + element.name + "> holds the text " + Quoted(Trimmed(element.text)) + "; allowed: elements only");
     }
   }
 

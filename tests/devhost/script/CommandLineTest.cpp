@@ -1,0 +1,77 @@
+#include "devhost/app/CommandLine.h"
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+namespace devhost {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Kind = CommandLine::Kind;
+
+CommandLine Parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "devhost");
+  return ParseCommandLine(static_cast<int>(arguments.size()), arguments.data(), "/usr/lib/x");
+}
+
+TEST(NoArguments, AreWrongUsageAndShowTheHelp) {
+  const CommandLine line = Parse({});
+  EXPECT_EQ(line.kind, Kind::Wrong);
+  EXPECT_EQ(line.text, Parse({"--help"}).text);
+}
+
+TEST(Run, HasDefaults) {
+  const CommandLine line = Parse({"run"});
+  EXPECT_EQ(line.kind, Kind::Run);
+  EXPECT_EQ(line.run.project, "");
+  EXPECT_EQ(line.run.script, "");
+  EXPECT_EQ(line.run.moduleFolder, "/usr/lib/x");
+  EXPECT_EQ(line.run.color, "auto");
+  EXPECT_FALSE(line.run.pretty);
+}
+
+TEST(Run, TakesItsOptions) {
+  const CommandLine line = Parse({"run", "--project", "p.xml", "--module-dir=lib", "--pretty", "--color", "never", "-"});
+  EXPECT_EQ(line.kind, Kind::Run);
+  EXPECT_EQ(line.run.project, "p.xml");
+  EXPECT_EQ(line.run.moduleFolder, "lib");
+  EXPECT_TRUE(line.run.pretty);
+  EXPECT_EQ(line.run.color, "never");
+  EXPECT_EQ(line.run.script, "-");
+}
+
+TEST(Help, TellsUsageActionsExitStatusAndAnExample) {
+  EXPECT_THAT(Parse({"--help"}).text,
+              AllOf(HasSubstr("Usage: devhost"), HasSubstr("  run "), HasSubstr("Exit status: 0"), HasSubstr("Example:")));
+  const CommandLine run = Parse({"run", "--help"});
+  EXPECT_EQ(run.kind, Kind::Answer);
+  EXPECT_THAT(run.text,
+              AllOf(HasSubstr("Usage: devhost run [options] [script]"), HasSubstr("Actions of a script"),
+                    HasSubstr("  device DRIVER set NAME VALUE  "), HasSubstr("Exit status: 0"), HasSubstr("Example:")));
+}
+
+TEST(Version, IsOneLine) {
+  EXPECT_EQ(Parse({"--version"}).text, "devhost 1.0.0\n");
+}
+
+TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
+  EXPECT_EQ(Parse({"blub"}).text, "devhost: there is no command \"blub\"; allowed: run\nTry \"devhost --help\".\n");
+  EXPECT_EQ(Parse({"run", "a", "b"}).text,
+            "devhost: The following argument was not expected: b; allowed: one script and the options of run\n"
+            "Try \"devhost run --help\".\n");
+  EXPECT_THAT(Parse({"run", "--color", "x"}).text,
+              StartsWith("devhost: --color: \"x\" is no such time; allowed: auto, always, never\n"));
+  EXPECT_THAT(Parse({"run", "--project"}).text, AllOf(HasSubstr("--project"), HasSubstr("required")));
+  EXPECT_THAT(Parse({"run", "--project", ""}).text, StartsWith("devhost: --project: the name is empty; allowed: a path\n"));
+  EXPECT_THAT(Parse({"--blub"}).text, HasSubstr("Try \"devhost --help\"."));
+  for (const CommandLine& line :
+       {Parse({"blub"}), Parse({"run", "a", "b"}), Parse({"--blub"}), Parse({"run", "--color", "x"})}) {
+    EXPECT_EQ(line.kind, Kind::Wrong);
+  }
+}
+
+}  // namespace
+}  // namespace devhost

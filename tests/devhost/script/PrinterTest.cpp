@@ -1,0 +1,76 @@
+#include "devhost/app/Printer.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+// What a printer of that style prints for one occurrence.
+std::string Printed(const Occurrence& occurrence, PrintStyle style = PrintStyle()) {
+  const testsupport::ScratchFolder folder;
+  const int file = ::open(folder.Path("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  Output output(file);
+  Printer(output, style).Print(occurrence, "a.devhost:7");
+  ::close(file);
+  return folder.Read("out");
+}
+
+Occurrence Make(Occurrence::Kind kind, const std::string& name, const std::string& text) {
+  return Occurrence{kind, 12, "kitchen", name, text};
+}
+
+PrintStyle Pretty() {
+  return PrintStyle{true, false};
+}
+
+TEST(AReply, IsOneLineOfCompactXml) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a><b>c</b></a>")), "reply kitchen <a><b>c</b></a>\n");
+}
+
+TEST(AReplyWithALineFeed, IsOneLineAllTheSame) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a>b\nc</a>")), "reply kitchen <a>b&#10;c</a>\n");
+}
+
+TEST(AReplyThatIsMissing, IsItsFirstWordAndDriver) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "", "")), "reply kitchen\n");
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "", ""), Pretty()), "reply kitchen\n");
+}
+
+TEST(AReplyInPrettyStyle, IsIndented) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a><b>c</b></a>"), Pretty()),
+            "reply kitchen\n  <a>\n    <b>c</b>\n  </a>\n");
+}
+
+TEST(AReplyInPrettyStyleThatCannotBeLaidOut, IsPrintedAsItCame) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a>"), Pretty()), "reply kitchen <a>\n");
+}
+
+TEST(ALogLine, CarriesItsLevelAndShowsControlCharacters) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Log, "3", "a\nb\x1b[31m")), "log kitchen 3 a\\nb\\x1b[31m\n");
+}
+
+TEST(ALogLineOfNobody, HasADashForItsDriver) {
+  EXPECT_EQ(Printed(Occurrence{Occurrence::Kind::Log, 0, "", "3", "a"}), "log - 3 a\n");
+}
+
+TEST(BadManners, NameWhatTheScriptWasDoing) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Manners, "", "too early")), "manners kitchen too early (a.devhost:7)\n");
+}
+
+TEST(AnInvalidatedState, IsItsFirstWordAndDriver) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Invalidate, "", "")), "invalidate kitchen\n");
+}
+
+TEST(InColour, OnlyTheFirstWordIsColoured) {
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a/>"), PrintStyle{false, true}),
+            "\x1b[1;32mreply\x1b[0m kitchen <a/>\n");
+}
+
+}  // namespace
+}  // namespace devhost

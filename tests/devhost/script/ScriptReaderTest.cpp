@@ -1,0 +1,259 @@
+#include "devhost/app/ScriptReader.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <string>
+
+#include "devhost/app/FileText.h"
+#include "devhost/app/ScriptActions.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+DriverNames Names() {
+  return DriverNames({{1, "agent", "", ""}, {12, "kitchen", "", ""}, {4294967295UL, "attic", "", ""}});
+}
+
+Script Text(const std::string& text, const std::string& folder = ".") {
+  return Script{"a.devhost", folder, text};
+}
+
+std::string ErrorOf(const std::string& text, const std::string& folder = ".") {
+  try {
+    CheckScript(Text(text, folder), Names());
+  } catch (const ScriptError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+// The only action of a script.
+template <class Kind>
+Kind Only(const std::string& text, const std::string& folder = ".") {
+  const Script script = Text(text, folder);
+  const DriverNames names = Names();
+  ScriptReader reader(script, names);
+  Action action;
+  EXPECT_TRUE(reader.Next(action));
+  Action next;
+  EXPECT_FALSE(reader.Next(next));
+  return std::get<Kind>(action);
+}
+
+TEST(AScript, IsReadLineByLineWithItsLineNumbers) {
+  const Script script = Text("# head\n\nprint a\r\n  restart # b\nprint c");
+  const DriverNames names = Names();
+  ScriptReader reader(script, names);
+  Action action;
+  ASSERT_TRUE(reader.Next(action));
+  EXPECT_EQ(std::get<PrintAction>(action).text, "a");
+  EXPECT_EQ(reader.Position(), "a.devhost:3");
+  ASSERT_TRUE(reader.Next(action));
+  EXPECT_TRUE(std::holds_alternative<RestartAction>(action));
+  EXPECT_EQ(reader.Line(), 4u);
+  ASSERT_TRUE(reader.Next(action));
+  EXPECT_EQ(reader.Line(), 5u);
+  EXPECT_FALSE(reader.Next(action));
+}
+
+TEST(AnEmptyScript, HasNoActions) {
+  EXPECT_EQ(CheckScript(Text(""), Names()), 0u);
+  EXPECT_EQ(CheckScript(Text("\n# x\n \n"), Names()), 0u);
+}
+
+TEST(ACommand, GoesToWhoeverHasRegisteredIt) {
+  const CommandAction action = Only<CommandAction>("command GetDeviceList a=1 b= 'c d=e f' g==");
+  EXPECT_EQ(action.driverId, std::nullopt);
+  EXPECT_EQ(action.name, "GetDeviceList");
+  EXPECT_FALSE(action.mustSucceed);
+  ASSERT_EQ(action.parameters.size(), 4u);
+  EXPECT_EQ(action.parameters[0].value, "1");
+  EXPECT_EQ(action.parameters[1].value, "");
+  EXPECT_EQ(action.parameters[2].name, "c d");
+  EXPECT_EQ(action.parameters[2].value, "e f");
+  EXPECT_EQ(action.parameters[3].value, "=");
+}
+
+TEST(ACommand, GoesToTheDriverThatIsNamed) {
+  EXPECT_EQ(Only<CommandAction>("command to kitchen X").driverId, 12ul);
+  EXPECT_EQ(Only<CommandAction>("command to 12 X").driverId, 12ul);
+  EXPECT_EQ(Only<CommandAction>("command to 4294967295 X").driverId, 4294967295ul);
+}
+
+TEST(AParameter, MayTakeItsValueFromAFile) {
+  const testsupport::ScratchFolder folder;
+  folder.Write("x.xml", "<a/>");
+  const CommandAction action = Only<CommandAction>("command X xml=@x.xml mail=@@home", folder.Path());
+  ASSERT_EQ(action.parameters.size(), 2u);
+  EXPECT_TRUE(action.parameters[0].isFile);
+  EXPECT_EQ(action.parameters[0].value, folder.Path("x.xml"));
+  EXPECT_FALSE(action.parameters[1].isFile);
+  EXPECT_EQ(action.parameters[1].value, "@home");
+}
+
+TEST(ADeviceAction, IsACommandThatMustSucceed) {
+  const CommandAction action = Only<CommandAction>("device kitchen fail CopyTo -9 2");
+  EXPECT_EQ(action.driverId, 12ul);
+  EXPECT_EQ(action.name, "FailOperation");
+  EXPECT_TRUE(action.mustSucceed);
+  ASSERT_EQ(action.parameters.size(), 3u);
+  EXPECT_EQ(action.parameters[0].name, "operation");
+  EXPECT_EQ(action.parameters[1].name, "status");
+  EXPECT_EQ(action.parameters[1].value, "-9");
+  EXPECT_EQ(action.parameters[2].name, "times");
+  EXPECT_EQ(Only<CommandAction>("device kitchen fail CopyTo 5").parameters.size(), 2u);
+}
+
+TEST(ADeviceAction, TakesItsWordsAsTheyAre) {
+  const CommandAction action = Only<CommandAction>("device 12 set sysName @a=b");
+  ASSERT_EQ(action.parameters.size(), 2u);
+  EXPECT_EQ(action.parameters[0].value, "sysName");
+  EXPECT_EQ(action.parameters[1].value, "@a=b");
+  EXPECT_FALSE(action.parameters[1].isFile);
+}
+
+TEST(EveryDeviceVerb, IsKnown) {
+  EXPECT_EQ(Only<CommandAction>("device 12 announce").name, "Announce");
+  EXPECT_EQ(Only<CommandAction>("device 12 withdraw").name, "Withdraw");
+  EXPECT_EQ(Only<CommandAction>("device 12 erase sysName").name, "EraseSetting");
+  EXPECT_EQ(Only<CommandAction>("device 12 add-trap a b c").name, "AddTrapTarget");
+  EXPECT_EQ(Only<CommandAction>("device 12 clear-traps").name, "ClearTrapTargets");
+  EXPECT_EQ(Only<ShowAction>("device 12 show file").what, ShowAction::What::File);
+  EXPECT_EQ(Only<ShowAction>("device 12 show settings").what, ShowAction::What::Settings);
+  EXPECT_EQ(Only<ShowAction>("device 12 show counts").what, ShowAction::What::Counts);
+}
+
+TEST(AnExpectation, SaysWhatAndHow) {
+  const ExpectAction reply = Only<ExpectAction>("expect reply is '<Success/>'");
+  EXPECT_EQ(reply.subject, ExpectAction::Subject::Reply);
+  EXPECT_EQ(reply.comparison, ExpectAction::Comparison::Is);
+  EXPECT_EQ(reply.text, "<Success/>");
+  const ExpectAction setting = Only<ExpectAction>("expect setting kitchen sysName matches '^k'");
+  EXPECT_EQ(setting.subject, ExpectAction::Subject::Setting);
+  EXPECT_EQ(setting.driverId, 12ul);
+  EXPECT_EQ(setting.setting, "sysName");
+  EXPECT_EQ(setting.comparison, ExpectAction::Comparison::Matches);
+  const ExpectAction none = Only<ExpectAction>("expect no log");
+  EXPECT_EQ(none.subject, ExpectAction::Subject::Log);
+  EXPECT_EQ(none.comparison, ExpectAction::Comparison::None);
+  const testsupport::ScratchFolder folder;
+  folder.Write("a.conf", "");
+  const ExpectAction file = Only<ExpectAction>("expect file kitchen golden a.conf", folder.Path());
+  EXPECT_EQ(file.subject, ExpectAction::Subject::File);
+  EXPECT_EQ(file.comparison, ExpectAction::Comparison::Golden);
+  EXPECT_EQ(file.text, folder.Path("a.conf"));
+}
+
+TEST(AnEvent, MayCarryTheSameParameterTwice) {
+  EXPECT_EQ(Only<EventAction>("event OnItemRemoved iditem=1 iditem=2").parameters.size(), 2u);
+}
+
+TEST(AWrongLine, IsNamedWithItsNumberAndWhatIsAllowed) {
+  EXPECT_EQ(ErrorOf("print a\n\ncomand x\nprint"),
+            "a.devhost:3: unknown action \"comand\"; allowed: command, event, device, restart, print, expect");
+}
+
+TEST(AParameterWithoutAValue, IsRefused) {
+  EXPECT_EQ(ErrorOf("command RebootController deviceId"),
+            "a.devhost:1: the parameter \"deviceId\" has no value: write deviceId=VALUE, or deviceId= for an empty one");
+}
+
+TEST(ADriverThatIsNotInTheProject, IsRefusedWithTheOnesThatAre) {
+  EXPECT_EQ(ErrorOf("device cellar announce"),
+            "a.devhost:1: there is no driver \"cellar\"; the drivers of this project are: agent (1), kitchen (12), attic "
+            "(4294967295)");
+  EXPECT_THAT(ErrorOf("command to 13 X"), HasSubstr("there is no driver \"13\""));
+  EXPECT_THAT(ErrorOf("expect file 12x is a"), HasSubstr("there is no driver \"12x\""));
+}
+
+struct Wrong {
+  const char* line;
+  const char* message;
+};
+
+class AWrongLineOf : public testing::TestWithParam<Wrong> {};
+
+TEST_P(AWrongLineOf, IsRefused) {
+  EXPECT_THAT(ErrorOf(GetParam().line), testing::AllOf(StartsWith("a.devhost:1: "), HasSubstr(GetParam().message)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, AWrongLineOf,
+    testing::Values(
+        Wrong{"command", "the command has no name; allowed: command [to DRIVER] NAME"},
+        Wrong{"command a=b", "the command has no name"}, Wrong{"command ''", "the command has no name"},
+        Wrong{"command to", "\"command to\" names no driver"}, Wrong{"command to agent", "the command has no name"},
+        Wrong{"command X =1", "has no name: write NAME=VALUE"},
+        Wrong{"command X a=1 a=2", "the parameter \"a\" is given twice"},
+        Wrong{"command X a=@no/such", "cannot read \"no/such\": No such file"},
+        Wrong{"command X a=@/", "cannot read \"/\": Is a directory"}, Wrong{"event", "the event has no name"},
+        Wrong{"event X a", "has no value"}, Wrong{"restart now", "\"restart\" is followed by \"now\""},
+        Wrong{"device", "names no driver"}, Wrong{"device kitchen", "nothing is said about what the device shall do"},
+        Wrong{"device kitchen jump", "a device cannot \"jump\"; allowed: announce, withdraw"},
+        Wrong{"device kitchen announce now", "\"announce\" has 1 word after it; allowed: device DRIVER announce"},
+        Wrong{"device kitchen set a", "\"set\" has 1 word after it; allowed: device DRIVER set NAME VALUE"},
+        Wrong{"device kitchen set a b c", "\"set\" has 3 words after it"},
+        Wrong{"device kitchen fail CopyTo", "\"fail\" has 1 word after it"},
+        Wrong{"device kitchen fail CopyTo x", "the status is \"x\"; allowed: a whole number"},
+        Wrong{"device kitchen fail CopyTo 1 0", "the number of times is \"0\"; allowed: a whole number from 1"},
+        Wrong{"device kitchen show", "\"show\" takes one word"}, Wrong{"device kitchen show x", "\"x\" cannot be shown"},
+        Wrong{"device kitchen show file x", "\"show\" takes one word"},
+        Wrong{"expect", "nothing is said about what to expect"},
+        Wrong{"expect answer is a", "\"answer\" cannot be expected"},
+        Wrong{"expect reply", "the expectation is not finished"},
+        Wrong{"expect reply is", "the expectation is not finished"}, Wrong{"expect reply is a b", "1 more words"},
+        Wrong{"expect reply was a", "cannot compare with \"was\""},
+        Wrong{"expect reply matches '['", "\"[\" is no extended regular expression"},
+        Wrong{"expect reply golden no/such", "cannot read \"no/such\""},
+        Wrong{"expect setting kitchen", "something is missing after \"kitchen\""},
+        Wrong{"expect no", "\"expect no\" is followed by nothing"},
+        Wrong{"expect no reply", "\"expect no\" is followed by \"reply\""},
+        Wrong{"print 'a", "a single quote is never closed"}, Wrong{"print \"a", "a double quote is never closed"},
+        Wrong{"print \\", "a backslash ends the line"}));
+
+TEST(AScriptWithANulByte, IsRefused) {
+  EXPECT_EQ(ErrorOf(std::string("print a\nprint \0b\n", 17)), "a.devhost:2: the line holds a NUL byte: a script is text");
+}
+
+TEST(AMessageAboutALongLine, IsShort) {
+  EXPECT_LT(ErrorOf(std::string(1000000, 'x')).size(), 500u);
+}
+
+TEST(EveryFormThatHelpShows, StartsWithAnActionThatTheReaderKnows) {
+  for (const ActionForm& form : ActionForms()) {
+    const std::string first = std::string(form.synopsis).substr(0, std::string(form.synopsis).find(' '));
+    EXPECT_EQ(ErrorOf(first).find("unknown action"), std::string::npos) << form.synopsis;
+  }
+}
+
+TEST(AMillionLines, AreReadInTimeThatGrowsWithTheirNumber) {
+  const auto seconds = [](std::size_t lines) {
+    std::string text;
+    for (std::size_t i = 0; i != lines; ++i) {
+      text += "command SetX a='b c' d=e # x\n";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(CheckScript(Text(text), Names()), lines);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  };
+  const double few = seconds(20000);
+  // Fifty times the lines; quadratic reading would take 2500 times as long.
+  EXPECT_LT(seconds(1000000), 500 * few + 1);
+}
+
+TEST(ALineOfManyMegabytes, IsReadInTimeThatGrowsWithItsLength) {
+  EXPECT_EQ(Only<PrintAction>("print '" + std::string(20000000, 'x') + "'").text.size(), 20000000u);
+  std::string words = "command X";
+  for (int i = 0; i != 300000; ++i) {
+    words += " p" + std::to_string(i) + "=1";
+  }
+  EXPECT_EQ(Only<CommandAction>(words).parameters.size(), 300000u);
+}
+
+}  // namespace
+}  // namespace devhost
