@@ -1,5 +1,6 @@
 #include "devhost/app/Host.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <limits>
@@ -31,6 +32,20 @@ class OnlyHost {
   OnlyHost(const OnlyHost&) = delete;
   OnlyHost& operator=(const OnlyHost&) = delete;
 };
+
+// How messages name a driver that has no record yet.
+std::string TitleOf(const DriverEntry& entry) {
+  return "driver " + std::to_string(entry.id) + " \"" + entry.name + "\"";
+}
+
+h7::auto_com<H7XML::INode> ConfigNode(const DriverEntry& entry) {
+  try {
+    return ReadXmlNode(entry.configXml.empty() ? "<config/>" : entry.configXml);
+  } catch (const XmlError& error) {
+    throw HostError(TitleOf(entry) + ": line " + std::to_string(error.Line()) +
+                    " of its configuration element is no XML: " + error.what());
+  }
+}
 
 std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
   std::string joined;
@@ -97,7 +112,7 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
   void OnXmlMisuse(const std::string& what, const void* code) override;
 
   void CheckEntry(const DriverEntry& entry) const;
-  void Start(LoadedDriver& driver);
+  void Start(LoadedDriver& driver, H7XML::INode& config);
   void StopAll() noexcept;
   void Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded);
   void ReportLiveXml(std::uint64_t mark);
@@ -127,16 +142,17 @@ void Host::Impl::CheckEntry(const DriverEntry& entry) const {
 void Host::Impl::Load(const DriverEntry& entry, const void* code) {
   const CallScope scope(m_core, nullptr, "loading of driver \"" + entry.name + "\"", code);
   CheckEntry(entry);
+  const h7::auto_com<H7XML::INode> config = ConfigNode(entry);
   const std::uint64_t mark = XmlMark();
   std::shared_ptr<LoadedDriver> driver;
   try {
     driver = std::make_shared<LoadedDriver>(m_core, entry);
   } catch (const ModuleError& error) {
-    throw HostError("driver " + std::to_string(entry.id) + " \"" + entry.name + "\": " + error.what());
+    throw HostError(TitleOf(entry) + ": " + error.what());
   }
   m_core.Add(driver);
   try {
-    Start(*driver);
+    Start(*driver, *config);
   } catch (...) {
     driver->Destroy();
     ReportLiveXml(mark);
@@ -146,13 +162,9 @@ void Host::Impl::Load(const DriverEntry& entry, const void* code) {
   m_core.Emit(Occurrence::Kind::Load, driver.get(), "", entry.module);
 }
 
-void Host::Impl::Start(LoadedDriver& driver) {
+void Host::Impl::Start(LoadedDriver& driver, H7XML::INode& config) {
   driver.Create();
-  try {
-    driver.Initialize();
-  } catch (const XmlError& error) {
-    throw HostError(driver.Title() + ": its configuration is no XML: " + error.what());
-  }
+  driver.Initialize(config);
   driver.MakeRegisterCommands();
 }
 
@@ -291,7 +303,7 @@ void Host::Impl::Log(unsigned int level, const char* line) noexcept {
 }
 
 void Host::Impl::OnXmlMisuse(const std::string& what, const void* code) {
-  m_core.ReportCode(code, what);
+  m_core.ReportCode(m_core.DriverOf(code).get(), code, what);
 }
 
 Host::Host(HostObserver& observer) : m_impl(std::make_unique<Impl>(observer)) {}

@@ -40,6 +40,7 @@ struct Occurrence {
 class HostObserver {
  public:
   virtual ~HostObserver() = default;
+  // May call the host; must not wait for another thread that does. Must not throw.
   virtual void OnOccurrence(const Occurrence& occurrence) = 0;
 };
 

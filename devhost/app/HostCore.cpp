@@ -27,28 +27,34 @@ void HostCore::Report(const LoadedDriver* driver, const std::string& what) {
   Emit(Occurrence::Kind::Manners, driver, "", (driver != nullptr ? driver->Title() + ": " : "") + what + place);
 }
 
-void HostCore::ReportCode(const void* code, const std::string& what) {
-  const std::shared_ptr<LoadedDriver> driver = DriverOf(code);
+void HostCore::ReportCode(const LoadedDriver* driver, const void* code, const std::string& what) {
   const std::string file = driver != nullptr ? driver->Entry().module : ModuleFileOf(code);
-  Report(driver.get(), what + ", by module \"" + file + "\"");
+  Report(driver, what + ", by module \"" + file + "\"");
+}
+
+std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
+  const void* const called = gate.Innermost().driver;
+  Drivers owners;
+  for (const std::shared_ptr<LoadedDriver>& driver : Snapshot()) {
+    if (driver->OwnsCode(code)) {
+      owners.push_back(driver);
+    }
+  }
+  const auto isCalled = [&](const std::shared_ptr<LoadedDriver>& owner) { return owner.get() == called; };
+  const auto found = owners.size() == 1 ? owners.begin() : std::find_if(owners.begin(), owners.end(), isCalled);
+  return found != owners.end() ? *found : nullptr;
 }
 
 std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
   const void* const called = gate.Innermost().driver;
   std::shared_ptr<LoadedDriver> inside;
-  Drivers owners;
   for (const std::shared_ptr<LoadedDriver>& driver : Snapshot()) {
-    if (driver.get() == called) {
-      inside = driver;
-    }
     if (driver->OwnsCode(code)) {
-      owners.push_back(driver);
+      return OwnerOf(code);
     }
+    inside = driver.get() == called ? driver : inside;
   }
-  if (owners.size() == 1) {
-    return owners.front();
-  }
-  return owners.empty() || (inside != nullptr && inside->OwnsCode(code)) ? inside : nullptr;
+  return inside;
 }
 
 HostCore::Drivers HostCore::Snapshot() const {
@@ -78,7 +84,7 @@ CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::stri
   const std::string what =
       title + " came from a second thread while " + innermost.description + " is under way; it was refused";
   if (code != nullptr) {
-    m_core.ReportCode(code, what);
+    m_core.ReportCode(m_core.OwnerOf(code).get(), code, what);
   } else {
     m_core.Report(driver, what);
   }

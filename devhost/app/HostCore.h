@@ -34,12 +34,14 @@ class HostCore {
   void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text);
   // Reports a driver that broke the rules; the call that is under way is named with it.
   void Report(const LoadedDriver* driver, const std::string& what);
-  // Reports what code at that address did, and names the module that the code stands in.
-  void ReportCode(const void* code, const std::string& what);
+  // The same, with the name of the module that the code at that address stands in.
+  void ReportCode(const LoadedDriver* driver, const void* code, const std::string& what);
   std::size_t MannersCount() const { return m_mannersCount; }
 
-  // The driver that code at that address belongs to. Code of no driver's module counts for the driver that is being called
-  // (its last act may have been a jump), code that several drivers share for the one being called among them; else null.
+  // The driver whose module holds that code; where several share the module, the one that is being called, or null.
+  std::shared_ptr<LoadedDriver> OwnerOf(const void* code) const;
+  // The same on the thread of the call that is under way: code of no driver's module counts for the driver that is being
+  // called, because a driver's last act may have been a jump.
   std::shared_ptr<LoadedDriver> DriverOf(const void* code) const;
 
   // The drivers, in the order of loading: a copy that stays good while drivers come and go.

@@ -90,9 +90,8 @@ void LoadedDriver::Create() {
   }
 }
 
-void LoadedDriver::Initialize() {
-  const h7::auto_com<H7XML::INode> config = ReadXmlNode(m_entry.configXml.empty() ? "<config/>" : m_entry.configXml);
-  const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, *config, nullptr); });
+void LoadedDriver::Initialize(H7XML::INode& config) {
+  const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, config, nullptr); });
   if (m_base == BaseState::Constructed) {
     Report("its Initialize did not call the base's Initialize");
     m_base = BaseState::Initialized;

@@ -35,7 +35,8 @@ class LoadedDriver : public DriverServices, private Manners, private ThreadCheck
   const CommandTable& Commands() const { return m_commands; }
 
   void Create();
-  void Initialize();
+  // `config` is borrowed for the call.
+  void Initialize(H7XML::INode& config);
   void MakeRegisterCommands();
   // The reply as compact XML.
   std::string Command(const std::string& name, const Parameters& parameters);
