@@ -62,17 +62,14 @@ int SnmpDeviceDriver::Initialize(unsigned long driverId, H7XML::INode& config, H
 
 std::string SnmpDeviceDriver::Configure(const H7XML::INode& config) {
   DeviceConfiguration configuration;
-  std::string wrong = ReadDeviceConfiguration(config, configuration);
-  if (wrong.empty()) {
-    wrong = Prepare(configuration, config);
-  }
+  const std::string wrong = ReadDeviceConfiguration(config, configuration);
   if (!wrong.empty()) {
     return wrong;
   }
   Settings() = configuration.settings;
   m_version = configuration.version;
   m_versionValid = configuration.versionValid;
-  return std::string();
+  return Prepare(configuration, config);
 }
 
 h7::auto_com<H7XML::INode> SnmpDeviceDriver::GetPersistState(unsigned long) {

@@ -42,8 +42,9 @@ class SnmpDeviceDriver : public H7BaseDriver, public IDriver, public SettingsHol
  protected:
   explicit SnmpDeviceDriver(IInstanceManager& instanceManager);
 
-  // Called once, when `configuration` has been read: the time to keep what the driver needs of it, and of attributes of its
-  // own in `config`. What is wrong with those and what is allowed, in one line; empty when all is well.
+  // Called once, when `configuration` has been read and its settings are in place: the time to keep what the driver needs of
+  // it, and of attributes of its own in `config`, and to put settings of an earlier life back. What is wrong and what is
+  // allowed, in one line; empty when all is well.
   virtual std::string Prepare(const DeviceConfiguration& configuration, const H7XML::INode& config) = 0;
   // The absolute path of the device's snmpd.conf; empty before Prepare.
   virtual std::string FilePath() const = 0;

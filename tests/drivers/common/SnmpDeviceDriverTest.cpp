@@ -26,7 +26,7 @@ class NotingDevice final : public drivers::SnmpDeviceDriver {
 
  private:
   std::string Prepare(const drivers::DeviceConfiguration& configuration, const H7XML::INode& config) override {
-    m_asked.push_back("Prepare " + configuration.folder + " " + config.GetName());
+    m_asked.push_back("Prepare " + configuration.folder + " " + config.GetName() + " of " + GetSysNameSetting());
     return m_wrong;
   }
   std::string FilePath() const override { return "/d/file"; }
@@ -209,7 +209,7 @@ TEST_F(ADeviceDriver, KeepsItsSettingsWhenItIsInitialisedAgain) {
   EXPECT_EQ((Lines{"Add 12"}), m_agent.calls);
   EXPECT_EQ(0, Initialize());
   EXPECT_EQ((Lines{"Add 12"}), m_agent.calls);
-  EXPECT_EQ((Lines{"Prepare /d config"}), m_asked);
+  EXPECT_EQ((Lines{"Prepare /d config of kitchen"}), m_asked);
 }
 
 TEST_F(ADeviceDriver, AnnouncesItselfOnCommandWhereAnAgentIs) {
