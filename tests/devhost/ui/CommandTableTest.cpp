@@ -23,7 +23,7 @@ class ACommandTable : public testing::Test, private Manners {
 
   std::vector<std::string> reports;
   CommandTable table{*this};
-  const CommandMessage::Parameters none;
+  const CommandMessage::Parameters none{};
   const CommandMessage message{none};
 };
 
