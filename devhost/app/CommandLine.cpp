@@ -109,12 +109,13 @@ class Parser {
  private:
   // The library names arguments that it did not expect, but neither commands that do not exist nor what is allowed.
   std::string Problem(const CLI::ParseError& error, const std::string& first) const {
-    if (!m_run->parsed() && first.compare(0, 1, "-") != 0) {
-      return "there is no command " + Quoted(first) + "; allowed: run";
+    if (!m_run->parsed()) {
+      return first.compare(0, 1, "-") == 0
+                 ? "there is no option " + Quoted(first) + "; allowed: --help, --version, or a command"
+                 : "there is no command " + Quoted(first) + "; allowed: run";
     }
-    return OneLine(error.what()) + (m_run->parsed() && dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr
-                                        ? "; allowed: one script and the options of run"
-                                        : "");
+    return OneLine(error.what()) +
+           (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr ? "; allowed: one script and the options of run" : "");
   }
 
   static std::string Named(const std::string& path) { return path.empty() ? "the name is empty; allowed: a path" : ""; }

@@ -122,7 +122,7 @@ class Splitter {
   std::size_t m_at = 0;
 };
 
-std::string Visible(char character, std::string_view alsoEscaped) {
+std::string Escaped(char character) {
   switch (character) {
     case '\n':
       return "\\n";
@@ -133,22 +133,27 @@ std::string Visible(char character, std::string_view alsoEscaped) {
     default:
       break;
   }
-  if (IsControl(character)) {
-    char code[8];
-    std::snprintf(code, sizeof(code), "\\x%02x", static_cast<unsigned int>(static_cast<unsigned char>(character)));
-    return code;
+  if (!IsControl(character)) {
+    return std::string("\\") + character;
   }
-  const bool escaped = alsoEscaped.find(character) != std::string_view::npos;
-  return escaped ? std::string("\\") + character : std::string(1, character);
+  char code[8];
+  std::snprintf(code, sizeof(code), "\\x%02x", static_cast<unsigned int>(static_cast<unsigned char>(character)));
+  return code;
 }
 
-std::string Shown(std::string_view text, std::string_view alsoEscaped) {
+// `text` with control characters and those of `others` escaped. Texts may be whole files: what needs no escape is copied in
+// one piece.
+std::string Shown(std::string_view text, std::string_view others) {
   std::string shown;
   shown.reserve(text.size());
-  for (const char character : text) {
-    shown += Visible(character, alsoEscaped);
+  std::size_t copied = 0;
+  for (std::size_t at = 0; at != text.size(); ++at) {
+    if (IsControl(text[at]) || (!others.empty() && others.find(text[at]) != std::string_view::npos)) {
+      shown.append(text, copied, at - copied).append(Escaped(text[at]));
+      copied = at + 1;
+    }
   }
-  return shown;
+  return shown.append(text, copied, std::string_view::npos);
 }
 
 }  // namespace

@@ -190,7 +190,7 @@ class ProjectFile {
   std::string ReadModule(const XmlElement& element) const {
     const std::string& module = Required(element, "module", kAgentModule);
     const bool bare = module.find('/') == std::string::npos;
-    const std::string path = PathIn(bare ? m_moduleFolder : m_folder, module);
+    const std::string path = Absolute(PathIn(bare ? m_moduleFolder : m_folder, module));
     const std::string reason = WhyNoModule(path);
     if (!reason.empty()) {
       Refuse(element, "cannot load the module " + Quoted(path) + ": " + reason +
