@@ -143,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"<driver id='2' name='12' module='agent.so'/>", "the name is \"12\"; allowed: letters, digits"},
         Wrong{"<driver id='2' name='a b' module='agent.so'/>", "the name is \"a b\"; allowed: letters, digits"},
         Wrong{"<driver id='2' name='b' module='none.so'/>", "/lib/none.so\": No such file or directory; allowed: "},
-        Wrong{"<driver id='2' name='b' module='./agent.so'/>", / agent.so\": No such file or directory"},
+        Wrong{"<driver id='2' name='b' module='./agent.so'/>", "/agent.so\": No such file or directory"},
         Wrong{"<driver id='2' name='b' module='own/'/>", "own/\": Is a directory"},
         Wrong{"<driver id='2' name='b' module='agent.so'>text</driver>", "<driver> holds the text \"text\""},
         Wrong{"<driver id='2' name='b' module='agent.so'><x/></driver>",
