@@ -232,7 +232,8 @@ bool LoadedDriver::MayUse(const char* operation) {
     return false;
   }
   if (m_base != BaseState::Initialized) {
-    Report(std::string("called ") + operation + " before Initialize; nothing was done");
+    const char* const when = m_base == BaseState::Destroyed ? " after its base was destroyed" : " before Initialize";
+    Report(std::string("called ") + operation + when + "; nothing was done");
     return false;
   }
   return true;

@@ -86,7 +86,7 @@ void XmlCounted::Hold(const void* code) const noexcept {
 }
 
 void XmlCounted::Drop(const void* code) const noexcept {
-  if (m_retired || m_handles == 0) {
+  if (m_handles == 0) {
     Report("was released once more than it was referenced", code);
     return;
   }

@@ -1,6 +1,7 @@
 #include "devhost/xml/XmlMisuse.h"
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include "devhost/loader/DriverModule.h"
 #include "devhost/xml/XmlObserver.h"
@@ -94,9 +95,12 @@ TEST_F(MisusedXml, AnswersWithNothingWhenItIsUsedAfterTheLastRelease) {
 }
 
 TEST_F(MisusedXml, HoldsOnlySoManyReleasedObjectsBack) {
-  for (int i = 0; i != 5000; ++i) {
+  const std::size_t used = mallinfo2().uordblks;
+  for (int i = 0; i != 100000; ++i) {
     H7XML::CreateXmlNode("n", std::string(1000, 'x'));
   }
+  // A thousand empty objects or so, not a hundred thousand.
+  EXPECT_LT(mallinfo2().uordblks, used + 1000000);
   EXPECT_THAT(reports, IsEmpty());
 }
 

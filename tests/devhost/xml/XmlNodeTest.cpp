@@ -184,6 +184,7 @@ TEST_F(ANode, EndsTheWalkThatStandsOnItWhenItLeaves) {
   const Node other = H7XML::CreateXmlNode("o", "");
   const h7::auto_com<H7XML::INodeList> list = node->GetChildren();
   other->AppendChild(*list->First());
+  other->AddChildString("c", "");
   EXPECT_FALSE(list->Next());
   EXPECT_EQ(list->First()->GetName(), "b");
 }
