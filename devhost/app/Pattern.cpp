@@ -26,12 +26,12 @@ Pattern::~Pattern() {
 }
 
 bool Pattern::Find(const std::string& text, std::size_t from, std::size_t& start, std::size_t& end) const {
-  // With a start and an end given, a NUL byte in the text is a character like any other.
+  // With a start and an end given, a NUL byte in the text is a character like any other, and
+  // what stands in front of the start still decides whether a line begins there.
   regmatch_t match[1];
   match[0].rm_so = static_cast<regoff_t>(from);
   match[0].rm_eo = static_cast<regoff_t>(text.size());
-  const bool inLine = from != 0 && text[from - 1] != '\n';
-  if (::regexec(&m_expression, text.c_str(), 1, match, REG_STARTEND | (inLine ? REG_NOTBOL : 0)) != 0) {
+  if (::regexec(&m_expression, text.c_str(), 1, match, REG_STARTEND) != 0) {
     return false;
   }
   start = static_cast<std::size_t>(match[0].rm_so);

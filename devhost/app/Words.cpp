@@ -111,7 +111,7 @@ class Splitter {
     unsigned int code = 0;
     const std::string_view digits = m_line.substr(m_at, 2);
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
-    if (error != std::errc() || digits.size() != 2 || end != digits.data() + 2) {
+    if (error != std::errc() || end != digits.data() + 2) {
       throw WordError("\\x takes two hexadecimal digits, for example \\x1b");
     }
     m_at += 2;

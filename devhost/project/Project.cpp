@@ -74,7 +74,7 @@ bool IsName(const std::string& text) {
     return c < 0x80 && (std::isalnum(c) != 0 || c == '-' || c == '_' || c == '.');
   };
   const auto digit = [](unsigned char c) { return c >= '0' && c <= '9'; };
-  return !text.empty() && std::all_of(text.begin(), text.end(), allowed) && !std::all_of(text.begin(), text.end(), digit);
+  return std::all_of(text.begin(), text.end(), allowed) && !std::all_of(text.begin(), text.end(), digit);
 }
 
 class ProjectFile {
