@@ -231,7 +231,7 @@ TEST(EveryFormThatHelpShows, StartsWithAnActionThatTheReaderKnows) {
   }
 }
 
-TEST(AMillionLines, AreReadInTimeThatGrowsWithTheirNumber) {
+TEST(ManyLines, AreReadInTimeThatGrowsWithTheirNumber) {
   const auto seconds = [](std::size_t lines) {
     std::string text;
     for (std::size_t i = 0; i != lines; ++i) {
@@ -241,18 +241,18 @@ TEST(AMillionLines, AreReadInTimeThatGrowsWithTheirNumber) {
     EXPECT_EQ(CheckScript(Text(text), Names()), lines);
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   };
-  const double few = seconds(20000);
-  // Fifty times the lines; quadratic reading would take 2500 times as long.
-  EXPECT_LT(seconds(1000000), 500 * few + 1);
+  const double few = seconds(10000);
+  // Thirty times the lines; quadratic reading would take 900 times as long.
+  EXPECT_LT(seconds(300000), 300 * few + 1);
 }
 
 TEST(ALineOfManyMegabytes, IsReadInTimeThatGrowsWithItsLength) {
-  EXPECT_EQ(Only<PrintAction>("print '" + std::string(20000000, 'x') + "'").text.size(), 20000000u);
+  EXPECT_EQ(Only<PrintAction>("print '" + std::string(5000000, 'x') + "'").text.size(), 5000000u);
   std::string words = "command X";
-  for (int i = 0; i != 300000; ++i) {
+  for (int i = 0; i != 100000; ++i) {
     words += " p" + std::to_string(i) + "=1";
   }
-  EXPECT_EQ(Only<CommandAction>(words).parameters.size(), 300000u);
+  EXPECT_EQ(Only<CommandAction>(words).parameters.size(), 100000u);
 }
 
 }  // namespace
