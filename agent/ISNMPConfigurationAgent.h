@@ -7,8 +7,8 @@ class ISupportSNMP;
 // `ISNMPConfigurationAgent_IID` from the agent's first `Initialize` until its destruction: look it up before each use and
 // convert the pointer back to exactly this interface.
 //
-// Callable from inside any call that the agent makes into a device; not from another thread. The order of the operations is a
-// binary contract.
+// Callable from inside any call that the agent makes into a device; not from another thread. The order of the operations is
+// a binary contract.
 class ISNMPConfigurationAgent {
  public:
   // Announces a device. `deviceId` is the driver's id in the project. `device` is not owned; it must stay valid until

@@ -1,0 +1,31 @@
+#ifndef AGENT_DEVICE_MAP_H
+#define AGENT_DEVICE_MAP_H
+
+#include <boost/shared_ptr.hpp>
+#include <map>
+
+class SNMPDevice;
+
+// The registry of SNMP-capable devices: device id to record, ascending by id.
+typedef std::map<unsigned long, boost::shared_ptr<SNMPDevice>> DeviceMap;
+
+// The record of `deviceId` as a reference of the caller's own, which keeps the record alive; empty when there is none.
+inline boost::shared_ptr<SNMPDevice> FindDevice(const DeviceMap& devices, unsigned long deviceId) {
+  const DeviceMap::const_iterator entry = devices.find(deviceId);
+  return entry == devices.end() ? boost::shared_ptr<SNMPDevice>() : entry->second;
+}
+
+// Calls `visit` with a reference to each record, in ascending id order. `visit` may call into devices, and those may change
+// the map: the walk goes on at the next higher id that is registered then.
+template <class Visit>
+void ForEachDevice(const DeviceMap& devices, Visit visit) {
+  DeviceMap::const_iterator entry = devices.begin();
+  while (entry != devices.end()) {
+    const unsigned long deviceId = entry->first;
+    const boost::shared_ptr<SNMPDevice> device = entry->second;
+    visit(device);
+    entry = devices.upper_bound(deviceId);
+  }
+}
+
+#endif
