@@ -1,0 +1,162 @@
+#include "config/SectionReader.h"
+
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/split.hpp>
+#include <boost/algorithm/string/trim.hpp>
+#include <boost/tokenizer.hpp>
+#include <cstddef>
+#include <vector>
+
+#include "config/ManagedSection.h"
+#include "device/SNMPDevice.h"
+
+namespace managed_section {
+namespace {
+
+typedef boost::char_separator<char> Separator;
+typedef boost::tokenizer<Separator> Tokens;
+
+bool Contains(const std::string& line, const char* keyword) {
+  return line.find(keyword) != std::string::npos;
+}
+
+// Everything on the line but the keyword, inner spacing and quotes kept: quotes go to the device as they stand in the file.
+std::string WordValue(const std::string& line, const char* keyword) {
+  std::string value;
+  for (const std::string& token : Tokens(line, Separator(" ", " ", boost::keep_empty_tokens))) {
+    if (token != keyword) {
+      value += token;
+    }
+  }
+  boost::algorithm::trim(value);
+  return value;
+}
+
+// One text setting of the device: its keyword in the file and the way to it.
+struct WordSetting {
+  const char* keyword;
+  bool (SNMPDevice::*wasErased)();
+  std::string (SNMPDevice::*get)();
+  void (SNMPDevice::*set)(std::string);
+};
+
+const WordSetting kCommunities[] = {
+    {"rocommunity", &SNMPDevice::GetWasCommunityReadSettingErased, &SNMPDevice::GetCommunityReadSetting,
+     &SNMPDevice::SetCommunityReadSetting},
+    {"rwcommunity", &SNMPDevice::GetWasCommunityWriteSettingErased, &SNMPDevice::GetCommunityWriteSetting,
+     &SNMPDevice::SetCommunityWriteSetting},
+};
+
+const WordSetting kSystemTexts[] = {
+    {"sysContact", &SNMPDevice::GetWasSysContactSettingErased, &SNMPDevice::GetSysContactSetting,
+     &SNMPDevice::SetSysContactSetting},
+    {"sysLocation", &SNMPDevice::GetWasSysLocationSettingErased, &SNMPDevice::GetSysLocationSetting,
+     &SNMPDevice::SetSysLocationSetting},
+    {"sysName", &SNMPDevice::GetWasSysNameSettingErased, &SNMPDevice::GetSysNameSetting, &SNMPDevice::SetSysNameSetting},
+};
+
+// True when the line is about one of the settings, whether or not the device let it be filled.
+template <std::size_t Count>
+bool FillWord(const std::string& line, const WordSetting (&settings)[Count], SNMPDevice& device) {
+  for (const WordSetting& setting : settings) {
+    if (Contains(line, setting.keyword)) {
+      if (!(device.*setting.wasErased)() && (device.*setting.get)().empty()) {
+        (device.*setting.set)(WordValue(line, setting.keyword));
+      }
+      return true;
+    }
+  }
+  return false;
+}
+
+// An empty second field counts: a keyword with blanks behind it sets the empty text.
+void FillField(const std::string& line, SNMPDevice& device, void (SNMPDevice::*set)(std::string)) {
+  std::vector<std::string> fields;
+  boost::algorithm::split(fields, line, boost::algorithm::is_any_of(" "), boost::algorithm::token_compress_on);
+  if (fields.size() >= 2) {
+    (device.*set)(fields[1]);
+  }
+}
+
+// Only a quoted community ends before the port. Without quotes, everything behind the target is the community.
+TrapTarget ParseTrap(const std::string& line) {
+  TrapTarget trap("", "", "");
+  bool communityClosed = false;
+  for (const std::string& token : Tokens(line, Separator(" \"", " \"", boost::keep_empty_tokens))) {
+    if (token == "trap2sink") {
+      continue;
+    }
+    if (trap.target.empty()) {
+      trap.target = boost::algorithm::trim_copy(token);
+    } else if (!communityClosed) {
+      if (token == "\"") {
+        boost::algorithm::trim(trap.community);
+        communityClosed = !trap.community.empty();
+      } else {
+        trap.community += token;
+      }
+    } else if (trap.port.empty()) {
+      trap.port = boost::algorithm::trim_copy(token);
+    }
+  }
+  boost::algorithm::trim_if(trap.community, boost::algorithm::is_any_of("\""));
+  return trap;
+}
+
+// The first keyword that the line holds decides; no other is tried after it.
+void FillFromLine(const std::string& line, SNMPDevice& device, std::vector<TrapTarget>& traps) {
+  if (FillWord(line, kCommunities, device)) {
+    return;
+  }
+  if (Contains(line, "agentXTimeout")) {
+    FillField(line, device, &SNMPDevice::SetAgentXTimeout);
+  } else if (Contains(line, "agentXRetries")) {
+    FillField(line, device, &SNMPDevice::SetAgentXRetries);
+  } else if (FillWord(line, kSystemTexts, device)) {
+    return;
+  } else if (Contains(line, "trap2sink")) {
+    if (!device.GetWasTrapTargetsSettingErased() && device.GetTrapTargetsSetting().empty()) {
+      traps.push_back(ParseTrap(line));
+    }
+  }
+}
+
+}  // namespace
+
+std::string LinesInside(const std::string& text) {
+  std::string lines;
+  std::size_t position = 0;
+  for (;;) {
+    const std::size_t start = text.find(kStartMarker, position);
+    const std::size_t startLineEnd = start == std::string::npos ? start : text.find('\n', start);
+    if (startLineEnd == std::string::npos) {
+      return lines;
+    }
+    const std::size_t first = startLineEnd + 1;
+    const std::size_t end = text.find(kEndMarker, first);
+    if (end == std::string::npos) {
+      lines.append(text, first, std::string::npos);
+      return lines;
+    }
+    const std::size_t endLine = text.rfind('\n', end) + 1;
+    lines.append(text, first, endLine - first);
+    position = text.find('\n', end);
+    if (position == std::string::npos) {
+      return lines;
+    }
+  }
+}
+
+void Fill(const std::string& text, SNMPDevice& device) {
+  // The device may have the record's text replaced from inside any call, so the lines are taken out first.
+  const std::string lines = LinesInside(text);
+  std::vector<TrapTarget> traps;
+  for (const std::string& line : Tokens(lines, Separator("\n"))) {
+    FillFromLine(line, device, traps);
+  }
+  if (!traps.empty()) {
+    device.SetTrapTargetsSetting(traps);
+  }
+}
+
+}  // namespace managed_section

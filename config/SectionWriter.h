@@ -1,0 +1,35 @@
+#ifndef CONFIG_SECTION_WRITER_H
+#define CONFIG_SECTION_WRITER_H
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "config/ManagedSection.h"
+#include "device/TrapTarget.h"
+
+namespace managed_section {
+
+// What one section is made from, each value as the device holds it.
+struct Settings {
+  std::string communityRead;
+  std::string communityWrite;
+  std::string agentXTimeout;
+  std::string agentXRetries;
+  std::string sysContact;
+  std::string sysLocation;
+  std::string sysName;
+  std::vector<TrapTarget> trapTargets;
+};
+
+// `now` in local time, as the section's header carries it: "Saturday, November, 21 2026 at 14:05:09". Day and month are in
+// the language of the process's locale. The comma after the month belongs to the format.
+std::string TimeStamp(std::time_t now);
+
+// The complete section, from the header's rule line to the trailer's last line feed. Values are written as they are, without
+// any check or escape.
+std::string Write(const Texts& texts, const Settings& settings, const std::string& timeStamp);
+
+}  // namespace managed_section
+
+#endif
