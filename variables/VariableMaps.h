@@ -1,0 +1,19 @@
+#ifndef VARIABLES_VARIABLE_MAPS_H
+#define VARIABLES_VARIABLE_MAPS_H
+
+#include <map>
+
+#include "host/DualKey.h"
+
+class IVariable;
+
+// (device id, variable id). Every map runs device by device, variables ascending within a device.
+typedef DualKey<unsigned long, unsigned long> VariableKey;
+
+// The host's variables. The pointers are not owned; one is null when the host did not know the variable when it was added.
+typedef std::map<VariableKey, IVariable*> VariableMap;
+
+// Saved trap-enabled flags.
+typedef std::map<VariableKey, bool> TrapEnabledMap;
+
+#endif
