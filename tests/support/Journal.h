@@ -1,0 +1,37 @@
+#ifndef TESTS_SUPPORT_JOURNAL_H
+#define TESTS_SUPPORT_JOURNAL_H
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+// The calls that recording fakes received, in order, from all fakes that share the journal.
+class Journal {
+ public:
+  // Notes a call, then runs the hook, from inside the call: it may throw, or call back into what is being tested.
+  void Note(std::string call) {
+    m_calls.push_back(std::move(call));
+    if (m_hook) {
+      const std::string noted = m_calls.back();
+      m_hook(noted);
+    }
+  }
+
+  void SetHook(std::function<void(const std::string& call)> hook) { m_hook = std::move(hook); }
+
+  const std::vector<std::string>& Calls() const { return m_calls; }
+
+  // The calls so far, which are forgotten.
+  std::vector<std::string> Take() {
+    std::vector<std::string> calls;
+    calls.swap(m_calls);
+    return calls;
+  }
+
+ private:
+  std::vector<std::string> m_calls;
+  std::function<void(const std::string&)> m_hook;
+};
+
+#endif
