@@ -1,0 +1,63 @@
+# Shared by the commands in this folder. Source it; it goes to the project's root.
+# shellcheck shell=bash
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# What the commands need, by Debian package.
+# shellcheck disable=SC2034  # used by the commands
+{
+  BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev googletest)
+  RUN_PACKAGES=(snmpd)
+  TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
+  CHECK_PACKAGES=(clang-format clang-tidy shellcheck mandoc)
+}
+
+if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then
+  BOLD=$(printf '\033[1m') PLAIN=$(printf '\033[0m')
+else
+  BOLD='' PLAIN=''
+fi
+
+heading() { printf '\n%s%s%s\n\n' "$BOLD" "$*" "$PLAIN"; }
+
+die() {
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+# as_root COMMAND...: runs it as root.
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    die "root is needed for: $*
+Run this command as root, install sudo, or ask somebody who may to run it."
+  fi
+}
+
+# need_packages PACKAGE...: installs those that are missing, from the distribution, and says so.
+need_packages() {
+  command -v dpkg-query >/dev/null || die "this command installs what it needs on Debian 12; here, install by hand: $*"
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+  printf 'Installing %s\n' "${missing[*]}"
+  mkdir -p build
+  as_root apt-get update >build/install.log 2>&1 || true  # an old list may do; the next line says when it does not
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}" >>build/install.log 2>&1 ||
+    { cat build/install.log >&2; die "could not install: ${missing[*]} (the installer's words stand above)"; }
+}
+
+# build PRESET [TARGET...]: configures when that has not been done and builds; silent unless it fails.
+build() {
+  local preset=$1 log="build/$1.log"
+  shift
+  mkdir -p build
+  { cmake --preset "$preset" && cmake --build "build/$preset" ${1:+--target "$@"}; } >"$log" 2>&1 ||
+    { tail -n 60 "$log" >&2; die "the build \"$preset\" failed; the whole of what it said is in $log"; }
+}
