@@ -13,8 +13,10 @@ class Journal {
   void Note(std::string call) {
     m_calls.push_back(std::move(call));
     if (m_hook) {
+      // Copies, because the hook may take the calls or set another hook.
       const std::string noted = m_calls.back();
-      m_hook(noted);
+      const std::function<void(const std::string&)> hook = m_hook;
+      hook(noted);
     }
   }
 

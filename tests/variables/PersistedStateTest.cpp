@@ -1,0 +1,242 @@
+#include "agent/Exports.h"
+#include "host/H7XML.h"
+#include "tests/variables/VariablesFixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ThePersistedState : public VariablesTest {
+ protected:
+  std::string Written(unsigned long reserved = 0) { return Text(*agent.Driver().GetPersistState(reserved)); }
+
+  void Read(const std::string& xml) {
+    const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode(xml);
+    agent->FromXml(state.Get());
+  }
+
+  std::string Saved() {
+    std::string saved;
+    for (const auto& entry : State().savedTrapFlags) {
+      saved += (saved.empty() ? "" : " ") + std::to_string(entry.first.first) + '.' + std::to_string(entry.first.second) +
+               (entry.second ? "+" : "-");
+    }
+    return saved;
+  }
+};
+
+const char kEmpty[] = "<SNMPState version=\"1.0.0.0\"><variables/></SNMPState>";
+
+TEST_F(ThePersistedState, OfAnEmptyProjectHasAVersionAndNoVariable) {
+  EXPECT_EQ(Written(), kEmpty);
+  EXPECT_THAT(journal.Calls(), IsEmpty());
+}
+
+TEST_F(ThePersistedState, DoesNotDependOnTheHostsArgument) {
+  EXPECT_EQ(Written(4294967295UL), kEmpty);
+}
+
+TEST_F(ThePersistedState, CarriesTheExportedVersion) {
+  EXPECT_EQ(agent.Driver().GetPersistState(0)->GetNamedString("version"), versionString);
+}
+
+TEST_F(ThePersistedState, WritesVariablesInTheOrderOfTheirIds) {
+  for (const Ids& ids : {Ids(2, 1), Ids(1, 9), Ids(1, 4)}) {
+    Know(ids.first, ids.second);
+    Added(ids.first, ids.second);
+  }
+  EXPECT_EQ(Written(),
+            "<SNMPState version=\"1.0.0.0\"><variables>"
+            "<variable deviceid=\"1\" variableid=\"4\" name=\"v\" snmpTrapEnabled=\"false\"/>"
+            "<variable deviceid=\"1\" variableid=\"9\" name=\"v\" snmpTrapEnabled=\"false\"/>"
+            "<variable deviceid=\"2\" variableid=\"1\" name=\"v\" snmpTrapEnabled=\"false\"/>"
+            "</variables></SNMPState>");
+}
+
+TEST_F(ThePersistedState, WritesFourAttributesInTheirOrderWithTheFlagAsItIsNow) {
+  FakeVariable& variable = Know(4294967295UL, 2147483648UL, false);
+  variable.name = "L\xC3\xA4mp <&>";
+  Added(4294967295UL, 2147483648UL);
+  variable.enabled = true;
+  EXPECT_EQ(Written(),
+            "<SNMPState version=\"1.0.0.0\"><variables><variable deviceid=\"4294967295\" variableid=\"2147483648\" "
+            "name=\"L\xC3\xA4mp &lt;&amp;&gt;\" snmpTrapEnabled=\"true\"/></variables></SNMPState>");
+}
+
+TEST_F(ThePersistedState, TakesIdsFromTheVariableNotFromTheKey) {
+  FakeVariable& variable = Know(5, 7);
+  variable.ids = VariableKey(50, 70);
+  Added(5, 7);
+  EXPECT_THAT(Written(), testing::HasSubstr("deviceid=\"50\" variableid=\"70\""));
+}
+
+TEST_F(ThePersistedState, LeavesOutAPairWithoutAVariable) {
+  Know(5, 8);
+  Added(5, 7);
+  Added(5, 8);
+  Added(5, 9);
+  EXPECT_EQ(Written(),
+            "<SNMPState version=\"1.0.0.0\"><variables>"
+            "<variable deviceid=\"5\" variableid=\"8\" name=\"v\" snmpTrapEnabled=\"false\"/></variables></SNMPState>");
+}
+
+TEST_F(ThePersistedState, NeverHoldsAUserVariable) {
+  Know(5, 7, true);
+  UserAdded(5, 7);
+  EXPECT_EQ(Written(), kEmpty);
+}
+
+TEST_F(ThePersistedState, NeverHoldsASavedFlagWithoutAVariable) {
+  Read("<s><variables><variable deviceid=\"5\" variableid=\"8\" snmpTrapEnabled=\"true\"/></variables></s>");
+  host.SendEvent("OnProjectLoaded");
+  EXPECT_EQ(Written(), kEmpty);
+  EXPECT_EQ(Saved(), "5.8+");
+}
+
+TEST_F(ThePersistedState, IsMadeAnewEachTime) {
+  const h7::auto_com<H7XML::INode> first = agent.Driver().GetPersistState(0);
+  const h7::auto_com<H7XML::INode> second = agent.Driver().GetPersistState(0);
+  EXPECT_NE(first.Get(), second.Get());
+  first->SetNamedString("version", "changed");
+  EXPECT_EQ(Text(*second), kEmpty);
+}
+
+TEST_F(ThePersistedState, IsReadIntoTheSavedFlagsOnly) {
+  FakeVariable& variable = Know(5, 7, false);
+  Added(5, 7);
+  journal.Take();
+  Read(
+      "<SNMPState version=\"1.0.0.0\"><variables>"
+      "<variable deviceid=\"5\" variableid=\"7\" name=\"v\" snmpTrapEnabled=\"true\"/>"
+      "<variable deviceid=\"1\" variableid=\"4294967295\" name=\"v\" snmpTrapEnabled=\"false\"/></variables></SNMPState>");
+  EXPECT_EQ(Saved(), "1.4294967295- 5.7+");
+  EXPECT_EQ(Pairs(State().deviceVariables), "5.7");
+  EXPECT_EQ(Pairs(State().userVariables), "");
+  EXPECT_FALSE(variable.enabled) << "flags are applied when the project has loaded";
+  EXPECT_THAT(journal.Calls(), IsEmpty());
+}
+
+TEST_F(ThePersistedState, IsReadWhateverItsNamesAndVersion) {
+  Read("<other version=\"9\"><variables><x deviceid=\"1\" variableid=\"2\" snmpTrapEnabled=\"true\"/></variables></other>");
+  EXPECT_EQ(Saved(), "1.2+");
+}
+
+TEST_F(ThePersistedState, RestoresTheLastOfTwoFlagsForOneVariable) {
+  Read(
+      "<s><variables><v deviceid=\"1\" variableid=\"2\" snmpTrapEnabled=\"true\"/>"
+      "<v deviceid=\"1\" variableid=\"2\" snmpTrapEnabled=\"false\"/></variables></s>");
+  EXPECT_EQ(Saved(), "1.2-");
+  Read(
+      "<s><variables><v deviceid=\"1\" variableid=\"2\" snmpTrapEnabled=\"false\"/>"
+      "<v deviceid=\"1\" variableid=\"2\" snmpTrapEnabled=\"true\"/></variables></s>");
+  EXPECT_EQ(Saved(), "1.2+");
+}
+
+TEST_F(ThePersistedState, TakesMissingAttributesAsZeroAndFalse) {
+  Read("<s><variables><v/><v deviceid=\"x\" variableid=\"2\" snmpTrapEnabled=\"maybe\"/></variables></s>");
+  EXPECT_EQ(Saved(), "0.0- 0.2-");
+}
+
+TEST_F(ThePersistedState, ReplacesEarlierFlags) {
+  State().savedTrapFlags[VariableKey(9, 9)] = true;
+  Read("<s><variables><v deviceid=\"1\" variableid=\"2\"/></variables></s>");
+  EXPECT_EQ(Saved(), "1.2-");
+}
+
+TEST_F(ThePersistedState, WithoutVariablesLeavesNoFlag) {
+  for (const char* state :
+       {"<s/>", "<s><other><v deviceid=\"1\"/></other></s>", "<s><x><variables><v/></variables></x></s>"}) {
+    State().savedTrapFlags[VariableKey(9, 9)] = true;
+    Read(state);
+    EXPECT_EQ(Saved(), "") << state;
+  }
+}
+
+TEST_F(ThePersistedState, EmptiesTheFlagsBeforeAnythingElse) {
+  struct ThrowAtOnce : devhost::XmlObserver {
+    void OnXmlCall(const char*, const char*) override { throw std::runtime_error("xml"); }
+  } observer;
+  State().savedTrapFlags[VariableKey(9, 9)] = true;
+  const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode("<s/>");
+  devhost::SetXmlObserver(&observer);
+  EXPECT_THROW(agent->FromXml(state.Get()), std::runtime_error);
+  devhost::SetXmlObserver(nullptr);
+  EXPECT_EQ(Saved(), "");
+}
+
+TEST_F(ThePersistedState, ComesBackFlagForFlag) {
+  Know(1, 4, true);
+  Know(1, 9, false);
+  Know(4294967295UL, 1, true);
+  for (const Ids& ids : {Ids(1, 4), Ids(1, 9), Ids(4294967295UL, 1)}) {
+    Added(ids.first, ids.second);
+  }
+  const h7::auto_com<H7XML::INode> state = agent.Driver().GetPersistState(0);
+  agent->FromXml(state.Get());
+  EXPECT_EQ(Saved(), "1.4+ 1.9- 4294967295.1+");
+}
+
+TEST_F(ThePersistedState, PutsFlagsBackWhenTheProjectOfTheNextLifeHasLoaded) {
+  FakeVariable& variable = Know(5, 7, true);
+  Added(5, 7);
+  const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode(Written());
+  variable.enabled = false;
+  host.variableList = List(Listed(5, 7));
+  agent.Initialize(state.Get());
+  EXPECT_FALSE(variable.enabled);
+  host.SendEvent("OnProjectLoaded");
+  EXPECT_TRUE(variable.enabled);
+}
+
+TEST_F(ThePersistedState, IsBuiltInThisOrder) {
+  struct Observer : devhost::XmlObserver {
+    explicit Observer(Calls& noted) : calls(noted) {}
+    void OnXmlCall(const char* operation, const char* name) override {
+      calls.push_back(std::string(operation) + ' ' + name);
+    }
+    Calls& calls;
+  };
+  Know(5, 7);
+  Added(5, 7);
+  Calls calls;
+  Observer observer(calls);
+  devhost::SetXmlObserver(&observer);
+  agent.Driver().GetPersistState(0);
+  devhost::SetXmlObserver(nullptr);
+  EXPECT_THAT(calls,
+              ElementsAre("CreateXmlNode SNMPState", "SetNamedString version", "Create ", "SetName variables", "SetValue ",
+                          "Create ", "SetName variable", "SetValue ", "SetNamedULong deviceid", "SetNamedULong variableid",
+                          "SetNamedString name", "SetNamedString snmpTrapEnabled", "AppendChild ", "AppendChild "));
+}
+
+TEST_F(ThePersistedState, LeaksNothingWhereverItsBuildingOrReadingFails) {
+  struct Countdown : devhost::XmlObserver {
+    void OnXmlCall(const char*, const char*) override {
+      if (left-- == 0) {
+        throw std::runtime_error("xml");
+      }
+    }
+    int left = 0;
+  } observer;
+  Know(5, 7);
+  Added(5, 7);
+  const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode(Written());
+  const std::size_t before = devhost::LiveXmlObjects();
+  int failures = 0;
+  for (bool done = false; !done; ++failures) {
+    observer.left = failures;
+    devhost::SetXmlObserver(&observer);
+    try {
+      agent.Driver().GetPersistState(0);
+      agent->FromXml(state.Get());
+      done = true;
+    } catch (const std::runtime_error&) {
+    }
+    devhost::SetXmlObserver(nullptr);
+    ASSERT_EQ(devhost::LiveXmlObjects(), before) << "at XML call " << failures;
+  }
+  EXPECT_GT(failures, 20);
+}
+
+}  // namespace
