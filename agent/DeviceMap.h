@@ -4,6 +4,8 @@
 #include <boost/shared_ptr.hpp>
 #include <map>
 
+#include "variables/WalkByKey.h"
+
 class SNMPDevice;
 
 // The registry of SNMP-capable devices: device id to record, ascending by id.
@@ -15,17 +17,10 @@ inline boost::shared_ptr<SNMPDevice> FindDevice(const DeviceMap& devices, unsign
   return entry == devices.end() ? boost::shared_ptr<SNMPDevice>() : entry->second;
 }
 
-// Calls `visit` with a reference to each record, in ascending id order. `visit` may call into devices, and those may change
-// the map: the walk goes on at the next higher id that is registered then.
+// Calls `visit` with a reference to each record, in ascending id order; devices may change the map meanwhile (WalkByKey).
 template <class Visit>
 void ForEachDevice(const DeviceMap& devices, Visit visit) {
-  DeviceMap::const_iterator entry = devices.begin();
-  while (entry != devices.end()) {
-    const unsigned long deviceId = entry->first;
-    const boost::shared_ptr<SNMPDevice> device = entry->second;
-    visit(device);
-    entry = devices.upper_bound(deviceId);
-  }
+  WalkByKey(devices, [&visit](unsigned long, const boost::shared_ptr<SNMPDevice>& device) { visit(device); });
 }
 
 #endif

@@ -105,7 +105,7 @@ class SNMPConfigurationAgent : public H7BaseAgentDriver, public ISNMPConfigurati
   h7::auto_com<H7XML::INode> RunControllerAction(ICmdMessage const& message, ControllerAction action);
 
   DeviceMap m_devices;
-// The ownership of the registerer is part of the class's agreed layout, so the deprecated owner stays.
+// The type of this owner is part of the class's layout, so it stays although it is deprecated.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
   std::auto_ptr<AutoQueryInstanceRegisterer> m_registerer;

@@ -78,7 +78,8 @@ void FillField(const std::string& line, SNMPDevice& device, void (SNMPDevice::*s
   }
 }
 
-// Only a quoted community ends before the port. Without quotes, everything behind the target is the community.
+// Only a quoted community ends before the port. Without quotes, everything behind the target is the community, blanks and
+// port included. Kept as it is: what devices in the field hold was read in this way.
 TrapTarget ParseTrap(const std::string& line) {
   TrapTarget trap("", "", "");
   bool communityClosed = false;
@@ -103,7 +104,8 @@ TrapTarget ParseTrap(const std::string& line) {
   return trap;
 }
 
-// The first keyword that the line holds decides; no other is tried after it.
+// The first keyword that the line holds decides; no other is tried after it. A keyword counts wherever it stands, in
+// comments and values too: kept, because hand-written lines in the field are read in this way.
 void FillFromLine(const std::string& line, SNMPDevice& device, std::vector<TrapTarget>& traps) {
   if (FillWord(line, kCommunities, device)) {
     return;

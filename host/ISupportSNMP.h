@@ -79,6 +79,8 @@ class H7_HOST_API ISupportSNMP {
   // the agent's name for the working copy, always the same text. 0 is success, anything else a failure of the device's own
   // numbering; -9 is one that a change of settings tolerates: not reachable now, accepted for later. `config` keeps or loses
   // its text as the device sees fit when `CopyFrom` fails.
+  // `config` is the agent's own copy: a device that asks for `SetDeviceState` from inside one of these finds it changed
+  // after.
   /* 34 */ virtual int CopyFrom(const std::string& path, std::string& config) = 0;
   /* 35 */ virtual int CopyTo(const std::string& path, const std::string& config) = 0;
 

@@ -4,8 +4,9 @@
 #include "host/DualKey.h"
 #include "host/HostApi.h"
 
-// One variable of the project. Implemented and owned by the host; a driver that keeps the pointer drops it on
-// "OnVariableRemoved", "OnItemRemoved" or "OnProjectLoaded". The order of the operations is a binary contract.
+// One variable of the project. Implemented and owned by the host; a driver that keeps the pointer does not
+// follow it any more after "OnVariableRemoved", "OnItemRemoved" (all variables of that device) or "OnProjectLoaded". The
+// order of the operations is a binary contract.
 class H7_HOST_API IVariable {
  public:
   // (device id, variable id).

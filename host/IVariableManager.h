@@ -6,8 +6,8 @@
 #include "host/HostApi.h"
 #include "host/IVariable.h"
 
-// The project's variables. Implemented by the host, valid as long as the driver that asks. The order of the operations is a
-// binary contract.
+// The project's variables. No variable has 0 as one of its ids. Implemented by the host, valid as long as the driver that
+// asks. The order of the operations is a binary contract.
 class H7_HOST_API IVariableManager {
  public:
   // The variable of that pair of ids, ordinary or user variable; null when the project has none. Not owned.

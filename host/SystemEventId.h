@@ -1,14 +1,14 @@
 #ifndef HOST_SYSTEM_EVENT_ID_H
 #define HOST_SYSTEM_EVENT_ID_H
 
-// The ids under which a listener registers for system events. A listener hears of an event only under its id; it tells events
-// apart by the name that the event carries.
+// The ids under which a listener registers for system events. A listener hears of an event only under its id; it tells
+// events apart by the name that the event carries.
 enum SystemEventId : unsigned int {
-  SystemEvent_OnProjectLoaded = 5,        // no parameters
-  SystemEvent_OnItemRemoved = 11,         // "iditem", "idroom"
-  SystemEvent_OnVariableAdded = 34,       // "iddevice", "idvariable"
-  SystemEvent_OnVariableRemoved = 35,     // "iddevice", "idvariable"; sent for user variables as well
-  SystemEvent_OnUserVariableAdded = 36    // "iddevice", "idvariable"
+  SystemEvent_OnProjectLoaded = 5,      // no parameters
+  SystemEvent_OnItemRemoved = 11,       // "iditem", "idroom"
+  SystemEvent_OnVariableAdded = 34,     // "iddevice", "idvariable"
+  SystemEvent_OnVariableRemoved = 35,   // "iddevice", "idvariable"; sent for user variables as well
+  SystemEvent_OnUserVariableAdded = 36  // "iddevice", "idvariable"
 };
 
 #endif

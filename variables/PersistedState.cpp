@@ -3,6 +3,7 @@
 #include "host/H7XML.h"
 #include "host/IVariable.h"
 #include "host/ToString.h"
+#include "variables/WalkByKey.h"
 
 h7::auto_com<H7XML::INode> SNMPConfigurationAgent::GetPersistState(unsigned long) {
   h7::auto_com<H7XML::INode> state = H7XML::CreateXmlNode("SNMPState", "");
@@ -21,11 +22,10 @@ void SNMPConfigurationAgent::ToXml(H7XML::INode* root) {
 }
 
 void SNMPConfigurationAgent::VariableMapToXml(H7XML::INode* parent, VariableMap& map) {
-  for (const VariableMap::value_type& entry : map) {
-    IVariable* const variable = entry.second;
+  WalkByKey(map, [parent](const VariableKey&, IVariable* variable) {
     if (variable == nullptr) {
       // The host did not know the variable, so there is nothing to write about it.
-      continue;
+      return;
     }
     h7::auto_com<H7XML::INode> element;
     H7XML::Create(element.Receive());
@@ -38,7 +38,7 @@ void SNMPConfigurationAgent::VariableMapToXml(H7XML::INode* parent, VariableMap&
     element->SetNamedString("name", variable->GetName());
     element->SetNamedString("snmpTrapEnabled", h7::ToString(variable->TrapEnabled()));
     parent->AppendChild(*element);
-  }
+  });
 }
 
 void SNMPConfigurationAgent::FromXml(H7XML::INode* state) {
@@ -49,7 +49,10 @@ void SNMPConfigurationAgent::FromXml(H7XML::INode* state) {
   }
   const h7::auto_com<H7XML::INodeList> children = variables->GetChildren();
   for (h7::auto_com<H7XML::INode> child = children->First(); child; child = children->Next()) {
-    const VariableKey key(child->GetNamedULong("deviceid"), child->GetNamedULong("variableid"));
-    m_savedTrapFlags[key] = child->GetNamedBool("snmpTrapEnabled");
+    const unsigned long deviceId = child->GetNamedULong("deviceid");
+    const unsigned long variableId = child->GetNamedULong("variableid");
+    // Read before the entry is made: a reader that throws must not leave a flag that nobody saved.
+    const bool enabled = child->GetNamedBool("snmpTrapEnabled");
+    m_savedTrapFlags[VariableKey(deviceId, variableId)] = enabled;
   }
 }

@@ -39,7 +39,7 @@ void SNMPConfigurationAgent::OnSystemEvent(H7XML::INode& event) {
     unsigned long roomId = 0;
     GetIDsFromItemNode(event, itemId, roomId);
     if (itemId != 0) {
-      // An item that has variables is a device. User variables stay: they belong to the project.
+      // An item that has variables is a device. User variables stay as they are; their pointers are never followed.
       RemoveFromMap(m_deviceVariables, itemId);
     }
   }

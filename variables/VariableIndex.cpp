@@ -1,10 +1,10 @@
 #include <string>
-#include <utility>
 
 #include "agent/SNMPConfigurationAgent.h"
 #include "host/H7XML.h"
 #include "host/IVariable.h"
 #include "host/IVariableManager.h"
+#include "variables/WalkByKey.h"
 
 void SNMPConfigurationAgent::BuildVariableList(VariableMap& map, bool userVariables, bool includeHidden) {
   map.clear();
@@ -30,12 +30,12 @@ void SNMPConfigurationAgent::BuildVariableList(VariableMap& map, bool userVariab
 }
 
 void SNMPConfigurationAgent::ApplySNMPTrapEnabled(VariableMap& map) {
-  for (const TrapEnabledMap::value_type& saved : m_savedTrapFlags) {
-    const VariableMap::iterator entry = map.find(saved.first);
+  WalkByKey(m_savedTrapFlags, [&map](const VariableKey& key, bool enabled) {
+    const VariableMap::const_iterator entry = map.find(key);
     if (entry != map.end() && entry->second != nullptr) {
-      entry->second->TrapEnabled() = saved.second;
+      entry->second->TrapEnabled() = enabled;
     }
-  }
+  });
 }
 
 bool SNMPConfigurationAgent::AddToMap(VariableMap& map, unsigned long deviceId, unsigned long variableId) {
