@@ -1,0 +1,18 @@
+#ifndef VARIABLES_WALK_BY_KEY_H
+#define VARIABLES_WALK_BY_KEY_H
+
+// Calls `visit(key, value)` with a copy of each entry of an ordered map, in the order of the keys. `visit` may call out, and
+// what it calls may change the map: no iterator is held meanwhile, and the walk goes on at the next higher key that the map
+// holds then.
+template <class Map, class Visit>
+void WalkByKey(const Map& map, Visit visit) {
+  typename Map::const_iterator entry = map.begin();
+  while (entry != map.end()) {
+    const typename Map::key_type key = entry->first;
+    const typename Map::mapped_type value = entry->second;
+    visit(key, value);
+    entry = map.upper_bound(key);
+  }
+}
+
+#endif
