@@ -1,6 +1,7 @@
 #include "devhost/app/ScriptRunner.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "devhost/app/DeviceReplies.h"
 #include "devhost/app/Difference.h"
@@ -23,6 +24,15 @@ Parameters ReadParameters(const std::vector<ScriptParameter>& given) {
     parameters.emplace_back(parameter.name, parameter.isFile ? ReadFileText(parameter.value) : parameter.value);
   }
   return parameters;
+}
+
+// A command as the script has it: a file's text can be long and is not what one wants to see here.
+std::string CommandText(const CommandAction& action) {
+  std::string text = AsWord(action.name);
+  for (const ScriptParameter& parameter : action.parameters) {
+    text += " " + AsWord(parameter.name) + "=" + (parameter.isFile ? "@" : "") + AsWord(parameter.value);
+  }
+  return text;
 }
 
 // The start of a text that may be a whole file.
@@ -104,6 +114,12 @@ void ScriptRunner::OnOccurrence(const Occurrence& occurrence) {
   if (m_asking && (kind == Occurrence::Kind::Command || kind == Occurrence::Kind::Reply)) {
     return;
   }
+  if (kind == Occurrence::Kind::Command && m_command) {
+    Occurrence shown = occurrence;
+    shown.text = *std::exchange(m_command, std::nullopt);
+    m_printer.Print(shown, m_where);
+    return;
+  }
   m_printer.Print(occurrence, m_where);
   if (kind == Occurrence::Kind::Reply) {
     m_reply = occurrence.text;
@@ -119,10 +135,16 @@ void ScriptRunner::OnOccurrence(const Occurrence& occurrence) {
   }
 }
 
-void ScriptRunner::Do(const CommandAction& action) {
+void ScriptRunner::BeginAction() {
   m_newNotifications = 0;
   m_newLogs = 0;
+  m_command.reset();
+}
+
+void ScriptRunner::Do(const CommandAction& action) {
+  BeginAction();
   const Parameters parameters = ReadParameters(action.parameters);
+  m_command = CommandText(action);
   const std::string reply =
       action.driverId ? m_host->Command(*action.driverId, action.name, parameters) : SendToOwner(action.name, parameters);
   if (action.mustSucceed) {
@@ -173,14 +195,12 @@ std::string ScriptRunner::KnownCommands() const {
 }
 
 void ScriptRunner::Do(const EventAction& action) {
-  m_newNotifications = 0;
-  m_newLogs = 0;
+  BeginAction();
   m_host->SendEvent(action.name, ReadParameters(action.parameters));
 }
 
 void ScriptRunner::Do(const RestartAction&) {
-  m_newNotifications = 0;
-  m_newLogs = 0;
+  BeginAction();
   m_printer.Line("restart", "");
   Stop();
   try {

@@ -52,6 +52,8 @@ class ScriptRunner : private HostObserver {
   void Do(const PrintAction& action);
   void Do(const ExpectAction& action);
 
+  // Before an action that may make something happen.
+  void BeginAction();
   // A command to the one driver that has registered it.
   std::string SendToOwner(const std::string& command, const Parameters& parameters);
   bool IsRegistered(const std::string& command) const;
@@ -72,7 +74,8 @@ class ScriptRunner : private HostObserver {
   const DriverNames& m_names;
   Printer& m_printer;
   std::unique_ptr<Host> m_host;
-  std::string m_where;  // what is being done: "FILE:LINE"
+  std::string m_where;                   // what is being done: "FILE:LINE"
+  std::optional<std::string> m_command;  // how the command that goes out next is shown
   bool m_asking = false;
   bool m_givenUp = false;
   std::optional<std::string> m_reply;
