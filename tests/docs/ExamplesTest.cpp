@@ -1,0 +1,85 @@
+// Runs the examples of every page: see README.md here.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tests/docs/DocumentBlocks.h"
+#include "tests/scripts/Transcript.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace testsupport {
+namespace {
+
+const std::string kSource = SOURCE_FOLDER;
+
+// The pages with examples, relative to the project's folder.
+std::vector<std::string> Pages() {
+  std::vector<std::string> pages = {"tests/docs/README.md"};
+  if (std::filesystem::exists(kSource + "/README.md")) {
+    pages.push_back("README.md");
+  }
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kSource + "/docs")) {
+    if (entry.path().extension() == ".md") {
+      pages.push_back(entry.path().string().substr(kSource.size() + 1));
+    }
+  }
+  std::sort(pages.begin(), pages.end());
+  return pages;
+}
+
+// What is wrong with a block as such, or "".
+std::string WhyWrong(const DocumentBlock& block) {
+  for (const auto& [name, value] : block.attributes) {
+    if ((name != "file" && name != "example") || value.empty() || value.find("..") != std::string::npos ||
+        value.front() == '/') {
+      return name + "=" + value + " is no attribute; allowed: file=NAME, example=NAME";
+    }
+  }
+  if (block.language == "console") {
+    return block.text.compare(0, 2, "$ ") == 0 ? "" : "a console block starts with \"$ \" and a command";
+  }
+  return block.language == "devhost" && block.attributes.count("file") == 0 ? "a devhost block needs file=NAME" : "";
+}
+
+class ThePage : public testing::TestWithParam<std::string> {};
+
+TEST_P(ThePage, HasExamplesThatWork) {
+  const ScratchFolder folder;
+  std::string page = ScratchFolder::ReadFile(kSource + "/" + GetParam());
+  std::vector<DocumentBlock> blocks = ReadBlocks(page);
+  std::string updated = page;
+  std::size_t shift = 0;
+  for (const DocumentBlock& block : blocks) {
+    ASSERT_EQ(WhyWrong(block), "") << GetParam() << ":" << block.line;
+    if (block.attributes.count("file") != 0) {
+      folder.Write(block.attributes.at("file"), block.text);
+    }
+    if (block.language != "console") {
+      continue;
+    }
+    const std::string played = PlayTranscript(block.text, folder.Path());
+    updated.replace(block.begin + shift, block.text.size(), played);
+    shift += played.size() - block.text.size();
+    if (!UpdateGoldens() && played != block.text) {
+      ADD_FAILURE() << GetParam() << ":" << block.line << "\n" << UnifiedDifference(block.text, played);
+    }
+  }
+  if (UpdateGoldens() && updated != page) {
+    std::ofstream(kSource + "/" + GetParam(), std::ios::binary) << updated;
+    GTEST_SKIP() << GetParam() << " was written anew: look at the change before you keep it";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ThePage, testing::ValuesIn(Pages()), [](const testing::TestParamInfo<std::string>& page) {
+  std::string name = page.param;
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return c == '/' || c == '.' || c == '-'; }, '_');
+  return name;
+});
+
+}  // namespace
+}  // namespace testsupport
