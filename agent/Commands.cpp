@@ -23,9 +23,6 @@ const Command kCommands[] = {
     {"StartMasterAgent", &SNMPConfigurationAgent::OnReqStartMasterAgent},
 };
 
-// "No state": a notification that carries the id only.
-const int kNoState = -1;
-
 }  // namespace
 
 void SNMPConfigurationAgent::RegisterCommands() {
@@ -37,7 +34,7 @@ void SNMPConfigurationAgent::RegisterCommands() {
 void SNMPConfigurationAgent::MySendDataToUI(std::string name, int id, int state) {
   const h7::auto_com<H7XML::INode> notification = H7XML::CreateXmlNode(name, "");
   notification->AddChildInt("id", id);
-  if (state != kNoState) {
+  if (state != -1) {
     notification->AddChildInt("state", state);
   }
   ConSendDataToUI(*notification);

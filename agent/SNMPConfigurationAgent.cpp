@@ -26,18 +26,18 @@ SNMPConfigurationAgent::SNMPConfigurationAgent(IInstanceManager& instanceManager
     : H7BaseAgentDriver(instanceManager, DriverMultiplicity_Single),
       m_instanceManager(instanceManager),
       m_variableManager(GetVariableManager()) {
-  std::vector<unsigned int> listened;
+  std::size_t listened = 0;
   try {
-    listened.reserve(sizeof kListenedEvents / sizeof *kListenedEvents);
     for (const unsigned int eventId : kListenedEvents) {
       RegisterListener(*this, eventId, 0);
-      listened.push_back(eventId);
+      ++listened;
     }
     m_sectionTexts = managed_section::FixedTexts();
   } catch (...) {
     // The host must not be left with a listener that never came to be.
-    for (std::size_t i = listened.size(); i != 0; --i) {
-      Quietly([this, &listened, i] { UnregisterListener(*this, listened[i - 1], 0); });
+    while (listened != 0) {
+      --listened;
+      Quietly([this, listened] { UnregisterListener(*this, kListenedEvents[listened], 0); });
     }
     throw;
   }
@@ -62,7 +62,7 @@ int SNMPConfigurationAgent::Initialize(unsigned long driverId, H7XML::INode& con
     m_registerer.reset(new AutoQueryInstanceRegisterer(GetInstanceManager()));
     m_registerer->RegisterQuery(ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(this));
   }
-  // A copy of the list is walked: drivers announce themselves, and may come and go, while they are told.
+  // The list is a copy: drivers may announce and publish themselves while they are told. The host destroys none meanwhile.
   const std::vector<ISupportSNMP*> drivers = GetDriverManager().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID);
   for (ISupportSNMP* const driver : drivers) {
     driver->AgentAvailable();

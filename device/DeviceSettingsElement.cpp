@@ -38,8 +38,10 @@ void ReplaceTrapTargets(const H7XML::INode& settings, SNMPDevice& device) {
   // Every child counts, whatever its name.
   const h7::auto_com<H7XML::INodeList> children = trapTargets->GetChildren();
   for (h7::auto_com<H7XML::INode> child = children->First(); child; child = children->Next()) {
-    device.AddTrapTargetSetting(child->GetChildString(kTarget), child->GetChildString(kCommunity),
-                                child->GetChildString(kPort));
+    const std::string target = child->GetChildString(kTarget);
+    const std::string community = child->GetChildString(kCommunity);
+    const std::string port = child->GetChildString(kPort);
+    device.AddTrapTargetSetting(target, community, port);
   }
 }
 
@@ -63,10 +65,10 @@ void Apply(const H7XML::INode& settings, SNMPDevice& device) {
 
 namespace {
 
-h7::auto_com<H7XML::INode> TrapTargetsElement(const std::vector<TrapTarget>& targets) {
+h7::auto_com<H7XML::INode> TrapTargetsElement(SNMPDevice& device) {
   using namespace device_settings;
   h7::auto_com<H7XML::INode> list = H7XML::CreateXmlNode(kTrapTargets, "");
-  for (const TrapTarget& entry : targets) {
+  for (const TrapTarget& entry : device.GetTrapTargetsSetting()) {
     const h7::auto_com<H7XML::INode> element = H7XML::CreateXmlNode(kTrapTarget, "");
     element->AddChildString(kTarget, entry.target);
     element->AddChildString(kCommunity, entry.community);
@@ -92,7 +94,7 @@ h7::auto_com<H7XML::INode> SNMPDevice::ToXml() {
   root->AddChildString(kUseProjectOwnerAddress, h7::ToString(m_device->GetUseProjectOwnerAddressSetting()));
   root->AddChildString(kSysName, GetSysNameSetting());
   root->AddChildString(kUseRoomDevice, h7::ToString(m_device->GetUseRoomDeviceSetting()));
-  const h7::auto_com<H7XML::INode> trapTargets = TrapTargetsElement(GetTrapTargetsSetting());
+  const h7::auto_com<H7XML::INode> trapTargets = TrapTargetsElement(*this);
   root->AppendChild(*trapTargets);
   root->AddChildString(kDeviceId, h7::ToString(m_deviceId));
   return root;

@@ -8,8 +8,8 @@
 
 namespace {
 
-// The device has the text and will install it later: good enough for a change of settings.
-const int kStatusLater = -9;
+// The one status besides success that does not stop a change of settings. What it means is the device's business.
+const int kToleratedStatus = -9;
 
 }  // namespace
 
@@ -37,16 +37,16 @@ h7::auto_com<H7XML::INode> SNMPConfigurationAgent::OnReqSetDeviceState(ICmdMessa
   device->SetIsConfigDirty(true);
 
   const int readStatus = ReadConfig(device);
-  if (readStatus != 0 && readStatus != kStatusLater) {
+  if (readStatus != 0 && readStatus != kToleratedStatus) {
     reply = H7XML::CreateXmlNode("ReadFail", "");
     return reply;
   }
   const int writeStatus = WriteConfig(device);
-  if (writeStatus != 0 && writeStatus != kStatusLater) {
+  if (writeStatus != 0 && writeStatus != kToleratedStatus) {
     reply = H7XML::CreateXmlNode("WriteFail", "");
     return reply;
   }
-  // A write that the device keeps for later is accepted, but the device stays marked as not yet written.
+  // A tolerated write is accepted, but the device stays marked as not yet written.
   if (writeStatus == 0) {
     device->SetIsConfigDirty(false);
   }

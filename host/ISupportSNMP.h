@@ -13,7 +13,8 @@ class TrapTarget;
 //
 // The device is the single holder of its SNMP settings: the agent asks anew each time and keeps no copy. Texts and lists are
 // passed by value. An implementation may call back into the agent from inside any of these operations, also to withdraw
-// itself; the agent never calls a device again that has withdrawn, other than to finish the operation under way, so an
+// itself; the agent never calls a device again that has withdrawn, other than to finish the operation
+// under way, or with `AgentAvailable` while the device is published, so an
 // implementation that withdraws itself stays alive until that operation has returned.
 //
 // "Was erased" flags: true when somebody deliberately emptied the setting on the device. The agent fills an empty setting
@@ -77,10 +78,9 @@ class H7_HOST_API ISupportSNMP {
 
   // Fills `config` with the whole text of the device's snmpd.conf / installs `config` as the device's snmpd.conf. `path` is
   // the agent's name for the working copy, always the same text. 0 is success, anything else a failure of the device's own
-  // numbering; -9 is one that a change of settings tolerates: not reachable now, accepted for later. `config` keeps or loses
-  // its text as the device sees fit when `CopyFrom` fails.
-  // `config` is the agent's own copy: a device that asks for `SetDeviceState` from inside one of these finds it changed
-  // after.
+  // numbering; a change of settings tolerates -9, for a device that cannot be reached now and keeps the text for later, say.
+  // `config` keeps or loses its text as the device sees fit when `CopyFrom` fails. It is valid for the call, and it is the
+  // agent's own text: a call back into the agent from here may change it.
   /* 34 */ virtual int CopyFrom(const std::string& path, std::string& config) = 0;
   /* 35 */ virtual int CopyTo(const std::string& path, const std::string& config) = 0;
 
