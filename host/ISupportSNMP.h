@@ -13,9 +13,8 @@ class TrapTarget;
 //
 // The device is the single holder of its SNMP settings: the agent asks anew each time and keeps no copy. Texts and lists are
 // passed by value. An implementation may call back into the agent from inside any of these operations, also to withdraw
-// itself; the agent never calls a device again that has withdrawn, other than to finish the operation
-// under way, or with `AgentAvailable` while the device is published, so an
-// implementation that withdraws itself stays alive until that operation has returned.
+// itself. A device that has withdrawn is not called again, other than to finish the operation under way, and with
+// `AgentAvailable` as long as it is published; so one that withdraws itself stays alive until that operation has returned.
 //
 // "Was erased" flags: true when somebody deliberately emptied the setting on the device. The agent fills an empty setting
 // from snmpd.conf only while its flag is false. Only the device sets and clears these flags.
