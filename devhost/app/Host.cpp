@@ -5,15 +5,19 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "devhost/app/HostCore.h"
+#include "devhost/app/HostVariables.h"
 #include "devhost/app/LoadedDriver.h"
+#include "devhost/app/StateKeeper.h"
 #include "devhost/app/Words.h"
 #include "devhost/base/DriverServices.h"
 #include "devhost/base/LogCaller.h"
 #include "devhost/xml/XmlMisuse.h"
 #include "devhost/xml/XmlReader.h"
+#include "host/SystemEventId.h"
 
 namespace devhost {
 namespace {
@@ -77,6 +81,27 @@ std::string EventText(const std::string& name, const Parameters& parameters) {
   return text;
 }
 
+// A call of the host's user. When no other one is around it, states that became out of date meanwhile are kept at its end.
+class HostCall {
+ public:
+  // Throws HostError as CallScope does.
+  HostCall(HostCore& core, StateKeeper& states, const std::string& description, const void* code)
+      : m_states(states), m_outermost(!core.gate.IsInside()), m_scope(std::in_place, core, nullptr, description, code) {}
+  ~HostCall() {
+    m_scope.reset();
+    if (m_outermost) {
+      m_states.SaveInvalid();
+    }
+  }
+  HostCall(const HostCall&) = delete;
+  HostCall& operator=(const HostCall&) = delete;
+
+ private:
+  StateKeeper& m_states;
+  const bool m_outermost;
+  std::optional<CallScope> m_scope;
+};
+
 // What is left alive, for a message: how many, and the first few by name.
 std::string Summary(const std::vector<std::string>& descriptions) {
   constexpr std::size_t kShown = 3;
@@ -90,8 +115,13 @@ std::string Summary(const std::vector<std::string>& descriptions) {
 
 class Host::Impl : private LogSink, private XmlMisuseSink {
  public:
-  explicit Impl(HostObserver& observer)
-      : m_core(observer), m_outerLog(SetLogSink(this)), m_outerMisuse(SetXmlMisuseSink(this)), m_xmlMark(XmlMark()) {}
+  Impl(HostObserver& observer, StateStore* states)
+      : m_core(observer),
+        m_states(m_core, states),
+        m_variables(m_core.variables),
+        m_outerLog(SetLogSink(this)),
+        m_outerMisuse(SetXmlMisuseSink(this)),
+        m_xmlMark(XmlMark()) {}
   ~Impl() override {
     StopAll();
     SetXmlMisuseSink(m_outerMisuse);
@@ -104,13 +134,19 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
   std::string Command(const std::string& name, const Parameters& parameters, const void* code);
   void SendEvent(const std::string& name, const Parameters& parameters, const void* code);
   std::string GetPersistState(unsigned long driverId, const void* code);
+  void AddVariable(const VariableEntry& entry, const void* code);
+  void RemoveVariable(unsigned long deviceId, unsigned long variableId, bool user, const void* code);
+  void RemoveItem(unsigned long itemId, unsigned long roomId, const void* code);
   std::shared_ptr<LoadedDriver> Find(unsigned long driverId) const;
   const HostCore& Core() const { return m_core; }
+  HostVariables& Variables() { return m_variables; }
 
  private:
   void Log(unsigned int level, const char* line) noexcept override;
   void OnXmlMisuse(const std::string& what, const void* code) override;
 
+  void SendRemoval(HostVariables::Taken taken, bool idsAreGood, const std::string& name, const Parameters& parameters,
+                   const void* code);
   void CheckEntry(const DriverEntry& entry) const;
   void Start(LoadedDriver& driver, H7XML::INode& config);
   void StopAll() noexcept;
@@ -119,6 +155,8 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
 
   const OnlyHost m_only;
   HostCore m_core;
+  StateKeeper m_states;
+  HostVariables m_variables;
   LogSink* const m_outerLog;
   XmlMisuseSink* const m_outerMisuse;
   const std::uint64_t m_xmlMark;
@@ -140,7 +178,7 @@ void Host::Impl::CheckEntry(const DriverEntry& entry) const {
 }
 
 void Host::Impl::Load(const DriverEntry& entry, const void* code) {
-  const CallScope scope(m_core, nullptr, "loading of driver \"" + entry.name + "\"", code);
+  const HostCall call(m_core, m_states, "loading of driver \"" + entry.name + "\"", code);
   CheckEntry(entry);
   const h7::auto_com<H7XML::INode> config = ConfigNode(entry);
   const std::uint64_t mark = XmlMark();
@@ -164,7 +202,8 @@ void Host::Impl::Load(const DriverEntry& entry, const void* code) {
 
 void Host::Impl::Start(LoadedDriver& driver, H7XML::INode& config) {
   driver.Create();
-  driver.Initialize(config);
+  const h7::auto_com<H7XML::INode> persisted = m_states.Load(driver);
+  driver.Initialize(config, persisted.Get());
   driver.MakeRegisterCommands();
 }
 
@@ -173,6 +212,7 @@ void Host::Impl::Stop(const void* code) {
     throw HostError("the host cannot be stopped from inside " + m_core.gate.Innermost().description);
   }
   const CallScope scope(m_core, nullptr, "stop", code);
+  m_states.SaveAll();
   StopAll();
 }
 
@@ -244,12 +284,12 @@ std::shared_ptr<LoadedDriver> Host::Impl::Find(unsigned long driverId) const {
 
 std::string Host::Impl::Command(unsigned long driverId, const std::string& name, const Parameters& parameters,
                                 const void* code) {
-  const CallScope scope(m_core, nullptr, "command \"" + name + "\"", code);
+  const HostCall call(m_core, m_states, "command \"" + name + "\"", code);
   return Find(driverId)->Command(name, parameters);
 }
 
 std::string Host::Impl::Command(const std::string& name, const Parameters& parameters, const void* code) {
-  const CallScope scope(m_core, nullptr, "command \"" + name + "\"", code);
+  const HostCall call(m_core, m_states, "command \"" + name + "\"", code);
   HostCore::Drivers owners;
   std::vector<std::string> titles;
   for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
@@ -269,7 +309,7 @@ std::string Host::Impl::Command(const std::string& name, const Parameters& param
 }
 
 void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters, const void* code) {
-  const CallScope scope(m_core, nullptr, "event \"" + name + "\"", code);
+  const HostCall call(m_core, m_states, "event \"" + name + "\"", code);
   const unsigned int eventId = SystemEventIdOf(name);
   if (eventId == 0) {
     throw HostError("there is no system event \"" + name + "\"; known are: " + SystemEventNames());
@@ -287,11 +327,46 @@ void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters
   if (!firstProblem.empty()) {
     throw HostError(firstProblem);
   }
+  if (eventId == SystemEvent_OnProjectLoaded) {
+    for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
+      driver->NoteProjectLoaded();
+    }
+  }
 }
 
 std::string Host::Impl::GetPersistState(unsigned long driverId, const void* code) {
-  const CallScope scope(m_core, nullptr, "GetPersistState", code);
-  return Find(driverId)->GetPersistState();
+  const HostCall call(m_core, m_states, "GetPersistState", code);
+  return Find(driverId)->GetPersistState(XmlStyle::Compact);
+}
+
+void Host::Impl::AddVariable(const VariableEntry& entry, const void* code) {
+  const HostCall call(m_core, m_states, "adding of a variable", code);
+  m_variables.Add(entry);
+  SendEvent(entry.user ? "OnUserVariableAdded" : "OnVariableAdded",
+            {{"iddevice", std::to_string(entry.deviceId)}, {"idvariable", std::to_string(entry.variableId)}}, code);
+}
+
+void Host::Impl::RemoveVariable(unsigned long deviceId, unsigned long variableId, bool user, const void* code) {
+  const HostCall call(m_core, m_states, "removal of a variable", code);
+  SendRemoval(m_variables.Take(deviceId, variableId, user), deviceId != 0 && variableId != 0, "OnVariableRemoved",
+              {{"iddevice", std::to_string(deviceId)}, {"idvariable", std::to_string(variableId)}}, code);
+}
+
+void Host::Impl::RemoveItem(unsigned long itemId, unsigned long roomId, const void* code) {
+  const HostCall call(m_core, m_states, "removal of an item", code);
+  SendRemoval(m_variables.TakeDevice(itemId), itemId != 0, "OnItemRemoved",
+              {{"iditem", std::to_string(itemId)}, {"idroom", std::to_string(roomId)}}, code);
+}
+
+void Host::Impl::SendRemoval(HostVariables::Taken taken, bool idsAreGood, const std::string& name,
+                             const Parameters& parameters, const void* code) {
+  try {
+    SendEvent(name, parameters, code);
+  } catch (...) {
+    m_variables.Release(std::move(taken), false);
+    throw;
+  }
+  m_variables.Release(std::move(taken), idsAreGood);
 }
 
 void Host::Impl::Log(unsigned int level, const char* line) noexcept {
@@ -306,7 +381,7 @@ void Host::Impl::OnXmlMisuse(const std::string& what, const void* code) {
   m_core.ReportCode(m_core.DriverOf(code).get(), code, what);
 }
 
-Host::Host(HostObserver& observer) : m_impl(std::make_unique<Impl>(observer)) {}
+Host::Host(HostObserver& observer, StateStore* states) : m_impl(std::make_unique<Impl>(observer, states)) {}
 
 Host::~Host() = default;
 
@@ -332,6 +407,38 @@ void Host::SendEvent(const std::string& name, const Parameters& parameters) {
 
 std::string Host::GetPersistState(unsigned long driverId) {
   return m_impl->GetPersistState(driverId, __builtin_return_address(0));
+}
+
+void Host::DefineVariable(const VariableEntry& entry) {
+  m_impl->Variables().Add(entry);
+}
+
+void Host::AddVariable(const VariableEntry& entry) {
+  m_impl->AddVariable(entry, __builtin_return_address(0));
+}
+
+void Host::RemoveVariable(unsigned long deviceId, unsigned long variableId, bool user) {
+  m_impl->RemoveVariable(deviceId, variableId, user, __builtin_return_address(0));
+}
+
+void Host::RemoveItem(unsigned long itemId, unsigned long roomId) {
+  m_impl->RemoveItem(itemId, roomId, __builtin_return_address(0));
+}
+
+void Host::LoadProject() {
+  m_impl->SendEvent("OnProjectLoaded", {}, __builtin_return_address(0));
+}
+
+bool Host::TrapEnabled(unsigned long deviceId, unsigned long variableId) const {
+  return m_impl->Variables().Get(deviceId, variableId).Entry().trapEnabled;
+}
+
+void Host::SetTrapEnabled(unsigned long deviceId, unsigned long variableId, bool enabled) {
+  m_impl->Variables().Get(deviceId, variableId).TrapEnabled() = enabled;
+}
+
+std::vector<VariableEntry> Host::Variables(Flags flags) const {
+  return m_impl->Variables().List(flags);
 }
 
 std::vector<DriverEntry> Host::Drivers() const {

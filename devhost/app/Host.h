@@ -1,13 +1,18 @@
 #ifndef DEVHOST_APP_HOST_H
 #define DEVHOST_APP_HOST_H
 
+#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "devhost/base/VariableEntry.h"
+
 namespace devhost {
+
+class StateStore;
 
 // One driver of a project, as the project file names it.
 struct DriverEntry {
@@ -28,7 +33,9 @@ struct Occurrence {
     Event,         // a system event goes out; text: its name and parameters
     Log,           // a driver logged a line
     Invalidate,    // a driver's persisted state is out of date
-    Manners        // a driver broke the host's rules; text says what and where
+    Manners,       // a driver broke the host's rules; text says what and where
+    StateProblem   // a driver's persisted state could not be read, given or kept; text says where, what and what becomes of
+                   // it
   };
   Kind kind;
   unsigned long driverId = 0;  // the driver concerned; 0 when none is known
@@ -59,10 +66,13 @@ class HostError : public std::runtime_error {
 // Calls into drivers never overlap: a call from a second thread while one is under way is refused with HostError and
 // reported as Manners; nested calls pass. A driver's exception never leaves the host uncaught: it becomes a HostError that
 // names the driver, the call and the exception's text.
+//
+// With a store, drivers are handed what was kept for them, and asked for their state when they have called
+// `DmInvalidateState`, as soon as the outermost call of this class has returned from the drivers, and before a stop.
 class Host {
  public:
-  // `observer` must outlive the host. One host at a time in a process.
-  explicit Host(HostObserver& observer);
+  // `observer` and `states` must outlive the host. One host at a time in a process. Without a store (null) no state is kept.
+  explicit Host(HostObserver& observer, StateStore* states = nullptr);
   // Stops first when that has not been done; problems then are reported to the observer only.
   ~Host();
   Host(const Host&) = delete;
@@ -73,7 +83,8 @@ class Host {
   // or the driver throws while it is made.
   void Load(const DriverEntry& entry);
 
-  // Destroys the drivers in the reverse order of loading, checks what each left behind, then unloads the modules.
+  // Asks the drivers for their states, destroys them in the reverse order of loading, checks what each left behind, then
+  // unloads the modules. What the drivers invalidate meanwhile is not asked for any more.
   void Stop();
 
   // Sends a command to the driver with that id and returns the reply as compact XML ("" when the driver returned no node).
@@ -88,8 +99,30 @@ class Host {
   // at the end.
   void SendEvent(const std::string& name, const Parameters& parameters);
 
-  // What drivers are asked for when their state is out of date: the state as compact XML ("" for none).
+  // Asks a driver for its state, as compact XML ("" for none). It is not kept.
   std::string GetPersistState(unsigned long driverId);
+
+  // The variables of the project. All of these throw HostError where a variable is missing, or in the way of a new one.
+
+  // Adds a variable without an event, as part of a project that is not loaded yet.
+  void DefineVariable(const VariableEntry& entry);
+  // Adds a variable and sends "OnVariableAdded" or "OnUserVariableAdded".
+  void AddVariable(const VariableEntry& entry);
+  // Removes a variable or user variable and sends "OnVariableRemoved". It is out of the variable manager before the event,
+  // and freed after it; where a listener failed, or one of the ids is 0, which listeners take for a missing one, only
+  // after the drivers are gone.
+  void RemoveVariable(unsigned long deviceId, unsigned long variableId, bool user);
+  // Removes an item of the project with its variables, in the same order, and sends "OnItemRemoved" alone. User variables of
+  // the device stay: they belong to the project.
+  void RemoveItem(unsigned long itemId, unsigned long roomId);
+  // Sends "OnProjectLoaded".
+  void LoadProject();
+  // The flag of a variable, as a user of the project sees and sets it. No event.
+  bool TrapEnabled(unsigned long deviceId, unsigned long variableId) const;
+  void SetTrapEnabled(unsigned long deviceId, unsigned long variableId, bool enabled);
+  // All variables, by their ids, with the flags that they have or those that they were made with.
+  enum class Flags { Current, Initial };
+  std::vector<VariableEntry> Variables(Flags flags) const;
 
   // The drivers loaded, in the order of loading.
   std::vector<DriverEntry> Drivers() const;

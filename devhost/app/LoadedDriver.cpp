@@ -90,8 +90,9 @@ void LoadedDriver::Create() {
   }
 }
 
-void LoadedDriver::Initialize(H7XML::INode& config) {
-  const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, config, nullptr); });
+void LoadedDriver::Initialize(H7XML::INode& config, H7XML::INode* persisted) {
+  m_hadState = persisted != nullptr;
+  const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, config, persisted); });
   if (m_base == BaseState::Constructed) {
     Report("its Initialize did not call the base's Initialize");
     m_base = BaseState::Initialized;
@@ -135,10 +136,10 @@ void LoadedDriver::DeliverEvent(ISystemEventCallback& listener, const std::strin
   Call("event \"" + name + "\"", [&] { listener.OnSystemEvent(*node); });
 }
 
-std::string LoadedDriver::GetPersistState() {
-  return Call("GetPersistState", [this] {
+std::string LoadedDriver::GetPersistState(XmlStyle style) {
+  return Call("GetPersistState", [this, style] {
     const h7::auto_com<H7XML::INode> state = m_driver->GetPersistState(0);
-    return state ? XmlText(*state, XmlStyle::Compact) : std::string();
+    return state ? XmlText(*state, style) : std::string();
   });
 }
 
@@ -210,6 +211,7 @@ void LoadedDriver::SendDataToUI(const H7XML::INode& data) {
 
 void LoadedDriver::InvalidateState() {
   if (MayUse("DmInvalidateState")) {
+    m_stateInvalid = true;
     m_core.Emit(Occurrence::Kind::Invalidate, this, "", "");
   }
 }

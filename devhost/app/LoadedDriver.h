@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "devhost/app/Host.h"
 #include "devhost/base/DriverServices.h"
@@ -35,13 +36,19 @@ class LoadedDriver : public DriverServices, private Manners, private ThreadCheck
   const CommandTable& Commands() const { return m_commands; }
 
   void Create();
-  // `config` is borrowed for the call.
-  void Initialize(H7XML::INode& config);
+  // Both are borrowed for the call; `persisted` is null when there is none.
+  void Initialize(H7XML::INode& config, H7XML::INode* persisted);
   void MakeRegisterCommands();
   // The reply as compact XML.
   std::string Command(const std::string& name, const Parameters& parameters);
   void DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event);
-  std::string GetPersistState();
+  // "" for none.
+  std::string GetPersistState(XmlStyle style);
+  // Whether the driver has called `DmInvalidateState` since this was last asked.
+  bool TakeStateInvalid() { return std::exchange(m_stateInvalid, false); }
+  // Whether what the driver gives may be kept: see StateKeeper.
+  bool MayGiveState() const { return m_driver != nullptr && (!m_hadState || m_projectLoaded); }
+  void NoteProjectLoaded() { m_projectLoaded = true; }
   // Drops the handlers, destroys the driver when there is one, and reports and drops what it left behind.
   void Destroy() noexcept;
 
@@ -75,6 +82,9 @@ class LoadedDriver : public DriverServices, private Manners, private ThreadCheck
   InstanceManager m_instances;
   IDriver* m_driver = nullptr;
   BaseState m_base = BaseState::None;
+  bool m_hadState = false;  // it was handed a state
+  bool m_stateInvalid = false;
+  bool m_projectLoaded = false;
 };
 
 }  // namespace devhost

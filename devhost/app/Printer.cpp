@@ -80,6 +80,8 @@ void Printer::Print(const Occurrence& occurrence, const std::string& where) {
       return Line("invalidate", driver);
     case Occurrence::Kind::Manners:
       return Line("manners", Joined(driver, occurrence.text) + " (" + where + ")");
+    case Occurrence::Kind::StateProblem:
+      return Line("error", where + ": " + occurrence.text);
   }
 }
 

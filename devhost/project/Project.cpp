@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <system_error>
+#include <utility>
 
 #include "devhost/app/FileText.h"
 #include "devhost/app/Words.h"
@@ -92,10 +93,13 @@ class ProjectFile {
     RefuseText(root);
     Project project;
     for (XmlElement& child : root.children) {
-      if (child.name != "driver") {
-        Refuse(child, "unknown element <" + child.name + "> in <project>; allowed: <driver>");
+      if (child.name == "driver") {
+        project.drivers.push_back(ReadDriver(child));
+      } else if (child.name == "variable" || child.name == "userVariable") {
+        project.variables.push_back(ReadVariable(child));
+      } else {
+        Refuse(child, "unknown element <" + child.name + "> in <project>; allowed: <driver>, <variable>, <userVariable>");
       }
-      project.drivers.push_back(ReadDriver(child));
     }
     if (project.drivers.empty()) {
       Refuse(root, "the project has no drivers; allowed: one <driver id=\"..\" name=\"..\" module=\"..\"/> or more");
@@ -157,20 +161,57 @@ class ProjectFile {
     return driver;
   }
 
-  unsigned long ReadId(const XmlElement& element) {
-    const std::string& text = Required(element, "id", "12");
-    std::uint32_t id = 0;
+  std::uint32_t ReadNumber(const XmlElement& element, const char* attribute, const std::string& example) const {
+    const std::string& text = Required(element, attribute, example);
+    std::uint32_t number = 0;
     const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, id);
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stop != end) {
-      Refuse(element, "the id is " + Quoted(text) + "; allowed: a whole number from 0 to 4294967295");
+      Refuse(element,
+             std::string("the ") + attribute + " is " + Quoted(text) + "; allowed: a whole number from 0 to 4294967295");
     }
+    return number;
+  }
+
+  unsigned long ReadId(const XmlElement& element) {
+    const std::uint32_t id = ReadNumber(element, "id", "12");
     const auto [first, added] = m_idLines.emplace(id, element.line);
     if (!added) {
-      Refuse(element, "the id " + text + " is taken by the driver in line " + std::to_string(first->second) +
+      Refuse(element, "the id " + std::to_string(id) + " is taken by the driver in line " + std::to_string(first->second) +
                           "; allowed: each id once");
     }
     return id;
+  }
+
+  bool ReadBoolean(const XmlElement& element, const char* attribute) const {
+    const std::string* const value = element.FindAttribute(attribute);
+    if (value != nullptr && *value != "true" && *value != "false") {
+      Refuse(element, std::string(attribute) + " is " + Quoted(*value) + "; allowed: true, false");
+    }
+    return value != nullptr && *value == "true";
+  }
+
+  VariableEntry ReadVariable(const XmlElement& element) {
+    AllowAttributes(element, {"device", "id", "name", "hidden", "trapEnabled"});
+    RefuseText(element);
+    if (!element.children.empty()) {
+      const XmlElement& child = element.children.front();
+      Refuse(child, "unknown element <" + child.name + "> in <" + element.name + ">; allowed: none");
+    }
+    VariableEntry variable;
+    variable.deviceId = ReadNumber(element, "device", "5");
+    variable.variableId = ReadNumber(element, "id", "7");
+    variable.name = Required(element, "name", "lamp");
+    variable.user = element.name == "userVariable";
+    variable.hidden = ReadBoolean(element, "hidden");
+    variable.trapEnabled = ReadBoolean(element, "trapEnabled");
+    const auto [first, added] = m_variableLines.emplace(std::pair(variable.deviceId, variable.variableId), element.line);
+    if (!added) {
+      Refuse(element, "device " + std::to_string(variable.deviceId) + " has the variable in line " +
+                          std::to_string(first->second) + " under the id " + std::to_string(variable.variableId) +
+                          "; allowed: each pair of device and id once, variables and user variables together");
+    }
+    return variable;
   }
 
   std::string ReadName(const XmlElement& element) {
@@ -221,6 +262,7 @@ class ProjectFile {
   std::string m_moduleFolder;
   std::map<std::uint32_t, std::size_t> m_idLines;
   std::map<std::string, std::size_t> m_nameLines;
+  std::map<std::pair<unsigned long, unsigned long>, std::size_t> m_variableLines;
 };
 
 }  // namespace
@@ -240,7 +282,7 @@ Project AgentAlone(const std::string& moduleFolder) {
     throw ProjectError("cannot load the agent module " + Quoted(agent.module) + ": " + reason +
                        "; name the folder of the modules with --module-dir, or a project with --project");
   }
-  return Project{{agent}};
+  return Project{{agent}, {}};
 }
 
 }  // namespace devhost

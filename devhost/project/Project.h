@@ -15,9 +15,10 @@ class ProjectError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The drivers that a host shall load, in that order.
+// The drivers that a host shall load, in that order, and the variables that it shall have.
 struct Project {
   std::vector<DriverEntry> drivers;
+  std::vector<VariableEntry> variables;
 };
 
 // Reads a project file:
@@ -27,11 +28,14 @@ struct Project {
 //     <driver id="12" name="kitchen" module="simulated_device.so">
 //       <config folder="{project}/kitchen"/>
 //     </driver>
+//     <variable device="5" id="7" name="lamp" hidden="false" trapEnabled="false"/>
+//     <userVariable device="6" id="1" name="scene"/>
 //   </project>
 //
 // A module without a slash lies in `moduleFolder`, one with a slash is relative to the project file; it has to exist.
 // "{project}" in the text and attributes of <config> becomes the absolute folder of the project file. What else <config>
-// holds is the driver's business. Throws ProjectError.
+// holds is the driver's business. A pair of device and id stands for one variable, ordinary or user variable; hidden and
+// trapEnabled are false when they are missing. Throws ProjectError.
 Project ReadProject(const std::string& path, const std::string& moduleFolder);
 
 // The project that a host without a project file has: the agent alone, as driver 1. Throws ProjectError when its module is

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/INode.h"
@@ -67,6 +68,9 @@ enum class XmlStyle {
 // otherwise std::invalid_argument is thrown.
 std::string XmlText(const H7XML::INode& node, XmlStyle style);
 std::string XmlText(const XmlElement& element, XmlStyle style);
+
+// Appends a blank and name="value", both written as above: for lists too long to be made of elements first.
+void AppendXmlAttribute(std::string& xml, std::string_view name, std::string_view value);
 
 }  // namespace devhost
 

@@ -17,7 +17,8 @@ bool IsWhiteSpace(std::string_view text) {
 
 class Writer {
  public:
-  explicit Writer(XmlStyle style) : m_indented(style == XmlStyle::Indented) {}
+  // Writes behind what `out` holds already.
+  explicit Writer(XmlStyle style, std::string out = "") : m_indented(style == XmlStyle::Indented), m_out(std::move(out)) {}
 
   // Without recursion, because trees may be deeper than the stack.
   std::string Write(const XmlNode& root) {
@@ -32,6 +33,16 @@ class Writer {
     }
     return std::move(m_out);
   }
+
+  void Attribute(std::string_view name, std::string_view value) {
+    m_out += ' ';
+    Name(name);
+    m_out += "=\"";
+    Text(value, true);
+    m_out += '"';
+  }
+
+  std::string Take() { return std::move(m_out); }
 
  private:
   // Closes what ends with `node`; the node to write next, or null.
@@ -52,11 +63,7 @@ class Writer {
     m_out += '<';
     Name(node.Name());
     for (const XmlAttribute& attribute : node.Attributes()) {
-      m_out += ' ';
-      Name(attribute.name);
-      m_out += "=\"";
-      Text(attribute.value, true);
-      m_out += '"';
+      Attribute(attribute.name, attribute.value);
     }
     if (node.FirstChild() == nullptr && node.Value().empty()) {
       m_out += "/>";
@@ -180,6 +187,12 @@ std::string XmlText(const H7XML::INode& node, XmlStyle style) {
 
 std::string XmlText(const XmlElement& element, XmlStyle style) {
   return Writer(style).Write(MakeXmlTree(element).Root());
+}
+
+void AppendXmlAttribute(std::string& xml, std::string_view name, std::string_view value) {
+  Writer writer(XmlStyle::Compact, std::move(xml));
+  writer.Attribute(name, value);
+  xml = writer.Take();
 }
 
 }  // namespace devhost

@@ -202,9 +202,10 @@ TEST_F(AHost, GivesThePersistedState) {
   EXPECT_EQ(host.GetPersistState(7), "<State>hi</State>");
 }
 
-TEST_F(AHost, HasNoVariablesYet) {
+TEST_F(AHost, HasNoVariablesThatNobodyAdded) {
   LoadGreeter(7, "hi");
-  EXPECT_EQ(host.Command(7, "CountVariables", {}), "<Variables found=\"no\">&lt;variables/&gt;</Variables>");
+  EXPECT_EQ(host.Command(7, "CountVariables", {}),
+            "<Variables found=\"no\">&lt;variables&gt;&lt;/variables&gt;</Variables>");
 }
 
 TEST_F(AHost, DestroysInReverseOrderThenUnloads) {

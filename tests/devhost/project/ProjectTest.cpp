@@ -126,7 +126,7 @@ TEST_P(AWrongDriver, IsRefusedWithItsLine) {
 INSTANTIATE_TEST_SUITE_P(
     Each, AWrongDriver,
     testing::Values(
-        Wrong{"<device/>", "unknown element <device> in <project>; allowed: <driver>"},
+        Wrong{"<device/>", "unknown element <device> in <project>; allowed: <driver>, <variable>, <userVariable>"},
         Wrong{"<driver id='2' name='b' module='agent.so' x='y'/>",
               "unknown attribute \"x\" of <driver>; allowed: id, name, module"},
         Wrong{"<driver name='b' module='agent.so'/>", "<driver> has no id; write id=\"12\""},

@@ -1,0 +1,69 @@
+#include "devhost/app/StateKeeper.h"
+
+#include <exception>
+#include <memory>
+
+#include "devhost/app/HostCore.h"
+#include "devhost/app/LoadedDriver.h"
+#include "devhost/state/StateStore.h"
+
+namespace devhost {
+
+h7::auto_com<H7XML::INode> StateKeeper::Load(const LoadedDriver& driver) {
+  if (m_store != nullptr) {
+    try {
+      return m_store->Load(driver.Entry().id);
+    } catch (const StateError& error) {
+      Report(driver, error.what());
+    }
+  }
+  return h7::auto_com<H7XML::INode>();
+}
+
+void StateKeeper::SaveInvalid() noexcept {
+  if (m_store == nullptr || m_saving) {
+    return;
+  }
+  m_saving = true;
+  HostCore::Drivers invalid;
+  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
+    if (driver->MayGiveState() && driver->TakeStateInvalid()) {
+      invalid.push_back(driver);
+    }
+  }
+  for (const std::shared_ptr<LoadedDriver>& driver : invalid) {
+    Save(*driver);
+  }
+  m_saving = false;
+}
+
+void StateKeeper::SaveAll() noexcept {
+  if (m_store == nullptr) {
+    return;
+  }
+  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
+    if (driver->MayGiveState()) {
+      Save(*driver);
+    }
+  }
+}
+
+void StateKeeper::Save(LoadedDriver& driver) noexcept {
+  try {
+    m_store->Save(driver.Entry().id, driver.GetPersistState(XmlStyle::Indented));
+  } catch (const HostError& error) {
+    Report(driver, std::string(error.what()) + "; the state is not kept");
+  } catch (const std::exception& error) {
+    Report(driver, error.what());
+  }
+}
+
+void StateKeeper::Report(const LoadedDriver& driver, const std::string& problem) noexcept {
+  try {
+    m_core.Emit(Occurrence::Kind::StateProblem, &driver, "", problem);
+  } catch (...) {
+    // There is no memory to say so.
+  }
+}
+
+}  // namespace devhost

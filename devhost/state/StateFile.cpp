@@ -1,0 +1,126 @@
+#include "devhost/state/StateFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+#include "devhost/app/FileText.h"
+#include "devhost/state/StateStore.h"
+
+namespace devhost {
+
+namespace {
+
+// A million variables take about a tenth of this.
+constexpr std::size_t kLargest = std::size_t{1024} * 1024 * 1024;
+
+[[noreturn]] void Fail(const std::string& what, int error) {
+  throw StateError(what + ": " + std::generic_category().message(error));
+}
+
+void WriteAll(int descriptor, const std::string& text) {
+  std::size_t written = 0;
+  while (written != text.size()) {
+    const ssize_t count = ::write(descriptor, text.data() + written, text.size() - written);
+    if (count < 0 && errno != EINTR) {
+      Fail("it cannot be written", errno);
+    }
+    written += count > 0 ? static_cast<std::size_t>(count) : 0;
+  }
+}
+
+void FlushFolder(int folder) {
+  if (::fsync(folder) != 0) {
+    Fail("its folder cannot be flushed to the disk", errno);
+  }
+}
+
+// Writes a new file onto the disk. What a killed host has left under that name is in nobody's use.
+void WriteNewFile(int folder, const std::string& name, const std::string& text) {
+  if (::unlinkat(folder, name.c_str(), 0) != 0 && errno != ENOENT) {
+    Fail("an old " + name + " cannot be removed", errno);
+  }
+  const FileDescriptor file(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+  if (!file.IsOpen()) {
+    Fail(name + " cannot be made", errno);
+  }
+  WriteAll(file.Get(), text);
+  if (::fsync(file.Get()) != 0) {
+    Fail("it cannot be flushed to the disk", errno);
+  }
+}
+
+}  // namespace
+
+FileDescriptor::~FileDescriptor() {
+  if (IsOpen()) {
+    ::close(m_descriptor);
+  }
+}
+
+std::optional<std::string> ReadStateFile(int folder, const std::string& name) {
+  // Not blocking: what stands there may be a pipe.
+  const FileDescriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (!file.IsOpen()) {
+    if (errno == ENOENT) {
+      return std::nullopt;
+    }
+    if (errno == ELOOP) {
+      throw StateError("it is a symbolic link");
+    }
+    Fail("it cannot be read", errno);
+  }
+  struct stat status = {};
+  if (::fstat(file.Get(), &status) != 0) {
+    Fail("it cannot be read", errno);
+  }
+  if (!S_ISREG(status.st_mode)) {
+    throw StateError(S_ISDIR(status.st_mode) ? "it is a folder" : "it is no regular file");
+  }
+  try {
+    return ReadDescriptorText(file.Get(), name, kLargest);
+  } catch (const FileError& error) {
+    throw StateError(error.what());
+  }
+}
+
+void ReplaceStateFile(int folder, const std::string& name, const std::string& text) {
+  const std::string temporary = name + ".new";
+  try {
+    WriteNewFile(folder, temporary, text);
+    if (::renameat(folder, temporary.c_str(), folder, name.c_str()) != 0) {
+      Fail(temporary + " cannot take its name", errno);
+    }
+  } catch (...) {
+    ::unlinkat(folder, temporary.c_str(), 0);
+    throw;
+  }
+  FlushFolder(folder);
+}
+
+void RemoveStateFile(int folder, const std::string& name) {
+  if (::unlinkat(folder, name.c_str(), 0) == 0) {
+    FlushFolder(folder);
+  } else if (errno != ENOENT) {
+    Fail("it cannot be removed", errno);
+  }
+}
+
+std::string PutStateFileAside(int folder, const std::string& name) {
+  std::string aside = name + ".damaged";
+  struct stat status = {};
+  for (unsigned int i = 2; ::fstatat(folder, aside.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0; ++i) {
+    aside = name + ".damaged-" + std::to_string(i);
+  }
+  if (::renameat(folder, name.c_str(), folder, aside.c_str()) != 0) {
+    Fail("it cannot be put aside", errno);
+  }
+  FlushFolder(folder);
+  return aside;
+}
+
+}  // namespace devhost

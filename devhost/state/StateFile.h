@@ -1,0 +1,44 @@
+#ifndef DEVHOST_STATE_STATE_FILE_H
+#define DEVHOST_STATE_STATE_FILE_H
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace devhost {
+
+// Owns a file descriptor, or none.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int descriptor = -1) noexcept : m_descriptor(descriptor) {}
+  FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+  ~FileDescriptor();
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+  bool IsOpen() const noexcept { return m_descriptor >= 0; }
+  int Get() const noexcept { return m_descriptor; }
+
+ private:
+  int m_descriptor;
+};
+
+// The files of a state folder, each named relative to the folder's open descriptor, so that they stay in the folder that was
+// locked, whatever becomes of its path. All throw StateError with the reason only: the caller knows the place.
+
+// The text of a file; empty when there is none. What is no regular file, a symbolic link included, is not read.
+std::optional<std::string> ReadStateFile(int folder, const std::string& name);
+
+// Replaces a file, or makes it, with mode 0600. At any moment, also after a crash, the file is the old or the new one: the
+// text goes to NAME.new and onto the disk before that takes the file's name. Nobody else may be doing the same.
+void ReplaceStateFile(int folder, const std::string& name, const std::string& text);
+
+// Removes a file when there is one.
+void RemoveStateFile(int folder, const std::string& name);
+
+// Gives a file, or whatever stands there, the first free name of NAME.damaged, NAME.damaged-2 and so on. Returns that name.
+std::string PutStateFileAside(int folder, const std::string& name);
+
+}  // namespace devhost
+
+#endif

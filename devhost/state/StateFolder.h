@@ -1,0 +1,29 @@
+#ifndef DEVHOST_STATE_STATE_FOLDER_H
+#define DEVHOST_STATE_STATE_FOLDER_H
+
+#include <string>
+
+#include "devhost/state/StateFile.h"
+#include "devhost/state/StateStore.h"
+
+namespace devhost {
+
+// Keeps states on disk: driver ID's in the file driver-ID.xml of a folder. docs/persisted-state.md tells the rest.
+class StateFolder : public StateStore {
+ public:
+  // Makes the folder when it is missing and locks it for as long as the object, or the process, lives. Throws StateError
+  // when that is not possible, for instance because another host uses it.
+  explicit StateFolder(const std::string& path);
+
+  h7::auto_com<H7XML::INode> Load(unsigned long driverId) override;
+  void Save(unsigned long driverId, const std::string& xml) override;
+
+ private:
+  const std::string m_path;
+  FileDescriptor m_folder;
+  FileDescriptor m_lock;
+};
+
+}  // namespace devhost
+
+#endif

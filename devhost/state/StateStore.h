@@ -1,0 +1,45 @@
+#ifndef DEVHOST_STATE_STATE_STORE_H
+#define DEVHOST_STATE_STATE_STORE_H
+
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include "host/INode.h"
+#include "host/auto_com.h"
+
+namespace devhost {
+
+// A state that could not be read or kept, in one line that says where, what and what becomes of it.
+class StateError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Where the persisted states of drivers are kept from one life of the host to the next.
+class StateStore {
+ public:
+  virtual ~StateStore() = default;
+
+  // What was kept for that driver; an empty handle when nothing was. Throws StateError when it is damaged: it has been put
+  // aside then, and the driver starts with none.
+  virtual h7::auto_com<H7XML::INode> Load(unsigned long driverId) = 0;
+
+  // Keeps `xml` for that driver in place of what was kept before; "" keeps nothing. Throws StateError when that is not
+  // possible; what was kept before is whole then.
+  virtual void Save(unsigned long driverId, const std::string& xml) = 0;
+};
+
+// Keeps states for as long as it lives.
+class StateMemory : public StateStore {
+ public:
+  h7::auto_com<H7XML::INode> Load(unsigned long driverId) override;
+  void Save(unsigned long driverId, const std::string& xml) override;
+
+ private:
+  std::map<unsigned long, std::string> m_states;
+};
+
+}  // namespace devhost
+
+#endif
