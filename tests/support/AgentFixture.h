@@ -12,14 +12,17 @@
 #include "tests/support/Journal.h"
 #include "tests/support/RecordingHost.h"
 
-// For tests of an agent in a recording host. When a test is over, nothing of the agent may be left in the host.
+// For tests of an agent in a recording host. When a test is over, nothing of the agent may be left in the host. What is
+// given to the agent (devices, variables) belongs into a fixture, because it has to outlive the test's body.
 class AgentTest : public testing::Test {
  public:
   using Calls = std::vector<std::string>;
 
  protected:
   AgentTest() { journal.Take(); }
-  ~AgentTest() override {
+
+  // The agent goes before the devices that a test's own fixture holds.
+  void TearDown() override {
     journal.SetHook(nullptr);
     agent.Destroy();
     EXPECT_EQ(devhost::LiveXmlObjects(), 0U);
