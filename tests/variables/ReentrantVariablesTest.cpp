@@ -66,4 +66,78 @@ TEST_F(AVariableManagerThatSendsEvents, MayAskForTheStateInsideALookup) {
             "<variable deviceid=\"1\" variableid=\"1\" name=\"v\" snmpTrapEnabled=\"false\"/></variables></SNMPState>");
 }
 
+// A variable that runs an action from inside the questions that the agent asks it.
+class ATalkativeVariable : public FakeVariable {
+ public:
+  using FakeVariable::FakeVariable;
+  DualKey<unsigned long, unsigned long> GetIds() const override {
+    Act();
+    return FakeVariable::GetIds();
+  }
+  const char* GetName() const override {
+    Act();
+    return FakeVariable::GetName();
+  }
+  bool& TrapEnabled() override {
+    Act();
+    return FakeVariable::TrapEnabled();
+  }
+
+  std::function<void()> action;
+
+ private:
+  void Act() const {
+    if (action) {
+      action();
+    }
+  }
+};
+
+class AVariableThatSendsEvents : public AVariableManagerThatSendsEvents {
+ protected:
+  void SetUp() override {
+    AVariableManagerThatSendsEvents::SetUp();
+    host.variables[{1, 2}] = &talkative;
+    Added(1, 1);
+    Added(1, 2);
+    Added(2, 1);
+  }
+
+  std::string Written() { return Text(*agent.Driver().GetPersistState(0)); }
+
+  ATalkativeVariable talkative{1, 2, "talkative"};
+};
+
+TEST_F(AVariableThatSendsEvents, MayBeRemovedWithItsNeighboursWhileTheStateIsWritten) {
+  talkative.action = [this] {
+    Removed(1, 1);
+    Removed(1, 2);
+    Removed(2, 1);
+  };
+  EXPECT_THAT(Written(), testing::Not(testing::HasSubstr("deviceid=\"2\"")));
+  EXPECT_EQ(Device(), "");
+}
+
+TEST_F(AVariableThatSendsEvents, MayAddAVariableThatIsThenWritten) {
+  Know(1, 9);
+  talkative.action = [this] { Added(1, 9); };
+  EXPECT_THAT(Written(), testing::HasSubstr("variableid=\"9\""));
+}
+
+TEST_F(AVariableThatSendsEvents, MayLoadTheProjectWhileFlagsAreApplied) {
+  bool loaded = false;
+  talkative.action = [this, &loaded] {
+    if (!loaded) {
+      loaded = true;
+      host.SendEvent("OnProjectLoaded");
+    }
+  };
+  State().savedTrapFlags[VariableKey(1, 2)] = true;
+  State().savedTrapFlags[VariableKey(2, 1)] = true;
+  host.SendEvent("OnProjectLoaded");
+  EXPECT_TRUE(loaded);
+  EXPECT_TRUE(talkative.enabled);
+  EXPECT_TRUE(host.variables.at({2, 1})->TrapEnabled());
+}
+
 }  // namespace
