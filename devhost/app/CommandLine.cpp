@@ -15,8 +15,9 @@ constexpr char kVersion[] = "devhost 1.0.0";
 
 constexpr char kMainFooter[] =
     "Exit status: 0 all went well; 1 an action or expectation of a script failed, a\n"
-    "driver broke the host's rules, or the output could not be written; 2 wrong usage,\n"
-    "or a project, script or module that is wrong (nothing of the script was played).\n"
+    "driver broke the host's rules, or a driver's state or the output could not be read\n"
+    "or written; 2 wrong usage, or a project, script, module or state folder that is\n"
+    "wrong (nothing of the script was played).\n"
     "\n"
     "Example: ask the agent for its devices.\n"
     "\n"
@@ -26,17 +27,20 @@ constexpr char kMainFooter[] =
 
 constexpr char kRunFooter[] =
     "SUBJECT is one of: reply, notification, log (the last one each), setting DRIVER NAME,\n"
-    "file DRIVER. DRIVER is the name or id of a driver in the project. Words are quoted as\n"
-    "in a shell, # starts a comment, PARAM=@FILE takes the text of a file.\n"
+    "file DRIVER, flag DEVICE ID, state DRIVER. DRIVER is the name or id of a driver in the\n"
+    "project. Words are quoted as in a shell, # starts a comment, PARAM=@FILE takes the text\n"
+    "of a file.\n"
     "\n"
     "The whole project and script are checked before the first driver is loaded. Then\n"
     "everything that happens is printed in order, one line each; the first word tells what\n"
     "it is: load, unload, command, reply, notification, event, log, invalidate, manners,\n"
-    "file, settings, counts, print, restart, error, expect.\n"
+    "file, settings, counts, variable, user-variable, flag, state, print, restart, error,\n"
+    "expect.\n"
     "\n"
     "Exit status: 0 all went well; 1 an action or expectation failed, a driver broke the\n"
-    "host's rules, or the output could not be written; 2 wrong usage, or a project, script\n"
-    "or module that is wrong (nothing of the script was played).\n"
+    "host's rules, or a driver's state or the output could not be read or written; 2 wrong\n"
+    "usage, or a project, script, module or state folder that is wrong (nothing of the\n"
+    "script was played).\n"
     "\n"
     "Example: see whether a device takes a new name.\n"
     "\n"
@@ -133,6 +137,12 @@ class Parser {
         ->type_name("FILE")
         ->check(Named);
     m_run->add_option("--module-dir", run.moduleFolder, "Where driver modules lie (default: ../lib beside the program)")
+        ->type_name("DIR")
+        ->check(Named);
+    m_run
+        ->add_option("--state", run.state,
+                     "Keep the drivers' states in this folder, which is made when missing; without it, they are kept\n"
+                     "from restart to restart of this run")
         ->type_name("DIR")
         ->check(Named);
     m_run->add_flag("--pretty", run.pretty, "Print XML indented, on several lines");

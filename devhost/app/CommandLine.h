@@ -8,8 +8,8 @@ namespace devhost {
 // The exit statuses of the program.
 enum ExitStatus : int {
   ExitStatus_Good = 0,
-  ExitStatus_Failed = 1,  // an action or expectation failed, a driver broke the rules, or the output could not be written
-  ExitStatus_Wrong = 2    // wrong usage, or a project, script or module that is wrong: nothing of the script was played
+  ExitStatus_Failed = 1,  // an action or expectation failed, a driver broke the rules, or a state or the output was not kept
+  ExitStatus_Wrong = 2    // wrong usage, or a project, script, module or state folder that is wrong: nothing was played
 };
 
 // `devhost run`.
@@ -17,6 +17,7 @@ struct RunOptions {
   std::string project;  // "" for the agent alone
   std::string moduleFolder;
   std::string script;  // "" for none, "-" for standard input
+  std::string state;   // folder for the drivers' states, "" for none
   std::string color = "auto";
   bool pretty = false;
 };

@@ -12,7 +12,7 @@ std::string_view ColorOf(std::string_view word) {
   if (word == "error" || word == "expect" || word == "manners") {
     return "1;31";
   }
-  if (word == "command" || word == "event" || word == "restart") {
+  if (word == "command" || word == "event" || word == "flag" || word == "restart") {
     return "1;36";
   }
   if (word == "reply") {

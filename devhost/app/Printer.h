@@ -25,11 +25,13 @@ class Printer {
   // A line of that first word. Control characters in the text are made visible.
   void Line(std::string_view word, std::string_view text);
 
+  // XML about a driver, in the style that was asked for.
+  void Xml(std::string_view word, const std::string& driver, const std::string& xml);
+
   bool Failed() const { return m_output.Error() != 0; }
 
  private:
   void Write(std::string_view word, std::string_view text);
-  void Xml(std::string_view word, const std::string& driver, const std::string& xml);
 
   Output& m_output;
   PrintStyle m_style;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <system_error>
 
@@ -17,6 +18,7 @@
 #include "devhost/app/ScriptReader.h"
 #include "devhost/app/ScriptRunner.h"
 #include "devhost/project/Project.h"
+#include "devhost/state/StateFolder.h"
 
 namespace devhost {
 
@@ -59,6 +61,9 @@ std::string Summary(const ScriptRunner::Result& result) {
   if (result.badManners != 0) {
     add("the host's rules broken " + Counted(result.badManners, "time"));
   }
+  if (result.stateProblems != 0) {
+    add(Counted(result.stateProblems, "problem") + " with a driver's state");
+  }
   return text + "; first: " + result.first;
 }
 
@@ -73,6 +78,14 @@ int Finish(const Output& output, int status) {
   return ExitStatus_Failed;
 }
 
+// Without a folder, states live as long as the program does.
+std::unique_ptr<StateStore> OpenStates(const std::string& folder) {
+  if (folder.empty()) {
+    return std::make_unique<StateMemory>();
+  }
+  return std::make_unique<StateFolder>(folder);
+}
+
 int Run(const RunOptions& options) {
   Output output(STDOUT_FILENO);
   Printer printer(output, PrintStyle{options.pretty, WantsColor(options.color)});
@@ -81,7 +94,8 @@ int Run(const RunOptions& options) {
   const DriverNames names(project.drivers);
   const Script script = options.script.empty() ? Script() : LoadScript(options.script);
   CheckScript(script, names);
-  ScriptRunner runner(project.drivers, names, printer);
+  const std::unique_ptr<StateStore> states = OpenStates(options.state);
+  ScriptRunner runner(project, names, *states, printer);
   try {
     runner.Start();
   } catch (const HostError& error) {
@@ -124,6 +138,9 @@ int RunProgram(int argc, const char* const* argv) {
     Complain(error.what());
     return ExitStatus_Wrong;
   } catch (const ScriptError& error) {
+    Complain(error.what());
+    return ExitStatus_Wrong;
+  } catch (const StateError& error) {
     Complain(error.what());
     return ExitStatus_Wrong;
   } catch (const std::bad_alloc&) {

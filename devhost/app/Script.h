@@ -7,6 +7,8 @@
 #include <variant>
 #include <vector>
 
+#include "devhost/base/VariableEntry.h"
+
 namespace devhost {
 
 // The text of a script and where it came from.
@@ -40,9 +42,28 @@ struct EventAction {
   std::vector<ScriptParameter> parameters;
 };
 
+// A variable comes or goes; of one that goes, only the ids and the kind are set.
+struct VariableAction {
+  bool add = false;
+  VariableEntry variable;
+};
+
+struct RemoveItemAction {
+  unsigned long itemId = 0;
+  unsigned long roomId = 0;
+};
+
+struct FlagAction {
+  unsigned long deviceId = 0;
+  unsigned long variableId = 0;
+  bool enabled = false;
+};
+
+struct LoadProjectAction {};
+
 struct ShowAction {
-  enum class What { File, Settings, Counts };
-  unsigned long driverId = 0;
+  enum class What { File, Settings, Counts, Variables, State };
+  unsigned long driverId = 0;  // not for Variables
   What what = What::File;
 };
 
@@ -53,16 +74,18 @@ struct PrintAction {
 };
 
 struct ExpectAction {
-  enum class Subject { Reply, Notification, Log, Setting, File };
+  enum class Subject { Reply, Notification, Log, Setting, File, Flag, State };
   enum class Comparison { Is, Matches, Golden, None };
   Subject subject = Subject::Reply;
-  unsigned long driverId = 0;  // of a setting or file
-  std::string setting;         // its name
+  unsigned long driverId = 0;  // of a setting, file or state; of a flag, the variable's device
+  unsigned long variableId = 0;
+  std::string setting;  // its name
   Comparison comparison = Comparison::Is;
   std::string text;  // the text, the pattern, or the path of the golden file; nothing for None
 };
 
-using Action = std::variant<CommandAction, EventAction, ShowAction, RestartAction, PrintAction, ExpectAction>;
+using Action = std::variant<CommandAction, EventAction, VariableAction, RemoveItemAction, FlagAction, LoadProjectAction,
+                            ShowAction, RestartAction, PrintAction, ExpectAction>;
 
 }  // namespace devhost
 

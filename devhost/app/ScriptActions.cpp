@@ -7,6 +7,7 @@
 
 #include "devhost/app/FileText.h"
 #include "devhost/app/Pattern.h"
+#include "devhost/app/ScriptVariables.h"
 #include "devhost/app/Words.h"
 
 namespace devhost {
@@ -15,7 +16,8 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr char kActions[] = "command, event, device, restart, print, expect";
+constexpr char kActions[] =
+    "command, event, device, variable, user-variable, item, flag, load-project, show, restart, print, expect";
 
 // A device action is a command that every device driver has registered, with the words of the line as its parameters.
 struct DeviceVerb {
@@ -192,12 +194,37 @@ Action ParseDevice(const Words& words, const DriverNames& names) {
   Refuse("a device cannot " + Quoted(words[2]), "announce, withdraw, set, erase, add-trap, clear-traps, fail, show");
 }
 
-constexpr char kSubjects[] = "reply, notification, log, setting DRIVER NAME, file DRIVER, no notification, no log";
+Action ParseShow(const Words& words, const DriverNames& names) {
+  constexpr char kForm[] = "show variables, show state DRIVER";
+  const std::string what = words.size() > 1 ? words[1] : std::string();
+  if (what == "variables" && words.size() == 2) {
+    return ShowAction{0, ShowAction::What::Variables};
+  }
+  if (what == "state" && words.size() == 3) {
+    return ShowAction{FindDriver(words[2], names), ShowAction::What::State};
+  }
+  Refuse(what.empty()                             ? "nothing is said about what to show"
+         : what == "variables" || what == "state" ? "\"show " + what + "\" has another form"
+                                                  : Quoted(what) + " cannot be shown",
+         kForm);
+}
+
+// An action of one word.
+template <class Alone>
+Action ParseAlone(const Words& words) {
+  if (words.size() > 1) {
+    Refuse(Quoted(words[0]) + " is followed by " + Quoted(words[1]), words[0]);
+  }
+  return Alone{};
+}
+
+constexpr char kSubjects[] =
+    "reply, notification, log, setting DRIVER NAME, file DRIVER, flag DEVICE ID, state DRIVER, no notification, no log";
 
 // Reads what an expectation is about; returns the number of words that it took.
 std::size_t ParseSubject(const Words& words, const DriverNames& names, ExpectAction& action) {
   const std::string subject = words.size() > 1 ? words[1] : std::string();
-  const std::size_t wanted = subject == "setting" ? 4 : subject == "file" ? 3 : 2;
+  const std::size_t wanted = subject == "setting" || subject == "flag" ? 4 : subject == "file" || subject == "state" ? 3 : 2;
   if (words.size() < wanted) {
     Refuse(subject.empty() ? "nothing is said about what to expect" : "something is missing after " + Quoted(words.back()),
            kSubjects);
@@ -212,6 +239,13 @@ std::size_t ParseSubject(const Words& words, const DriverNames& names, ExpectAct
     action.subject = subject == "file" ? ExpectAction::Subject::File : ExpectAction::Subject::Setting;
     action.driverId = FindDriver(words[2], names);
     action.setting = subject == "file" ? std::string() : words[3];
+  } else if (subject == "flag") {
+    action.subject = ExpectAction::Subject::Flag;
+    action.driverId = ParseId(words[2], "device");
+    action.variableId = ParseId(words[3], "variable's id");
+  } else if (subject == "state") {
+    action.subject = ExpectAction::Subject::State;
+    action.driverId = FindDriver(words[2], names);
   } else {
     Refuse(Quoted(subject) + " cannot be expected", kSubjects);
   }
@@ -283,6 +317,15 @@ const std::vector<ActionForm>& ActionForms() {
       {"device DRIVER clear-traps", "remove all trap destinations"},
       {"device DRIVER fail OPERATION STATUS [TIMES]", "let an operation fail with a status; status 0 ends it"},
       {"device DRIVER show file|settings|counts", "print the device's snmpd.conf, settings or calls"},
+      {"variable add DEVICE ID NAME [hidden] [trap]", "add a variable to the project"},
+      {"variable remove DEVICE ID", "remove a variable"},
+      {"user-variable add DEVICE ID NAME [hidden] [trap]", "add a user variable"},
+      {"user-variable remove DEVICE ID", "remove a user variable"},
+      {"item remove ITEM [ROOM]", "remove an item with its variables"},
+      {"flag DEVICE ID true|false", "set a variable's trap-enabled flag as a user would"},
+      {"load-project", "tell the drivers that the project has loaded"},
+      {"show variables", "print the project's variables and flags"},
+      {"show state DRIVER", "print the state that the driver would keep now"},
       {"restart", "stop the host and start it again"},
       {"print [TEXT]...", "print a line"},
       {"expect SUBJECT is TEXT", "SUBJECT is exactly this text"},
@@ -303,11 +346,23 @@ Action ParseAction(const std::vector<std::string>& words, const std::string& fol
   if (action == "device") {
     return ParseDevice(words, names);
   }
+  if (action == "variable" || action == "user-variable") {
+    return ParseVariable(words);
+  }
+  if (action == "item") {
+    return ParseItem(words);
+  }
+  if (action == "flag") {
+    return ParseFlag(words);
+  }
+  if (action == "load-project") {
+    return ParseAlone<LoadProjectAction>(words);
+  }
+  if (action == "show") {
+    return ParseShow(words, names);
+  }
   if (action == "restart") {
-    if (words.size() > 1) {
-      Refuse("\"restart\" is followed by " + Quoted(words[1]), "restart");
-    }
-    return RestartAction{};
+    return ParseAlone<RestartAction>(words);
   }
   if (action == "print") {
     return ParsePrint(words);

@@ -55,6 +55,10 @@ std::string Subject(const ExpectAction& action, const DriverNames& names) {
       return "the log line";
     case ExpectAction::Subject::Setting:
       return "the setting " + Quoted(action.setting) + " of " + names.Name(action.driverId);
+    case ExpectAction::Subject::Flag:
+      return "the flag of variable " + std::to_string(action.variableId) + " of device " + std::to_string(action.driverId);
+    case ExpectAction::Subject::State:
+      return "the state of " + names.Name(action.driverId);
     case ExpectAction::Subject::File:
       break;
   }
@@ -63,16 +67,19 @@ std::string Subject(const ExpectAction& action, const DriverNames& names) {
 
 }  // namespace
 
-ScriptRunner::ScriptRunner(const std::vector<DriverEntry>& drivers, const DriverNames& names, Printer& printer)
-    : m_drivers(drivers), m_names(names), m_printer(printer), m_where("at the start") {}
+ScriptRunner::ScriptRunner(const Project& project, const DriverNames& names, StateStore& states, Printer& printer)
+    : m_project(project), m_names(names), m_states(states), m_printer(printer), m_where("at the start") {}
 
 ScriptRunner::~ScriptRunner() = default;
 
-void ScriptRunner::Start() {
+void ScriptRunner::Start(const std::vector<VariableEntry>& variables) {
   HostObserver& observer = *this;
-  m_host = std::make_unique<Host>(observer);
+  m_host = std::make_unique<Host>(observer, &m_states);
   try {
-    for (const DriverEntry& driver : m_drivers) {
+    for (const VariableEntry& variable : variables) {
+      m_host->DefineVariable(variable);
+    }
+    for (const DriverEntry& driver : m_project.drivers) {
       m_host->Load(driver);
     }
   } catch (...) {
@@ -132,6 +139,9 @@ void ScriptRunner::OnOccurrence(const Occurrence& occurrence) {
   } else if (kind == Occurrence::Kind::Manners) {
     ++m_result.badManners;
     NoteFirst();
+  } else if (kind == Occurrence::Kind::StateProblem) {
+    ++m_result.stateProblems;
+    NoteFirst();
   }
 }
 
@@ -167,7 +177,7 @@ std::string ScriptRunner::SendToOwner(const std::string& command, const Paramete
 }
 
 bool ScriptRunner::IsRegistered(const std::string& command) const {
-  for (const DriverEntry& driver : m_drivers) {
+  for (const DriverEntry& driver : m_project.drivers) {
     const std::vector<std::string> commands = m_host->Commands(driver.id);
     if (std::find(commands.begin(), commands.end(), command) != commands.end()) {
       return true;
@@ -180,7 +190,7 @@ std::string ScriptRunner::KnownCommands() const {
   // Devices of one kind have the same commands: they are told once, for the first of them.
   std::vector<std::vector<std::string>> told;
   std::string text;
-  for (const DriverEntry& driver : m_drivers) {
+  for (const DriverEntry& driver : m_project.drivers) {
     const std::vector<std::string> commands = m_host->Commands(driver.id);
     if (commands.empty() || std::find(told.begin(), told.end(), commands) != told.end()) {
       continue;
@@ -202,9 +212,11 @@ void ScriptRunner::Do(const EventAction& action) {
 void ScriptRunner::Do(const RestartAction&) {
   BeginAction();
   m_printer.Line("restart", "");
+  // The project as the script has changed it, with its own flags: only what drivers keep brings another flag back.
+  const std::vector<VariableEntry> variables = m_host->Variables(Host::Flags::Initial);
   Stop();
   try {
-    Start();
+    Start(variables);
   } catch (const HostError& error) {
     m_givenUp = true;
     throw HostError(std::string(error.what()) + "; the rest of the script is not played");
@@ -216,6 +228,12 @@ void ScriptRunner::Do(const PrintAction& action) {
 }
 
 void ScriptRunner::Do(const ShowAction& action) {
+  if (action.what == ShowAction::What::Variables) {
+    return ShowVariables();
+  }
+  if (action.what == ShowAction::What::State) {
+    return ShowState(action.driverId);
+  }
   const std::string& driver = m_names.Name(action.driverId);
   if (action.what == ShowAction::What::File) {
     ShowFile(action.driverId);
@@ -300,6 +318,12 @@ std::string ScriptRunner::Found(const ExpectAction& action) {
                       "; it has: " + SettingNames(settings));
     }
     return *value;
+  }
+  if (action.subject == ExpectAction::Subject::Flag) {
+    return FoundFlag(action);
+  }
+  if (action.subject == ExpectAction::Subject::State) {
+    return FoundState(action);
   }
   const bool reply = action.subject == ExpectAction::Subject::Reply;
   const bool log = action.subject == ExpectAction::Subject::Log;

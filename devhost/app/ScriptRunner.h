@@ -11,6 +11,7 @@
 #include "devhost/app/Printer.h"
 #include "devhost/app/Script.h"
 #include "devhost/app/ScriptReader.h"
+#include "devhost/project/Project.h"
 
 namespace devhost {
 
@@ -20,13 +21,13 @@ namespace devhost {
 class ScriptRunner : private HostObserver {
  public:
   // All arguments must outlive the runner.
-  ScriptRunner(const std::vector<DriverEntry>& drivers, const DriverNames& names, Printer& printer);
+  ScriptRunner(const Project& project, const DriverNames& names, StateStore& states, Printer& printer);
   ~ScriptRunner() override;
   ScriptRunner(const ScriptRunner&) = delete;
   ScriptRunner& operator=(const ScriptRunner&) = delete;
 
   // Loads the drivers. Throws HostError, with nothing left loaded, when one cannot be loaded.
-  void Start();
+  void Start() { Start(m_project.variables); }
   // Plays a script that CheckScript has passed. Gives up early when a restart fails or nobody takes the output any more.
   void Play(const Script& script);
   // Unloads the drivers.
@@ -36,17 +37,23 @@ class ScriptRunner : private HostObserver {
     std::size_t actionsFailed = 0;
     std::size_t expectationsFailed = 0;
     std::size_t badManners = 0;
+    std::size_t stateProblems = 0;
     std::string first;  // where the first of them was
-    bool Good() const { return actionsFailed + expectationsFailed + badManners == 0; }
+    bool Good() const { return actionsFailed + expectationsFailed + badManners + stateProblems == 0; }
   };
   const Result& GetResult() const { return m_result; }
 
  private:
   void OnOccurrence(const Occurrence& occurrence) override;
+  void Start(const std::vector<VariableEntry>& variables);
 
   // One action each. Throws HostError or FileError when it fails.
   void Do(const CommandAction& action);
   void Do(const EventAction& action);
+  void Do(const VariableAction& action);
+  void Do(const RemoveItemAction& action);
+  void Do(const FlagAction& action);
+  void Do(const LoadProjectAction& action);
   void Do(const ShowAction& action);
   void Do(const RestartAction& action);
   void Do(const PrintAction& action);
@@ -59,9 +66,13 @@ class ScriptRunner : private HostObserver {
   bool IsRegistered(const std::string& command) const;
   std::string KnownCommands() const;
   void ShowFile(unsigned long driverId);
+  void ShowVariables();
+  void ShowState(unsigned long driverId);
   void CheckNone(const ExpectAction& action);
   // What an expectation looks at. Throws HostError when there is nothing.
   std::string Found(const ExpectAction& action);
+  std::string FoundFlag(const ExpectAction& action) const;
+  std::string FoundState(const ExpectAction& action);
   // Asks a driver something on the script's behalf: command and reply are not printed and are no "last reply".
   std::string Ask(unsigned long driverId, const char* command);
   std::string DeviceFile(unsigned long driverId);
@@ -70,8 +81,9 @@ class ScriptRunner : private HostObserver {
   void ExpectationFailed(const std::string& problem, const std::vector<std::string>& details);
   void NoteFirst();
 
-  const std::vector<DriverEntry>& m_drivers;
+  const Project& m_project;
   const DriverNames& m_names;
+  StateStore& m_states;
   Printer& m_printer;
   std::unique_ptr<Host> m_host;
   std::string m_where;                   // what is being done: "FILE:LINE"

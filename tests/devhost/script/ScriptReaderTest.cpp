@@ -155,7 +155,8 @@ TEST(AnEvent, MayCarryTheSameParameterTwice) {
 
 TEST(AWrongLine, IsNamedWithItsNumberAndWhatIsAllowed) {
   EXPECT_EQ(ErrorOf("print a\n\ncomand x\nprint"),
-            "a.devhost:3: unknown action \"comand\"; allowed: command, event, device, restart, print, expect");
+            "a.devhost:3: unknown action \"comand\"; allowed: command, event, device, variable, user-variable, item, flag, "
+            "load-project, show, restart, print, expect");
 }
 
 TEST(AParameterWithoutAValue, IsRefused) {
