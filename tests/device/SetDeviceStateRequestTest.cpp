@@ -275,6 +275,17 @@ TEST_F(ASetDeviceStateRequest, LeaksNothingWhereverAnXmlCallThrows) {
   EXPECT_GT(failures, 25);
 }
 
+TEST_F(ASetDeviceStateRequest, DoesNotParseAnEmptyText) {
+  struct Observer : devhost::XmlObserver {
+    void OnXmlCall(const char* operation, const char*) override { calls.push_back(operation); }
+    Calls calls;
+  } observer;
+  devhost::SetXmlObserver(&observer);
+  host.Command("SetDeviceState", {{"xml", ""}});
+  devhost::SetXmlObserver(nullptr);
+  EXPECT_THAT(observer.calls, ElementsAre("CreateXmlNode"));
+}
+
 TEST_F(ASetDeviceStateRequest, HasReleasedTheDocumentBeforeItReturns) {
   for (const char* xml : {kFull, "<d/>", "no xml"}) {
     const h7::auto_com<H7XML::INode> reply = host.Command("SetDeviceState", {{"xml", xml}});
