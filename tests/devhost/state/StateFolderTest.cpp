@@ -1,0 +1,282 @@
+#include "devhost/state/StateFolder.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "devhost/xml/XmlReader.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// Lets the rights of files count, which they do not for the superuser.
+class OrdinaryUser {
+ public:
+  OrdinaryUser() : m_was(::geteuid()) {
+    if (m_was == 0 && ::seteuid(65534) != 0) {
+      throw std::runtime_error("cannot become an ordinary user");
+    }
+  }
+  ~OrdinaryUser() {
+    if (::seteuid(m_was) != 0) {
+      std::abort();
+    }
+  }
+  OrdinaryUser(const OrdinaryUser&) = delete;
+  OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+ private:
+  const uid_t m_was;
+};
+
+// Lets files grow no further than this.
+class FullDisk {
+ public:
+  explicit FullDisk(rlim_t size) : m_handler(::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &m_was);
+    const struct rlimit limit = {size, m_was.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FullDisk() {
+    ::setrlimit(RLIMIT_FSIZE, &m_was);
+    ::signal(SIGXFSZ, m_handler);
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+  void (*m_handler)(int);
+  struct rlimit m_was = {};
+};
+
+class AStateFolder : public testing::Test {
+ protected:
+  // What the store throws, without the folder in front; "" for nothing.
+  template <class Action>
+  std::string ErrorOf(Action action) {
+    try {
+      action();
+    } catch (const StateError& error) {
+      const std::string text = error.what();
+      EXPECT_EQ(text.find('\n'), std::string::npos);
+      EXPECT_EQ(text.compare(0, folder.Path().size() + 1, folder.Path() + "/"), 0) << text;
+      return text.substr(folder.Path().size() + 1);
+    }
+    return "";
+  }
+
+  static std::string TextOf(StateStore& states, unsigned long id) {
+    const h7::auto_com<H7XML::INode> state = states.Load(id);
+    return state ? XmlText(*state, XmlStyle::Compact) : "none";
+  }
+
+  std::set<std::string> Files() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path("s"))) {
+      names.insert(entry.path().filename().string());
+    }
+    return names;
+  }
+
+  mode_t Mode(const std::string& name) const {
+    struct stat status = {};
+    EXPECT_EQ(::stat(folder.Path(name).c_str(), &status), 0);
+    return status.st_mode & 07777;
+  }
+
+  const testsupport::ScratchFolder folder;
+};
+
+TEST_F(AStateFolder, IsMadeWithTheFoldersAboveIt) {
+  StateFolder states(folder.Path("s/t/u"));
+  EXPECT_TRUE(std::filesystem::is_directory(folder.Path("s/t/u")));
+  EXPECT_EQ(TextOf(states, 1), "none");
+}
+
+TEST_F(AStateFolder, GivesBackWhatItWasGivenAlsoToALaterProcess) {
+  {
+    StateFolder states(folder.Path("s"));
+    states.Save(1, "<State a=\"b\">c</State>");
+    states.Save(4294967295UL, "<Other/>");
+    EXPECT_EQ(TextOf(states, 1), "<State a=\"b\">c</State>");
+  }
+  StateFolder states(folder.Path("s"));
+  EXPECT_EQ(TextOf(states, 1), "<State a=\"b\">c</State>");
+  EXPECT_EQ(TextOf(states, 4294967295UL), "<Other/>");
+  EXPECT_EQ(TextOf(states, 2), "none");
+}
+
+TEST_F(AStateFolder, HoldsOneFileForEachDriverAndItsLock) {
+  StateFolder states(folder.Path("s"));
+  states.Save(1, "<A/>");
+  states.Save(1, "<B/>");
+  states.Save(2, "<C/>");
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml", "driver-2.xml", "lock"}));
+  EXPECT_EQ(folder.Read("s/driver-1.xml"), "<B/>\n");
+  EXPECT_EQ(Mode("s/driver-1.xml"), 0600U);
+}
+
+TEST_F(AStateFolder, GivesUpTheFileOfAStateThatIsNoMore) {
+  StateFolder states(folder.Path("s"));
+  states.Save(1, "<A/>");
+  states.Save(1, "");
+  states.Save(2, "");
+  EXPECT_EQ(Files(), (std::set<std::string>{"lock"}));
+}
+
+TEST_F(AStateFolder, RemovesWhatAKilledHostHasLeft) {
+  folder.Write("s/driver-1.xml.new", "half a sta");
+  StateFolder states(folder.Path("s"));
+  EXPECT_EQ(TextOf(states, 1), "none");
+  states.Save(1, "<A/>");
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml", "lock"}));
+}
+
+TEST_F(AStateFolder, DoesNotWriteThroughALinkThatSomebodyElseHasPutThere) {
+  folder.Write("mine", "precious");
+  StateFolder states(folder.Path("s"));
+  std::filesystem::create_symlink("../mine", folder.Path("s/driver-1.xml.new"));
+  std::filesystem::create_symlink("../mine", folder.Path("s/driver-1.xml"));
+  states.Save(1, "<A/>");
+  EXPECT_EQ(folder.Read("mine"), "precious");
+  EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(folder.Path("s/driver-1.xml"))));
+}
+
+TEST_F(AStateFolder, IsUsedByOneHostAtATime) {
+  const StateFolder first(folder.Path("s"));
+  try {
+    const StateFolder second(folder.Path("s"));
+    FAIL() << "a second one was let in";
+  } catch (const StateError& error) {
+    EXPECT_STREQ(
+        error.what(),
+        ("cannot keep states in \"" + folder.Path("s") + "\": another devhost is using it; allowed: one at a time").c_str());
+  }
+}
+
+TEST_F(AStateFolder, ThatIsAFileIsRefused) {
+  folder.Write("s", "");
+  try {
+    const StateFolder states(folder.Path("s"));
+    FAIL() << "a file was taken for a folder";
+  } catch (const StateError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("Not a directory; allowed: a folder that can be written, or one that can be made"));
+  }
+}
+
+struct Damage {
+  const char* name;
+  const char* text;
+  const char* message;
+};
+
+class ADamagedState : public AStateFolder, public testing::WithParamInterface<Damage> {};
+
+TEST_P(ADamagedState, IsReportedWithItsPlaceAndKeptAside) {
+  folder.Write("s/driver-1.xml", GetParam().text);
+  StateFolder states(folder.Path("s"));
+  EXPECT_THAT(ErrorOf([&] { states.Load(1); }), StartsWith(GetParam().message));
+  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged"), GetParam().text);
+  EXPECT_EQ(TextOf(states, 1), "none");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, ADamagedState,
+    testing::Values(Damage{"empty", "",
+                           "s/driver-1.xml: the state is damaged: the file is empty; kept as driver-1.xml.damaged"},
+                    Damage{"blank", " \n", "s/driver-1.xml:"}, Damage{"text", "no state", "s/driver-1.xml:1:"},
+                    Damage{"truncated", "<State>\n  <variables>\n    <variable deviceid=\"5\"", "s/driver-1.xml:3:"},
+                    Damage{"cut", "<State>\n  <variables>\n", "s/driver-1.xml:"},
+                    Damage{"two", "<State/>\n<State/>\n", "s/driver-1.xml:2:"}),
+    [](const testing::TestParamInfo<Damage>& damage) { return damage.param.name; });
+
+TEST_F(AStateFolder, KeepsEveryDamagedStateUnderANameOfItsOwn) {
+  StateFolder states(folder.Path("s"));
+  for (const char* const text : {"1", "2", "3"}) {
+    folder.Write("s/driver-1.xml", text);
+    EXPECT_NE(ErrorOf([&] { states.Load(1); }), "");
+  }
+  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged"), "1");
+  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged-2"), "2");
+  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged-3"), "3");
+}
+
+TEST_F(AStateFolder, DoesNotFollowALink) {
+  folder.Write("mine", "<State/>");
+  StateFolder states(folder.Path("s"));
+  std::filesystem::create_symlink("../mine", folder.Path("s/driver-1.xml"));
+  EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
+            "s/driver-1.xml: the state is damaged: it is a symbolic link; kept as driver-1.xml.damaged");
+  EXPECT_EQ(folder.Read("mine"), "<State/>");
+}
+
+TEST_F(AStateFolder, TakesNoFolderForAState) {
+  folder.Write("s/driver-1.xml/inside", "x");
+  StateFolder states(folder.Path("s"));
+  EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
+            "s/driver-1.xml: the state is damaged: it is a folder; kept as driver-1.xml.damaged");
+  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged/inside"), "x");
+}
+
+TEST_F(AStateFolder, DoesNotWaitForAPipe) {
+  StateFolder states(folder.Path("s"));
+  ASSERT_EQ(::mkfifo(folder.Path("s/driver-1.xml").c_str(), 0600), 0);
+  EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
+            "s/driver-1.xml: the state is damaged: it is no regular file; kept as driver-1.xml.damaged");
+}
+
+TEST_F(AStateFolder, PutsAsideAStateThatItMayNotRead) {
+  StateFolder states(folder.Path("s"));
+  folder.Write("s/driver-1.xml", "<State/>");
+  ASSERT_EQ(::chmod(folder.Path("s/driver-1.xml").c_str(), 0), 0);
+  ASSERT_EQ(::chmod(folder.Path("s").c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
+  const OrdinaryUser user;
+  EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
+            "s/driver-1.xml: the state is damaged: it cannot be read: Permission denied; kept as driver-1.xml.damaged");
+}
+
+TEST_F(AStateFolder, SaysWhenADamagedStateCannotBePutAside) {
+  StateFolder states(folder.Path("s"));
+  folder.Write("s/driver-1.xml", "x");
+  ASSERT_EQ(::chmod(folder.Path("s/driver-1.xml").c_str(), 0644), 0);
+  ASSERT_EQ(::chmod(folder.Path("s").c_str(), 0555), 0);
+  ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
+  const OrdinaryUser user;
+  EXPECT_THAT(ErrorOf([&] { states.Load(1); }), testing::EndsWith("; it cannot be put aside: Permission denied"));
+  EXPECT_EQ(ErrorOf([&] { states.Save(1, "<A/>"); }),
+            "s/driver-1.xml: the state is not kept: driver-1.xml.new cannot be made: Permission denied");
+  EXPECT_EQ(folder.Read("s/driver-1.xml"), "x");
+}
+
+TEST_F(AStateFolder, KeepsTheOldStateWhenTheDiskIsFull) {
+  StateFolder states(folder.Path("s"));
+  states.Save(1, "<Old/>");
+  {
+    const FullDisk disk(100);
+    EXPECT_EQ(ErrorOf([&] { states.Save(1, "<New>" + std::string(1000, 'x') + "</New>"); }),
+              "s/driver-1.xml: the state is not kept: it cannot be written: File too large");
+  }
+  EXPECT_EQ(folder.Read("s/driver-1.xml"), "<Old/>\n");
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml", "lock"}));
+}
+
+TEST_F(AStateFolder, StaysTheOneThatWasLockedWhenItIsRenamed) {
+  StateFolder states(folder.Path("s"));
+  std::filesystem::rename(folder.Path("s"), folder.Path("t"));
+  states.Save(1, "<A/>");
+  EXPECT_EQ(folder.Read("t/driver-1.xml"), "<A/>\n");
+}
+
+}  // namespace
+}  // namespace devhost
