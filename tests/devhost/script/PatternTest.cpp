@@ -37,6 +37,41 @@ TEST(APattern, SurvivesALongText) {
   EXPECT_TRUE(Pattern("(a|b)*c").IsIn(std::string(1000000, 'a') + "c"));
 }
 
+std::string RefusalOf(const std::string& expression) {
+  try {
+    Pattern pattern(expression);
+  } catch (const PatternError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+std::string Nested(std::size_t depth, const std::string& repeat) {
+  std::string expression(depth, '(');
+  expression += 'a';
+  for (std::size_t i = 0; i != depth; ++i) {
+    expression += ")" + repeat;
+  }
+  return expression;
+}
+
+TEST(APatternThatWouldTakeTheStack, IsRefused) {
+  EXPECT_THAT(RefusalOf(Nested(20000, "")), testing::HasSubstr("has 40001 characters; allowed: up to 1000"));
+  EXPECT_THAT(RefusalOf(Nested(51, "")), testing::HasSubstr("51 deep; allowed: up to 50"));
+  EXPECT_EQ(RefusalOf(Nested(50, "")), "");
+}
+
+TEST(APatternThatWouldTakeAllMemory, IsRefused) {
+  for (const char* const expression :
+       {"((((a{1,255}){1,255}){1,255}){1,255})", "a{255}{255}", "(a{200,}){200,}", "([[:alpha:]b]{99}){101}",
+        "(\\({101}){101}", "((abc){99}d{99}){99}", "([]a]{101}){101}", "([^]a]{101}){101}", "(a{,200}){,200}"}) {
+    EXPECT_THAT(RefusalOf(expression), testing::HasSubstr("written out; allowed: up to 10000")) << expression;
+  }
+  EXPECT_THAT(RefusalOf(Nested(40, "+")), testing::HasSubstr("written out"));
+  EXPECT_EQ(RefusalOf("([0-9]{1,3}\\.){3}[0-9]{1,3}(a*b+c?){10}[(](x|y)"), "");
+  EXPECT_EQ(RefusalOf("(a{99}){99}"), "");
+}
+
 TEST(AWrongPattern, SaysWhy) {
   try {
     Pattern("a(b");
