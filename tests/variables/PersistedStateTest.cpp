@@ -210,6 +210,22 @@ TEST_F(ThePersistedState, IsBuiltInThisOrder) {
                           "SetNamedString name", "SetNamedString snmpTrapEnabled", "AppendChild ", "AppendChild "));
 }
 
+TEST_F(ThePersistedState, LeavesNoFlagBehindThatCouldNotBeRead) {
+  struct FlagsFail : devhost::XmlObserver {
+    void OnXmlCall(const char* operation, const char*) override {
+      if (operation == std::string("GetNamedBool")) {
+        throw std::runtime_error("xml");
+      }
+    }
+  } observer;
+  const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode(
+      "<SNMPState><variables><variable deviceid=\"8\" variableid=\"9\" snmpTrapEnabled=\"true\"/></variables></SNMPState>");
+  devhost::SetXmlObserver(&observer);
+  EXPECT_THROW(agent->FromXml(state.Get()), std::runtime_error);
+  devhost::SetXmlObserver(nullptr);
+  EXPECT_EQ(Pairs(State().savedTrapFlags), "");
+}
+
 TEST_F(ThePersistedState, LeaksNothingWhereverItsBuildingOrReadingFails) {
   struct Countdown : devhost::XmlObserver {
     void OnXmlCall(const char*, const char*) override {
