@@ -155,6 +155,60 @@ TEST_F(AProject, WithTextBetweenItsDriversIsRefused) {
   EXPECT_EQ(ErrorOfLine("text"), "project.xml:1: <project> holds the text \"text\"; allowed: elements only");
 }
 
+TEST_F(AProject, GivesItsVariables) {
+  const Project project = Read(
+      "<project><variable device='5' id='7' name='lamp &amp; \"x\"' hidden='true' trapEnabled='false'/>"
+      "<driver id='1' name='agent' module='agent.so'/>"
+      "<userVariable trapEnabled='true' name='scene' id='4294967295' device='0'/></project>");
+  ASSERT_THAT(project.variables, SizeIs(2));
+  const VariableEntry& lamp = project.variables[0];
+  EXPECT_EQ(lamp.deviceId, 5ul);
+  EXPECT_EQ(lamp.variableId, 7ul);
+  EXPECT_EQ(lamp.name, "lamp & \"x\"");
+  EXPECT_TRUE(!lamp.user && lamp.hidden && !lamp.trapEnabled);
+  const VariableEntry& scene = project.variables[1];
+  EXPECT_EQ(scene.deviceId, 0ul);
+  EXPECT_EQ(scene.variableId, 4294967295ul);
+  EXPECT_TRUE(scene.user && !scene.hidden && scene.trapEnabled);
+}
+
+class AWrongVariable : public AProject, public testing::WithParamInterface<Wrong> {};
+
+TEST_P(AWrongVariable, IsRefusedWithItsLine) {
+  EXPECT_THAT(ErrorOf("<project>\n<variable device='5' id='7' name='lamp'/>\n" + std::string(GetParam().line) +
+                      "\n<driver id='1' name='agent' module='agent.so'/></project>"),
+              testing::AllOf(testing::StartsWith("project.xml:3: "), HasSubstr(GetParam().message)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, AWrongVariable,
+    testing::Values(
+        Wrong{"<variable id='1' name='a'/>", "<variable> has no device; write device=\"5\""},
+        Wrong{"<variable device='1' name='a'/>", "<variable> has no id; write id=\"7\""},
+        Wrong{"<userVariable device='1' id='1'/>", "<userVariable> has no name; write name=\"lamp\""},
+        Wrong{"<variable device='1' id='1' name=''/>", "<variable> has no name"},
+        Wrong{"<variable device='4294967296' id='1' name='a'/>",
+              "the device is \"4294967296\"; allowed: a whole number from 0 to 4294967295"},
+        Wrong{"<variable device='1' id='-1' name='a'/>", "the id is \"-1\"; allowed: a whole number"},
+        Wrong{"<variable device='1' id='1 ' name='a'/>", "the id is \"1 \""},
+        Wrong{"<variable device='1' id='1' name='a' hidden='1'/>", "hidden is \"1\"; allowed: true, false"},
+        Wrong{"<variable device='1' id='1' name='a' trapEnabled='TRUE'/>", "trapEnabled is \"TRUE\"; allowed: true, false"},
+        Wrong{"<variable device='1' id='1' name='a' trapEnabled=''/>", "trapEnabled is \"\"; allowed: true, false"},
+        Wrong{"<variable device='1' id='1' name='a' flag='true'/>",
+              "unknown attribute \"flag\" of <variable>; allowed: device, id, name, hidden, trapEnabled"},
+        Wrong{"<variable device='1' id='1' name='a'>x</variable>", "<variable> holds the text \"x\""},
+        Wrong{"<variable device='1' id='1' name='a'><b/></variable>", "unknown element <b> in <variable>; allowed: none"},
+        Wrong{"<variable device='5' id='7' name='a'/>", "device 5 has the variable in line 2 under the id 7; allowed: "},
+        Wrong{"<userVariable device='05' id='7' name='a'/>", "device 5 has the variable in line 2 under the id 7"}));
+
+TEST_F(AProject, MayHoldManyVariables) {
+  std::string text = "<project><driver id='1' name='agent' module='agent.so'/>";
+  for (int id = 0; id != 50000; ++id) {
+    text += "<variable device='" + std::to_string(id / 100) + "' id='" + std::to_string(id % 100) + "' name='v'/>";
+  }
+  EXPECT_THAT(Read(text + "</project>").variables, SizeIs(50000));
+}
+
 TEST_F(AProject, MayHoldManyDrivers) {
   std::string text = "<project>";
   for (int id = 0; id != 20000; ++id) {

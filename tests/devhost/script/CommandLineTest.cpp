@@ -30,13 +30,16 @@ TEST(Run, HasDefaults) {
   EXPECT_EQ(line.run.script, "");
   EXPECT_EQ(line.run.moduleFolder, "/usr/lib/x");
   EXPECT_EQ(line.run.color, "auto");
+  EXPECT_EQ(line.run.state, "");
   EXPECT_FALSE(line.run.pretty);
 }
 
 TEST(Run, TakesItsOptions) {
-  const CommandLine line = Parse({"run", "--project", "p.xml", "--module-dir=lib", "--pretty", "--color", "never", "-"});
+  const CommandLine line =
+      Parse({"run", "--project", "p.xml", "--module-dir=lib", "--pretty", "--color", "never", "--state", "s", "-"});
   EXPECT_EQ(line.kind, Kind::Run);
   EXPECT_EQ(line.run.project, "p.xml");
+  EXPECT_EQ(line.run.state, "s");
   EXPECT_EQ(line.run.moduleFolder, "lib");
   EXPECT_TRUE(line.run.pretty);
   EXPECT_EQ(line.run.color, "never");

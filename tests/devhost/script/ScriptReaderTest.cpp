@@ -128,6 +128,48 @@ TEST(EveryDeviceVerb, IsKnown) {
   EXPECT_EQ(Only<ShowAction>("device 12 show counts").what, ShowAction::What::Counts);
 }
 
+TEST(AVariableAction, SaysWhatComesOrGoes) {
+  const VariableAction added = Only<VariableAction>("variable add 5 4294967295 'the lamp' trap hidden");
+  EXPECT_TRUE(added.add && !added.variable.user && added.variable.hidden && added.variable.trapEnabled);
+  EXPECT_EQ(added.variable.deviceId, 5ul);
+  EXPECT_EQ(added.variable.variableId, 4294967295ul);
+  EXPECT_EQ(added.variable.name, "the lamp");
+  const VariableAction user = Only<VariableAction>("user-variable add 5 0 a");
+  EXPECT_TRUE(user.add && user.variable.user && !user.variable.hidden && !user.variable.trapEnabled);
+  const VariableAction removed = Only<VariableAction>("variable remove 5 7");
+  EXPECT_TRUE(!removed.add && !removed.variable.user);
+  EXPECT_EQ(removed.variable.variableId, 7ul);
+  EXPECT_TRUE(Only<VariableAction>("user-variable remove 5 7").variable.user);
+}
+
+TEST(AnItemAction, SaysWhichItemGoes) {
+  EXPECT_EQ(Only<RemoveItemAction>("item remove 5").itemId, 5ul);
+  EXPECT_EQ(Only<RemoveItemAction>("item remove 5").roomId, 0ul);
+  EXPECT_EQ(Only<RemoveItemAction>("item remove 5 3").roomId, 3ul);
+}
+
+TEST(AFlagAction, SaysWhatTheFlagBecomes) {
+  const FlagAction flag = Only<FlagAction>("flag 5 7 true");
+  EXPECT_EQ(flag.deviceId, 5ul);
+  EXPECT_EQ(flag.variableId, 7ul);
+  EXPECT_TRUE(flag.enabled);
+  EXPECT_FALSE(Only<FlagAction>("flag 5 7 false").enabled);
+}
+
+TEST(VariablesAndStates, CanBeShownAndExpected) {
+  EXPECT_EQ(Only<ShowAction>("show variables").what, ShowAction::What::Variables);
+  EXPECT_EQ(Only<ShowAction>("show state kitchen").what, ShowAction::What::State);
+  EXPECT_EQ(Only<ShowAction>("show state kitchen").driverId, 12ul);
+  const ExpectAction flag = Only<ExpectAction>("expect flag 5 7 is true");
+  EXPECT_EQ(flag.subject, ExpectAction::Subject::Flag);
+  EXPECT_EQ(flag.driverId, 5ul);
+  EXPECT_EQ(flag.variableId, 7ul);
+  EXPECT_EQ(flag.text, "true");
+  const ExpectAction state = Only<ExpectAction>("expect state kitchen matches a");
+  EXPECT_EQ(state.subject, ExpectAction::Subject::State);
+  EXPECT_EQ(state.driverId, 12ul);
+}
+
 TEST(AnExpectation, SaysWhatAndHow) {
   const ExpectAction reply = Only<ExpectAction>("expect reply is '<Success/>'");
   EXPECT_EQ(reply.subject, ExpectAction::Subject::Reply);
@@ -204,6 +246,30 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"device kitchen fail CopyTo 1 0", "the number of times is \"0\"; allowed: a whole number from 1"},
         Wrong{"device kitchen show", "\"show\" takes one word"}, Wrong{"device kitchen show x", "\"x\" cannot be shown"},
         Wrong{"device kitchen show file x", "\"show\" takes one word"},
+        Wrong{"variable", "nothing is said about what becomes of the variable; allowed: variable add DEVICE ID NAME"},
+        Wrong{"user-variable move",
+              "a variable cannot \"move\"; allowed: user-variable add DEVICE ID NAME [hidden] [trap], "
+              "user-variable remove DEVICE ID"},
+        Wrong{"variable add 5 7", "something is missing after \"7\"; allowed: variable add DEVICE ID NAME [hidden] [trap]"},
+        Wrong{"variable add 5 7 ''", "the variable's name is empty"},
+        Wrong{"variable add 5 7 a b", "a variable's name is followed by \"b\""},
+        Wrong{"variable add 5 7 a trap trap", "a variable's name is followed by \"trap\""},
+        Wrong{"variable add -1 7 a", "the device is \"-1\"; allowed: a whole number from 0 to 4294967295"},
+        Wrong{"variable add 5 4294967296 a", "the variable's id is \"4294967296\""},
+        Wrong{"variable remove 5", "something is missing after \"5\"; allowed: variable remove DEVICE ID"},
+        Wrong{"variable remove 5 7 a", "there is something behind \"7\""},
+        Wrong{"item", "something is missing after \"item\"; allowed: item remove ITEM [ROOM]"},
+        Wrong{"item add 5", "an item cannot \"add\""}, Wrong{"item remove x", "the item is \"x\""},
+        Wrong{"item remove 5 x", "the room is \"x\""}, Wrong{"item remove 5 3 1", "there is something behind \"3\""},
+        Wrong{"flag 5 7", "something is missing after \"7\"; allowed: flag DEVICE ID true|false"},
+        Wrong{"flag 5 7 on", "a flag cannot be \"on\""}, Wrong{"flag 5 x true", "the variable's id is \"x\""},
+        Wrong{"load-project now", "\"load-project\" is followed by \"now\""},
+        Wrong{"show", "nothing is said about what to show; allowed: show variables, show state DRIVER"},
+        Wrong{"show flags", "\"flags\" cannot be shown"}, Wrong{"show state", "\"show state\" has another form"},
+        Wrong{"show state cellar", "there is no driver \"cellar\""},
+        Wrong{"expect flag 5", "something is missing after \"5\""},
+        Wrong{"expect flag x 7 is true", "the device is \"x\""},
+        Wrong{"expect state", "something is missing after \"state\""},
         Wrong{"expect", "nothing is said about what to expect"},
         Wrong{"expect answer is a", "\"answer\" cannot be expected"},
         Wrong{"expect reply", "the expectation is not finished"},

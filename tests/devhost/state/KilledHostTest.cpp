@@ -19,7 +19,7 @@
 namespace devhost {
 namespace {
 
-constexpr int kVariables = 100;  // enough for a file of several blocks
+constexpr int kVariables = 60;  // more than one block of the file system
 
 // All flags are the same at every moment at which the state is kept, so a mixture of two states would show.
 std::string Script() {
@@ -109,7 +109,7 @@ TEST(AHostThatIsKilledAtAnyMoment, LeavesTheOldOrTheNewState) {
   std::uniform_int_distribution<int> moment(0, static_cast<int>(2 * first.count()));
   int kept = 0;
   int interrupted = 0;
-  for (int kill = 0; kill != 120; ++kill) {
+  for (int kill = 0; kill != 110; ++kill) {
     const pid_t child = Spawn(folder.Path());
     ASSERT_GT(child, 0);
     // Not a wait for something: the moment is what the test is about.
@@ -126,7 +126,7 @@ TEST(AHostThatIsKilledAtAnyMoment, LeavesTheOldOrTheNewState) {
   EXPECT_GT(kept, 50);
   // The next start works, and the flags are those of the file.
   const std::string flag = FlagOfAll(folder.Path("s/driver-1.xml"));
-  folder.Write("b.devhost", "load-project\nexpect flag 5 1 is " + flag + "\nexpect flag 5 100 is " + flag + "\n");
+  folder.Write("b.devhost", "load-project\nexpect flag 5 1 is " + flag + "\nexpect flag 5 60 is " + flag + "\n");
   const testsupport::ShellResult last =
       testsupport::RunShell("devhost run --project p.xml --state s b.devhost", folder.Path());
   EXPECT_EQ(last.status, 0) << last.output;
