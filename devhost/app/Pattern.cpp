@@ -74,7 +74,9 @@ class Size {
       number = digit ? std::min(kMaximumCopies, 10 * number + static_cast<std::size_t>(character - '0')) : 0;
       largest = std::max(largest, number);
     }
-    return largest + (m_at != 0 && m_expression[m_at - 1] == ',' ? 1 : 0);
+    const bool open = m_expression[m_at - 1] == ',';
+    ++m_at;
+    return largest + (open ? 1 : 0);
   }
 
   void Append(std::size_t size) {
