@@ -61,7 +61,7 @@ LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
     : m_core(core),
       m_entry(entry),
       m_module(entry.module),
-      m_commands(*this),
+      m_commands(*this, *this),
       m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
 
 std::string LoadedDriver::Title() const {
@@ -92,6 +92,7 @@ void LoadedDriver::Create() {
 
 void LoadedDriver::Initialize(H7XML::INode& config, H7XML::INode* persisted) {
   m_hadState = persisted != nullptr;
+  m_initializing = true;
   const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, config, persisted); });
   if (m_base == BaseState::Constructed) {
     Report("its Initialize did not call the base's Initialize");
@@ -188,29 +189,34 @@ void LoadedDriver::BaseDestroyed() noexcept {
 }
 
 IVariableManager* LoadedDriver::GetVariableManager() {
-  return &m_core.variables;
+  const ServiceCall call(*this, "GetVariableManager");
+  return call.IsAllowed() ? &m_core.variables : nullptr;
 }
 
 void LoadedDriver::RegisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) {
-  if (MayCall("RegisterListener")) {
+  const ServiceCall call(*this, "RegisterListener");
+  if (call.IsAllowed()) {
     m_core.listeners.Add(m_entry.id, listener, eventId, reserved);
   }
 }
 
 void LoadedDriver::UnregisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) {
-  if (MayCall("UnregisterListener")) {
+  const ServiceCall call(*this, "UnregisterListener");
+  if (call.IsAllowed()) {
     m_core.listeners.Remove(m_entry.id, listener, eventId, reserved);
   }
 }
 
 void LoadedDriver::SendDataToUI(const H7XML::INode& data) {
-  if (MayUse("ConSendDataToUI")) {
+  const ServiceCall call(*this, "ConSendDataToUI");
+  if (call.IsAllowed() && IsBaseInitialized("ConSendDataToUI")) {
     m_core.Emit(Occurrence::Kind::Notification, this, data.GetName(), XmlText(data, XmlStyle::Compact));
   }
 }
 
 void LoadedDriver::InvalidateState() {
-  if (MayUse("DmInvalidateState")) {
+  const ServiceCall call(*this, "DmInvalidateState");
+  if (call.IsAllowed() && IsBaseInitialized("DmInvalidateState")) {
     m_stateInvalid = true;
     m_core.Emit(Occurrence::Kind::Invalidate, this, "", "");
   }
@@ -220,25 +226,31 @@ void LoadedDriver::Report(const std::string& what) {
   m_core.Report(this, what);
 }
 
-bool LoadedDriver::MayCall(const std::string& operation) {
-  try {
-    const CallScope scope(m_core, this, operation, nullptr);
-    return true;
-  } catch (const HostError&) {
-    return false;  // it has been reported
-  }
-}
-
-bool LoadedDriver::MayUse(const char* operation) {
-  if (!MayCall(operation)) {
+bool LoadedDriver::Enter(const char* operation, From from) {
+  // No driver is being called: what the host itself is doing meanwhile is still the call that is under way.
+  CallGate::Call innermost;
+  if (!m_core.gate.Enter({nullptr, operation + (" of " + Title())}, innermost)) {
+    Report(std::string(operation) + " came from a second thread; it was refused");
     return false;
   }
-  if (m_base != BaseState::Initialized) {
-    const char* const when = m_base == BaseState::Destroyed ? " after its base was destroyed" : " before Initialize";
-    Report(std::string("called ") + operation + when + "; nothing was done");
+  if (from == From::Initialize && !m_initializing) {
+    Leave();
+    Report(std::string("called ") + operation + " before Initialize; nothing was done");
     return false;
   }
   return true;
+}
+
+void LoadedDriver::Leave() noexcept {
+  m_core.gate.Leave();
+}
+
+bool LoadedDriver::IsBaseInitialized(const char* operation) {
+  if (m_base != BaseState::Initialized) {
+    const char* const when = m_base == BaseState::Destroyed ? " after its base was destroyed" : " before Initialize";
+    Report(std::string("called ") + operation + when + "; nothing was done");
+  }
+  return m_base == BaseState::Initialized;
 }
 
 }  // namespace devhost

@@ -20,7 +20,7 @@ class HostCore;
 // One driver from the loading of its module to the unloading: the host's record of it, and the services behind its base.
 //
 // All calls into the driver go through here. An exception of the driver comes out as HostError.
-class LoadedDriver : public DriverServices, private Manners, private ThreadCheck {
+class LoadedDriver : public DriverServices, private Manners, private ServiceCheck {
  public:
   // Loads the module. Throws ModuleError. `core` outlives the driver.
   LoadedDriver(HostCore& core, const DriverEntry& entry);
@@ -69,8 +69,9 @@ class LoadedDriver : public DriverServices, private Manners, private ThreadCheck
   enum class BaseState { None, Constructed, Initialized, Destroyed };
 
   void Report(const std::string& what) override;
-  bool MayCall(const std::string& operation) override;
-  bool MayUse(const char* operation);
+  bool Enter(const char* operation, From from) override;
+  void Leave() noexcept override;
+  bool IsBaseInitialized(const char* operation);
   void ReportLeftovers();
   template <class Action>
   auto Call(const std::string& description, Action action);
@@ -81,6 +82,7 @@ class LoadedDriver : public DriverServices, private Manners, private ThreadCheck
   CommandTable m_commands;
   InstanceManager m_instances;
   IDriver* m_driver = nullptr;
+  bool m_initializing = false;  // its Initialize has been called
   BaseState m_base = BaseState::None;
   bool m_hadState = false;  // it was handed a state
   bool m_stateInvalid = false;

@@ -6,7 +6,7 @@ namespace devhost {
 
 bool CallGate::Enter(const Call& call, Call& innermost) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  if (!m_calls.empty() && m_owner != std::this_thread::get_id()) {
+  if (!m_calls.empty() && !IsInside()) {
     innermost = m_calls.back();
     return false;
   }
@@ -18,11 +18,9 @@ bool CallGate::Enter(const Call& call, Call& innermost) {
 void CallGate::Leave() noexcept {
   const std::lock_guard<std::mutex> lock(m_mutex);
   m_calls.pop_back();
-}
-
-bool CallGate::IsInside() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return !m_calls.empty() && m_owner == std::this_thread::get_id();
+  if (m_calls.empty()) {
+    m_owner = std::thread::id();
+  }
 }
 
 CallGate::Call CallGate::Innermost() const {

@@ -1,6 +1,7 @@
 #ifndef DEVHOST_BASE_CALL_GATE_H
 #define DEVHOST_BASE_CALL_GATE_H
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -22,13 +23,15 @@ class CallGate {
   void Leave() noexcept;
 
   // Whether a call is under way on this thread.
-  bool IsInside() const;
+  bool IsInside() const { return m_owner.load() == std::this_thread::get_id(); }
+  // Whether one is under way on another thread.
+  bool IsOtherInside() const { return m_owner.load() != std::thread::id() && !IsInside(); }
   // The innermost call into a driver that is under way, on whatever thread; with an empty description when there is none.
   Call Innermost() const;
 
  private:
   mutable std::mutex m_mutex;
-  std::thread::id m_owner;
+  std::atomic<std::thread::id> m_owner{std::thread::id()};  // none when nobody is inside
   std::vector<Call> m_calls;
 };
 

@@ -65,18 +65,21 @@ std::vector<void*> InstanceDirectory::List(const std::string& iid) const {
 }
 
 bool InstanceManager::RegisterQuery(const char* iid, void* instance) {
-  return iid != nullptr && instance != nullptr && std::string(iid) != DriverServices_IID &&
-         m_threads.MayCall("RegisterQuery") && m_directory.Publish(m_driverId, iid, instance);
+  const ServiceCall call(m_check, "RegisterQuery", ServiceCheck::From::Initialize);
+  return call.IsAllowed() && iid != nullptr && instance != nullptr && std::string(iid) != DriverServices_IID &&
+         m_directory.Publish(m_driverId, iid, instance);
 }
 
 void InstanceManager::UnregisterQuery(const char* iid) {
-  if (iid != nullptr && m_threads.MayCall("UnregisterQuery")) {
+  const ServiceCall call(m_check, "UnregisterQuery");
+  if (call.IsAllowed() && iid != nullptr) {
     m_directory.Withdraw(m_driverId, iid);
   }
 }
 
 void* InstanceManager::Query(const char* iid) {
-  if (iid == nullptr || !m_threads.MayCall("Query")) {
+  const ServiceCall call(m_check, "Query");
+  if (!call.IsAllowed() || iid == nullptr) {
     return nullptr;
   }
   return std::string(iid) == DriverServices_IID ? m_services : m_directory.Find(iid);
@@ -84,7 +87,8 @@ void* InstanceManager::Query(const char* iid) {
 
 void InstanceManager::FindDrivers(unsigned long, const char* iid, std::vector<void*>& instances) {
   instances.clear();
-  if (iid != nullptr && m_threads.MayCall("FindDrivers")) {
+  const ServiceCall call(m_check, "FindDrivers");
+  if (call.IsAllowed() && iid != nullptr) {
     instances = m_directory.List(iid);
   }
 }

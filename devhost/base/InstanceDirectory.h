@@ -38,8 +38,8 @@ class InstanceManager : public IInstanceManager, public IDriverManager {
  public:
   virtual ~InstanceManager() = default;
   // The references and `services` outlive it.
-  InstanceManager(InstanceDirectory& directory, ThreadCheck& threads, unsigned long driverId, void* services)
-      : m_directory(directory), m_threads(threads), m_driverId(driverId), m_services(services) {}
+  InstanceManager(InstanceDirectory& directory, ServiceCheck& check, unsigned long driverId, void* services)
+      : m_directory(directory), m_check(check), m_driverId(driverId), m_services(services) {}
 
   bool RegisterQuery(const char* iid, void* instance) override;
   void UnregisterQuery(const char* iid) override;
@@ -48,7 +48,7 @@ class InstanceManager : public IInstanceManager, public IDriverManager {
 
  private:
   InstanceDirectory& m_directory;
-  ThreadCheck& m_threads;
+  ServiceCheck& m_check;
   const unsigned long m_driverId;
   void* const m_services;
 };

@@ -5,6 +5,10 @@
 namespace devhost {
 
 void CommandTable::RegisterUICmd(const std::string& name, Handler handler) {
+  const ServiceCall call(m_check, "RegisterUICmd", ServiceCheck::From::Initialize);
+  if (!call.IsAllowed()) {
+    return;
+  }
   std::shared_ptr<const Handler> shared = std::make_shared<const Handler>(std::move(handler));
   for (Command& command : m_commands) {
     if (command.name == name) {

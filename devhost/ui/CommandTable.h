@@ -16,8 +16,8 @@ class CommandTable : public UICmdDispatcher {
   using Handler = boost::function<h7::auto_com<H7XML::INode>(ICmdMessage const&)>;
 
   virtual ~CommandTable() = default;
-  // `manners` outlives it and hears of names that are registered twice.
-  explicit CommandTable(Manners& manners) : m_manners(manners) {}
+  // Both outlive it; `manners` hears of names that are registered twice.
+  CommandTable(Manners& manners, ServiceCheck& check) : m_manners(manners), m_check(check) {}
 
   void RegisterUICmd(const std::string& name, Handler handler) override;
 
@@ -34,6 +34,7 @@ class CommandTable : public UICmdDispatcher {
     std::shared_ptr<const Handler> handler;
   };
   Manners& m_manners;
+  ServiceCheck& m_check;
   std::vector<Command> m_commands;
 };
 

@@ -1,5 +1,7 @@
 #include "host/H7XML.h"
 
+#include <atomic>
+
 #include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlDocument.h"
 #include "devhost/xml/XmlNode.h"
@@ -11,19 +13,18 @@
 namespace devhost {
 namespace {
 
-XmlObserver* s_observer = nullptr;
+std::atomic<XmlObserver*> s_observer{nullptr};
 
 }  // namespace
 
 XmlObserver* SetXmlObserver(XmlObserver* observer) noexcept {
-  XmlObserver* const before = s_observer;
-  s_observer = observer;
-  return before;
+  return s_observer.exchange(observer);
 }
 
-void OnXmlCall(const char* operation, const char* name) {
-  if (s_observer != nullptr) {
-    s_observer->OnXmlCall(operation, name != nullptr ? name : "");
+void TellXmlObserver(const char* operation, const char* name) {
+  XmlObserver* const observer = s_observer;
+  if (observer != nullptr) {
+    observer->OnXmlCall(operation, name != nullptr ? name : "");
   }
 }
 
@@ -32,17 +33,17 @@ void OnXmlCall(const char* operation, const char* name) {
 namespace H7XML {
 
 h7::auto_com<INode> CreateXmlNode(const std::string& name, const std::string& value) {
-  devhost::OnXmlCall("CreateXmlNode", name);
+  const devhost::XmlCall call("CreateXmlNode", name, DEVHOST_CALLER);
   return (new devhost::XmlNode(name, value))->HandOut(DEVHOST_CALLER);
 }
 
 h7::auto_com<INode> CreateXmlNode(const std::string& name, unsigned long value) {
-  devhost::OnXmlCall("CreateXmlNode", name);
+  const devhost::XmlCall call("CreateXmlNode", name, DEVHOST_CALLER);
   return (new devhost::XmlNode(name, h7::ToString(value)))->HandOut(DEVHOST_CALLER);
 }
 
 h7::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
-  devhost::OnXmlCall("CreateXmlDocument", text);
+  const devhost::XmlCall call("CreateXmlDocument", text, DEVHOST_CALLER);
   try {
     const devhost::XmlTree tree = devhost::ParseXmlTree(text);
     return devhost::XmlDocument::Create(tree.Root(), DEVHOST_CALLER);
@@ -52,7 +53,7 @@ h7::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
 }
 
 void Create(INode** node) {
-  devhost::OnXmlCall("Create");
+  const devhost::XmlCall call("Create", "", DEVHOST_CALLER);
   if (node != nullptr) {
     *node = (new devhost::XmlNode())->HandOut(DEVHOST_CALLER).Detach();
   }

@@ -1,9 +1,12 @@
 #include "devhost/xml/XmlCounted.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
+#include <mutex>
 
+#include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlMisuse.h"
 #include "devhost/xml/XmlObserver.h"
 
@@ -67,11 +70,55 @@ namespace {
 
 // Without a destructor: handles may still be dropped while the process ends.
 XmlLiveList s_live;
-XmlMisuseSink* s_sink = nullptr;
+std::atomic<XmlMisuseSink*> s_sink{nullptr};
+std::recursive_mutex s_mutex;
+thread_local int t_depth = 0;
+
+// What code inside the library does for an operation is no call of its own.
+void TellXmlSink(const char* operation, const void* code) noexcept {
+  XmlMisuseSink* const sink = s_sink;
+  if (sink != nullptr && t_depth == 0) {
+    sink->OnXmlThread(operation, code);
+  }
+}
 
 }  // namespace
 
+void TellXmlObserver(const char* operation, const char* name);
+
+XmlLock::XmlLock() noexcept {
+  s_mutex.lock();
+  ++t_depth;
+}
+
+XmlLock::~XmlLock() {
+  --t_depth;
+  s_mutex.unlock();
+}
+
+XmlUnlock::XmlUnlock() noexcept : m_depth(t_depth) {
+  for (; t_depth != 0; --t_depth) {
+    s_mutex.unlock();
+  }
+}
+
+XmlUnlock::~XmlUnlock() {
+  for (; t_depth != m_depth; ++t_depth) {
+    s_mutex.lock();
+  }
+}
+
+XmlTold::XmlTold(const char* operation, const char* name, const void* code) {
+  TellXmlSink(operation, code);
+  TellXmlObserver(operation, name);
+}
+
+XmlTold::XmlTold(const char* operation, const void* code) noexcept {
+  TellXmlSink(operation, code);
+}
+
 void XmlCounted::Hold(const void* code) const noexcept {
+  const XmlLock lock;
   if (m_retired) {
     Report("was given a reference after its last one was released", code);
     return;
@@ -86,6 +133,7 @@ void XmlCounted::Hold(const void* code) const noexcept {
 }
 
 void XmlCounted::Drop(const void* code) const noexcept {
+  const XmlLock lock;
   if (m_handles == 0) {
     Report("was released once more than it was referenced", code);
     return;
@@ -100,6 +148,7 @@ void XmlCounted::Drop(const void* code) const noexcept {
 }
 
 void XmlCounted::Unpin() const noexcept {
+  const XmlLock lock;
   if (--m_pins == 0 && m_handles == 0) {
     OnUnused();
   }
@@ -131,28 +180,31 @@ void XmlCounted::Report(const char* what, const void* code) const noexcept {
 }
 
 void ReportXmlMisuse(const std::string& what, const void* code) {
-  if (s_sink != nullptr) {
-    s_sink->OnXmlMisuse(what, code);
+  const XmlUnlock unlock;
+  XmlMisuseSink* const sink = s_sink;
+  if (sink != nullptr) {
+    sink->OnXmlMisuse(what, code);
   } else {
     std::fprintf(stderr, "devhost: %s\n", what.c_str());
   }
 }
 
 XmlMisuseSink* SetXmlMisuseSink(XmlMisuseSink* sink) noexcept {
-  XmlMisuseSink* const before = s_sink;
-  s_sink = sink;
-  return before;
+  return s_sink.exchange(sink);
 }
 
 std::size_t LiveXmlObjects() noexcept {
+  const XmlLock lock;
   return s_live.Size();
 }
 
 std::uint64_t XmlMark() noexcept {
+  const XmlLock lock;
   return s_live.Mark();
 }
 
 std::vector<LiveXmlObject> LiveXmlObjectsSince(std::uint64_t mark) {
+  const XmlLock lock;
   return s_live.Since(mark);
 }
 

@@ -7,12 +7,12 @@
 #include "devhost/xml/XmlNodeList.h"
 #include "host/ToString.h"
 
-// First in every operation: tells the observer; an object out of use answers with what stands for "nothing".
-#define DEVHOST_ENTER(operation, name, nothing)  \
-  OnXmlCall(operation, name);                    \
-  if (!CheckUsable(operation, DEVHOST_CALLER)) { \
-    return nothing;                              \
-  }                                              \
+// First in every operation; an object out of use answers with what stands for "nothing".
+#define DEVHOST_ENTER(operation, name, nothing)        \
+  const XmlCall call(operation, name, DEVHOST_CALLER); \
+  if (!CheckUsable(operation, DEVHOST_CALLER)) {       \
+    return nothing;                                    \
+  }                                                    \
   static_assert(true, "asks for the semicolon behind it")
 
 namespace devhost {
@@ -25,10 +25,12 @@ const char* OrEmpty(const char* text) {
 }  // namespace
 
 void XmlNode::AddRef() const {
+  const XmlCall call("AddRef", DEVHOST_CALLER);
   Hold(DEVHOST_CALLER);
 }
 
 void XmlNode::Release() const {
+  const XmlCall call("Release", DEVHOST_CALLER);
   Drop(DEVHOST_CALLER);
 }
 
@@ -120,7 +122,7 @@ h7::auto_com<H7XML::INode> XmlNode::GetChild(const char* name) const {
 }
 
 h7::auto_com<H7XML::INodeList> XmlNode::GetChildren() const {
-  OnXmlCall("GetChildren");
+  const XmlCall call("GetChildren", "", DEVHOST_CALLER);
   // The list of a node out of use is an empty one: the result is never an empty handle.
   const XmlNode* const parent = CheckUsable("GetChildren", DEVHOST_CALLER) ? this : nullptr;
   return XmlNodeList::Create(parent, DEVHOST_CALLER);

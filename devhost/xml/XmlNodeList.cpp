@@ -17,15 +17,17 @@ h7::auto_com<H7XML::INodeList> XmlNodeList::Create(const XmlNode* parent, const 
 }
 
 void XmlNodeList::AddRef() const {
+  const XmlCall call("AddRef", DEVHOST_CALLER);
   Hold(DEVHOST_CALLER);
 }
 
 void XmlNodeList::Release() const {
+  const XmlCall call("Release", DEVHOST_CALLER);
   Drop(DEVHOST_CALLER);
 }
 
 h7::auto_com<H7XML::INode> XmlNodeList::First() {
-  OnXmlCall("First");
+  const XmlCall call("First", "", DEVHOST_CALLER);
   if (!CheckUsable("First", DEVHOST_CALLER) || m_parent == nullptr) {
     return {};
   }
@@ -33,7 +35,7 @@ h7::auto_com<H7XML::INode> XmlNodeList::First() {
 }
 
 h7::auto_com<H7XML::INode> XmlNodeList::Next() {
-  OnXmlCall("Next");
+  const XmlCall call("Next", "", DEVHOST_CALLER);
   if (!CheckUsable("Next", DEVHOST_CALLER) || m_last == nullptr) {
     return {};
   }

@@ -60,10 +60,12 @@ XmlElement ReadXml(const std::string& text) {
 }
 
 h7::auto_com<H7XML::INode> ReadXmlNode(const std::string& text) {
+  const XmlLock lock;
   return ParseXmlTree(text).Root().HandOut(DEVHOST_CALLER);
 }
 
 h7::auto_com<H7XML::INode> MakeXmlNode(const XmlElement& element) {
+  const XmlLock lock;
   return MakeXmlTree(element).Root().HandOut(DEVHOST_CALLER);
 }
 

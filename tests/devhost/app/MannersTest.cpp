@@ -148,9 +148,13 @@ TEST_F(ARudeDriver, IsNamedForWhatItDoesBeforeInitialize) {
   Load(5, "too_early");
   EXPECT_THAT(Reports(), ElementsAre(HasSubstr("driver 5 \"too_early5\": called ConSendDataToUI before Initialize"),
                                      HasSubstr("driver 5 \"too_early5\": called DmInvalidateState before Initialize"),
+                                     HasSubstr("called RegisterQuery before Initialize"),
+                                     HasSubstr("called RegisterUICmd before Initialize"),
                                      HasSubstr("driver 5 \"too_early5\": its Initialize did not call the base's")));
   EXPECT_THAT(observer.Texts(Kind::Notification), IsEmpty());
   EXPECT_THAT(observer.Texts(Kind::Invalidate), IsEmpty());
+  EXPECT_THAT(observer.Texts(Kind::Log), IsEmpty());  // it would log that it was published
+  EXPECT_THAT(host.Commands(5), IsEmpty());
 }
 
 TEST_F(ARudeDriver, LeavesNothingLoadedWhenItsConstructorThrows) {
@@ -172,21 +176,21 @@ TEST_F(ARudeDriver, LeavesNothingLoadedWhenItsInitializeThrows) {
 TEST_F(ARudeDriver, IsRefusedWhenItNotifiesFromASecondThread) {
   Load(5, "rude");
   host.Command(5, "NotifyFromThread", {});
-  ExpectOneReport("ConSendDataToUI of driver 5 \"rude5\" came from a second thread while command \"NotifyFromThread\"");
+  ExpectOneReport("ConSendDataToUI came from a second thread; it was refused, during command \"NotifyFromThread\"");
   EXPECT_THAT(observer.Texts(Kind::Notification), IsEmpty());
 }
 
 TEST_F(ARudeDriver, IsRefusedWhenItInvalidatesItsStateFromASecondThread) {
   Load(5, "rude");
   host.Command(5, "InvalidateFromThread", {});
-  ExpectOneReport("DmInvalidateState of driver 5 \"rude5\" came from a second thread");
+  ExpectOneReport("DmInvalidateState came from a second thread; it was refused");
   EXPECT_THAT(observer.Texts(Kind::Invalidate), IsEmpty());
 }
 
 TEST_F(ARudeDriver, IsRefusedWhenItListensFromASecondThread) {
   Load(5, "rude");
   host.Command(5, "ListenFromThread", {});
-  ExpectOneReport("RegisterListener of driver 5 \"rude5\" came from a second thread");
+  ExpectOneReport("RegisterListener came from a second thread; it was refused");
   host.SendEvent("OnProjectLoaded", {});  // a listener would throw
 }
 
@@ -194,7 +198,27 @@ TEST_F(ARudeDriver, IsRefusedWhenItPublishesFromASecondThread) {
   Load(5, "rude");
   host.Command(5, "PublishFromThread", {});
   host.Stop();
-  ExpectOneReport("RegisterQuery of driver 5 \"rude5\" came from a second thread");
+  ExpectOneReport("RegisterQuery came from a second thread; it was refused");
+}
+
+TEST_F(ARudeDriver, IsRefusedWhenItRegistersACommandFromASecondThread) {
+  Load(5, "rude");
+  host.Command(5, "RegisterFromThread", {});
+  ExpectOneReport("RegisterUICmd came from a second thread; it was refused, during command \"RegisterFromThread\"");
+  EXPECT_THAT(host.Commands(5), testing::Not(testing::Contains("FromThread")));
+}
+
+TEST_F(ARudeDriver, GetsNoVariableManagerFromASecondThread) {
+  Load(5, "rude");
+  host.Command(5, "VariablesFromThread", {});
+  ExpectOneReport("GetVariableManager came from a second thread; it was refused");
+  EXPECT_THAT(observer.Texts(Kind::Log), IsEmpty());
+}
+
+TEST_F(ARudeDriver, IsNamedOnceForAnyWorkOnXmlFromOtherThreadsAndNothingBreaks) {
+  Load(5, "rude");
+  host.Command(5, "XmlFromThreads", {});
+  ExpectOneReport("came from a second thread; it was done, by module \"" + Module("rude") + "\"");
 }
 
 TEST_F(ARudeDriver, SharesItsModuleWithAnotherAndIsStillNamed) {

@@ -10,9 +10,14 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class AllowingCheck : public ThreadCheck {
+class AllowingCheck : public ServiceCheck {
  public:
-  bool MayCall(const std::string&) override { return allowed; }
+  bool Enter(const char*, From) override {
+    inside += allowed ? 1 : 0;
+    return allowed;
+  }
+  void Leave() noexcept override { --inside; }
+  int inside = 0;
   bool allowed = true;
 };
 

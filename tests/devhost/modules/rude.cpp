@@ -5,11 +5,13 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "host/H7BaseAgentDriver.h"
 #include "host/H7XML.h"
 #include "host/IInstanceManager.h"
 #include "host/ISystemEventCallback.h"
+#include "host/LogXMessage.h"
 #include "host/SystemEventId.h"
 #include "host/UICmdDispatcher.h"
 #include "tests/devhost/modules/TestModule.h"
@@ -67,8 +69,19 @@ class Rude : public H7BaseAgentDriver, public ISystemEventCallback {
       const h7::auto_com<H7XML::INode> node = H7XML::CreateXmlNode("Ring", "");
       node->AppendChild(*node);
     });
-    Register("NotifyFromThread",
-             [this] { std::thread([this] { ConSendDataToUI(*H7XML::CreateXmlNode("FromThread", "")); }).join(); });
+    Register("NotifyFromThread", [this] {
+      const h7::auto_com<H7XML::INode> node = H7XML::CreateXmlNode("FromThread", "");
+      std::thread([this, &node] { ConSendDataToUI(*node); }).join();
+    });
+    Register("RegisterFromThread", [this] { std::thread([this] { Register("FromThread", [] {}); }).join(); });
+    Register("VariablesFromThread", [this] {
+      std::thread([this] {
+        if (GetVariableManager() != nullptr) {
+          LogXMessage(3, "got the variables");
+        }
+      }).join();
+    });
+    Register("XmlFromThreads", [] { WorkOnXmlFromThreads(); });
     Register("InvalidateFromThread", [this] { std::thread([this] { DmInvalidateState(); }).join(); });
     Register("ListenFromThread",
              [this] { std::thread([this] { RegisterListener(*this, SystemEvent_OnProjectLoaded, 0); }).join(); });
@@ -107,6 +120,25 @@ class Rude : public H7BaseAgentDriver, public ISystemEventCallback {
       action();
       return Reply();
     });
+  }
+
+  // Objects of its own in every thread, and one that all share.
+  static void WorkOnXmlFromThreads() {
+    const h7::auto_com<H7XML::INode> shared = H7XML::CreateXmlNode("Shared", "");
+    std::vector<std::thread> threads;
+    for (int i = 0; i != 4; ++i) {
+      threads.emplace_back([&shared] {
+        for (int round = 0; round != 2000; ++round) {
+          const h7::auto_com<H7XML::INode> node = H7XML::CreateXmlNode("Own", "x");
+          const h7::auto_com<H7XML::INode> copy = shared;
+          node->AddChildString("a", shared->GetName());
+          shared->SetValue("a value that needs memory of its own");
+        }
+      });
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
   }
 
   // Calls the test back in the middle of a command.

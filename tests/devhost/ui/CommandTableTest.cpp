@@ -12,9 +12,17 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class ACommandTable : public testing::Test, private Manners {
+class ACommandTable : public testing::Test, private Manners, private ServiceCheck {
  protected:
   void Report(const std::string& what) override { reports.push_back(what); }
+
+  bool Enter(const char* operation, From from) override {
+    EXPECT_STREQ(operation, "RegisterUICmd");
+    EXPECT_EQ(from, From::Initialize);
+    inside += allowed ? 1 : 0;
+    return allowed;
+  }
+  void Leave() noexcept override { --inside; }
 
   static CommandTable::Handler Replying(const std::string& name) {
     return [name](ICmdMessage const&) { return H7XML::CreateXmlNode(name, ""); };
@@ -22,7 +30,9 @@ class ACommandTable : public testing::Test, private Manners {
   std::string Call(const std::string& name) { return (*table.Find(name))(message)->GetName(); }
 
   std::vector<std::string> reports;
-  CommandTable table{*this};
+  bool allowed = true;
+  int inside = 0;
+  CommandTable table{*this, *this};
   const CommandMessage::Parameters none{};
   const CommandMessage message{none};
 };
@@ -53,6 +63,16 @@ TEST_F(ACommandTable, KeepsAHandlerThatReplacesItselfAliveWhileItRuns) {
   });
   EXPECT_EQ(Call("A"), text);
   EXPECT_EQ(Call("A"), "second");
+}
+
+TEST_F(ACommandTable, TakesNothingThatItsCheckRefuses) {
+  allowed = false;
+  table.RegisterUICmd("A", Replying("first"));
+  EXPECT_THAT(table.Names(), IsEmpty());
+  allowed = true;
+  table.RegisterUICmd("A", Replying("first"));
+  EXPECT_THAT(table.Names(), ElementsAre("A"));
+  EXPECT_EQ(inside, 0);
 }
 
 TEST_F(ACommandTable, DropsItsHandlers) {

@@ -24,6 +24,7 @@ class MisusedXml : public testing::Test, public XmlMisuseSink {
     reports.push_back(what);
     culprits.push_back(ModuleFileOf(code));
   }
+  void OnXmlThread(const char*, const void*) noexcept override {}
   void TearDown() override {
     EXPECT_EQ(LiveXmlObjects(), before);
     for (const std::string& culprit : culprits) {
