@@ -46,9 +46,9 @@ int LastStatus() {
   return FileStatusOfErrno(errno);
 }
 
-// An open that follows no link says ELOOP where it meets one.
+// An open that follows no link says ELOOP where it meets one, and ENXIO where it meets a socket.
 int StatusOfFailedOpen() {
-  return errno == ELOOP ? kFileIsSymbolicLink : LastStatus();
+  return errno == ELOOP ? kFileIsSymbolicLink : errno == ENXIO ? kFileIsNotRegular : LastStatus();
 }
 
 }  // namespace
@@ -91,6 +91,9 @@ int ConfigFile::ReadOpened(int descriptor, std::string& text) const {
   if (!S_ISREG(attributes.st_mode)) {
     return kFileIsNotRegular;
   }
+  if (attributes.st_size > static_cast<off_t>(kMaximumSize)) {
+    return FileStatusOfErrno(EFBIG);
+  }
   // One byte more than expected finds the end in the first round; a file that grows meanwhile is read on.
   std::string content(static_cast<std::size_t>(attributes.st_size) + 1, '\0');
   std::size_t used = 0;
@@ -106,6 +109,9 @@ int ConfigFile::ReadOpened(int descriptor, std::string& text) const {
       used += static_cast<std::size_t>(count);
     } else if (errno != EINTR) {
       return LastStatus();
+    }
+    if (used > kMaximumSize) {
+      return FileStatusOfErrno(EFBIG);
     }
   }
   content.resize(used);
@@ -127,7 +133,7 @@ int ConfigFile::Replace(const std::string& text) const {
     return status;
   }
   if (m_calls->Remove(folder.Get(), kTemporaryName) != 0 && errno != ENOENT) {
-    return LastStatus();
+    return errno == EISDIR ? kFolderInTheWay : LastStatus();
   }
   status = WriteTemporary(folder.Get(), text, former);
   if (status == 0 && m_calls->Rename(folder.Get(), kTemporaryName, kName) != 0) {

@@ -1,6 +1,7 @@
 #ifndef DRIVERS_COMMON_CONFIG_FILE_H
 #define DRIVERS_COMMON_CONFIG_FILE_H
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -17,6 +18,9 @@ namespace drivers {
 // the folder are followed.
 class ConfigFile {
  public:
+  // Far more than any snmpd.conf has, and little enough to be held in memory.
+  static constexpr std::size_t kMaximumSize = std::size_t{256} * 1024 * 1024;
+
   // `folder` need not exist yet. `calls` is replaced in tests.
   explicit ConfigFile(const std::string& folder, std::shared_ptr<FileCalls> calls = std::make_shared<FileCalls>());
 
@@ -24,7 +28,8 @@ class ConfigFile {
   std::string GetPath() const;
 
   // Replaces `text` by what the file holds. A file that does not exist reads as the empty text: a device that was never
-  // configured is no failure; a folder that does not exist is one. On failure `text` is left alone.
+  // configured is no failure; a folder that does not exist is one. Nor is a file of more than kMaximumSize bytes read. On
+  // failure `text` is left alone.
   int Read(std::string& text) const;
 
   // Installs `text`. The new file gets mode, owner and group of the old one, or mode 0600 when there is none; where they

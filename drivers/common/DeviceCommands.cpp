@@ -97,7 +97,10 @@ DeviceCommands::Reply DeviceCommands::OnEraseSetting(const ICmdMessage& message)
 }
 
 DeviceCommands::Reply DeviceCommands::OnAddTrapTarget(const ICmdMessage& message) {
-  const std::string missing = FindMissing(message, {"target", "community", "port"});
+  std::string missing = FindMissing(message, {"target", "community", "port"});
+  if (missing.empty() && message.GetString("target").empty()) {
+    missing = "the target is empty; give a target, and community and port where they are known";
+  }
   if (missing.empty()) {
     m_settings.trapTargets.Add(
         TrapTarget(message.GetString("target"), message.GetString("community"), message.GetString("port")));

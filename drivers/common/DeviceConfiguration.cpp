@@ -26,6 +26,15 @@ std::string ReadAttributes(const H7XML::INode& config, DeviceConfiguration& resu
   return std::string();
 }
 
+// What would be read by nobody is likely a mistake.
+std::string RefuseContent(const H7XML::INode& element, const std::string& name) {
+  const std::string text = element.GetValue();
+  if (text.find_first_not_of(" \t\r\n") != std::string::npos) {
+    return "the element " + name + " holds the text \"" + text.substr(0, 60) + "\"; values stand in attributes";
+  }
+  return std::string();
+}
+
 std::string ReadSetting(const H7XML::INode& element, std::set<std::string>& seen, SnmpSettings& settings) {
   const std::string name = element.GetNamedString("name");
   const std::string wrong = SetSettingByName(settings, name, element.GetNamedString("value"));
@@ -51,6 +60,7 @@ std::string ReadTrapTarget(const H7XML::INode& element, SnmpSettings& settings) 
 
 std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result) {
   std::string wrong = ReadAttributes(config, result);
+  wrong = wrong.empty() ? RefuseContent(config, "config") : wrong;
   std::set<std::string> seen;
   const h7::auto_com<H7XML::INodeList> children = config.GetChildren();
   for (auto child = children->First(); wrong.empty() && child; child = children->Next()) {
@@ -61,6 +71,12 @@ std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfigurat
       wrong = ReadTrapTarget(*child, result.settings);
     } else {
       wrong = "the element " + name + " is unknown; allowed are setting and trapTarget";
+    }
+    if (wrong.empty()) {
+      wrong = RefuseContent(*child, name);
+    }
+    if (wrong.empty() && child->GetChildren()->First()) {
+      wrong = "the element " + name + " holds elements; none are allowed there";
     }
   }
   return wrong;

@@ -18,6 +18,9 @@ std::string DescribeFileStatus(int status) {
   if (status == kFileIsNotRegular) {
     return "it is not a regular file";
   }
+  if (status == kFolderInTheWay) {
+    return "a folder named .snmpd.conf.new stands beside it and is in the way of the new text; remove that folder";
+  }
   if (status < -100) {
     return std::generic_category().message(-100 - status);
   }

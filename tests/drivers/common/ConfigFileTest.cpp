@@ -201,6 +201,35 @@ TEST(AFifoOfThatName, IsRefusedBothWaysWithoutWaiting) {
   EXPECT_EQ(kFileIsNotRegular, file.Replace("new"));
 }
 
+TEST(ASocketOfThatName, IsRefusedBothWays) {
+  const TemporaryFolder folder;
+  const int made = ::mknod(folder.Path("snmpd.conf").c_str(), S_IFSOCK | 0600, 0);
+  ASSERT_EQ(0, made);
+  const ConfigFile file(folder.Path());
+  std::string text;
+  EXPECT_EQ(kFileIsNotRegular, file.Read(text));
+  EXPECT_EQ(kFileIsNotRegular, file.Replace("new"));
+}
+
+TEST(AFileLargerThanTheLimit, IsRefusedWithoutReading) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "");
+  ASSERT_EQ(0, ::truncate(folder.Path("snmpd.conf").c_str(), off_t{4} * 1024 * 1024 * 1024 * 1024));
+  std::string text = "before";
+  EXPECT_EQ(FileStatusOfErrno(EFBIG), ConfigFile(folder.Path()).Read(text));
+  EXPECT_EQ("before", text);
+}
+
+TEST(AFolderUnderTheTemporaryName, IsToldAndStays) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "old");
+  std::filesystem::create_directory(folder.Path(".snmpd.conf.new"));
+  const int status = ConfigFile(folder.Path()).Replace("new");
+  EXPECT_EQ(drivers::kFolderInTheWay, status);
+  EXPECT_NE(std::string::npos, drivers::DescribeFileStatus(status).find(".snmpd.conf.new"));
+  EXPECT_TRUE(std::filesystem::exists(folder.Path(".snmpd.conf.new")));
+}
+
 TEST(AFolderWithoutWritePermission, KeepsTheOldFile) {
   const TemporaryFolder folder;
   folder.Write("snmpd.conf", "old");

@@ -68,7 +68,7 @@ TEST_F(ADevice, SetsAndErasesSettings) {
 TEST_F(ADevice, AddsAndClearsTrapTargets) {
   EXPECT_EQ("<Success>",
             m_host.Command("AddTrapTarget", {{"target", "10.0.0.5"}, {"community", "pub lic"}, {"port", "162"}}));
-  EXPECT_EQ("<Success>", m_host.Command("AddTrapTarget", {{"target", ""}, {"community", ""}, {"port", ""}}));
+  EXPECT_EQ("<Success>", m_host.Command("AddTrapTarget", {{"target", "10.0.0.6"}, {"community", ""}, {"port", ""}}));
   EXPECT_EQ(2U, m_settings.trapTargets.Get().size());
   EXPECT_EQ("<Success>", m_host.Command("ClearTrapTargets"));
   EXPECT_TRUE(m_settings.trapTargets.Get().empty());
@@ -128,6 +128,8 @@ TEST_F(ADevice, SaysWhatIsWrongWithACommandAndChangesNothing) {
       0U, m_host.Command("EraseSetting", {{"name", "enabled"}}).find("<Fail>\"enabled\" is no setting that can be erased"));
   EXPECT_EQ("<Fail>the parameter port is missing; needed: target, community, port",
             m_host.Command("AddTrapTarget", {{"target", "10.0.0.5"}, {"community", ""}}));
+  EXPECT_EQ("<Fail>the target is empty; give a target, and community and port where they are known",
+            m_host.Command("AddTrapTarget", {{"target", ""}, {"community", ""}, {"port", ""}}));
   EXPECT_EQ(kNewSettings, m_host.Command("GetSettings"));
 }
 

@@ -85,6 +85,12 @@ TEST(AWrongDeviceConfiguration, IsToldInOneLineThatSaysWhatIsAllowed) {
       WrongWith("<config folder='/d'><setting name='sysName' value='a'/><setting name='sysName' value='a'/></config>"));
   EXPECT_EQ("a trapTarget element has no target; give target, and community and port where they are known",
             WrongWith("<config folder='/d'><trapTarget community='public'/></config>"));
+  EXPECT_EQ("the element config holds the text \"box\"; values stand in attributes",
+            WrongWith("<config folder='/d'>box</config>"));
+  EXPECT_EQ("the element setting holds the text \"box\"; values stand in attributes",
+            WrongWith("<config folder='/d'><setting name='sysName'>box</setting></config>"));
+  EXPECT_EQ("the element setting holds elements; none are allowed there",
+            WrongWith("<config folder='/d'><setting name='sysName'><value/></setting></config>"));
 }
 
 TEST(AWrongDeviceConfiguration, IsToldByTheFirstThingThatIsWrong) {
