@@ -29,7 +29,7 @@ constexpr char kRunFooter[] =
     "SUBJECT is one of: reply, notification, log (the last one each), setting DRIVER NAME,\n"
     "file DRIVER, flag DEVICE ID, state DRIVER. DRIVER is the name or id of a driver in the\n"
     "project. Words are quoted as in a shell, # starts a comment, PARAM=@FILE takes the text\n"
-    "of a file.\n"
+    "of a file, which may be a pipe as the script may.\n"
     "\n"
     "The whole project and script are checked before the first driver is loaded. Then\n"
     "everything that happens is printed in order, one line each; the first word tells what\n"

@@ -18,6 +18,9 @@ std::string Reason(int error) {
   return std::generic_category().message(error);
 }
 
+constexpr char kNotRegular[] = "it is no regular file";
+constexpr char kHoldsNul[] = "the name holds a NUL byte";
+
 class Descriptor {
  public:
   explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
@@ -33,6 +36,21 @@ class Descriptor {
  private:
   int m_descriptor;
 };
+
+int Open(const std::string& path, int flags) {
+  std::string reason;
+  if (path.find('\0') != std::string::npos) {
+    reason = kHoldsNul;
+  } else {
+    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
+    if (descriptor >= 0) {
+      return descriptor;
+    }
+    const bool isLink = errno == ELOOP && (flags & O_NOFOLLOW) != 0;
+    reason = isLink ? "it is a symbolic link" : errno == ENXIO ? kNotRegular : Reason(errno);
+  }
+  throw FileError("cannot read " + Quoted(path) + ": " + reason);
+}
 
 }  // namespace
 
@@ -63,19 +81,37 @@ std::string ReadDescriptorText(int descriptor, const std::string& name, std::siz
 }
 
 std::string ReadFileText(const std::string& path, std::size_t maximumSize) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (file.Get() < 0) {
-    throw FileError("cannot read " + Quoted(path) + ": " + Reason(errno));
-  }
+  const Descriptor file(Open(path, O_RDONLY));
   return ReadDescriptorText(file.Get(), path, maximumSize);
 }
 
+std::string ReadRegularFile(const std::string& path, Links links) {
+  const Descriptor file(Open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | (links == Links::Refused ? O_NOFOLLOW : 0)));
+  struct stat status = {};
+  if (::fstat(file.Get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    throw FileError("cannot read " + Quoted(path) + ": " + (S_ISDIR(status.st_mode) ? Reason(EISDIR) : kNotRegular));
+  }
+  return ReadDescriptorText(file.Get(), path);
+}
+
 std::string WhyUnreadable(const std::string& path) {
+  if (path.find('\0') != std::string::npos) {
+    return kHoldsNul;
+  }
   struct stat status = {};
   if (::stat(path.c_str(), &status) != 0 || ::access(path.c_str(), R_OK) != 0) {
     return Reason(errno);
   }
   return S_ISDIR(status.st_mode) ? Reason(EISDIR) : std::string();
+}
+
+std::string WhyNoRegularFile(const std::string& path) {
+  const std::string reason = WhyUnreadable(path);
+  struct stat status = {};
+  if (reason.empty() && (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))) {
+    return kNotRegular;
+  }
+  return reason;
 }
 
 std::string FolderOf(const std::string& path) {

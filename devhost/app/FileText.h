@@ -23,8 +23,15 @@ std::string ReadFileText(const std::string& path, std::size_t maximumSize = kMax
 // The same for an open file descriptor, which stays open; `name` is for messages.
 std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize = kMaximumFileSize);
 
+// The same for what has to be a regular file: a pipe, which may keep its reader waiting for ever, and all else are refused
+// at once. With Links::Refused, so is a symbolic link of that name.
+enum class Links { Followed, Refused };
+std::string ReadRegularFile(const std::string& path, Links links = Links::Followed);
+
 // Why `path` could not be read, or "" when it looks readable. The file is not opened: a pipe stays untouched.
 std::string WhyUnreadable(const std::string& path);
+// The same for what has to be a regular file.
+std::string WhyNoRegularFile(const std::string& path);
 
 // The part of `path` in front of its last slash, "." when it has none.
 std::string FolderOf(const std::string& path);

@@ -17,6 +17,7 @@
 #include "devhost/app/Printer.h"
 #include "devhost/app/ScriptReader.h"
 #include "devhost/app/ScriptRunner.h"
+#include "devhost/app/Words.h"
 #include "devhost/project/Project.h"
 #include "devhost/state/StateFolder.h"
 
@@ -24,8 +25,9 @@ namespace devhost {
 
 namespace {
 
+// File names and what a driver throws may hold line feeds.
 void Complain(const std::string& text) {
-  Output(STDERR_FILENO).Write("devhost: " + text + "\n");
+  Output(STDERR_FILENO).Write("devhost: " + OneLine(text) + "\n");
 }
 
 // ../lib beside the program, wherever it was installed or built.

@@ -53,9 +53,10 @@ unsigned long FindDriver(const std::string& word, const DriverNames& names) {
   }
 }
 
-std::string ReadablePath(const std::string& folder, const std::string& file) {
+std::string ReadablePath(const std::string& folder, const std::string& file,
+                         std::string (*whyNot)(const std::string& path)) {
   const std::string path = PathIn(folder, file);
-  const std::string reason = WhyUnreadable(path);
+  const std::string reason = whyNot(path);
   if (!reason.empty()) {
     throw ActionError("cannot read " + Quoted(path) + ": " + reason);
   }
@@ -75,7 +76,7 @@ ScriptParameter ParseParameter(const std::string& word, const std::string& folde
   if (parameter.value.compare(0, 2, "@@") == 0) {
     parameter.value.erase(0, 1);
   } else if (!parameter.value.empty() && parameter.value.front() == '@') {
-    parameter.value = ReadablePath(folder, parameter.value.substr(1));
+    parameter.value = ReadablePath(folder, parameter.value.substr(1), WhyUnreadable);
     parameter.isFile = true;
   }
   return parameter;
@@ -288,7 +289,7 @@ Action ParseExpect(const Words& words, const std::string& folder, const DriverNa
     }
   } else if (comparison == "golden") {
     action.comparison = ExpectAction::Comparison::Golden;
-    action.text = ReadablePath(folder, action.text);
+    action.text = ReadablePath(folder, action.text, WhyNoRegularFile);
   } else {
     Refuse("an expectation cannot compare with " + Quoted(comparison), "is, matches, golden");
   }

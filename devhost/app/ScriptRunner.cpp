@@ -273,7 +273,7 @@ void ScriptRunner::Do(const ExpectAction& action) {
   try {
     found = Found(action);
     if (action.comparison == ExpectAction::Comparison::Golden) {
-      expected = ReadFileText(action.text);
+      expected = ReadRegularFile(action.text);
     }
   } catch (const HostError& error) {
     return ExpectationFailed(error.what(), {"  expected: " + Beginning(expected)});
@@ -357,7 +357,7 @@ std::string ScriptRunner::DeviceFile(unsigned long driverId) {
     throw HostError(m_names.Name(driverId) + " names no file");
   }
   try {
-    return ReadFileText(path);
+    return ReadRegularFile(path, Links::Refused);  // the driver follows none either
   } catch (const FileError& error) {
     throw HostError(error.what());
   }

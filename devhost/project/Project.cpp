@@ -1,7 +1,5 @@
 #include "devhost/project/Project.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -23,17 +21,13 @@ constexpr char kAgentModule[] = "snmp_configuration_agent.so";
 
 // The loader takes a path without a slash for a name to search for, so paths are made absolute.
 std::string Absolute(const std::string& path) {
-  return std::filesystem::absolute(path.empty() ? "." : path).lexically_normal().string();
-}
-
-// "" when a module can be loaded from `path` as far as the file system tells.
-std::string WhyNoModule(const std::string& path) {
-  struct stat status = {};
-  const std::string reason = WhyUnreadable(path);
-  if (!reason.empty()) {
-    return reason;
+  std::error_code error;
+  const std::filesystem::path absolute = std::filesystem::absolute(path.empty() ? "." : path, error);
+  if (error) {
+    throw ProjectError("cannot tell where " + Quoted(path) + " is: the current directory is out of reach (" +
+                       error.message() + "); allowed: absolute paths");
   }
-  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? std::string() : "it is no regular file";
+  return absolute.lexically_normal().string();
 }
 
 std::string Trimmed(const std::string& text) {
@@ -114,7 +108,7 @@ class ProjectFile {
 
   XmlElement Parse() const {
     try {
-      return ReadXml(ReadFileText(m_path));
+      return ReadXml(ReadRegularFile(m_path));
     } catch (const FileError& error) {
       throw ProjectError(error.what());
     } catch (const XmlError& error) {
@@ -232,7 +226,7 @@ class ProjectFile {
     const std::string& module = Required(element, "module", kAgentModule);
     const bool bare = module.find('/') == std::string::npos;
     const std::string path = Absolute(PathIn(bare ? m_moduleFolder : m_folder, module));
-    const std::string reason = WhyNoModule(path);
+    const std::string reason = WhyNoRegularFile(path);
     if (!reason.empty()) {
       Refuse(element, "cannot load the module " + Quoted(path) + ": " + reason +
                           "; allowed: " + "the file name of a module in " + Quoted(m_moduleFolder) +
@@ -277,7 +271,7 @@ Project AgentAlone(const std::string& moduleFolder) {
   agent.name = "agent";
   agent.module = PathIn(Absolute(moduleFolder), kAgentModule);
   agent.configXml = "<config/>";
-  const std::string reason = WhyNoModule(agent.module);
+  const std::string reason = WhyNoRegularFile(agent.module);
   if (!reason.empty()) {
     throw ProjectError("cannot load the agent module " + Quoted(agent.module) + ": " + reason +
                        "; name the folder of the modules with --module-dir, or a project with --project");

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/support/ScratchFolder.h"
 
@@ -51,6 +52,42 @@ TEST(AskingWhyAFileIsUnreadable, LeavesAPipeAlone) {
   EXPECT_EQ(WhyUnreadable(folder.Path("pipe")), "");
   EXPECT_EQ(WhyUnreadable(folder.Path()), "Is a directory");
   EXPECT_EQ(WhyUnreadable(folder.Path("missing")), "No such file or directory");
+}
+
+std::string RegularErrorOf(const std::string& path, Links links = Links::Followed) {
+  try {
+    ReadRegularFile(path, links);
+  } catch (const FileError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(WhatHasToBeARegularFile, IsRefusedAtOnceWhenItIsNone) {
+  const testsupport::ScratchFolder folder;
+  ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+  EXPECT_THAT(RegularErrorOf(folder.Path("pipe")), HasSubstr("it is no regular file"));
+  EXPECT_THAT(RegularErrorOf(folder.Path()), HasSubstr("Is a directory"));
+  EXPECT_THAT(RegularErrorOf(folder.Path("missing")), HasSubstr("No such file"));
+  EXPECT_EQ(WhyNoRegularFile(folder.Path("pipe")), "it is no regular file");
+  EXPECT_EQ(WhyNoRegularFile(folder.Write("a", "text")), "");
+  EXPECT_EQ(ReadRegularFile(folder.Path("a")), "text");
+}
+
+TEST(ASymbolicLink, IsFollowedOnlyWhereItMayBe) {
+  const testsupport::ScratchFolder folder;
+  folder.Write("a", "text");
+  ASSERT_EQ(::symlink("a", folder.Path("link").c_str()), 0);
+  EXPECT_EQ(ReadRegularFile(folder.Path("link")), "text");
+  EXPECT_THAT(RegularErrorOf(folder.Path("link"), Links::Refused), HasSubstr("it is a symbolic link"));
+}
+
+TEST(APathWithANulByte, IsRefused) {
+  const testsupport::ScratchFolder folder;
+  const std::string path = folder.Write("a", "text") + std::string("\0b", 2);
+  EXPECT_THAT(ErrorOf(path), HasSubstr("the name holds a NUL byte"));
+  EXPECT_THAT(RegularErrorOf(path), HasSubstr("the name holds a NUL byte"));
+  EXPECT_EQ(WhyUnreadable(path), "the name holds a NUL byte");
 }
 
 TEST(APath, IsSeenFromItsFolder) {
