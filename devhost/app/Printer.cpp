@@ -80,6 +80,7 @@ void Printer::Print(const Occurrence& occurrence, const std::string& where) {
       return Line("invalidate", driver);
     case Occurrence::Kind::Manners:
       return Line("manners", Joined(driver, occurrence.text) + " (" + where + ")");
+    case Occurrence::Kind::Failure:
     case Occurrence::Kind::StateProblem:
       return Line("error", where + ": " + occurrence.text);
   }
@@ -90,7 +91,8 @@ void Printer::Line(std::string_view word, std::string_view text) {
 }
 
 void Printer::Xml(std::string_view word, const std::string& driver, const std::string& xml) {
-  if (m_style.pretty && !xml.empty()) {
+  constexpr std::size_t kWidth = 100;
+  if (m_style.pretty && word.size() + driver.size() + xml.size() + 2 > kWidth) {
     try {
       return Write(word, driver + Indented(XmlText(ReadXml(xml), XmlStyle::Indented)));
     } catch (const XmlError&) {

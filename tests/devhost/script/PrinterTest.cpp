@@ -43,12 +43,16 @@ TEST(AReplyThatIsMissing, IsItsFirstWordAndDriver) {
 }
 
 TEST(AReplyInPrettyStyle, IsIndented) {
-  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a><b>c</b></a>"), Pretty()),
-            "reply kitchen\n  <a>\n    <b>c</b>\n  </a>\n");
+  const std::string fits(100 - std::string("reply kitchen <a><b></b></a>").size(), 'c');
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a><b>" + fits + "</b></a>"), Pretty()),
+            "reply kitchen <a><b>" + fits + "</b></a>\n");
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a><b>c" + fits + "</b></a>"), Pretty()),
+            "reply kitchen\n  <a>\n    <b>c" + fits + "</b>\n  </a>\n");
 }
 
 TEST(AReplyInPrettyStyleThatCannotBeLaidOut, IsPrintedAsItCame) {
-  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a>"), Pretty()), "reply kitchen <a>\n");
+  const std::string xml = "<a>" + std::string(100, 'x');
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", xml), Pretty()), "reply kitchen " + xml + "\n");
 }
 
 TEST(ALogLine, CarriesItsLevelAndShowsControlCharacters) {
