@@ -16,10 +16,11 @@ class StateStore;
 
 // One driver of a project, as the project file names it.
 struct DriverEntry {
-  unsigned long id = 0;   // unique in the project, at most 32 bits
-  std::string name;       // for messages; unique in the project
-  std::string module;     // path of the driver module
-  std::string configXml;  // the text of its configuration element, "<config/>" when it has none
+  unsigned long id = 0;     // unique in the project, at most 32 bits
+  std::string name;         // for messages; unique in the project
+  std::string module;       // path of the driver module
+  std::string configXml;    // the text of its configuration element, "<config/>" when it has none
+  std::string origin = {};  // where the project file names it, for messages: "FILE:LINE"; empty when that is not known
 };
 
 // Something that happened in the host, in the order in which it happened.
@@ -34,6 +35,7 @@ struct Occurrence {
     Log,           // a driver logged a line
     Invalidate,    // a driver's persisted state is out of date
     Manners,       // a driver broke the host's rules; text says what and where
+    Failure,       // a driver's Initialize returned something else than success; the driver stays loaded
     StateProblem   // a driver's persisted state could not be read, given or kept; text says where, what and what becomes of
                    // it
   };

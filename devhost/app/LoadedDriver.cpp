@@ -1,6 +1,10 @@
 #include "devhost/app/LoadedDriver.h"
 
+#include <unistd.h>
+
+#include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <utility>
 
@@ -47,6 +51,34 @@ class TerminateNote {
 const char* TerminateNote::s_title = "";
 std::terminate_handler TerminateNote::s_next = nullptr;
 
+// A driver that ends the process takes the rest of the script with it, and its own status must not pass for success.
+class ExitNote {
+ public:
+  explicit ExitNote(const std::string& call) : m_call(call), m_outer(s_innermost.exchange(this)) {
+    static const int s_registered = std::atexit(&OnExit);
+    static_cast<void>(s_registered);
+  }
+  ~ExitNote() { s_innermost = m_outer; }
+  ExitNote(const ExitNote&) = delete;
+  ExitNote& operator=(const ExitNote&) = delete;
+
+ private:
+  static void OnExit() {
+    const ExitNote* const innermost = s_innermost;
+    if (innermost != nullptr) {
+      std::fprintf(stderr, "devhost: the process was ended during %s; drivers return from every call\n",
+                   innermost->m_call.c_str());
+      ::_exit(1);
+    }
+  }
+
+  static std::atomic<const ExitNote*> s_innermost;
+  const std::string m_call;
+  const ExitNote* const m_outer;
+};
+
+std::atomic<const ExitNote*> ExitNote::s_innermost{nullptr};
+
 std::string CommandText(const std::string& name, const Parameters& parameters) {
   std::string text = AsWord(name);
   for (const auto& [parameter, value] : parameters) {
@@ -71,6 +103,7 @@ std::string LoadedDriver::Title() const {
 template <class Action>
 auto LoadedDriver::Call(const std::string& description, Action action) {
   const CallScope scope(m_core, this, description, nullptr);
+  const ExitNote note(description + " of " + Title());
   std::string problem;
   try {
     return action();
@@ -80,7 +113,7 @@ auto LoadedDriver::Call(const std::string& description, Action action) {
     problem = "something that is no std::exception";
   }
   // Thrown behind the handlers: the driver's exception object is gone before its module can be.
-  throw HostError(Title() + " threw in " + description + ": " + problem);
+  throw HostError("an exception came out of " + description + " of " + Title() + ": " + problem);
 }
 
 void LoadedDriver::Create() {
@@ -99,7 +132,9 @@ void LoadedDriver::Initialize(H7XML::INode& config, H7XML::INode* persisted) {
     m_base = BaseState::Initialized;
   }
   if (result != 0) {
-    m_core.Emit(Occurrence::Kind::Log, this, "1", "Initialize returned " + std::to_string(result));
+    m_core.Emit(Occurrence::Kind::Failure, this, "",
+                Title() + (m_entry.origin.empty() ? "" : " (" + m_entry.origin + ")") +
+                    " could not start: its Initialize returned " + std::to_string(result) + "; allowed: 0 for success");
   }
 }
 
@@ -149,6 +184,7 @@ void LoadedDriver::Destroy() noexcept {
     const CallScope scope(m_core, this, "destruction", nullptr);
     const std::string title = Title();
     const TerminateNote note(title);
+    const ExitNote exitNote("destruction of " + title);
     m_commands.Clear();
     delete std::exchange(m_driver, nullptr);
     ReportLeftovers();
@@ -163,7 +199,7 @@ void LoadedDriver::ReportLeftovers() {
   }
   m_commands.Clear();
   for (const EventListeners::Registration& registration : m_core.listeners.RemoveAll(m_entry.id)) {
-    Report("left a listener for system event " + std::to_string(registration.eventId) + " behind");
+    Report("left a listener for " + SystemEventTitle(registration.eventId) + " behind");
   }
   for (const std::string& iid : m_core.directory.WithdrawAll(m_entry.id)) {
     Report("left its registration under \"" + iid + "\" behind");

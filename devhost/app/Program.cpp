@@ -63,6 +63,9 @@ std::string Summary(const ScriptRunner::Result& result) {
   if (result.badManners != 0) {
     add("the host's rules broken " + Counted(result.badManners, "time"));
   }
+  if (result.driversFailed != 0) {
+    add("the start of " + Counted(result.driversFailed, "driver") + " failed");
+  }
   if (result.stateProblems != 0) {
     add(Counted(result.stateProblems, "problem") + " with a driver's state");
   }

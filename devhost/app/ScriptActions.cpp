@@ -9,6 +9,7 @@
 #include "devhost/app/Pattern.h"
 #include "devhost/app/ScriptVariables.h"
 #include "devhost/app/Words.h"
+#include "devhost/base/EventListeners.h"
 
 namespace devhost {
 
@@ -127,6 +128,9 @@ Action ParseCommand(const Words& words, const std::string& folder, const DriverN
 Action ParseEvent(const Words& words, const std::string& folder) {
   if (words.size() < 2 || words[1].empty() || words[1].find('=') != std::string::npos) {
     Refuse("the event has no name", "event NAME [PARAM=VALUE|PARAM=@FILE]...");
+  }
+  if (SystemEventIdOf(words[1]) == 0) {
+    Refuse("there is no system event " + Quoted(words[1]), SystemEventNames());
   }
   return EventAction{words[1], ParseParameters(words, 2, folder)};
 }

@@ -23,6 +23,11 @@ Script LoadScript(const std::string& path) {
     script.folder = FolderOf(path);
     script.text = ReadFileText(path);
   }
+  // What some editors put in front of a text says nothing.
+  constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+  if (script.text.compare(0, 3, kByteOrderMark) == 0) {
+    script.text.erase(0, 3);
+  }
   return script;
 }
 

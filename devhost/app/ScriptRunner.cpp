@@ -139,6 +139,9 @@ void ScriptRunner::OnOccurrence(const Occurrence& occurrence) {
   } else if (kind == Occurrence::Kind::Manners) {
     ++m_result.badManners;
     NoteFirst();
+  } else if (kind == Occurrence::Kind::Failure) {
+    ++m_result.driversFailed;
+    NoteFirst();
   } else if (kind == Occurrence::Kind::StateProblem) {
     ++m_result.stateProblems;
     NoteFirst();

@@ -38,8 +38,9 @@ class ScriptRunner : private HostObserver {
     std::size_t expectationsFailed = 0;
     std::size_t badManners = 0;
     std::size_t stateProblems = 0;
+    std::size_t driversFailed = 0;
     std::string first;  // where the first of them was
-    bool Good() const { return actionsFailed + expectationsFailed + badManners + stateProblems == 0; }
+    bool Good() const { return actionsFailed + expectationsFailed + badManners + stateProblems + driversFailed == 0; }
   };
   const Result& GetResult() const { return m_result; }
 

@@ -73,6 +73,15 @@ unsigned int SystemEventIdOf(const std::string& name) {
   return 0;
 }
 
+std::string SystemEventTitle(unsigned int eventId) {
+  for (const NamedEvent& event : kEvents) {
+    if (eventId == static_cast<unsigned int>(event.id)) {
+      return "event \"" + std::string(event.name) + "\"";
+    }
+  }
+  return "system event " + std::to_string(eventId);
+}
+
 std::string SystemEventNames() {
   std::string names;
   for (const NamedEvent& event : kEvents) {

@@ -152,6 +152,7 @@ class ProjectFile {
     driver.name = ReadName(element);
     driver.module = ReadModule(element);
     driver.configXml = ReadConfig(element);
+    driver.origin = m_path + ":" + std::to_string(element.line);
     return driver;
   }
 

@@ -252,7 +252,7 @@ TEST_F(AHost, IsNotStoppedFromInsideACall) {
 
 TEST_F(AHost, ReportsAFailedInitializeAndGoesOn) {
   host.Load(Entry(7, "seven", "well_behaved", "<config greeting='hi' result='5'/>"));
-  EXPECT_THAT(observer.Texts(Kind::Log), ElementsAre("Initialize returned 5"));
+  EXPECT_THAT(observer.Texts(Kind::Failure), ElementsAre(HasSubstr("could not start: its Initialize returned 5")));
   EXPECT_EQ(host.Command(7, "GreetFirst", {}), "<Greeting>hi</Greeting>");
 }
 
@@ -292,10 +292,11 @@ TEST_F(AHost, RefusesAModuleThatMakesNoDriver) {
 TEST_F(AHost, TurnsADriversExceptionsIntoHostErrors) {
   host.Load(Entry(5, "rude", "rude", ""));
   EXPECT_EQ(ErrorOf([&] { host.Command(5, "Throw", {}); }),
-            "driver 5 \"rude\" threw in command \"Throw\": no <answer> today");
+            "an exception came out of command \"Throw\" of driver 5 \"rude\": no <answer> today");
   EXPECT_EQ(ErrorOf([&] { host.Command(5, "ThrowOddly", {}); }),
-            "driver 5 \"rude\" threw in command \"ThrowOddly\": something that is no std::exception");
-  EXPECT_EQ(ErrorOf([&] { host.GetPersistState(5); }), "driver 5 \"rude\" threw in GetPersistState: no state today");
+            "an exception came out of command \"ThrowOddly\" of driver 5 \"rude\": something that is no std::exception");
+  EXPECT_EQ(ErrorOf([&] { host.GetPersistState(5); }),
+            "an exception came out of GetPersistState of driver 5 \"rude\": no state today");
   EXPECT_EQ(LiveXmlObjects(), 0U);
 }
 
@@ -305,13 +306,13 @@ TEST_F(AHost, LetsAllListenersHearAnEventBeforeItThrows) {
   LoadGreeter(7, "hi");
   observer.all.clear();
   EXPECT_EQ(ErrorOf([&] { host.SendEvent("OnProjectLoaded", {}); }),
-            "driver 5 \"rude\" threw in event \"OnProjectLoaded\": not listening");
+            "an exception came out of event \"OnProjectLoaded\" of driver 5 \"rude\": not listening");
   EXPECT_THAT(observer.Texts(Kind::Notification), ElementsAre("<Heard>OnProjectLoaded</Heard>"));
 }
 
 TEST_F(AHost, LeavesNothingLoadedWhenRegisterCommandsThrows) {
   EXPECT_THAT(ErrorOf([&] { host.Load(Entry(5, "rude", "throws_in_register_commands", "")); }),
-              HasSubstr("driver 5 \"rude\" threw in RegisterCommands: no commands today"));
+              HasSubstr("an exception came out of RegisterCommands of driver 5 \"rude\": no commands today"));
   EXPECT_THAT(host.Drivers(), IsEmpty());
   EXPECT_THAT(observer.all, IsEmpty());
   EXPECT_FALSE(IsInProcess("throws_in_register_commands"));

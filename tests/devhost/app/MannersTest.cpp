@@ -112,8 +112,9 @@ TEST_F(ARudeDriver, IsNamedForListenersLeftBehind) {
   Load(5, "rude");
   host.Command(5, "LeaveListener", {});
   host.Stop();
-  EXPECT_THAT(Reports(), ElementsAre(AllOf(HasSubstr("driver 5 \"rude5\": left a listener for system event 5 behind")),
-                                     AllOf(HasSubstr("driver 5 \"rude5\": left a listener for system event 34 behind"))));
+  EXPECT_THAT(Reports(),
+              ElementsAre(AllOf(HasSubstr("driver 5 \"rude5\": left a listener for event \"OnProjectLoaded\" behind")),
+                          AllOf(HasSubstr("driver 5 \"rude5\": left a listener for event \"OnVariableAdded\" behind"))));
   host.SendEvent("OnProjectLoaded", {});  // nobody is called any more
 }
 
@@ -160,7 +161,7 @@ TEST_F(ARudeDriver, IsNamedForWhatItDoesBeforeInitialize) {
 TEST_F(ARudeDriver, LeavesNothingLoadedWhenItsConstructorThrows) {
   EXPECT_THROW(Load(5, "throws_in_constructor"), HostError);
   EXPECT_THAT(host.Drivers(), IsEmpty());
-  EXPECT_THAT(Reports(), ElementsAre(HasSubstr("left a listener for system event 5 behind"),
+  EXPECT_THAT(Reports(), ElementsAre(HasSubstr("left a listener for event \"OnProjectLoaded\" behind"),
                                      HasSubstr("left 1 XML object alive: node \"Unfinished\"")));
   host.SendEvent("OnProjectLoaded", {});  // its listener is gone
   leaked = 1;
@@ -219,6 +220,12 @@ TEST_F(ARudeDriver, IsNamedOnceForAnyWorkOnXmlFromOtherThreadsAndNothingBreaks) 
   Load(5, "rude");
   host.Command(5, "XmlFromThreads", {});
   ExpectOneReport("came from a second thread; it was done, by module \"" + Module("rude") + "\"");
+}
+
+TEST_F(ARudeDriver, CannotEndTheProcessWithSuccess) {
+  Load(5, "rude");
+  EXPECT_EXIT(host.Command(5, "Exit", {}), testing::ExitedWithCode(1),
+              "the process was ended during command \"Exit\" of driver 5 \"rude5\"");
 }
 
 TEST_F(ARudeDriver, SharesItsModuleWithAnotherAndIsStillNamed) {

@@ -1,5 +1,6 @@
 // A driver that breaks one rule of its host for each of its commands.
 #include <boost/bind/bind.hpp>
+#include <cstdlib>
 #include <functional>
 #include <map>
 #include <stdexcept>
@@ -49,6 +50,7 @@ class Rude : public H7BaseAgentDriver, public ISystemEventCallback {
   void RegisterCommands() override {
     Register("Throw", [] { throw RudeException("no <answer> today"); });
     Register("ThrowOddly", [] { throw 42; });
+    Register("Exit", [] { std::exit(0); });
     Register("LeakNode", [] { H7XML::CreateXmlNode("Leaked", "").Detach(); });
     Register("LeakFive", [] {
       for (int i = 0; i != 5; ++i) {

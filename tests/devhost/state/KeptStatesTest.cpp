@@ -170,8 +170,10 @@ TEST_F(AKeptState, StaysWhenTheDriverThrowsInsteadOfGivingANewOne) {
   Set(host, "a", "1");
   Set(host, "throw", "1");
   EXPECT_EQ(store.Text(7), "<State>a</State>");
-  EXPECT_THAT(observer.Texts(Kind::StateProblem),
-              ElementsAre("driver 7 \"keeper7\" threw in GetPersistState: no state today; the state is not kept"));
+  EXPECT_THAT(
+      observer.Texts(Kind::StateProblem),
+      ElementsAre(
+          "an exception came out of GetPersistState of driver 7 \"keeper7\": no state today; the state is not kept"));
 }
 
 TEST_F(AKeptState, IsAskedForButNotKeptByGetPersistState) {
