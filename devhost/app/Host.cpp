@@ -249,29 +249,24 @@ void Host::Impl::Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded) {
 // Objects that no driver's code holds (the program's own, say) are nobody's fault.
 void Host::Impl::ReportLiveXml(std::uint64_t mark) {
   struct Culprit {
-    std::shared_ptr<LoadedDriver> driver;
+    HostCore::Drivers owners;  // of the module
     std::vector<std::string> objects;
   };
-  const HostCore::Drivers drivers = m_core.Snapshot();
   std::map<std::string, Culprit> culprits;  // by module
   for (const LiveXmlObject& object : LiveXmlObjectsSince(mark)) {
     for (const void* const code : {object.creator, object.lastHolder}) {
-      HostCore::Drivers owners;
-      for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
-        if (driver->OwnsCode(code)) {
-          owners.push_back(driver);
-        }
-      }
+      const HostCore::Drivers owners = m_core.OwnersOf(code);
       if (!owners.empty()) {
         Culprit& culprit = culprits[owners.front()->Entry().module];
-        culprit.driver = owners.size() == 1 ? owners.front() : nullptr;
+        culprit.owners = owners;
         culprit.objects.push_back(object.description);
         break;
       }
     }
   }
   for (const auto& [module, culprit] : culprits) {
-    m_core.Report(culprit.driver.get(), Summary(culprit.objects) + ", by module \"" + module + "\"");
+    m_core.Report(culprit.owners.size() == 1 ? culprit.owners.front().get() : nullptr,
+                  Summary(culprit.objects) + ", by module \"" + module + "\"", culprit.owners);
   }
 }
 
@@ -376,7 +371,8 @@ void Host::Impl::SendRemoval(HostVariables::Taken taken, bool idsAreGood, const 
 
 void Host::Impl::Log(unsigned int level, const char* line) noexcept {
   try {
-    m_core.Emit(Occurrence::Kind::Log, m_core.DriverOf(LogCaller()).get(), std::to_string(level), line);
+    m_core.Emit(Occurrence::Kind::Log, m_core.DriverOf(LogCaller()).get(), std::to_string(level), line,
+                m_core.OwnersOf(LogCaller()));
   } catch (...) {
     // A line for which there is no memory is dropped.
   }

@@ -7,12 +7,27 @@
 
 namespace devhost {
 
-void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text) {
+namespace {
+
+std::string Names(const HostCore::Drivers& drivers, const char* separator) {
+  std::string names;
+  for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
+    names += (names.empty() ? "" : separator) + driver->Entry().name;
+  }
+  return names;
+}
+
+}  // namespace
+
+void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text,
+                    const Drivers& candidates) {
   Occurrence occurrence;
   occurrence.kind = kind;
   if (driver != nullptr) {
     occurrence.driverId = driver->Entry().id;
     occurrence.driverName = driver->Entry().name;
+  } else {
+    occurrence.driverName = Names(candidates, "|");
   }
   occurrence.name = name;
   occurrence.text = text;
@@ -20,26 +35,39 @@ void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std
   m_observer.OnOccurrence(occurrence);
 }
 
-void HostCore::Report(const LoadedDriver* driver, const std::string& what) {
+void HostCore::Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates) {
   ++m_mannersCount;
   const CallGate::Call call = gate.Innermost();
   const std::string place = call.description.empty() ? "" : ", during " + call.description;
-  Emit(Occurrence::Kind::Manners, driver, "", (driver != nullptr ? driver->Title() + ": " : "") + what + place);
+  const std::string who = driver != nullptr     ? driver->Title() + ": "
+                          : !candidates.empty() ? "one of " + Names(candidates, ", ") + ": "
+                                                : "";
+  Emit(Occurrence::Kind::Manners, driver, "", who + what + place, candidates);
 }
 
 void HostCore::ReportCode(const LoadedDriver* driver, const void* code, const std::string& what) {
-  const std::string file = driver != nullptr ? driver->Entry().module : ModuleFileOf(code);
-  Report(driver, what + ", by module \"" + file + "\"");
+  // Where several drivers share the module, the one that is being called need not be the one that did it.
+  const Drivers owners = OwnersOf(code);
+  const LoadedDriver* const culprit = owners.size() > 1 ? nullptr : driver;
+  const std::string file = !owners.empty()      ? owners.front()->Entry().module
+                           : culprit != nullptr ? culprit->Entry().module
+                                                : ModuleFileOf(code);
+  Report(culprit, what + ", by module \"" + file + "\"", owners);
 }
 
-std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
-  const void* const called = gate.Innermost().driver;
+HostCore::Drivers HostCore::OwnersOf(const void* code) const {
   Drivers owners;
   for (const std::shared_ptr<LoadedDriver>& driver : Snapshot()) {
     if (driver->OwnsCode(code)) {
       owners.push_back(driver);
     }
   }
+  return owners;
+}
+
+std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
+  const void* const called = gate.Innermost().driver;
+  const Drivers owners = OwnersOf(code);
   const auto isCalled = [&](const std::shared_ptr<LoadedDriver>& owner) { return owner.get() == called; };
   const auto found = owners.size() == 1 ? owners.begin() : std::find_if(owners.begin(), owners.end(), isCalled);
   return found != owners.end() ? *found : nullptr;

@@ -31,9 +31,11 @@ class HostCore {
   CallGate gate;
 
   // `driver` may be null in all of these: none is known.
-  void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text);
+  // Where none is known for sure, all `candidates` are named.
+  void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text,
+            const Drivers& candidates = {});
   // Reports a driver that broke the rules; the call that is under way is named with it.
-  void Report(const LoadedDriver* driver, const std::string& what);
+  void Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates = {});
   // The same, with the name of the module that the code at that address stands in.
   void ReportCode(const LoadedDriver* driver, const void* code, const std::string& what);
   std::size_t MannersCount() const { return m_mannersCount; }
@@ -43,6 +45,8 @@ class HostCore {
   // The same on the thread of the call that is under way: code of no driver's module counts for the driver that is being
   // called, because a driver's last act may have been a jump.
   std::shared_ptr<LoadedDriver> DriverOf(const void* code) const;
+  // All drivers whose module holds that code, in the order of loading.
+  Drivers OwnersOf(const void* code) const;
 
   // The drivers, in the order of loading: a copy that stays good while drivers come and go.
   Drivers Snapshot() const;
