@@ -39,11 +39,6 @@ class OnlyHost {
   OnlyHost& operator=(const OnlyHost&) = delete;
 };
 
-// How messages name a driver that has no record yet.
-std::string TitleOf(const DriverEntry& entry) {
-  return "driver " + std::to_string(entry.id) + " \"" + entry.name + "\"";
-}
-
 h7::auto_com<H7XML::INode> ConfigNode(const DriverEntry& entry) {
   try {
     return ReadXmlNode(entry.configXml.empty() ? "<config/>" : entry.configXml);
@@ -73,14 +68,6 @@ XmlElement EventElement(const std::string& name, const Parameters& parameters) {
     event.children.push_back(std::move(item));
   }
   return event;
-}
-
-std::string EventText(const std::string& name, const Parameters& parameters) {
-  std::string text = AsWord(name);
-  for (const auto& [parameter, value] : parameters) {
-    text += ' ' + AsWord(parameter) + '=' + AsWord(value);
-  }
-  return text;
 }
 
 // A call of the host's user. When no other one is around it, states that became out of date meanwhile are kept at its end.
@@ -314,7 +301,7 @@ void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters
   if (eventId == 0) {
     throw HostError("there is no system event \"" + name + "\"; known are: " + SystemEventNames());
   }
-  m_core.Emit(Occurrence::Kind::Event, nullptr, name, EventText(name, parameters));
+  m_core.Emit(Occurrence::Kind::Event, nullptr, name, TextOf(name, parameters));
   const XmlElement event = EventElement(name, parameters);
   std::string firstProblem;
   m_core.listeners.Deliver(eventId, [&](const EventListeners::Registration& registration) {

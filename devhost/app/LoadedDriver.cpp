@@ -79,7 +79,9 @@ class ExitNote {
 
 std::atomic<const ExitNote*> ExitNote::s_innermost{nullptr};
 
-std::string CommandText(const std::string& name, const Parameters& parameters) {
+}  // namespace
+
+std::string TextOf(const std::string& name, const Parameters& parameters) {
   std::string text = AsWord(name);
   for (const auto& [parameter, value] : parameters) {
     text += ' ' + AsWord(parameter) + '=' + AsWord(value);
@@ -87,7 +89,9 @@ std::string CommandText(const std::string& name, const Parameters& parameters) {
   return text;
 }
 
-}  // namespace
+std::string TitleOf(const DriverEntry& entry) {
+  return "driver " + std::to_string(entry.id) + " \"" + entry.name + "\"";
+}
 
 LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
     : m_core(core),
@@ -95,10 +99,6 @@ LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
       m_module(entry.module),
       m_commands(*this, *this),
       m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
-
-std::string LoadedDriver::Title() const {
-  return "driver " + std::to_string(m_entry.id) + " \"" + m_entry.name + "\"";
-}
 
 template <class Action>
 auto LoadedDriver::Call(const std::string& description, Action action) {
@@ -151,7 +151,7 @@ std::string LoadedDriver::Command(const std::string& name, const Parameters& par
     }
     throw HostError(Title() + " has no command \"" + name + "\"" + (known.empty() ? "; it has none" : known));
   }
-  m_core.Emit(Occurrence::Kind::Command, this, name, CommandText(name, parameters));
+  m_core.Emit(Occurrence::Kind::Command, this, name, TextOf(name, parameters));
   const CommandMessage message(parameters);
   std::string replyName;
   std::string reply;

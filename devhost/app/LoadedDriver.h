@@ -17,6 +17,11 @@ namespace devhost {
 
 class HostCore;
 
+// How messages name a driver: driver 12 "kitchen".
+std::string TitleOf(const DriverEntry& entry);
+// A command or event with its parameters, as a script would write it.
+std::string TextOf(const std::string& name, const Parameters& parameters);
+
 // One driver from the loading of its module to the unloading: the host's record of it, and the services behind its base.
 //
 // All calls into the driver go through here. An exception of the driver comes out as HostError.
@@ -30,8 +35,7 @@ class LoadedDriver : public DriverServices, private Manners, private ServiceChec
   LoadedDriver& operator=(const LoadedDriver&) = delete;
 
   const DriverEntry& Entry() const { return m_entry; }
-  // How messages name it: driver 12 "kitchen".
-  std::string Title() const;
+  std::string Title() const { return TitleOf(m_entry); }
   bool OwnsCode(const void* code) const { return m_module.Contains(code); }
   const CommandTable& Commands() const { return m_commands; }
 
