@@ -91,13 +91,20 @@ void ScriptRunner::Start(const std::vector<VariableEntry>& variables) {
 void ScriptRunner::Play(const Script& script) {
   ScriptReader reader(script, m_names);
   Action action;
-  while (!m_givenUp && !m_printer.Failed() && reader.Next(action)) {
-    m_where = reader.Position();
+  bool more = true;
+  while (more && !m_givenUp && !m_printer.Failed()) {
+    // Whatever an action ends in, the script goes on, and the drivers come to their clean stop.
     try {
-      std::visit([this](const auto& what) { Do(what); }, action);
-    } catch (const HostError& error) {
-      ActionFailed(error.what());
-    } catch (const FileError& error) {
+      more = reader.Next(action);
+      m_where = reader.Position();
+      if (more) {
+        std::visit([this](const auto& what) { Do(what); }, action);
+      }
+    } catch (const ScriptError& error) {
+      // The script was right when it was checked: a file that it names has gone since.
+      m_where = reader.Position();
+      ActionFailed(std::string(error.what()).substr(m_where.size() + 2));
+    } catch (const std::exception& error) {
       ActionFailed(error.what());
     }
   }
