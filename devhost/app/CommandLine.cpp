@@ -44,11 +44,18 @@ constexpr char kRunFooter[] =
     "\n"
     "Example: see whether a device takes a new name.\n"
     "\n"
+    "  $ cat project.xml\n"
+    "  <project>\n"
+    "    <driver id=\"1\" name=\"agent\" module=\"snmp_configuration_agent.so\"/>\n"
+    "    <driver id=\"12\" name=\"kitchen\" module=\"simulated_device.so\"><config folder=\"{project}\"/></driver>\n"
+    "  </project>\n"
     "  $ cat rename.devhost\n"
     "  device kitchen set sysName 'kitchen north'\n"
     "  command GetDeviceList\n"
     "  expect reply matches '>kitchen north<'\n"
-    "  $ devhost run --project project.xml rename.devhost";
+    "  $ devhost run --project project.xml rename.devhost\n"
+    "\n"
+    "More: \"man devhost\" (docs/man/devhost.1) and docs/scripts.md.";
 
 std::string ActionTable() {
   std::size_t width = 0;
@@ -118,8 +125,29 @@ class Parser {
                  ? "there is no option " + Quoted(first) + "; allowed: --help, --version, or a command"
                  : "there is no command " + Quoted(first) + "; allowed: run";
     }
-    return OneLine(error.what()) +
-           (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr ? "; allowed: one script and the options of run" : "");
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+      return OneLine(error.what()) + "; allowed: one script and the options of run";
+    }
+    const std::string what = OneLine(error.what());
+    const std::string misuse = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr
+                                   ? Misuse(what.substr(0, what.find_first_of(": ")))
+                                   : "";
+    return misuse.empty() ? what : misuse;
+  }
+
+  // What is wrong with an option that has too many values, too few, or one that it does not take; "" when there is none.
+  std::string Misuse(const std::string& name) const {
+    for (const CLI::Option* const option : m_run->get_options()) {
+      if (!option->check_name(name) && !option->check_lname(name)) {
+        continue;
+      }
+      const std::string flag = option->get_name();
+      const std::string form = flag + " " + option->get_type_name();
+      return option->get_expected_max() == 0 ? flag + " has a value; allowed: " + flag + " alone"
+             : option->count() > 1 ? flag + " is given " + std::to_string(option->count()) + " times; allowed: once"
+                                   : flag + " has no value; allowed: " + form;
+    }
+    return "";
   }
 
   static std::string Named(const std::string& path) { return path.empty() ? "the name is empty; allowed: a path" : ""; }
@@ -145,7 +173,10 @@ class Parser {
                      "from restart to restart of this run")
         ->type_name("DIR")
         ->check(Named);
-    m_run->add_flag("--pretty", run.pretty, "Print XML indented, on several lines");
+    m_run
+        ->add_flag("--pretty", run.pretty,
+                   "Print XML indented, on several lines, where one line would be longer than 100 characters")
+        ->disable_flag_override();
     m_run->add_option("--color", run.color, "Colour the first words: auto (on a terminal), always, never")
         ->type_name("WHEN")
         ->check([](const std::string& when) {

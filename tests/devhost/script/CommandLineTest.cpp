@@ -53,7 +53,8 @@ TEST(Help, TellsUsageActionsExitStatusAndAnExample) {
   EXPECT_EQ(run.kind, Kind::Answer);
   EXPECT_THAT(run.text,
               AllOf(HasSubstr("Usage: devhost run [options] [script]"), HasSubstr("Actions of a script"),
-                    HasSubstr("  device DRIVER set NAME VALUE  "), HasSubstr("Exit status: 0"), HasSubstr("Example:")));
+                    HasSubstr("  device DRIVER set NAME VALUE  "), HasSubstr("Exit status: 0"), HasSubstr("Example:"),
+                    testing::EndsWith("More: \"man devhost\" (docs/man/devhost.1) and docs/scripts.md.\n")));
 }
 
 TEST(Version, IsOneLine) {
@@ -67,7 +68,17 @@ TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
             "Try \"devhost run --help\".\n");
   EXPECT_THAT(Parse({"run", "--color", "x"}).text,
               StartsWith("devhost: --color: \"x\" is no such time; allowed: auto, always, never\n"));
-  EXPECT_THAT(Parse({"run", "--project"}).text, AllOf(HasSubstr("--project"), HasSubstr("required")));
+  EXPECT_EQ(Parse({"run", "--project"}).text,
+            "devhost: --project has no value; allowed: --project FILE\nTry \"devhost run --help\".\n");
+  EXPECT_EQ(Parse({"run", "--color", "never", "--color"}).text,
+            "devhost: --color has no value; allowed: --color WHEN\nTry \"devhost run --help\".\n");
+  EXPECT_EQ(Parse({"run", "--project", "a", "--project", "b"}).text,
+            "devhost: --project is given 2 times; allowed: once\nTry \"devhost run --help\".\n");
+  for (const char* const pretty : {"--pretty=maybe", "--pretty=false"}) {
+    EXPECT_EQ(Parse({"run", pretty}).text,
+              "devhost: --pretty has a value; allowed: --pretty alone\nTry \"devhost run --help\".\n");
+    EXPECT_EQ(Parse({"run", pretty}).kind, Kind::Wrong);
+  }
   EXPECT_THAT(Parse({"run", "--project", ""}).text, StartsWith("devhost: --project: the name is empty; allowed: a path\n"));
   EXPECT_THAT(Parse({"--blub"}).text,
               testing::StrEq("devhost: there is no option \"--blub\"; allowed: --help, --version, or a command\n"
