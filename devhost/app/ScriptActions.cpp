@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <limits>
 #include <system_error>
 
 #include "devhost/app/FileText.h"
@@ -140,8 +141,10 @@ void CheckInteger(const std::string& word, const char* name, bool positive) {
   const char* const end = word.data() + word.size();
   const auto [stop, error] = std::from_chars(word.data(), end, value);
   if (error != std::errc() || stop != end || (positive && value < 1)) {
-    throw ActionError(std::string(name) + " is " + Quoted(word) + "; allowed: a whole number" +
-                      (positive ? " from 1" : ", 0 for success") + ", for example " + (positive ? "3" : "-9"));
+    using Range = std::numeric_limits<int>;
+    Refuse(std::string(name) + " is " + Quoted(word), "a whole number from " + std::to_string(positive ? 1 : Range::min()) +
+                                                          " to " + std::to_string(Range::max()) +
+                                                          (positive ? ", or none for every time" : ", 0 for success"));
   }
 }
 
