@@ -96,5 +96,11 @@ TEST(TheManPage, NamesEveryExitStatus) {
   EXPECT_EQ(Terms("EXIT STATUS"), (Names{"0", "1", "2"}));
 }
 
+TEST(TheManPage, TellsOfShortXmlOfByteOrderMarksAndOfDriversThatCannotStart) {
+  const std::string page = ManPage();
+  EXPECT_THAT(page, testing::AllOf(testing::HasSubstr("100 characters"), testing::HasSubstr("UTF-8 byte order mark"),
+                                   testing::HasSubstr("could not start (its Initialize")));
+}
+
 }  // namespace
 }  // namespace devhost
