@@ -9,12 +9,18 @@ namespace devhost {
 
 namespace {
 
-std::string Names(const HostCore::Drivers& drivers, const char* separator) {
+std::string Names(const HostCore::Drivers& drivers) {
   std::string names;
   for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
-    names += (names.empty() ? "" : separator) + driver->Entry().name;
+    names += (names.empty() ? "" : "|") + driver->Entry().name;
   }
   return names;
+}
+
+void Erase(std::string& text, const std::string& part) {
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
+    text.erase(at, part.size());
+  }
 }
 
 }  // namespace
@@ -27,7 +33,7 @@ void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std
     occurrence.driverId = driver->Entry().id;
     occurrence.driverName = driver->Entry().name;
   } else {
-    occurrence.driverName = Names(candidates, "|");
+    occurrence.driverName = Names(candidates);
   }
   occurrence.name = name;
   occurrence.text = text;
@@ -39,10 +45,12 @@ void HostCore::Report(const LoadedDriver* driver, const std::string& what, const
   ++m_mannersCount;
   const CallGate::Call call = gate.Innermost();
   const std::string place = call.description.empty() ? "" : ", during " + call.description;
-  const std::string who = driver != nullptr     ? driver->Title() + ": "
-                          : !candidates.empty() ? "one of " + Names(candidates, ", ") + ": "
-                                                : "";
-  Emit(Occurrence::Kind::Manners, driver, "", who + what + place, candidates);
+  std::string text = (driver == nullptr && !candidates.empty() ? "one of them: " : "") + what + place;
+  if (driver != nullptr) {
+    // The report carries its driver: only others are named in its text.
+    Erase(text, " of " + driver->Title());
+  }
+  Emit(Occurrence::Kind::Manners, driver, "", text, candidates);
 }
 
 void HostCore::ReportCode(const LoadedDriver* driver, const void* code, const std::string& what) {

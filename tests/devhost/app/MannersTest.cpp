@@ -16,6 +16,8 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
 
 std::string Module(const std::string& name) {
   return std::string(TEST_MODULE_FOLDER) + "/" + name + ".so";
@@ -40,9 +42,9 @@ class ARudeDriver : public testing::Test {
     EXPECT_EQ(LiveXmlObjects() - liveAtStart, leaked);
   }
 
-  // Everything is named that led to the report: driver, rule, place.
+  // Everything is named once that led to the report: driver, rule, place.
   void ExpectOneReport(const std::string& what) {
-    EXPECT_THAT(Reports(), ElementsAre(AllOf(HasSubstr("driver 5 \"rude5\": "), HasSubstr(what))));
+    EXPECT_THAT(Reports(), ElementsAre(AllOf(HasSubstr(what), Not(HasSubstr("rude5")))));
     for (const Occurrence& occurrence : observer.all) {
       if (occurrence.kind == Kind::Manners) {
         EXPECT_EQ(occurrence.driverId, 5U);
@@ -61,7 +63,7 @@ TEST_F(ARudeDriver, IsNamedForReleasingTwice) {
   Load(5, "rude");
   host.Command(5, "ReleaseTwice", {});
   ExpectOneReport("released once more than it was referenced, by module \"" + Module("rude") +
-                  "\", during command \"ReleaseTwice\" of driver 5 \"rude5\"");
+                  "\", during command \"ReleaseTwice\"");
 }
 
 TEST_F(ARudeDriver, IsNamedForUsingANodeAfterItsRelease) {
@@ -112,9 +114,8 @@ TEST_F(ARudeDriver, IsNamedForListenersLeftBehind) {
   Load(5, "rude");
   host.Command(5, "LeaveListener", {});
   host.Stop();
-  EXPECT_THAT(Reports(),
-              ElementsAre(AllOf(HasSubstr("driver 5 \"rude5\": left a listener for event \"OnProjectLoaded\" behind")),
-                          AllOf(HasSubstr("driver 5 \"rude5\": left a listener for event \"OnVariableAdded\" behind"))));
+  EXPECT_THAT(Reports(), ElementsAre(AllOf(StartsWith("left a listener for event \"OnProjectLoaded\" behind")),
+                                     AllOf(StartsWith("left a listener for event \"OnVariableAdded\" behind"))));
   host.SendEvent("OnProjectLoaded", {});  // nobody is called any more
 }
 
@@ -147,11 +148,11 @@ TEST_F(ARudeDriver, IsNamedForTheWrongIdInItsInitialize) {
 
 TEST_F(ARudeDriver, IsNamedForWhatItDoesBeforeInitialize) {
   Load(5, "too_early");
-  EXPECT_THAT(Reports(), ElementsAre(HasSubstr("driver 5 \"too_early5\": called ConSendDataToUI before Initialize"),
-                                     HasSubstr("driver 5 \"too_early5\": called DmInvalidateState before Initialize"),
+  EXPECT_THAT(Reports(), ElementsAre(StartsWith("called ConSendDataToUI before Initialize"),
+                                     StartsWith("called DmInvalidateState before Initialize"),
                                      HasSubstr("called RegisterQuery before Initialize"),
                                      HasSubstr("called RegisterUICmd before Initialize"),
-                                     HasSubstr("driver 5 \"too_early5\": its Initialize did not call the base's")));
+                                     StartsWith("its Initialize did not call the base's")));
   EXPECT_THAT(observer.Texts(Kind::Notification), IsEmpty());
   EXPECT_THAT(observer.Texts(Kind::Invalidate), IsEmpty());
   EXPECT_THAT(observer.Texts(Kind::Log), IsEmpty());  // it would log that it was published
@@ -206,7 +207,7 @@ TEST_F(ARudeDriver, IsRefusedWhenItRegistersACommandFromASecondThread) {
   Load(5, "rude");
   host.Command(5, "RegisterFromThread", {});
   ExpectOneReport("RegisterUICmd came from a second thread; it was refused, during command \"RegisterFromThread\"");
-  EXPECT_THAT(host.Commands(5), testing::Not(testing::Contains("FromThread")));
+  EXPECT_THAT(host.Commands(5), Not(testing::Contains("FromThread")));
 }
 
 TEST_F(ARudeDriver, GetsNoVariableManagerFromASecondThread) {
@@ -232,7 +233,7 @@ TEST_F(ARudeDriver, IsOneOfTheCandidatesWhenItSharesItsModule) {
   Load(4, "rude");
   Load(5, "rude");
   host.Command(5, "ReleaseTwice", {});
-  EXPECT_THAT(Reports(), ElementsAre(HasSubstr("one of rude4, rude5: an XML object was released once more")));
+  EXPECT_THAT(Reports(), ElementsAre(StartsWith("one of them: an XML object was released once more")));
   EXPECT_EQ(observer.all[observer.all.size() - 2].driverName, "rude4|rude5");
 }
 
