@@ -102,6 +102,14 @@ std::string Summary(const std::vector<std::string>& descriptions) {
 
 }  // namespace
 
+std::string TextOf(const std::string& name, const Parameters& parameters) {
+  std::string text = AsWord(name);
+  for (const auto& [parameter, value] : parameters) {
+    text += ' ' + AsWord(parameter) + '=' + AsWord(value);
+  }
+  return text;
+}
+
 class Host::Impl : private LogSink, private XmlMisuseSink {
  public:
   Impl(HostObserver& observer, StateStore* states)
@@ -138,6 +146,7 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
   void SendRemoval(HostVariables::Taken taken, bool idsAreGood, const std::string& name, const Parameters& parameters,
                    const void* code);
   void CheckEntry(const DriverEntry& entry) const;
+  std::string KnownCommands() const;
   void Start(LoadedDriver& driver, H7XML::INode& config);
   void StopAll() noexcept;
   void Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded);
@@ -286,13 +295,26 @@ std::string Host::Impl::Command(const std::string& name, const Parameters& param
     }
   }
   if (owners.empty()) {
-    throw HostError("no driver has registered command \"" + name + "\"");
+    throw HostError("no driver has registered the command " + Quoted(name) + "; the commands are: " + KnownCommands());
   }
   if (owners.size() != 1) {
-    throw HostError("several drivers have registered command \"" + name + "\": " + Join(titles, ", ") +
+    throw HostError("several drivers have registered the command " + Quoted(name) + ": " + Join(titles, ", ") +
                     "; name one of them");
   }
   return owners.front()->Command(name, parameters);
+}
+
+// Devices of one kind have the same commands: they are told once, for the first of them.
+std::string Host::Impl::KnownCommands() const {
+  std::set<std::vector<std::string>> told;
+  std::vector<std::string> texts;
+  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
+    const std::vector<std::string> commands = driver->Commands().Names();
+    if (!commands.empty() && told.insert(commands).second) {
+      texts.push_back(driver->Entry().name + ": " + Join(commands, ", "));
+    }
+  }
+  return texts.empty() ? "none" : Join(texts, "; ");
 }
 
 void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters, const void* code) {

@@ -55,6 +55,8 @@ class HostObserver {
 
 // A parameter of a command or event: name and value.
 using Parameters = std::vector<std::pair<std::string, std::string>>;
+// A command or event with its parameters, as a script would write it.
+std::string TextOf(const std::string& name, const Parameters& parameters);
 
 // What could not be done, in one line that says what, where and what is allowed. The host goes on working.
 class HostError : public std::runtime_error {

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "devhost/app/HostCore.h"
-#include "devhost/app/Words.h"
 #include "devhost/ui/CommandMessage.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/ISystemEventCallback.h"
@@ -80,14 +79,6 @@ class ExitNote {
 std::atomic<const ExitNote*> ExitNote::s_innermost{nullptr};
 
 }  // namespace
-
-std::string TextOf(const std::string& name, const Parameters& parameters) {
-  std::string text = AsWord(name);
-  for (const auto& [parameter, value] : parameters) {
-    text += ' ' + AsWord(parameter) + '=' + AsWord(value);
-  }
-  return text;
-}
 
 std::string TitleOf(const DriverEntry& entry) {
   return "driver " + std::to_string(entry.id) + " \"" + entry.name + "\"";

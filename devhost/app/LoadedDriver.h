@@ -19,8 +19,6 @@ class HostCore;
 
 // How messages name a driver: driver 12 "kitchen".
 std::string TitleOf(const DriverEntry& entry);
-// A command or event with its parameters, as a script would write it.
-std::string TextOf(const std::string& name, const Parameters& parameters);
 
 // One driver from the loading of its module to the unloading: the host's record of it, and the services behind its base.
 //

@@ -28,11 +28,12 @@ Parameters ReadParameters(const std::vector<ScriptParameter>& given) {
 
 // A command as the script has it: a file's text can be long and is not what one wants to see here.
 std::string CommandText(const CommandAction& action) {
-  std::string text = AsWord(action.name);
+  Parameters shown;
   for (const ScriptParameter& parameter : action.parameters) {
-    text += " " + AsWord(parameter.name) + "=" + (parameter.isFile ? "@" : "") + AsWord(parameter.value);
+    const bool marked = parameter.isFile || parameter.value.compare(0, 1, "@") == 0;
+    shown.emplace_back(parameter.name, (marked ? "@" : "") + parameter.value);
   }
-  return text;
+  return TextOf(action.name, shown);
 }
 
 // The start of a text that may be a whole file.
@@ -165,53 +166,14 @@ void ScriptRunner::Do(const CommandAction& action) {
   BeginAction();
   const Parameters parameters = ReadParameters(action.parameters);
   m_command = CommandText(action);
-  const std::string reply =
-      action.driverId ? m_host->Command(*action.driverId, action.name, parameters) : SendToOwner(action.name, parameters);
+  const std::string reply = action.driverId ? m_host->Command(*action.driverId, action.name, parameters)
+                                            : m_host->Command(action.name, parameters);
   if (action.mustSucceed) {
     const std::optional<std::string> failure = FailureIn(reply);
     if (failure) {
       throw HostError(m_names.Name(*action.driverId) + " refused: " + *failure);
     }
   }
-}
-
-std::string ScriptRunner::SendToOwner(const std::string& command, const Parameters& parameters) {
-  try {
-    return m_host->Command(command, parameters);
-  } catch (const HostError&) {
-    if (IsRegistered(command)) {
-      throw;
-    }
-    throw HostError("no driver has registered the command " + Quoted(command) + "; the commands are: " + KnownCommands());
-  }
-}
-
-bool ScriptRunner::IsRegistered(const std::string& command) const {
-  for (const DriverEntry& driver : m_project.drivers) {
-    const std::vector<std::string> commands = m_host->Commands(driver.id);
-    if (std::find(commands.begin(), commands.end(), command) != commands.end()) {
-      return true;
-    }
-  }
-  return false;
-}
-
-std::string ScriptRunner::KnownCommands() const {
-  // Devices of one kind have the same commands: they are told once, for the first of them.
-  std::vector<std::vector<std::string>> told;
-  std::string text;
-  for (const DriverEntry& driver : m_project.drivers) {
-    const std::vector<std::string> commands = m_host->Commands(driver.id);
-    if (commands.empty() || std::find(told.begin(), told.end(), commands) != told.end()) {
-      continue;
-    }
-    told.push_back(commands);
-    text += (text.empty() ? "" : "; ") + driver.name + ": ";
-    for (const std::string& command : commands) {
-      text += (command == commands.front() ? "" : ", ") + command;
-    }
-  }
-  return text.empty() ? "none" : text;
 }
 
 void ScriptRunner::Do(const EventAction& action) {

@@ -62,10 +62,6 @@ class ScriptRunner : private HostObserver {
 
   // Before an action that may make something happen.
   void BeginAction();
-  // A command to the one driver that has registered it.
-  std::string SendToOwner(const std::string& command, const Parameters& parameters);
-  bool IsRegistered(const std::string& command) const;
-  std::string KnownCommands() const;
   void ShowFile(unsigned long driverId);
   void ShowVariables();
   void ShowState(unsigned long driverId);
