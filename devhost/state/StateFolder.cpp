@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -27,15 +28,32 @@ std::string FileName(unsigned long driverId) {
   return "driver-" + std::to_string(driverId) + ".xml";
 }
 
+// Whether the last name of a path is a symbolic link that leads to nothing.
+bool IsDanglingLink(const std::filesystem::path& path) {
+  std::error_code ignored;
+  const std::filesystem::path link = path.has_filename() ? path : path.parent_path();
+  return std::filesystem::is_symlink(std::filesystem::symlink_status(link, ignored)) &&
+         !std::filesystem::exists(link, ignored);
+}
+
+[[noreturn]] void RefuseFolder(const std::string& path, const std::string& reason) {
+  throw StateError("cannot keep states in " + Quoted(path) + ": " + reason +
+                   "; allowed: a folder that can be written, or one that can be made");
+}
+
 FileDescriptor OpenFolder(const std::string& path) {
   std::error_code error;
   // What is wrong shows when the folder is opened.
   std::filesystem::create_directories(path, error);
   FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.IsOpen()) {
-    throw StateError("cannot keep states in " + Quoted(path) + ": " +
-                     Reason(errno == ENOENT && error ? error.value() : errno) +
-                     "; allowed: a folder that can be written, or one that can be made");
+    const int opening = errno;
+    RefuseFolder(path, IsDanglingLink(path) ? "it is a symbolic link to nothing"
+                                            : Reason(opening == ENOENT && error ? error.value() : opening));
+  }
+  // With a lock file that is there already, a folder that cannot be written would show at the first state only.
+  if (::faccessat(folder.Get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+    RefuseFolder(path, Reason(errno));
   }
   return folder;
 }
@@ -43,7 +61,8 @@ FileDescriptor OpenFolder(const std::string& path) {
 FileDescriptor Lock(int folder, const std::string& path) {
   FileDescriptor lock(::openat(folder, kLockName, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!lock.IsOpen()) {
-    throw StateError("cannot keep states in " + Quoted(path) + ": its file \"lock\" cannot be opened: " + Reason(errno));
+    throw StateError("cannot keep states in " + Quoted(path) +
+                     ": its file \"lock\" cannot be opened: " + (errno == ELOOP ? "it is a symbolic link" : Reason(errno)));
   }
   if (::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
     throw StateError("cannot keep states in " + Quoted(path) + ": " +

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -172,6 +173,42 @@ TEST_F(AStateFolder, ThatIsAFileIsRefused) {
   } catch (const StateError& error) {
     EXPECT_THAT(error.what(), HasSubstr("Not a directory; allowed: a folder that can be written, or one that can be made"));
   }
+}
+
+class ARefusedStateFolder : public AStateFolder {
+ protected:
+  // What the store throws at the start, without the folder that every message begins with; "" for nothing.
+  std::string Refusal() const {
+    try {
+      const StateFolder states(folder.Path("s"));
+    } catch (const StateError& error) {
+      const std::string text = error.what();
+      const std::string start = "cannot keep states in \"" + folder.Path("s") + "\": ";
+      EXPECT_THAT(text, StartsWith(start));
+      return text.substr(std::min(start.size(), text.size()));
+    }
+    return "";
+  }
+};
+
+TEST_F(ARefusedStateFolder, CannotBeWrittenAlthoughItsLockIsThere) {
+  folder.Write("s/lock", "");
+  ASSERT_EQ(::chmod(folder.Path("s/lock").c_str(), 0666), 0);
+  ASSERT_EQ(::chmod(folder.Path("s").c_str(), 0555), 0);
+  ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
+  const OrdinaryUser user;
+  EXPECT_EQ(Refusal(), "Permission denied; allowed: a folder that can be written, or one that can be made");
+}
+
+TEST_F(ARefusedStateFolder, IsALinkToNothing) {
+  std::filesystem::create_symlink("nowhere", folder.Path("s"));
+  EXPECT_EQ(Refusal(), "it is a symbolic link to nothing; allowed: a folder that can be written, or one that can be made");
+}
+
+TEST_F(ARefusedStateFolder, HasALinkInThePlaceOfItsLock) {
+  folder.Write("s/driver-1.xml", "<A/>");
+  std::filesystem::create_symlink("driver-1.xml", folder.Path("s/lock"));
+  EXPECT_EQ(Refusal(), "its file \"lock\" cannot be opened: it is a symbolic link");
 }
 
 struct Damage {
