@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <initializer_list>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -42,6 +43,11 @@ std::optional<Number> ReadNumber(const std::string& text) {
     return std::nullopt;
   }
   return number;
+}
+
+// For messages about numbers that ReadNumber<int> reads.
+std::string RangeFrom(int least) {
+  return std::to_string(least) + " to " + std::to_string(std::numeric_limits<int>::max());
 }
 
 std::string OperationNames() {
@@ -125,14 +131,17 @@ DeviceCommands::Reply DeviceCommands::OnFailOperation(const ICmdMessage& message
   }
   const std::optional<int> status = ReadNumber<int>(message.GetString("status"));
   if (!status) {
-    return Answer("the status \"" + message.GetString("status") + "\" is no whole number; 0 ends the failing");
+    return Answer("the status \"" + message.GetString("status") + "\" is no whole number from " +
+                  RangeFrom(std::numeric_limits<int>::min()) + "; 0 ends the failing");
   }
   std::optional<unsigned long> times;
   if (message.Has("times")) {
-    times = ReadNumber<unsigned long>(message.GetString("times"));
-    if (!times || *times == 0) {
-      return Answer("times is \"" + message.GetString("times") + "\"; give 1 or more, or leave it out for every time");
+    const std::optional<int> given = ReadNumber<int>(message.GetString("times"));
+    if (!given || *given < 1) {
+      return Answer("times is \"" + message.GetString("times") + "\"; give a whole number from " + RangeFrom(1) +
+                    ", or leave it out for every time");
     }
+    times = static_cast<unsigned long>(*given);
   }
   m_operations.Fail(*operation, *status, times);
   return Answer(std::string());

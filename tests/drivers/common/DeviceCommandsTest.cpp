@@ -141,11 +141,13 @@ TEST_F(ADevice, SaysWhatIsWrongWithAnOrderToFail) {
       "<Fail>\"Copy\" is no operation; allowed are CopyFrom, CopyTo, RebootController, StopMasterAgent, StartMasterAgent",
       m_host.Command("FailOperation", {{"operation", "Copy"}, {"status", "1"}}));
   for (const char* const status : {"", "x", "1.5", "1 ", " 1", "99999999999", "-"}) {
-    EXPECT_EQ("<Fail>the status \"" + std::string(status) + "\" is no whole number; 0 ends the failing",
+    EXPECT_EQ("<Fail>the status \"" + std::string(status) +
+                  "\" is no whole number from -2147483648 to 2147483647; 0 ends the failing",
               m_host.Command("FailOperation", Parameters{{"operation", "CopyTo"}, {"status", status}}));
   }
-  for (const char* const times : {"", "0", "-1", "many", "1x"}) {
-    EXPECT_EQ("<Fail>times is \"" + std::string(times) + "\"; give 1 or more, or leave it out for every time",
+  for (const char* const times : {"", "0", "-1", "many", "1x", "2147483648"}) {
+    EXPECT_EQ("<Fail>times is \"" + std::string(times) +
+                  "\"; give a whole number from 1 to 2147483647, or leave it out for every time",
               m_host.Command("FailOperation", Parameters{{"operation", "CopyTo"}, {"status", "1"}, {"times", times}}));
   }
   EXPECT_EQ(0, m_operations.Begin(DeviceOperation::CopyTo));
