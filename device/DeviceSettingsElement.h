@@ -5,8 +5,8 @@
 
 class SNMPDevice;
 
-// The names of the device settings element and of the list of such elements: the form in which a device's settings travel to the configuration tool and back.
-// `SNMPDevice::ToXml` writes it; docs/device-settings.md describes it.
+// The names of the device settings element and of the list of such elements: the form in which a device's settings travel to
+// the configuration tool and back. `SNMPDevice::ToXml` writes it; docs/device-settings.md describes it.
 namespace device_settings {
 
 extern const char kManagedDevices[];

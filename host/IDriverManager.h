@@ -11,7 +11,8 @@
 class H7_HOST_API IDriverManager {
  public:
   // Fills `instances` (emptied first) with what the drivers published under `iid`, ordered by driver id. The pointers are
-  // borrowed, good until the call into drivers that is under way returns, and each is a pointer to the interface that `iid` names. `scope` is 0: the whole project.
+  // borrowed, good until the call into drivers that is under way returns, and each is a pointer to the interface that `iid`
+  // names. `scope` is 0: the whole project.
   /* 1 */ virtual void FindDrivers(unsigned long scope, const char* iid, std::vector<void*>& instances) = 0;
 
   // The same, as a vector of that interface.
