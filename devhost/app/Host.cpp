@@ -325,21 +325,26 @@ void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters
   }
   m_core.Emit(Occurrence::Kind::Event, nullptr, name, TextOf(name, parameters));
   const XmlElement event = EventElement(name, parameters);
+  // A driver that is loaded by whoever hears the event has not heard it.
+  const HostCore::Drivers drivers = eventId == SystemEvent_OnProjectLoaded ? m_core.Snapshot() : HostCore::Drivers();
+  for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
+    driver->NoteProjectLoaded(false);
+  }
+  std::set<unsigned long> failed;
   std::string firstProblem;
   m_core.listeners.Deliver(eventId, [&](const EventListeners::Registration& registration) {
     try {
       Find(registration.driverId)->DeliverEvent(*registration.listener, name, event);
     } catch (const HostError& error) {
+      failed.insert(registration.driverId);
       firstProblem = firstProblem.empty() ? error.what() : firstProblem;
     }
   });
+  for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
+    driver->NoteProjectLoaded(failed.count(driver->Entry().id) == 0);
+  }
   if (!firstProblem.empty()) {
     throw HostError(firstProblem);
-  }
-  if (eventId == SystemEvent_OnProjectLoaded) {
-    for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
-      driver->NoteProjectLoaded();
-    }
   }
 }
 

@@ -115,7 +115,8 @@ void LoadedDriver::Create() {
 }
 
 void LoadedDriver::Initialize(H7XML::INode& config, H7XML::INode* persisted) {
-  m_hadState = persisted != nullptr;
+  m_hasState = persisted != nullptr;
+  m_stateIsWhole = !m_hasState;
   m_initializing = true;
   const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, config, persisted); });
   if (m_base == BaseState::Constructed) {

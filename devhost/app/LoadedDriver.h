@@ -48,9 +48,17 @@ class LoadedDriver : public DriverServices, private Manners, private ServiceChec
   std::string GetPersistState(XmlStyle style);
   // Whether the driver has called `DmInvalidateState` since this was last asked.
   bool TakeStateInvalid() { return std::exchange(m_stateInvalid, false); }
+  // Asks the driver for its state again: what it gave was not kept.
+  void NoteStateNotKept() { m_stateInvalid = true; }
   // Whether what the driver gives may be kept: see StateKeeper.
-  bool MayGiveState() const { return m_driver != nullptr && (!m_hadState || m_projectLoaded); }
-  void NoteProjectLoaded() { m_projectLoaded = true; }
+  bool MayGiveState() const { return m_driver != nullptr && m_stateIsWhole; }
+  // From now on there is a state that a project load which fails can spoil.
+  void NoteStateKept() { m_hasState = true; }
+  // `heard`: whether all its listeners heard the last "OnProjectLoaded" without an exception.
+  void NoteProjectLoaded(bool heard) {
+    m_stateIsWhole = heard || !m_hasState;
+    m_hasState = m_hasState || heard;
+  }
   // Drops the handlers, destroys the driver when there is one, and reports and drops what it left behind.
   void Destroy() noexcept;
 
@@ -86,9 +94,9 @@ class LoadedDriver : public DriverServices, private Manners, private ServiceChec
   IDriver* m_driver = nullptr;
   bool m_initializing = false;  // its Initialize has been called
   BaseState m_base = BaseState::None;
-  bool m_hadState = false;  // it was handed a state
+  bool m_hasState = false;     // it was handed a state, or has made one worth keeping
+  bool m_stateIsWhole = true;  // it knows all of that state
   bool m_stateInvalid = false;
-  bool m_projectLoaded = false;
 };
 
 }  // namespace devhost

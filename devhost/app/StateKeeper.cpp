@@ -32,7 +32,9 @@ void StateKeeper::SaveInvalid() noexcept {
     }
   }
   for (const std::shared_ptr<LoadedDriver>& driver : invalid) {
-    Save(*driver);
+    if (!Save(*driver)) {
+      driver->NoteStateNotKept();
+    }
   }
   m_saving = false;
 }
@@ -48,14 +50,20 @@ void StateKeeper::SaveAll() noexcept {
   }
 }
 
-void StateKeeper::Save(LoadedDriver& driver) noexcept {
+bool StateKeeper::Save(LoadedDriver& driver) noexcept {
   try {
-    m_store->Save(driver.Entry().id, driver.GetPersistState(XmlStyle::Indented));
+    const std::string state = driver.GetPersistState(XmlStyle::Indented);
+    m_store->Save(driver.Entry().id, state);
+    if (!state.empty()) {
+      driver.NoteStateKept();
+    }
+    return true;
   } catch (const HostError& error) {
     Report(driver, std::string(error.what()) + "; the state is not kept");
   } catch (const std::exception& error) {
     Report(driver, error.what());
   }
+  return false;
 }
 
 void StateKeeper::Report(const LoadedDriver& driver, const std::string& problem) noexcept {

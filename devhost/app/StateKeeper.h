@@ -15,7 +15,8 @@ class StateStore;
 // Carries the drivers' states between the drivers of a host and a store. What goes wrong is reported to the observer.
 //
 // A driver that was handed a state knows it in full only once the project has loaded: what it gave before would be kept in
-// place of what nobody has read yet. So it is not asked before "OnProjectLoaded".
+// place of what nobody has read yet. So it is not asked before it has heard "OnProjectLoaded". When a later one fails
+// half-way, it knows only a part again, and is not asked before one has succeeded.
 class StateKeeper {
  public:
   // Both outlive the keeper. Without a store (null) no driver is asked or handed anything.
@@ -25,13 +26,14 @@ class StateKeeper {
   h7::auto_com<H7XML::INode> Load(const LoadedDriver& driver);
 
   // Asks the drivers that have called `DmInvalidateState`, each once, however often it did. What a driver invalidates while
-  // it is asked waits for the next time.
+  // it is asked waits for the next time, and so does what could not be kept.
   void SaveInvalid() noexcept;
   // Asks all drivers.
   void SaveAll() noexcept;
 
  private:
-  void Save(LoadedDriver& driver) noexcept;
+  // False, with a report, when the state is not kept.
+  bool Save(LoadedDriver& driver) noexcept;
   void Report(const LoadedDriver& driver, const std::string& problem) noexcept;
 
   HostCore& m_core;

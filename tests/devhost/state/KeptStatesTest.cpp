@@ -23,6 +23,9 @@ class CountingStore : public StateMemory {
  public:
   void Save(unsigned long driverId, const std::string& xml) override {
     ++saves;
+    if (broken) {
+      throw StateError("no room");
+    }
     StateMemory::Save(driverId, xml);
   }
   std::string Text(unsigned long driverId) {
@@ -30,6 +33,7 @@ class CountingStore : public StateMemory {
     return state ? XmlText(*state, XmlStyle::Compact) : "";
   }
   int saves = 0;
+  bool broken = false;
 };
 
 class AKeptState : public testing::Test {
@@ -162,6 +166,61 @@ TEST_F(AKeptState, IsNotReplacedAfterAProjectLoadThatFailed) {
   EXPECT_THROW(host.LoadProject(), HostError);
   Set(host, "half", "1");
   EXPECT_EQ(store.Text(7), "<State>old</State>");
+}
+
+TEST_F(AKeptState, IsNotReplacedAfterALaterProjectLoadThatFailed) {
+  store.Save(7, "<State>old</State>");
+  Host host(observer, &store);
+  LoadKeeper(host, 7);
+  host.LoadProject();
+  Set(host, "good", "1");
+  host.Command(7, "ThrowOn", {{"event", "OnProjectLoaded"}});
+  EXPECT_THROW(host.LoadProject(), HostError);
+  Set(host, "half", "1");
+  host.Stop();
+  EXPECT_EQ(store.Text(7), "<State>good</State>");
+}
+
+TEST_F(AKeptState, OfADriverThatBeganWithNoneIsNotReplacedAfterAProjectLoadThatFailed) {
+  Host host(observer, &store);
+  LoadKeeper(host, 7);
+  Set(host, "good", "1");
+  host.Command(7, "ThrowOn", {{"event", "OnProjectLoaded"}});
+  EXPECT_THROW(host.LoadProject(), HostError);
+  Set(host, "half", "1");
+  EXPECT_EQ(store.Text(7), "<State>good</State>");
+  host.Command(7, "ThrowOn", {{"event", ""}});
+  host.LoadProject();  // what is out of date since before is asked for now
+  EXPECT_EQ(store.Text(7), "<State>half</State>");
+}
+
+TEST_F(AKeptState, IsKeptWhenAnotherDriverFailedInTheProjectLoad) {
+  store.Save(7, "<State>old</State>");
+  store.Save(8, "<State>old</State>");
+  Host host(observer, &store);
+  LoadKeeper(host, 7);
+  LoadKeeper(host, 8);
+  host.Command(8, "ThrowOn", {{"event", "OnProjectLoaded"}});
+  EXPECT_THROW(host.LoadProject(), HostError);
+  Set(host, "new", "0");
+  host.Command(8, "Set", {{"text", "half"}, {"times", "1"}});
+  host.Stop();
+  EXPECT_EQ(store.Text(7), "<State>new</State>");
+  EXPECT_EQ(store.Text(8), "<State>old</State>");
+}
+
+TEST_F(AKeptState, ThatCouldNotBeKeptIsAskedForAgainAfterTheNextCall) {
+  Host host(observer, &store);
+  LoadKeeper(host, 7);
+  store.broken = true;
+  Set(host, "a", "1");
+  store.broken = false;
+  EXPECT_EQ(store.Text(7), "");
+  host.Command(7, "Began", {});
+  EXPECT_EQ(store.Text(7), "<State>a</State>");
+  host.Command(7, "Began", {});
+  EXPECT_EQ(store.saves, 2);
+  EXPECT_THAT(observer.Texts(Kind::StateProblem), ElementsAre("no room"));
 }
 
 TEST_F(AKeptState, StaysWhenTheDriverThrowsInsteadOfGivingANewOne) {
