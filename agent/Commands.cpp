@@ -1,5 +1,4 @@
 #include <boost/bind/bind.hpp>
-#include <utility>
 
 #include "agent/SNMPConfigurationAgent.h"
 #include "host/H7XML.h"
