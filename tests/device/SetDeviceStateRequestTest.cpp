@@ -1,6 +1,7 @@
 #include "device/SNMPDevice.h"
 #include "host/H7XML.h"
 #include "tests/device/DeviceFixture.h"
+#include "tests/support/XmlFaults.h"
 
 namespace {
 
@@ -251,28 +252,15 @@ TEST_F(ASetDeviceStateRequest, LeaksNothingAndKeepsTheRecordWhereverACallThrows)
 }
 
 TEST_F(ASetDeviceStateRequest, LeaksNothingWhereverAnXmlCallThrows) {
-  struct Countdown : devhost::XmlObserver {
-    void OnXmlCall(const char*, const char*) override {
-      if (left-- == 0) {
-        throw std::runtime_error("xml");
-      }
-    }
-    int left = 0;
-  } observer;
-  int failures = 0;
-  for (bool done = false; !done; ++failures) {
-    observer.left = failures;
-    devhost::SetXmlObserver(&observer);
-    try {
-      host.Command("SetDeviceState", {{"xml", kFull}});
-      done = true;
-    } catch (const std::runtime_error&) {
-    }
-    devhost::SetXmlObserver(nullptr);
-    ASSERT_EQ(devhost::LiveXmlObjects(), 0U) << "at XML call " << failures;
-    ASSERT_EQ(State().devices.at(7).use_count(), 1) << "at XML call " << failures;
-  }
-  EXPECT_GT(failures, 25);
+  const int runs = WithEachXmlCallFailing(
+      [&] {
+        host.Command("SetDeviceState", {{"xml", kFull}});
+      },
+      [&](int call) {
+        EXPECT_EQ(devhost::LiveXmlObjects(), 0U) << "at XML call " << call;
+        EXPECT_EQ(State().devices.at(7).use_count(), 1) << "at XML call " << call;
+      });
+  EXPECT_GT(runs, 25);
 }
 
 TEST_F(ASetDeviceStateRequest, DoesNotParseAnEmptyText) {

@@ -1,5 +1,6 @@
 #include "agent/Exports.h"
 #include "host/H7XML.h"
+#include "tests/support/XmlFaults.h"
 #include "tests/variables/VariablesFixture.h"
 
 namespace {
@@ -227,32 +228,17 @@ TEST_F(ThePersistedState, LeavesNoFlagBehindThatCouldNotBeRead) {
 }
 
 TEST_F(ThePersistedState, LeaksNothingWhereverItsBuildingOrReadingFails) {
-  struct Countdown : devhost::XmlObserver {
-    void OnXmlCall(const char*, const char*) override {
-      if (left-- == 0) {
-        throw std::runtime_error("xml");
-      }
-    }
-    int left = 0;
-  } observer;
   Know(5, 7);
   Added(5, 7);
   const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode(Written());
   const std::size_t before = devhost::LiveXmlObjects();
-  int failures = 0;
-  for (bool done = false; !done; ++failures) {
-    observer.left = failures;
-    devhost::SetXmlObserver(&observer);
-    try {
-      agent.Driver().GetPersistState(0);
-      agent->FromXml(state.Get());
-      done = true;
-    } catch (const std::runtime_error&) {
-    }
-    devhost::SetXmlObserver(nullptr);
-    ASSERT_EQ(devhost::LiveXmlObjects(), before) << "at XML call " << failures;
-  }
-  EXPECT_GT(failures, 20);
+  const int runs = WithEachXmlCallFailing(
+      [&] {
+        agent.Driver().GetPersistState(0);
+        agent->FromXml(state.Get());
+      },
+      [&](int call) { EXPECT_EQ(devhost::LiveXmlObjects(), before) << "at XML call " << call; });
+  EXPECT_GT(runs, 20);
 }
 
 }  // namespace
