@@ -170,7 +170,8 @@ class Parser {
     m_run
         ->add_option("--state", run.state,
                      "Keep the drivers' states in this folder, which is made when missing; without it, they are kept\n"
-                     "from restart to restart of this run")
+                     "from restart to restart of this run. A driver that was handed a state is asked for a new one only\n"
+                     "after load-project")
         ->type_name("DIR")
         ->check(Named);
     m_run
