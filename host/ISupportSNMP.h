@@ -83,7 +83,7 @@ class H7_HOST_API ISupportSNMP {
   /* 34 */ virtual int CopyFrom(const std::string& path, std::string& config) = 0;
   /* 35 */ virtual int CopyTo(const std::string& path, const std::string& config) = 0;
 
-  // Actions on the controller behind the device; 0 is success. They do not wait for the controller to come back.
+  // Actions on the controller behind the device; 0 is success. They need not wait for the controller to come back.
   /* 36 */ virtual int RebootController() = 0;
   /* 37 */ virtual int StopMasterAgent() = 0;
   /* 38 */ virtual int StartMasterAgent() = 0;

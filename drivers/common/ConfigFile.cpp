@@ -67,18 +67,21 @@ std::string ConfigFile::GetPath() const {
   return m_folder + (hasSlash ? "" : "/") + kName;
 }
 
-int ConfigFile::Read(std::string& text) const {
+int ConfigFile::Read(std::string& text, Links links) const {
   const Descriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
   if (!folder.IsOpen()) {
     return LastStatus();
   }
-  const Descriptor file(*m_calls, m_calls->OpenForReading(folder.Get(), kName));
+  const Descriptor file(*m_calls, m_calls->OpenForReading(folder.Get(), kName, links));
   if (!file.IsOpen()) {
-    if (errno == ENOENT) {
+    const bool isMissing = errno == ENOENT;
+    const int failed = StatusOfFailedOpen();
+    Former former;
+    const int status = isMissing && links == Links::Follow ? LookAtFormer(folder.Get(), former) : isMissing ? 0 : failed;
+    if (status == 0) {
       text.clear();
-      return 0;
     }
-    return StatusOfFailedOpen();
+    return status;
   }
   return ReadOpened(file.Get(), text);
 }
@@ -120,6 +123,14 @@ int ConfigFile::ReadOpened(int descriptor, std::string& text) const {
 }
 
 int ConfigFile::Replace(const std::string& text) const {
+  return Install(text, nullptr);
+}
+
+int ConfigFile::ReplaceExpected(const std::string& expected, const std::string& text) const {
+  return Install(text, &expected);
+}
+
+int ConfigFile::Install(const std::string& text, const std::string* expected) const {
   const Descriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
   if (!folder.IsOpen()) {
     return LastStatus();
@@ -129,6 +140,9 @@ int ConfigFile::Replace(const std::string& text) const {
   }
   Former former;
   int status = LookAtFormer(folder.Get(), former);
+  if (status == 0 && expected != nullptr) {
+    status = CompareFormer(folder.Get(), former, *expected);
+  }
   if (status != 0) {
     return status;
   }
@@ -158,6 +172,19 @@ int ConfigFile::LookAtFormer(int folder, Former& former) const {
   }
   former.exists = true;
   return 0;
+}
+
+int ConfigFile::CompareFormer(int folder, const Former& former, const std::string& expected) const {
+  if (!former.exists) {
+    return expected.empty() ? 0 : kFileWasChanged;
+  }
+  const Descriptor file(*m_calls, m_calls->OpenForReading(folder, kName, Links::Refuse));
+  if (!file.IsOpen()) {
+    return errno == ENOENT ? kFileWasChanged : StatusOfFailedOpen();
+  }
+  std::string text;
+  const int status = ReadOpened(file.Get(), text);
+  return status != 0 ? status : text == expected ? 0 : kFileWasChanged;
 }
 
 int ConfigFile::WriteTemporary(int folder, const std::string& text, const Former& former) const {

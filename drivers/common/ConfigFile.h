@@ -15,7 +15,7 @@ namespace drivers {
 // Nobody ever sees half a file: the new text is written to a temporary file beside it, made durable, and renamed over it. A
 // process that dies in between leaves the old or the new file, and at most the temporary one, which the next write removes.
 // A symbolic link under the file's name is refused, so that nobody can point the agent at another file; links on the way to
-// the folder are followed.
+// the folder are followed. Reading can be told to follow it: that harms nobody.
 class ConfigFile {
  public:
   // Far more than any snmpd.conf has, and little enough to be held in memory.
@@ -29,8 +29,8 @@ class ConfigFile {
 
   // Replaces `text` by what the file holds. A file that does not exist reads as the empty text: a device that was never
   // configured is no failure; a folder that does not exist is one. Nor is a file of more than kMaximumSize bytes read. On
-  // failure `text` is left alone.
-  int Read(std::string& text) const;
+  // failure `text` is left alone. A link that leads nowhere is refused even where links are followed.
+  int Read(std::string& text, Links links = Links::Refuse) const;
 
   // Installs `text`. The new file gets mode, owner and group of the old one, or mode 0600 when there is none; where they
   // cannot be kept nothing is replaced. On failure the old file is whole and no temporary file is left; only when the last
@@ -39,10 +39,16 @@ class ConfigFile {
   // Writers keep each other out by a lock on the folder; the second one fails at once.
   int Replace(const std::string& text) const;
 
+  // The same where the file still holds `expected`, a missing file the empty text; else kFileWasChanged. It is compared
+  // under the lock. Who takes no lock can still slip in between the comparison and the renaming.
+  int ReplaceExpected(const std::string& expected, const std::string& text) const;
+
  private:
   struct Former;
 
+  int Install(const std::string& text, const std::string* expected) const;
   int LookAtFormer(int folder, Former& former) const;
+  int CompareFormer(int folder, const Former& former, const std::string& expected) const;
   int WriteTemporary(int folder, const std::string& text, const Former& former) const;
   int FillTemporary(int descriptor, const std::string& text, const Former& former) const;
   int ReadOpened(int descriptor, std::string& text) const;

@@ -82,6 +82,13 @@ void DeviceCommands::Bind(UICmdDispatcher& dispatcher, const char* name,
   dispatcher.RegisterUICmd(name, [this, handler](const ICmdMessage& message) { return (this->*handler)(message); });
 }
 
+DeviceCommands::Reply DeviceCommands::AnswerChange(const std::string& wrong) {
+  if (wrong.empty()) {
+    m_driver.settingsChanged();
+  }
+  return Answer(wrong);
+}
+
 DeviceCommands::Reply DeviceCommands::OnAnnounce(const ICmdMessage&) {
   return Answer(m_driver.announce());
 }
@@ -93,13 +100,13 @@ DeviceCommands::Reply DeviceCommands::OnWithdraw(const ICmdMessage&) {
 
 DeviceCommands::Reply DeviceCommands::OnSetSetting(const ICmdMessage& message) {
   const std::string missing = FindMissing(message, {"name", "value"});
-  return Answer(missing.empty() ? SetSettingByName(m_settings, message.GetString("name"), message.GetString("value"))
-                                : missing);
+  return AnswerChange(missing.empty() ? SetSettingByName(m_settings, message.GetString("name"), message.GetString("value"))
+                                      : missing);
 }
 
 DeviceCommands::Reply DeviceCommands::OnEraseSetting(const ICmdMessage& message) {
   const std::string missing = FindMissing(message, {"name"});
-  return Answer(missing.empty() ? EraseSettingByName(m_settings, message.GetString("name")) : missing);
+  return AnswerChange(missing.empty() ? EraseSettingByName(m_settings, message.GetString("name")) : missing);
 }
 
 DeviceCommands::Reply DeviceCommands::OnAddTrapTarget(const ICmdMessage& message) {
@@ -111,12 +118,12 @@ DeviceCommands::Reply DeviceCommands::OnAddTrapTarget(const ICmdMessage& message
     m_settings.trapTargets.Add(
         TrapTarget(message.GetString("target"), message.GetString("community"), message.GetString("port")));
   }
-  return Answer(missing);
+  return AnswerChange(missing);
 }
 
 DeviceCommands::Reply DeviceCommands::OnClearTrapTargets(const ICmdMessage&) {
   m_settings.trapTargets.Set({});
-  return Answer(std::string());
+  return AnswerChange(std::string());
 }
 
 DeviceCommands::Reply DeviceCommands::OnFailOperation(const ICmdMessage& message) {

@@ -29,6 +29,7 @@ class DeviceCommands {
     std::function<std::string()> announce;  // what is in the way, empty when it was done
     std::function<void()> withdraw;
     std::function<std::string()> filePath;
+    std::function<void()> settingsChanged = [] {};  // a command has changed a setting, perhaps to what it was
   };
 
   // All that is passed in outlives this object; the dispatcher drops the handlers before.
@@ -40,6 +41,9 @@ class DeviceCommands {
   using Reply = h7::auto_com<H7XML::INode>;
 
   void Bind(UICmdDispatcher& dispatcher, const char* name, Reply (DeviceCommands::*handler)(const ICmdMessage&));
+
+  // Answers a command that sets something, and tells the driver when it was done.
+  Reply AnswerChange(const std::string& wrong);
 
   Reply OnAnnounce(const ICmdMessage& message);
   Reply OnWithdraw(const ICmdMessage& message);

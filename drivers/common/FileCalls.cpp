@@ -14,9 +14,10 @@ int FileCalls::OpenFolder(const char* path) {
   return ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-int FileCalls::OpenForReading(int folder, const char* name) {
+int FileCalls::OpenForReading(int folder, const char* name, Links links) {
   // O_NONBLOCK: a FIFO under that name must not hold the host up. It means nothing for regular files.
-  return ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  const int refuse = links == Links::Refuse ? O_NOFOLLOW : 0;
+  return ::openat(folder, name, O_RDONLY | refuse | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
 
 int FileCalls::CreateNew(int folder, const char* name, mode_t mode) {

@@ -8,14 +8,18 @@
 
 namespace drivers {
 
+// What becomes of a symbolic link under a file's name.
+enum class Links { Refuse, Follow };
+
 // The system calls behind `ConfigFile`, one each, so that a test can let any of them fail. Results and errno are those of
-// the system call. Names are relative to the descriptor of an opened folder and never followed when they are symbolic links.
+// the system call. Names are relative to the descriptor of an opened folder and, but for reading on demand, never followed
+// when they are symbolic links.
 class FileCalls {
  public:
   virtual ~FileCalls();
 
   virtual int OpenFolder(const char* path);
-  virtual int OpenForReading(int folder, const char* name);
+  virtual int OpenForReading(int folder, const char* name, Links links);
   // Fails when the name exists in any form.
   virtual int CreateNew(int folder, const char* name, mode_t mode);
   virtual int Close(int descriptor);

@@ -21,6 +21,9 @@ std::string DescribeFileStatus(int status) {
   if (status == kFolderInTheWay) {
     return "a folder named .snmpd.conf.new stands beside it and is in the way of the new text; remove that folder";
   }
+  if (status == kFileWasChanged) {
+    return "somebody changed it since it was copied out; read it again";
+  }
   if (status < -100) {
     return std::generic_category().message(-100 - status);
   }

@@ -8,6 +8,7 @@
 //   -1            the file is a symbolic link, dangling or not: refused
 //   -2            the file is something else than a regular file: refused
 //   -3            a folder has the name of the temporary file, .snmpd.conf.new: it stays, nothing is written
+//   -4            somebody changed the file since it was copied out: it stays
 //   -100 - errno  the system's own reason, each its own status. On Linux, for example:
 //                 -102 no such folder   -105 input/output error      -113 permission denied   -120 no folder
 //                 -101 not permitted    -111 another writer at work  -127 file too large      -128 no space left
@@ -19,6 +20,7 @@ namespace drivers {
 inline constexpr int kFileIsSymbolicLink = -1;
 inline constexpr int kFileIsNotRegular = -2;
 inline constexpr int kFolderInTheWay = -3;
+inline constexpr int kFileWasChanged = -4;
 
 // The status of a system error number; `error` is not 0.
 int FileStatusOfErrno(int error);

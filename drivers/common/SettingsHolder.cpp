@@ -4,32 +4,39 @@
 
 namespace drivers {
 
+void SettingsHolder::Note(bool changed) {
+  if (changed) {
+    SettingsChanged();
+  }
+}
+
 void SettingsHolder::SetCommunityReadSetting(std::string community) {
-  m_settings.communityRead.Set(std::move(community));
+  Note(m_settings.communityRead.Set(std::move(community)));
 }
 
 void SettingsHolder::SetCommunityWriteSetting(std::string community) {
-  m_settings.communityWrite.Set(std::move(community));
+  Note(m_settings.communityWrite.Set(std::move(community)));
 }
 
 void SettingsHolder::SetSysContactSetting(std::string contact) {
-  m_settings.sysContact.Set(std::move(contact));
+  Note(m_settings.sysContact.Set(std::move(contact)));
 }
 
 void SettingsHolder::SetSysLocationSetting(std::string location) {
-  m_settings.sysLocation.Set(std::move(location));
+  Note(m_settings.sysLocation.Set(std::move(location)));
 }
 
 void SettingsHolder::SetSysNameSetting(std::string name) {
-  m_settings.sysName.Set(std::move(name));
+  Note(m_settings.sysName.Set(std::move(name)));
 }
 
 void SettingsHolder::SetTrapTargetsSetting(std::vector<TrapTarget> targets) {
-  m_settings.trapTargets.Set(std::move(targets));
+  Note(m_settings.trapTargets.Set(std::move(targets)));
 }
 
 void SettingsHolder::AddTrapTargetSetting(std::string target, std::string community, std::string port) {
   m_settings.trapTargets.Add(TrapTarget(target, community, port));
+  SettingsChanged();
 }
 
 }  // namespace drivers

@@ -2,6 +2,7 @@
 #define DRIVERS_COMMON_SETTINGS_HOLDER_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "drivers/common/SnmpSettings.h"
@@ -14,11 +15,11 @@ namespace drivers {
 class SettingsHolder : public ISupportSNMP {
  public:
   bool GetIsManagedDevice() final { return m_settings.managed; }
-  void SetIsManagedDevice(bool managed) final { m_settings.managed = managed; }
+  void SetIsManagedDevice(bool managed) final { SetSwitch(m_settings.managed, managed); }
   bool GetIsConfigDirty() final { return m_settings.configDirty; }
-  void SetIsConfigDirty(bool dirty) final { m_settings.configDirty = dirty; }
+  void SetIsConfigDirty(bool dirty) final { SetSwitch(m_settings.configDirty, dirty); }
   bool GetEnabledSetting() final { return m_settings.enabled; }
-  void SetEnabledSetting(bool enabled) final { m_settings.enabled = enabled; }
+  void SetEnabledSetting(bool enabled) final { SetSwitch(m_settings.enabled, enabled); }
 
   std::string GetCommunityReadSetting() final { return m_settings.communityRead.Get(); }
   void SetCommunityReadSetting(std::string community) final;
@@ -31,24 +32,24 @@ class SettingsHolder : public ISupportSNMP {
   void SetSysContactSetting(std::string contact) final;
   bool GetWasSysContactSettingErased() final { return m_settings.sysContact.WasErased(); }
   bool GetUsePrimaryContactSetting() final { return m_settings.usePrimaryContact; }
-  void SetUsePrimaryContactSetting(bool use) final { m_settings.usePrimaryContact = use; }
+  void SetUsePrimaryContactSetting(bool use) final { SetSwitch(m_settings.usePrimaryContact, use); }
 
   std::string GetSysLocationSetting() final { return m_settings.sysLocation.Get(); }
   void SetSysLocationSetting(std::string location) final;
   bool GetWasSysLocationSettingErased() final { return m_settings.sysLocation.WasErased(); }
   bool GetUseProjectOwnerAddressSetting() final { return m_settings.useProjectOwnerAddress; }
-  void SetUseProjectOwnerAddressSetting(bool use) final { m_settings.useProjectOwnerAddress = use; }
+  void SetUseProjectOwnerAddressSetting(bool use) final { SetSwitch(m_settings.useProjectOwnerAddress, use); }
 
   std::string GetSysNameSetting() final { return m_settings.sysName.Get(); }
   void SetSysNameSetting(std::string name) final;
   bool GetWasSysNameSettingErased() final { return m_settings.sysName.WasErased(); }
   bool GetUseRoomDeviceSetting() final { return m_settings.useRoomDevice; }
-  void SetUseRoomDeviceSetting(bool use) final { m_settings.useRoomDevice = use; }
+  void SetUseRoomDeviceSetting(bool use) final { SetSwitch(m_settings.useRoomDevice, use); }
 
   std::vector<TrapTarget> GetTrapTargetsSetting() final { return m_settings.trapTargets.Get(); }
   void SetTrapTargetsSetting(std::vector<TrapTarget> targets) final;
   // Clearing what is empty already changes nothing: the tool's every request begins with it.
-  void ClearTrapTargetSetting() final { m_settings.trapTargets.Set({}); }
+  void ClearTrapTargetSetting() final { Note(m_settings.trapTargets.Set({})); }
   void AddTrapTargetSetting(std::string target, std::string community, std::string port) final;
   bool GetWasTrapTargetsSettingErased() final { return m_settings.trapTargets.WasErased(); }
 
@@ -56,8 +57,15 @@ class SettingsHolder : public ISupportSNMP {
   ~SettingsHolder() = default;
 
   SnmpSettings& Settings() { return m_settings; }
+  const SnmpSettings& Settings() const { return m_settings; }
+
+  // Called after a setting, or a flag of one, has changed through the operations above.
+  virtual void SettingsChanged() {}
 
  private:
+  void Note(bool changed);
+  void SetSwitch(bool& which, bool value) { Note(std::exchange(which, value) != value); }
+
   SnmpSettings m_settings;
 };
 

@@ -32,7 +32,8 @@ SnmpDeviceDriver::SnmpDeviceDriver(IInstanceManager& instanceManager)
       m_versionValid(false),
       m_agent(instanceManager),
       m_commands(Settings(), m_operations,
-                 {[this] { return Announce(); }, [this] { m_agent.Withdraw(m_driverId); }, [this] { return FilePath(); }}) {}
+                 {[this] { return Announce(); }, [this] { m_agent.Withdraw(m_driverId); }, [this] { return FilePath(); },
+                  [this] { SettingsChanged(); }}) {}
 
 SnmpDeviceDriver::~SnmpDeviceDriver() {
   Leave();

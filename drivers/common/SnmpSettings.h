@@ -19,7 +19,8 @@ class ErasableText {
  public:
   const std::string& Get() const { return m_value; }
   bool WasErased() const { return m_erased; }
-  void Set(std::string value);
+  // Whether value or flag have changed.
+  bool Set(std::string value);
   // Empties the setting on purpose, also one that is empty already.
   void Erase();
 
@@ -34,7 +35,8 @@ class ErasableTrapTargets {
  public:
   const std::vector<TrapTarget>& Get() const { return m_targets; }
   bool WasErased() const { return m_erased; }
-  void Set(std::vector<TrapTarget> targets);
+  // Whether list or flag have changed.
+  bool Set(std::vector<TrapTarget> targets);
   void Add(const TrapTarget& target);
   void Erase();
 

@@ -22,6 +22,7 @@ using drivers::ConfigFile;
 using drivers::FileStatusOfErrno;
 using drivers::kFileIsNotRegular;
 using drivers::kFileIsSymbolicLink;
+using drivers::kFileWasChanged;
 
 const std::set<std::string> kOnlyTheFile = {"snmpd.conf"};
 
@@ -139,6 +140,68 @@ TEST(AConfigFile, KeepsTheOwnerOfTheOldFile) {
   EXPECT_EQ(before.st_uid, after.st_uid);
   EXPECT_EQ(before.st_gid, after.st_gid);
   EXPECT_EQ("new", folder.Read("snmpd.conf"));
+}
+
+TEST(AConfigFile, IsReplacedWhereItHoldsWhatIsExpected) {
+  const TemporaryFolder folder;
+  const ConfigFile file(folder.Path());
+  EXPECT_EQ(0, file.ReplaceExpected("", "first"));
+  EXPECT_EQ(0, file.ReplaceExpected("first", "second"));
+  EXPECT_EQ("second", folder.Read("snmpd.conf"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
+TEST(AConfigFile, ThatSomebodyChangedIsNotReplaced) {
+  for (const char* const expected : {"", "firs", "first\n", "First"}) {
+    const TemporaryFolder folder;
+    folder.Write("snmpd.conf", "first");
+    EXPECT_EQ(kFileWasChanged, ConfigFile(folder.Path()).ReplaceExpected(expected, "second")) << expected;
+    EXPECT_EQ("first", folder.Read("snmpd.conf"));
+    EXPECT_EQ(kOnlyTheFile, folder.Names());
+  }
+}
+
+TEST(AConfigFile, ThatSomebodyRemovedIsNotReplaced) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(kFileWasChanged, ConfigFile(folder.Path()).ReplaceExpected("first", "second"));
+  EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(AConfigFile, ThatCannotBeComparedIsNotReplaced) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "first");
+  for (const char* const step : {"OpenForReading", "StatOpened", "Read"}) {
+    const auto calls = std::make_shared<ScriptedFileCalls>();
+    calls->script = [step](const std::string& name, std::size_t) { return name == step ? EIO : 0; };
+    EXPECT_EQ(FileStatusOfErrno(EIO), ConfigFile(folder.Path(), calls).ReplaceExpected("first", "second")) << step;
+    EXPECT_EQ("first", folder.Read("snmpd.conf"));
+    EXPECT_EQ(kOnlyTheFile, folder.Names());
+  }
+}
+
+TEST(AConfigFile, ThatIsALinkIsReadOnDemandAndNeverReplaced) {
+  const TemporaryFolder folder;
+  folder.Write("elsewhere", "content");
+  std::filesystem::create_symlink("elsewhere", folder.Path("snmpd.conf"));
+  const ConfigFile file(folder.Path());
+  std::string text = "kept";
+  EXPECT_EQ(kFileIsSymbolicLink, file.Read(text));
+  EXPECT_EQ("kept", text);
+  EXPECT_EQ(0, file.Read(text, drivers::Links::Follow));
+  EXPECT_EQ("content", text);
+  EXPECT_EQ(kFileIsSymbolicLink, file.ReplaceExpected("content", "new"));
+  EXPECT_EQ("content", folder.Read("elsewhere"));
+}
+
+TEST(AConfigFile, ThatIsALinkToNothingOrToAFolderIsRefusedAlsoOnDemand) {
+  const TemporaryFolder folder;
+  const ConfigFile file(folder.Path());
+  std::string text = "kept";
+  std::filesystem::create_symlink("elsewhere", folder.Path("snmpd.conf"));
+  EXPECT_EQ(kFileIsSymbolicLink, file.Read(text, drivers::Links::Follow));
+  std::filesystem::create_directory(folder.Path("elsewhere"));
+  EXPECT_EQ(kFileIsNotRegular, file.Read(text, drivers::Links::Follow));
+  EXPECT_EQ("kept", text);
 }
 
 TEST(AConfigFile, GoesThroughALinkedFolder) {

@@ -28,6 +28,7 @@ class ADevice : public testing::Test {
   drivers::DeviceOperations m_operations;
   std::string m_obstacle;
   std::vector<std::string> m_asked;
+  int m_changes = 0;
   drivers::DeviceCommands m_commands{
       m_settings,
       m_operations,
@@ -35,7 +36,7 @@ class ADevice : public testing::Test {
          m_asked.push_back("announce");
          return m_obstacle;
        },
-       [this] { m_asked.push_back("withdraw"); }, [] { return std::string("/d/snmpd.conf"); }}};
+       [this] { m_asked.push_back("withdraw"); }, [] { return std::string("/d/snmpd.conf"); }, [this] { ++m_changes; }}};
 };
 
 TEST_F(ADevice, RegistersEachOfItsCommandsOnce) {
@@ -73,6 +74,21 @@ TEST_F(ADevice, AddsAndClearsTrapTargets) {
   EXPECT_EQ("<Success>", m_host.Command("ClearTrapTargets"));
   EXPECT_TRUE(m_settings.trapTargets.Get().empty());
   EXPECT_TRUE(m_settings.trapTargets.WasErased());
+}
+
+TEST_F(ADevice, TellsOfEachChangeAndOfNothingElse) {
+  m_host.Command("GetSettings");
+  m_host.Command("FailOperation", {{"operation", "CopyTo"}, {"status", "1"}});
+  m_host.Command("SetSetting", {{"name", "enabled"}, {"value", "on"}});
+  m_host.Command("EraseSetting", {{"name", "enabled"}});
+  m_host.Command("AddTrapTarget", {{"target", ""}, {"community", ""}, {"port", ""}});
+  EXPECT_EQ(0, m_changes);
+  m_host.Command("SetSetting", {{"name", "enabled"}, {"value", "true"}});
+  m_host.Command("EraseSetting", {{"name", "sysName"}});
+  EXPECT_EQ(2, m_changes);
+  m_host.Command("AddTrapTarget", {{"target", "10.0.0.5"}, {"community", ""}, {"port", ""}});
+  m_host.Command("ClearTrapTargets");
+  EXPECT_EQ(4, m_changes);
 }
 
 TEST_F(ADevice, ShowsItsSettings) {

@@ -18,6 +18,11 @@ class SettingsOnly final : public drivers::SettingsHolder {
   int StartMasterAgent() override { return 0; }
   std::string GetSNMPVersion() override { return std::string(); }
   bool IsSNMPVersionValid(const std::string&) override { return true; }
+
+  int changes = 0;
+
+ private:
+  void SettingsChanged() override { ++changes; }
 };
 
 struct TextAccess {
@@ -137,6 +142,43 @@ TEST(ASwitch, IsOffWhenNewAndTurnsNoOther) {
     (device.*turned.set)(false);
     EXPECT_FALSE((device.*turned.get)()) << turned.name;
   }
+}
+
+TEST(AChange, IsToldOnceForEachTextAndSwitchAndForNothingThatStaysAsItIs) {
+  for (const TextAccess& text : kTexts) {
+    SettingsOnly device;
+    (device.*text.set)("");
+    EXPECT_EQ(0, device.changes) << text.name;
+    (device.*text.set)("something");
+    (device.*text.set)("something");
+    EXPECT_EQ(1, device.changes) << text.name;
+    (device.*text.set)("");
+    (device.*text.set)("");
+    EXPECT_EQ(2, device.changes) << text.name;
+  }
+  for (const SwitchAccess& access : kSwitches) {
+    SettingsOnly device;
+    (device.*access.set)(false);
+    EXPECT_EQ(0, device.changes) << access.name;
+    (device.*access.set)(true);
+    (device.*access.set)(true);
+    EXPECT_EQ(1, device.changes) << access.name;
+  }
+}
+
+TEST(AChange, OfTheTrapTargetsIsToldWhenOneDiffers) {
+  SettingsOnly device;
+  device.ClearTrapTargetSetting();
+  EXPECT_EQ(0, device.changes);
+  device.AddTrapTargetSetting("10.0.0.5", "public", "162");
+  device.SetTrapTargetsSetting({TrapTarget("10.0.0.5", "public", "162")});
+  EXPECT_EQ(1, device.changes);
+  device.SetTrapTargetsSetting({TrapTarget("10.0.0.6", "public", "162")});
+  device.SetTrapTargetsSetting({TrapTarget("10.0.0.6", "secret", "162")});
+  device.SetTrapTargetsSetting({TrapTarget("10.0.0.6", "secret", "163")});
+  EXPECT_EQ(4, device.changes);
+  device.ClearTrapTargetSetting();
+  EXPECT_EQ(5, device.changes);
 }
 
 TEST(AListOfTrapTargets, IsEmptyAndNotErasedWhenNew) {

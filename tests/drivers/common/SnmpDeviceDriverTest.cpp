@@ -23,6 +23,7 @@ class NotingDevice final : public drivers::SnmpDeviceDriver {
 
   std::string m_wrong;
   int m_status = 0;
+  int m_changes = 0;
 
  private:
   std::string Prepare(const drivers::DeviceConfiguration& configuration, const H7XML::INode& config) override {
@@ -38,6 +39,8 @@ class NotingDevice final : public drivers::SnmpDeviceDriver {
   int Reboot() override { return Note("Reboot"); }
   int StopDaemon() override { return Note("StopDaemon"); }
   int StartDaemon() override { return Note("StartDaemon"); }
+
+  void SettingsChanged() override { ++m_changes; }
 
   int Note(const std::string& line) {
     m_asked.push_back(line);
@@ -220,6 +223,16 @@ TEST_F(ADeviceDriver, AnnouncesItselfOnCommandWhereAnAgentIs) {
   EXPECT_EQ("<Success>", m_host.Command("Announce"));
   EXPECT_EQ((Lines{"Add 12"}), m_agent.calls);
   EXPECT_EQ("<filePath>/d/file", m_host.Command("GetFilePath"));
+}
+
+TEST_F(ADeviceDriver, HearsOfChangesFromTheAgentAndFromScriptsButNotOfItsConfiguration) {
+  EXPECT_EQ(0, Initialize());
+  Factory().RegisterCommands();
+  EXPECT_EQ(0, m_driver->m_changes);
+  Published()->SetIsConfigDirty(true);
+  EXPECT_EQ(1, m_driver->m_changes);
+  m_host.Command("SetSetting", {{"name", "sysName"}, {"value", "cellar"}});
+  EXPECT_EQ(2, m_driver->m_changes);
 }
 
 TEST_F(ADeviceDriver, LeavesTheWorkToItsHooksAndPassesTheirStatusOn) {

@@ -16,8 +16,8 @@ int ScriptedFileCalls::OpenFolder(const char* path) {
   return Fails("OpenFolder") ? -1 : FileCalls::OpenFolder(path);
 }
 
-int ScriptedFileCalls::OpenForReading(int folder, const char* name) {
-  return Fails("OpenForReading") ? -1 : FileCalls::OpenForReading(folder, name);
+int ScriptedFileCalls::OpenForReading(int folder, const char* name, drivers::Links links) {
+  return Fails("OpenForReading") ? -1 : FileCalls::OpenForReading(folder, name, links);
 }
 
 int ScriptedFileCalls::CreateNew(int folder, const char* name, mode_t mode) {

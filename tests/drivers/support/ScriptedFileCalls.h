@@ -23,7 +23,7 @@ class ScriptedFileCalls : public drivers::FileCalls {
   std::vector<std::pair<uid_t, gid_t>> owners;  // asked for with ChangeOwner
 
   int OpenFolder(const char* path) override;
-  int OpenForReading(int folder, const char* name) override;
+  int OpenForReading(int folder, const char* name, drivers::Links links) override;
   int CreateNew(int folder, const char* name, mode_t mode) override;
   int Close(int descriptor) override;
   int LockFolder(int folder) override;
