@@ -5,13 +5,6 @@
 
 namespace devhost {
 
-// The exit statuses of the program.
-enum ExitStatus : int {
-  ExitStatus_Good = 0,
-  ExitStatus_Failed = 1,  // an action or expectation failed, a driver broke the rules, or a state or the output was not kept
-  ExitStatus_Wrong = 2    // wrong usage, or a project, script, module or state folder that is wrong: nothing was played
-};
-
 // `devhost run`.
 struct RunOptions {
   std::string project;  // "" for the agent alone

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "devhost/app/CommandLine.h"
+#include "devhost/app/ExitStatus.h"
 #include "devhost/app/FileText.h"
 #include "devhost/app/Host.h"
 #include "devhost/app/Output.h"

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "devhost/app/FileText.h"
 #include "devhost/app/Words.h"
@@ -71,6 +72,29 @@ FileDescriptor Lock(int folder, const std::string& path) {
   return lock;
 }
 
+// The text of a state, "" when there is none. Throws StateError with the place when it is damaged.
+std::string ReadSoundFile(int folder, const std::string& path, const std::string& name) {
+  std::string place = PathIn(path, name);
+  std::string damage;
+  try {
+    std::optional<std::string> text = ReadStateFile(folder, name);
+    if (!text) {
+      return std::string();
+    }
+    if (!text->empty()) {
+      ReadXmlNode(*text);
+      return std::move(*text);
+    }
+    damage = "the file is empty";
+  } catch (const XmlError& error) {
+    place += ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column());
+    damage = OneLine(error.what());
+  } catch (const StateError& error) {
+    damage = error.what();
+  }
+  throw StateError(place + ": the state is damaged: " + damage);
+}
+
 }  // namespace
 
 StateFolder::StateFolder(const std::string& path)
@@ -78,21 +102,12 @@ StateFolder::StateFolder(const std::string& path)
 
 h7::auto_com<H7XML::INode> StateFolder::Load(unsigned long driverId) {
   const std::string name = FileName(driverId);
-  std::string problem = PathIn(m_path, name);
+  std::string problem;
   try {
-    const std::optional<std::string> text = ReadStateFile(m_folder.Get(), name);
-    if (!text) {
-      return h7::auto_com<H7XML::INode>();
-    }
-    if (!text->empty()) {
-      return ReadXmlNode(*text);
-    }
-    problem += ": the state is damaged: the file is empty";
-  } catch (const XmlError& error) {
-    problem += ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column()) +
-               ": the state is damaged: " + OneLine(error.what());
+    const std::string text = ReadSoundFile(m_folder.Get(), m_path, name);
+    return text.empty() ? h7::auto_com<H7XML::INode>() : ReadXmlNode(text);
   } catch (const StateError& error) {
-    problem += ": the state is damaged: " + std::string(error.what());
+    problem = error.what();
   }
   try {
     problem += "; kept as " + PutStateFileAside(m_folder.Get(), name);
@@ -113,6 +128,15 @@ void StateFolder::Save(unsigned long driverId, const std::string& xml) {
   } catch (const StateError& error) {
     throw StateError(PathIn(m_path, name) + ": the state is not kept: " + error.what());
   }
+}
+
+std::string LookIntoStateFolder(const std::string& path, unsigned long driverId) {
+  const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.IsOpen()) {
+    throw StateError("cannot look into the state folder " + Quoted(path) + ": " + Reason(errno) +
+                     "; allowed: a folder that devhost run --state has made");
+  }
+  return ReadSoundFile(folder.Get(), path, FileName(driverId));
 }
 
 }  // namespace devhost

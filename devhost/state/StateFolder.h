@@ -24,6 +24,10 @@ class StateFolder : public StateStore {
   FileDescriptor m_lock;
 };
 
+// What is kept for that driver in a state folder, as XML text, "" for nothing, without changing or locking anything there: a
+// host may be using the folder. Throws StateError.
+std::string LookIntoStateFolder(const std::string& path, unsigned long driverId);
+
 }  // namespace devhost
 
 #endif

@@ -315,5 +315,28 @@ TEST_F(AStateFolder, StaysTheOneThatWasLockedWhenItIsRenamed) {
   EXPECT_EQ(folder.Read("t/driver-1.xml"), "<A/>\n");
 }
 
+TEST_F(AStateFolder, CanBeLookedIntoWhileAHostUsesIt) {
+  StateFolder states(folder.Path("s"));
+  states.Save(1, "<A/>");
+  EXPECT_EQ(LookIntoStateFolder(folder.Path("s"), 1), "<A/>\n");
+  EXPECT_EQ(LookIntoStateFolder(folder.Path("s"), 2), "");
+}
+
+TEST_F(AStateFolder, IsLeftAsItIsByALook) {
+  folder.Write("s/driver-1.xml", "<A>");
+  EXPECT_EQ(ErrorOf([&] { LookIntoStateFolder(folder.Path("s"), 1); }).rfind("s/driver-1.xml:1:", 0), 0U);
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml"}));
+  EXPECT_EQ(LookIntoStateFolder(folder.Path("s"), 2), "");
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml"}));
+  try {
+    LookIntoStateFolder(folder.Path("t"), 1);
+    FAIL();
+  } catch (const StateError& error) {
+    EXPECT_EQ(error.what(), "cannot look into the state folder \"" + folder.Path("t") +
+                                "\": No such file or directory; allowed: a folder that devhost run --state has made");
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("t")));
+}
+
 }  // namespace
 }  // namespace devhost
