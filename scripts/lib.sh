@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck disable=SC2034  # used by the commands
 {
   BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev googletest)
-  RUN_PACKAGES=(snmpd)
+  RUN_PACKAGES=(snmpd snmp snmptrapd)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
   CHECK_PACKAGES=(clang-format clang-tidy shellcheck mandoc)
 }
