@@ -1,0 +1,196 @@
+#include "drivers/localsnmpd/Daemon.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <system_error>
+#include <utility>
+
+#include "drivers/localsnmpd/DaemonConfiguration.h"
+#include "drivers/localsnmpd/DaemonLog.h"
+#include "drivers/localsnmpd/DaemonStatus.h"
+#include "drivers/localsnmpd/SnmpProbe.h"
+
+namespace drivers {
+
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+const milliseconds kGentleStop(5000);
+const milliseconds kHardStop(5000);
+const milliseconds kAskAgain(25);
+const milliseconds kNobodyThere(5);
+
+// The host's environment, without what would lead the daemon to other files than its own.
+std::vector<std::string> MakeEnvironment(const std::string& home) {
+  std::vector<std::string> environment;
+  for (char** entry = ::environ; entry != nullptr && *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    if (text.compare(0, 4, "SNMP") != 0 && text.compare(0, 3, "MIB") != 0 && text.compare(0, 5, "HOME=") != 0) {
+      environment.push_back(text);
+    }
+  }
+  environment.push_back("HOME=" + home);
+  environment.push_back("SNMPCONFPATH=" + std::string(DaemonFolder::kDataName));
+  environment.push_back("SNMP_PERSISTENT_DIR=" + std::string(DaemonFolder::kDataName));
+  return environment;
+}
+
+}  // namespace
+
+Daemon::Daemon(const Options& options, Log log) : m_options(options), m_log(std::move(log)), m_folder(options.folder) {}
+
+std::string Daemon::GetAddress() const {
+  return "udp:127.0.0.1:" + std::to_string(m_options.port);
+}
+
+bool Daemon::IsRunning() {
+  if (m_process && m_process->WaitForEnd(milliseconds(0))) {
+    m_log("the daemon (process " + std::to_string(m_process->GetPid()) + ") ended by itself: " + m_process->DescribeEnd());
+    m_process.reset();
+  }
+  return m_process != nullptr;
+}
+
+pid_t Daemon::GetPid() {
+  return IsRunning() ? m_process->GetPid() : 0;
+}
+
+int Daemon::Fail(int status, const std::string& reason) const {
+  m_log(reason + " (status " + std::to_string(status) + ")");
+  return status;
+}
+
+int Daemon::Start(const std::string& config, const std::vector<std::string>& secrets) {
+  if (IsRunning()) {
+    return 0;
+  }
+  std::string program;
+  const int status = PrepareFiles(config, program);
+  return status != 0 ? status : Launch(program, secrets);
+}
+
+int Daemon::Restart(const std::string& config, const std::vector<std::string>& secrets) {
+  std::string program;
+  int status = PrepareFiles(config, program);
+  if (status == 0) {
+    status = Stop();
+  }
+  return status != 0 ? status : Launch(program, secrets);
+}
+
+int Daemon::Stop() {
+  if (!IsRunning()) {
+    return 0;
+  }
+  m_process->Signal(SIGTERM);
+  if (!m_process->WaitForEnd(kGentleStop)) {
+    m_log("the daemon (process " + std::to_string(m_process->GetPid()) + ") does not stop; it is killed");
+    m_process->Signal(SIGKILL);
+    if (!m_process->WaitForEnd(kHardStop)) {
+      return Fail(kDaemonDoesNotEnd, "the daemon (process " + std::to_string(m_process->GetPid()) + ") does not end");
+    }
+  }
+  m_process.reset();
+  return 0;
+}
+
+int Daemon::PrepareFiles(const std::string& config, std::string& program) {
+  program = FindDaemonProgram(m_options.program);
+  if (program.empty()) {
+    // Once in the life of a device: the operator knows, and the tool asks often.
+    if (!m_saidNotInstalled) {
+      m_saidNotInstalled = true;
+      Fail(kDaemonNotInstalled,
+           m_options.program.empty()
+               ? "snmpd is not installed: install it, or name its program in the configuration"
+               : "the program " + m_options.program + " cannot be run: install it, or name another one");
+    }
+    return kDaemonNotInstalled;
+  }
+  std::string wrong = m_folder.Prepare();
+  if (!wrong.empty()) {
+    return Fail(kDaemonFolderUnusable, wrong);
+  }
+  const ServedConfig served = MakeServedConfig(config, m_folder.GetIncludePaths());
+  wrong = m_folder.WriteServed(served.text);
+  if (!wrong.empty()) {
+    return Fail(kServedCopyNotWritten, wrong);
+  }
+  for (const std::string& note : served.notes) {
+    if (m_noted.insert(note).second) {
+      m_log(note);
+    }
+  }
+  return 0;
+}
+
+DaemonProcess::Command Daemon::MakeCommand(const std::string& program) const {
+  // -f: stays the host's child. -LE w: warnings and worse to standard error. -m, -M: no MIB files. -I -smux: opens no port
+  // for an old protocol. -r: goes on where it lacks rights.
+  return {program,
+          {"-f", "-LE", "w", "-c", "../" + std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName,
+           "-m", "", "-M", "", "-I", "-smux", "-r", GetAddress()},
+          MakeEnvironment(m_folder.GetPath()),
+          m_folder.GetFolder().Get(),
+          m_folder.GetLog().Get()};
+}
+
+int Daemon::Launch(const std::string& program, const std::vector<std::string>& secrets) {
+  if (!IsUdpPortFree(m_options.port)) {
+    return Fail(kPortTaken, "cannot start the daemon: somebody else has " + GetAddress());
+  }
+  int error = 0;
+  m_process = DaemonProcess::Start(MakeCommand(program), error);
+  if (!m_process) {
+    return Fail(kDaemonNotStarted, "cannot start " + program + ": " + std::generic_category().message(error));
+  }
+  const int status = WaitUntilReady();
+  const std::string log = m_folder.ReadLog();
+  LogComplaints(ReadComplaints(log), secrets);
+  if (status != 0) {
+    LogComplaints(ReadOtherLines(log), secrets);
+  }
+  return status;
+}
+
+int Daemon::WaitUntilReady() {
+  const SnmpProbe probe(m_options.port);
+  const Clock::time_point deadline = Clock::now() + m_options.startDeadline;
+  while (!m_process->WaitForEnd(kNobodyThere)) {
+    // Any SNMP engine answers; ours is the one whose process has the port.
+    if (probe.Ask(kAskAgain) && !m_process->WaitForEnd(milliseconds(0))) {
+      return OwnsUdpPort(m_process->GetPid(), m_options.port) ? 0 : StopFailed(kPortTaken);
+    }
+    if (Clock::now() >= deadline) {
+      return StopFailed(kDaemonNotReady);
+    }
+  }
+  return StopFailed(kDaemonEndedAtStart);
+}
+
+// What has failed is no daemon that runs: it goes at once.
+int Daemon::StopFailed(int status) {
+  const std::string ended = m_process->WaitForEnd(milliseconds(0)) ? m_process->DescribeEnd() : std::string();
+  m_process.reset();
+  if (status == kPortTaken) {
+    return Fail(status, "the daemon was stopped: somebody else answers at " + GetAddress());
+  }
+  if (status == kDaemonNotReady) {
+    return Fail(status,
+                "the daemon did not answer at " + GetAddress() + " within " +
+                    std::to_string(std::chrono::duration_cast<std::chrono::seconds>(m_options.startDeadline).count()) +
+                    " s and was stopped");
+  }
+  return Fail(status, "the daemon ended while it started: " + ended);
+}
+
+void Daemon::LogComplaints(const std::vector<std::string>& lines, const std::vector<std::string>& secrets) const {
+  for (const std::string& line : lines) {
+    m_log(MaskSecrets(line, secrets));
+  }
+}
+
+}  // namespace drivers

@@ -1,0 +1,68 @@
+#ifndef DRIVERS_LOCALSNMPD_DAEMON_H
+#define DRIVERS_LOCALSNMPD_DAEMON_H
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "drivers/localsnmpd/DaemonFolder.h"
+#include "drivers/localsnmpd/DaemonProcess.h"
+
+namespace drivers {
+
+// The SNMP daemon of one device: at most one process, which serves one UDP port of 127.0.0.1 and no other and ends with this
+// object. Statuses are those of drivers/localsnmpd/DaemonStatus.h; the reason of each failure is logged here.
+class Daemon {
+ public:
+  struct Options {
+    std::string folder;   // the device's
+    std::string program;  // as configured, see FindDaemonProgram
+    std::uint16_t port;
+    std::chrono::milliseconds startDeadline;
+  };
+  // One line for the host's log.
+  using Log = std::function<void(const std::string&)>;
+
+  Daemon(const Options& options, Log log);
+
+  // Starts the daemon with this configuration and waits until it answers. A daemon that runs goes on as it is. Words of
+  // `secrets` are not logged.
+  int Start(const std::string& config, const std::vector<std::string>& secrets);
+  // Stops it when it runs and starts it with another configuration. What can be found wrong before, is: it runs on then.
+  int Restart(const std::string& config, const std::vector<std::string>& secrets);
+  // Stops it when it runs, gently at first.
+  int Stop();
+
+  // Whether it runs. One that has ended by itself since this, or any of the above, was last asked is logged.
+  bool IsRunning();
+  // Its process, 0 when it does not run.
+  pid_t GetPid();
+  // "udp:127.0.0.1:PORT", whether it runs or not.
+  std::string GetAddress() const;
+
+ private:
+  int PrepareFiles(const std::string& config, std::string& program);
+  int Launch(const std::string& program, const std::vector<std::string>& secrets);
+  int WaitUntilReady();
+  int StopFailed(int status);
+  DaemonProcess::Command MakeCommand(const std::string& program) const;
+  void LogComplaints(const std::vector<std::string>& lines, const std::vector<std::string>& secrets) const;
+  int Fail(int status, const std::string& reason) const;
+
+  const Options m_options;
+  const Log m_log;
+  DaemonFolder m_folder;
+  std::set<std::string> m_noted;  // what was said of the configuration: once is enough
+  bool m_saidNotInstalled = false;
+  std::unique_ptr<DaemonProcess> m_process;
+};
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,115 @@
+#include "drivers/localsnmpd/DaemonFolder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace drivers {
+
+namespace {
+
+const char kFolderName[] = "daemon";
+const char kLogName[] = "log";
+const std::size_t kMostOfLog = 1024 * 1024;
+
+std::string Reason() {
+  return std::generic_category().message(errno);
+}
+
+// Makes a new file; what had its name is removed, a link itself and not what it leads to.
+Descriptor MakeFile(int folder, const char* name) {
+  if (::unlinkat(folder, name, 0) != 0 && errno != ENOENT) {
+    return Descriptor();
+  }
+  return Descriptor(::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_APPEND | O_CLOEXEC, 0600));
+}
+
+bool WriteFile(int folder, const char* name, const std::string& text) {
+  const Descriptor file = MakeFile(folder, name);
+  std::size_t written = 0;
+  while (file.IsOpen() && written != text.size()) {
+    const ssize_t count = ::write(file.Get(), text.data() + written, text.size() - written);
+    if (count < 0 && errno != EINTR) {
+      const int error = errno;
+      ::unlinkat(folder, name, 0);
+      errno = error;
+      return false;
+    }
+    written += count < 0 ? 0 : static_cast<std::size_t>(count);
+  }
+  return file.IsOpen();
+}
+
+// Opens a folder, made where it is missing.
+Descriptor OpenFolder(int parent, const char* name) {
+  if (::mkdirat(parent, name, 0700) != 0 && errno != EEXIST) {
+    return Descriptor();
+  }
+  return Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+std::string Join(const std::string& folder, const char* name) {
+  return folder + (!folder.empty() && folder.back() == '/' ? "" : "/") + name;
+}
+
+}  // namespace
+
+DaemonFolder::DaemonFolder(const std::string& folder) : m_folder(folder) {}
+
+std::string DaemonFolder::GetPath() const {
+  return Join(m_folder, kFolderName);
+}
+
+IncludePaths DaemonFolder::GetIncludePaths() const {
+  return {m_folder, GetPath(), Join(GetPath(), kDataName)};
+}
+
+std::string DaemonFolder::Prepare() {
+  const Descriptor parent(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!parent.IsOpen()) {
+    return "cannot use " + m_folder + ": " + Reason();
+  }
+  m_daemon = OpenFolder(parent.Get(), kFolderName);
+  struct stat attributes = {};
+  if (!m_daemon.IsOpen() || ::fstat(m_daemon.Get(), &attributes) != 0) {
+    return "cannot make " + GetPath() + ": " + Reason();
+  }
+  // Whoever owns a folder can put links into it, which the daemon would follow.
+  if (attributes.st_uid != ::geteuid()) {
+    return GetPath() + " belongs to another user; remove it, it is made anew";
+  }
+  if (::fchmod(m_daemon.Get(), 0700) != 0 || !OpenFolder(m_daemon.Get(), kDataName).IsOpen()) {
+    return "cannot make " + Join(GetPath(), kDataName) + ": " + Reason();
+  }
+  if (!WriteFile(m_daemon.Get(), kDriverConfigName, "agentXSocket unix:agentx\n")) {
+    return "cannot write " + Join(GetPath(), kDriverConfigName) + ": " + Reason();
+  }
+  m_log = MakeFile(m_daemon.Get(), kLogName);
+  return m_log.IsOpen() ? std::string() : "cannot write " + Join(GetPath(), kLogName) + ": " + Reason();
+}
+
+std::string DaemonFolder::WriteServed(const std::string& text) const {
+  const Descriptor parent(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!parent.IsOpen() || !WriteFile(parent.Get(), kServedName, text)) {
+    return "cannot write " + Join(m_folder, kServedName) + ": " + Reason();
+  }
+  return std::string();
+}
+
+std::string DaemonFolder::ReadLog() const {
+  std::string text;
+  std::array<char, 4096> part = {};
+  while (m_log.IsOpen() && text.size() < kMostOfLog) {
+    const ssize_t count = ::pread(m_log.Get(), part.data(), part.size(), static_cast<off_t>(text.size()));
+    if (count <= 0) {
+      break;
+    }
+    text.append(part.data(), static_cast<std::size_t>(count));
+  }
+  return text;
+}
+
+}  // namespace drivers

@@ -1,0 +1,54 @@
+#ifndef DRIVERS_LOCALSNMPD_DAEMON_FOLDER_H
+#define DRIVERS_LOCALSNMPD_DAEMON_FOLDER_H
+
+#include <string>
+
+#include "drivers/localsnmpd/Descriptor.h"
+#include "drivers/localsnmpd/ServedConfig.h"
+
+namespace drivers {
+
+// The files of one device's daemon. In the device's folder:
+//
+//   snmpd.conf          the device's own, not touched here
+//   snmpd.conf.served   what the daemon reads in its place
+//   daemon/             for the driver and its daemon alone (mode 0700); the daemon's working folder:
+//     driver.conf       what the daemon reads after that
+//     log               what it writes, anew with each start
+//     agentx            the socket for its subagents
+//     data/             what it keeps: its engine id, values that were set over SNMP
+//
+// The daemon gets all names relative to its working folder: the path of a socket may only be 107 bytes long.
+class DaemonFolder {
+ public:
+  static constexpr char kServedName[] = "snmpd.conf.served";
+  static constexpr char kDriverConfigName[] = "driver.conf";
+  static constexpr char kDataName[] = "data";
+
+  // `folder` need not exist yet.
+  explicit DaemonFolder(const std::string& folder);
+
+  // Makes what is missing of daemon/, with driver.conf and an empty log. What is wrong in one line; empty when all is there.
+  std::string Prepare();
+  // Writes what the daemon is to read, mode 0600. The result is as above.
+  std::string WriteServed(const std::string& text) const;
+  // The daemon's log; empty when there is none.
+  std::string ReadLog() const;
+
+  // Open from Prepare on.
+  const Descriptor& GetFolder() const { return m_daemon; }
+  const Descriptor& GetLog() const { return m_log; }
+
+  // The absolute path of daemon/.
+  std::string GetPath() const;
+  IncludePaths GetIncludePaths() const;
+
+ private:
+  std::string m_folder;
+  Descriptor m_daemon;
+  Descriptor m_log;
+};
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,39 @@
+#ifndef DRIVERS_LOCALSNMPD_DAEMON_STATUS_H
+#define DRIVERS_LOCALSNMPD_DAEMON_STATUS_H
+
+#include <string>
+
+// The statuses with which a device with a daemon of its own answers, beside those of drivers/common/FileStatus.h. 0 is
+// success; -9 says that a text was accepted for later, and nothing else ever does.
+//
+//   -9   the controller is off line: CopyFrom gave the last text that is known, CopyTo keeps the text for later
+//   -10  no daemon program is installed
+//   -11  the system does not start the program
+//   -12  the daemon ended while it started
+//   -13  the daemon did not answer in time, and was stopped
+//   -14  somebody else has the daemon's port
+//   -15  the folder daemon/ beside snmpd.conf cannot be used
+//   -16  snmpd.conf.served, what the daemon is to read, cannot be written
+//   -17  the daemon does not end, not even killed
+//   -20  the controller is off line: nothing was done
+//   -21  the controller is off line, and no text of its snmpd.conf is known
+namespace drivers {
+
+inline constexpr int kAcceptedForLater = -9;
+inline constexpr int kDaemonNotInstalled = -10;
+inline constexpr int kDaemonNotStarted = -11;
+inline constexpr int kDaemonEndedAtStart = -12;
+inline constexpr int kDaemonNotReady = -13;
+inline constexpr int kPortTaken = -14;
+inline constexpr int kDaemonFolderUnusable = -15;
+inline constexpr int kServedCopyNotWritten = -16;
+inline constexpr int kDaemonDoesNotEnd = -17;
+inline constexpr int kControllerOffLine = -20;
+inline constexpr int kNoTextKnown = -21;
+
+// The status in words, those of files included.
+std::string DescribeDaemonStatus(int status);
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,187 @@
+#include "drivers/localsnmpd/DeviceState.h"
+
+#include <cstddef>
+#include <set>
+
+#include "drivers/common/SettingNames.h"
+#include "host/H7XML.h"
+#include "host/INodeList.h"
+#include "host/ToString.h"
+
+namespace drivers {
+
+namespace {
+
+const char kName[] = "LocalSnmpd";
+const char kVersion[] = "1";
+const char kTrapTargets[] = "trapTargets";
+
+int HexValue(char digit) {
+  return digit >= '0' && digit <= '9' ? digit - '0' : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
+}
+
+// Line feeds inside a text stay, for people who look at the state.
+std::string Escape(const std::string& text) {
+  const char digits[] = "0123456789ABCDEF";
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    const bool isInside = at != 0 && at + 1 != text.size();
+    if ((byte > ' ' && byte < 0x7f && byte != '%') || (isInside && byte == ' ') || (isInside && byte == '\n')) {
+      result.push_back(text[at]);
+    } else {
+      result.push_back('%');
+      result.push_back(digits[byte / 16]);
+      result.push_back(digits[byte % 16]);
+    }
+  }
+  return result;
+}
+
+bool Unescape(const std::string& escaped, std::string& text) {
+  text.clear();
+  for (std::size_t at = 0; at < escaped.size(); ++at) {
+    if (escaped[at] != '%') {
+      text.push_back(escaped[at]);
+      continue;
+    }
+    const int high = at + 1 < escaped.size() ? HexValue(escaped[at + 1]) : -1;
+    const int low = at + 2 < escaped.size() ? HexValue(escaped[at + 2]) : -1;
+    if (high < 0 || low < 0) {
+      return false;
+    }
+    text.push_back(static_cast<char>(high * 16 + low));
+    at += 2;
+  }
+  return true;
+}
+
+// Attributes lose their line feeds on the way.
+std::string EscapeAttribute(const std::string& text) {
+  std::string result = Escape(text);
+  for (std::size_t at = 0; (at = result.find('\n', at)) != std::string::npos;) {
+    result.replace(at, 1, "%0A");
+  }
+  return result;
+}
+
+std::string AttributeError(const char* element, const char* attribute) {
+  return "the attribute " + std::string(attribute) + " of an element " + element + " is damaged";
+}
+
+std::string ReadSetting(const H7XML::INode& element, std::set<std::string>& seen, SnmpSettings& settings) {
+  const std::string name = element.GetNamedString("name");
+  const std::string erasedText = element.GetNamedString("erased");
+  std::string value;
+  bool erased = false;
+  if (!Unescape(element.GetNamedString("value"), value)) {
+    return AttributeError("setting", "value");
+  }
+  if (!erasedText.empty() && !ReadSwitch(erasedText, erased)) {
+    return AttributeError("setting", "erased");
+  }
+  if (!seen.insert(name).second) {
+    return "the setting " + name + " stands twice";
+  }
+  if (erased) {
+    return EraseSettingByName(settings, name);
+  }
+  // The targets themselves are elements of their own.
+  return name == kTrapTargets ? std::string() : SetSettingByName(settings, name, value);
+}
+
+std::string ReadTrapTarget(const H7XML::INode& element, SnmpSettings& settings) {
+  std::string target;
+  std::string community;
+  std::string port;
+  if (!Unescape(element.GetNamedString("target"), target) || !Unescape(element.GetNamedString("community"), community) ||
+      !Unescape(element.GetNamedString("port"), port)) {
+    return "a trap target is damaged";
+  }
+  settings.trapTargets.Add(TrapTarget(target, community, port));
+  return std::string();
+}
+
+std::string ReadText(const H7XML::INode& element, std::optional<std::string>& text) {
+  const std::string name = element.GetName();
+  if (text) {
+    return "the element " + name + " stands twice";
+  }
+  return Unescape(element.GetValue(), text.emplace()) ? std::string() : "the text of the element " + name + " is damaged";
+}
+
+std::string FindMissingSetting(const std::set<std::string>& seen) {
+  std::string wrong;
+  VisitSettings(SnmpSettings(), [&](const NamedSetting& setting) {
+    if (seen.count(setting.name) == 0) {
+      wrong = "the setting " + std::string(setting.name) + " is missing";
+    }
+  });
+  return wrong;
+}
+
+}  // namespace
+
+h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state) {
+  const h7::auto_com<H7XML::INode> root = H7XML::CreateXmlNode(kName, std::string());
+  root->SetNamedString("version", kVersion);
+  root->SetNamedString("online", h7::ToString(state.online));
+  VisitSettings(state.settings, [&root](const NamedSetting& setting) {
+    const h7::auto_com<H7XML::INode> element = H7XML::CreateXmlNode("setting", std::string());
+    element->SetNamedString("name", setting.name);
+    element->SetNamedString("value", EscapeAttribute(setting.value));
+    if (setting.erased != nullptr) {
+      element->SetNamedString("erased", h7::ToString(*setting.erased));
+    }
+    root->AppendChild(*element);
+  });
+  for (const TrapTarget& target : state.settings.trapTargets.Get()) {
+    const h7::auto_com<H7XML::INode> element = H7XML::CreateXmlNode("trapTarget", std::string());
+    element->SetNamedString("target", EscapeAttribute(target.target));
+    element->SetNamedString("community", EscapeAttribute(target.community));
+    element->SetNamedString("port", EscapeAttribute(target.port));
+    root->AppendChild(*element);
+  }
+  if (state.known) {
+    root->AddChildString("known", Escape(*state.known));
+  }
+  if (state.pending) {
+    root->AddChildString("pending", Escape(state.pending->text));
+    root->AddChildString("base", Escape(state.pending->base));
+  }
+  return root;
+}
+
+std::string ReadDeviceState(const H7XML::INode& node, DeviceState& state) {
+  if (node.GetName() != kName || node.GetNamedString("version") != kVersion) {
+    return "it is an element " + node.GetName() + " of version \"" + node.GetNamedString("version") + "\", not " + kName +
+           " of version " + kVersion;
+  }
+  std::string wrong = ReadSwitch(node.GetNamedString("online"), state.online) ? "" : AttributeError(kName, "online");
+  std::set<std::string> seen;
+  std::optional<std::string> pending;
+  std::optional<std::string> base;
+  const h7::auto_com<H7XML::INodeList> children = node.GetChildren();
+  for (auto child = children->First(); wrong.empty() && child; child = children->Next()) {
+    const std::string name = child->GetName();
+    if (name == "setting") {
+      wrong = ReadSetting(*child, seen, state.settings);
+    } else if (name == "trapTarget") {
+      wrong = ReadTrapTarget(*child, state.settings);
+    } else if (name == "known" || name == "pending" || name == "base") {
+      wrong = ReadText(*child, name == "known" ? state.known : name == "pending" ? pending : base);
+    } else {
+      wrong = "the element " + name + " is unknown";
+    }
+  }
+  wrong = wrong.empty() ? FindMissingSetting(seen) : wrong;
+  if (wrong.empty() && (pending.has_value() != base.has_value() || (pending && state.online))) {
+    wrong = "a pending text stands without its base, or in a device that is on line";
+  }
+  if (wrong.empty() && pending) {
+    state.pending = PendingText{*pending, *base};
+  }
+  return wrong;
+}
+
+}  // namespace drivers

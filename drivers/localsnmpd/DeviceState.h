@@ -1,0 +1,45 @@
+#ifndef DRIVERS_LOCALSNMPD_DEVICE_STATE_H
+#define DRIVERS_LOCALSNMPD_DEVICE_STATE_H
+
+#include <optional>
+#include <string>
+
+#include "drivers/common/SnmpSettings.h"
+#include "host/INode.h"
+#include "host/auto_com.h"
+
+namespace drivers {
+
+// A text that was accepted while the controller was off line.
+struct PendingText {
+  std::string text;
+  std::string base;  // what the file held, as far as was known, when the text was made from it
+};
+
+// What a device keeps from one life of the host to the next.
+struct DeviceState {
+  SnmpSettings settings;
+  bool online = true;                  // whether the controller can be reached
+  std::optional<std::string> known;    // the last text that was read from snmpd.conf or written to it
+  std::optional<PendingText> pending;  // only off line
+};
+
+// As an element:
+//
+//   <LocalSnmpd version="1" online="true">
+//     <setting name="sysName" value="kitchen" erased="false"/>   one for each setting, see drivers/common/SettingNames.h
+//     <trapTarget target="10.0.0.5" community="public" port="162"/>
+//     <known>...</known>
+//     <pending>...</pending> <base>...</base>                    both or none
+//   </LocalSnmpd>
+//
+// Values and texts are escaped (%XX), since XML cannot carry every byte.
+h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state);
+
+// What is wrong in one line, and `state` is of no use; empty when all is well. Nothing that is unknown, missing or there
+// twice is passed over.
+std::string ReadDeviceState(const H7XML::INode& node, DeviceState& state);
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,271 @@
+#include "drivers/localsnmpd/LocalSnmpdDevice.h"
+
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
+#include "drivers/common/FileStatus.h"
+#include "drivers/common/SettingNames.h"
+#include "drivers/localsnmpd/DaemonConfiguration.h"
+#include "drivers/localsnmpd/DaemonLog.h"
+#include "drivers/localsnmpd/DaemonStatus.h"
+#include "host/H7XML.h"
+#include "host/ICmdMessage.h"
+#include "host/ToString.h"
+#include "host/UICmdDispatcher.h"
+
+namespace drivers {
+
+LocalSnmpdDevice::LocalSnmpdDevice(IInstanceManager& instanceManager) : SnmpDeviceDriver(instanceManager) {}
+
+LocalSnmpdDevice::~LocalSnmpdDevice() {
+  Leave();
+  if (m_daemon) {
+    m_daemon->Stop();
+  }
+}
+
+IDriver* LocalSnmpdDevice::Create(IInstanceManager& instanceManager) {
+  return new LocalSnmpdDevice(instanceManager);
+}
+
+int LocalSnmpdDevice::Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) {
+  if (persisted != nullptr && !m_file) {
+    persisted->AddRef();
+    m_handedState = h7::auto_com<H7XML::INode>(persisted);
+  }
+  return SnmpDeviceDriver::Initialize(driverId, config, persisted);
+}
+
+std::string LocalSnmpdDevice::Prepare(const DeviceConfiguration& configuration, const H7XML::INode& config) {
+  DaemonConfiguration daemon;
+  std::string wrong = ReadDaemonConfiguration(config, daemon);
+  if (!wrong.empty()) {
+    return wrong;
+  }
+  if (daemon.port == 0) {
+    m_port.emplace();
+    daemon.port = m_port->GetPort();
+  }
+  if (daemon.port == 0) {
+    return "no UDP port of 127.0.0.1 is free; give one with port";
+  }
+  std::error_code error;
+  if (!std::filesystem::is_directory(configuration.folder, error)) {
+    Log("the folder " + configuration.folder + " is missing" + (error ? " (" + error.message() + ")" : std::string()) +
+        "; make it, the device does not");
+  }
+  m_rebootPause = daemon.rebootPause;
+  m_daemon.emplace(Daemon::Options{configuration.folder, daemon.program, daemon.port, daemon.startDeadline},
+                   [this](const std::string& line) { Log(line); });
+  m_file.emplace(configuration.folder);
+  TakeStateBack();
+  return std::string();
+}
+
+void LocalSnmpdDevice::TakeStateBack() {
+  if (!m_handedState) {
+    return;
+  }
+  DeviceState state;
+  const std::string wrong = ReadDeviceState(*m_handedState, state);
+  m_handedState.Reset();
+  if (!wrong.empty()) {
+    Log("the state that was kept is not taken back: " + wrong + "; the settings are those of the project");
+    return;
+  }
+  Settings() = state.settings;
+  m_state = state;
+}
+
+h7::auto_com<H7XML::INode> LocalSnmpdDevice::GetPersistState(unsigned long) {
+  if (!m_file) {
+    return m_handedState;
+  }
+  m_state.settings = Settings();
+  return WriteDeviceState(m_state);
+}
+
+void LocalSnmpdDevice::SettingsChanged() {
+  if (m_file) {
+    DmInvalidateState();
+  }
+}
+
+std::string LocalSnmpdDevice::FilePath() const {
+  return m_file ? m_file->GetPath() : std::string();
+}
+
+int LocalSnmpdDevice::ReadFile(std::string& config) {
+  m_daemon->IsRunning();
+  if (!m_state.online) {
+    return ReadOffLine(config);
+  }
+  // A link is followed: reading harms nobody, and the tool shall see the settings. Writing refuses it.
+  const int status = m_file->Read(config, Links::Follow);
+  if (status == 0) {
+    m_copiedOut = true;
+    if (m_state.known != config) {
+      m_state.known = config;
+      SettingsChanged();
+    }
+  }
+  return ReportFile("read", status);
+}
+
+int LocalSnmpdDevice::ReadOffLine(std::string& config) {
+  if (!m_state.pending && !m_state.known) {
+    return ReportFile("read", kNoTextKnown);
+  }
+  config = m_state.pending ? m_state.pending->text : *m_state.known;
+  m_copiedOut = true;
+  return kAcceptedForLater;
+}
+
+int LocalSnmpdDevice::WriteFile(const std::string& config) {
+  m_daemon->IsRunning();
+  if (!m_copiedOut || !m_state.known) {
+    return ReportFile("replace", kFileWasChanged);
+  }
+  if (!m_state.online) {
+    return WriteOffLine(config);
+  }
+  const int status = m_file->ReplaceExpected(*m_state.known, config);
+  if (status != 0) {
+    return ReportFile("replace", status);
+  }
+  m_state.known = config;
+  SettingsChanged();
+  return ApplyToDaemon(config);
+}
+
+int LocalSnmpdDevice::WriteOffLine(const std::string& config) {
+  // A text made from a pending one goes into the same file as that one would have.
+  const std::string base = m_state.pending ? m_state.pending->base : *m_state.known;
+  m_state.pending = PendingText{config, base};
+  SettingsChanged();
+  return kAcceptedForLater;
+}
+
+int LocalSnmpdDevice::ApplyToDaemon(const std::string& config) {
+  return m_daemon->IsRunning() ? m_daemon->Restart(config, CollectSecrets(Settings(), config)) : 0;
+}
+
+int LocalSnmpdDevice::StartOnLine() {
+  if (m_daemon->IsRunning()) {
+    return 0;
+  }
+  std::string config;
+  const int status = m_file->Read(config, Links::Follow);
+  return status != 0 ? ReportFile("read", status) : m_daemon->Start(config, CollectSecrets(Settings(), config));
+}
+
+int LocalSnmpdDevice::StartDaemon() {
+  return m_state.online ? StartOnLine() : RefuseOffLine("start the daemon");
+}
+
+int LocalSnmpdDevice::StopDaemon() {
+  return m_state.online ? m_daemon->Stop() : RefuseOffLine("stop the daemon");
+}
+
+int LocalSnmpdDevice::Reboot() {
+  if (!m_state.online) {
+    return RefuseOffLine("reboot the controller");
+  }
+  const bool wasRunning = m_daemon->IsRunning();
+  const int stopped = m_daemon->Stop();
+  if (stopped != 0) {
+    return stopped;
+  }
+  std::this_thread::sleep_for(m_rebootPause);
+  return wasRunning ? StartOnLine() : 0;
+}
+
+// What is in the way; empty when the controller is on line and what was pending is in its file and, where it runs, in its
+// daemon.
+std::string LocalSnmpdDevice::ComeOnLine() {
+  m_daemon->IsRunning();
+  if (m_state.online) {
+    return std::string();
+  }
+  if (!m_state.pending) {
+    m_state.online = true;
+    SettingsChanged();
+    return std::string();
+  }
+  const PendingText pending = *m_state.pending;
+  int status = m_file->ReplaceExpected(pending.base, pending.text);
+  if (status != 0 && status != kFileWasChanged) {
+    ReportFile("install what was accepted off line in", status);
+    return "what was accepted off line cannot be installed: " + DescribeDaemonStatus(status) + "; the device stays off line";
+  }
+  m_state.online = true;
+  m_state.pending.reset();
+  SettingsChanged();
+  if (status == kFileWasChanged) {
+    const std::string line = "what was accepted off line is dropped: somebody changed " + m_file->GetPath() +
+                             " meanwhile; the settings stay, send them again";
+    Log(line);
+    return line;
+  }
+  m_state.known = pending.text;
+  Log("what was accepted off line is in " + m_file->GetPath());
+  status = ApplyToDaemon(pending.text);
+  if (status != 0) {
+    return "what was accepted off line is in the file, but " + DescribeDaemonStatus(status);
+  }
+  SetIsConfigDirty(false);
+  return std::string();
+}
+
+int LocalSnmpdDevice::RefuseOffLine(const char* action) const {
+  Log(std::string("cannot ") + action + ": " + DescribeDaemonStatus(kControllerOffLine) + " (status " +
+      std::to_string(kControllerOffLine) + ")");
+  return kControllerOffLine;
+}
+
+int LocalSnmpdDevice::ReportFile(const char* action, int status) const {
+  if (status != 0) {
+    Log(std::string("cannot ") + action + " " + m_file->GetPath() + ": " + DescribeDaemonStatus(status) + " (status " +
+        std::to_string(status) + ")");
+  }
+  return status;
+}
+
+void LocalSnmpdDevice::RegisterCommands() {
+  SnmpDeviceDriver::RegisterCommands();
+  GetUICmdDispatcher().RegisterUICmd("SetOnline", [this](const ICmdMessage& message) { return OnSetOnline(message); });
+  GetUICmdDispatcher().RegisterUICmd("GetDaemon", [this](const ICmdMessage& message) { return OnGetDaemon(message); });
+}
+
+LocalSnmpdDevice::Reply LocalSnmpdDevice::OnSetOnline(const ICmdMessage& message) {
+  bool online = false;
+  std::string wrong;
+  if (!m_file) {
+    wrong = "the device has no right configuration; see the log";
+  } else if (!message.Has("online") || !ReadSwitch(message.GetString("online"), online)) {
+    wrong = "online is \"" + message.GetString("online") + "\"; allowed are true and false";
+  } else if (online) {
+    wrong = ComeOnLine();
+  } else if (m_state.online) {
+    m_state.online = false;
+    SettingsChanged();
+  }
+  return H7XML::CreateXmlNode(wrong.empty() ? "Success" : "Fail", wrong);
+}
+
+LocalSnmpdDevice::Reply LocalSnmpdDevice::OnGetDaemon(const ICmdMessage&) {
+  if (!m_daemon) {
+    return H7XML::CreateXmlNode("Fail", "the device has no right configuration; see the log");
+  }
+  const pid_t pid = m_daemon->GetPid();
+  const Reply reply = H7XML::CreateXmlNode("daemon", std::string());
+  reply->SetNamedString("running", h7::ToString(pid != 0));
+  reply->SetNamedULong("pid", static_cast<unsigned long>(pid));
+  reply->SetNamedString("address", m_daemon->GetAddress());
+  reply->SetNamedString("online", h7::ToString(m_state.online));
+  reply->SetNamedString("pending", h7::ToString(m_state.pending.has_value()));
+  return reply;
+}
+
+}  // namespace drivers

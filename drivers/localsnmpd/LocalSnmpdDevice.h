@@ -1,0 +1,72 @@
+#ifndef DRIVERS_LOCALSNMPD_LOCAL_SNMPD_DEVICE_H
+#define DRIVERS_LOCALSNMPD_LOCAL_SNMPD_DEVICE_H
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "drivers/common/ConfigFile.h"
+#include "drivers/common/SnmpDeviceDriver.h"
+#include "drivers/localsnmpd/Daemon.h"
+#include "drivers/localsnmpd/DeviceState.h"
+#include "drivers/localsnmpd/PortReservation.h"
+
+class IInstanceManager;
+
+namespace drivers {
+
+// An SNMP-capable device whose controller is this machine: one folder with its snmpd.conf, and one SNMP daemon that serves
+// it on a port of 127.0.0.1. Statuses are those of drivers/localsnmpd/DaemonStatus.h and drivers/common/FileStatus.h.
+//
+// A file that somebody changed since it was copied out is never overwritten. While the controller is off line, a switch for
+// tests, the last known text is handed out and a new one accepted for later; it is installed when the controller is back.
+//
+// Settings and those texts are kept from one life of the host to the next. The daemon ends with the driver.
+class LocalSnmpdDevice final : public SnmpDeviceDriver {
+ public:
+  explicit LocalSnmpdDevice(IInstanceManager& instanceManager);
+  ~LocalSnmpdDevice() override;
+
+  static IDriver* Create(IInstanceManager& instanceManager);
+
+  int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override;
+  h7::auto_com<H7XML::INode> GetPersistState(unsigned long reserved) override;
+  void RegisterCommands() override;
+
+ private:
+  using Reply = h7::auto_com<H7XML::INode>;
+
+  std::string Prepare(const DeviceConfiguration& configuration, const H7XML::INode& config) override;
+  std::string FilePath() const override;
+  int ReadFile(std::string& config) override;
+  int WriteFile(const std::string& config) override;
+  int Reboot() override;
+  int StopDaemon() override;
+  int StartDaemon() override;
+  void SettingsChanged() override;
+
+  void TakeStateBack();
+  int ReadOffLine(std::string& config);
+  int WriteOffLine(const std::string& config);
+  int StartOnLine();
+  int ApplyToDaemon(const std::string& config);
+  std::string ComeOnLine();
+  int RefuseOffLine(const char* action) const;
+  int ReportFile(const char* action, int status) const;
+  Reply OnSetOnline(const ICmdMessage& message);
+  Reply OnGetDaemon(const ICmdMessage& message);
+
+  // As the host handed it over; given back as it is where the configuration is wrong and nobody reads it.
+  h7::auto_com<H7XML::INode> m_handedState;
+  std::optional<PortReservation> m_port;  // none for a configured port
+  std::chrono::milliseconds m_rebootPause{0};
+  std::optional<ConfigFile> m_file;
+  std::optional<Daemon> m_daemon;
+  // Its settings are of no use here: those that count are the base's.
+  DeviceState m_state;
+  bool m_copiedOut = false;  // in this life
+};
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,142 @@
+#include "drivers/localsnmpd/ServedConfig.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string_view>
+#include <system_error>
+
+#include "drivers/localsnmpd/ConfigLine.h"
+
+namespace drivers {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char kForbidden[] = "agentaddress";
+const std::size_t kMostFiles = 1000;
+const std::uintmax_t kMostBytes = 16 * 1024 * 1024;
+
+// Calls `work` with each line, without its line feed, and its number from 1, until it returns false.
+template <class Work>
+void ForEachLine(std::string_view text, Work work) {
+  for (std::size_t number = 1; !text.empty(); ++number) {
+    const std::size_t end = text.find('\n');
+    if (!work(text.substr(0, end), number) || end == std::string_view::npos) {
+      return;
+    }
+    text.remove_prefix(end + 1);
+  }
+}
+
+std::string_view WithoutBlanksBehind(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(" \t\v\f\r\n") + 1);
+}
+
+// Looks through included files, and through those that they include, for what they may not hold.
+class IncludeJudge {
+ public:
+  explicit IncludeJudge(const IncludePaths& paths) : m_paths(paths) {}
+
+  // What is in the way of an include that stands in a file of `folder`; empty when nothing is, and for other lines.
+  std::string Judge(const ConfigLine& line, const fs::path& folder) {
+    for (const fs::path& file : FilesOf(line, folder)) {
+      const std::string found = JudgeFile(file);
+      if (!found.empty()) {
+        return found;
+      }
+    }
+    return std::string();
+  }
+
+ private:
+  std::vector<fs::path> FilesOf(const ConfigLine& line, const fs::path& folder) const {
+    const fs::path name(WithoutBlanksBehind(line.rest));
+    if (line.keyword == "includefile") {
+      return {folder / line.rest, folder / name};
+    }
+    if (line.keyword == "includesearch") {
+      const fs::path base = fs::path(m_paths.search) / name;
+      return {fs::path(base) += ".conf", fs::path(base) += ".local.conf"};
+    }
+    std::vector<fs::path> files;
+    if (line.keyword == "includedir") {
+      std::error_code error;
+      for (fs::directory_iterator entry(fs::path(m_paths.working) / name, error), end; !error && entry != end;
+           entry.increment(error)) {
+        const std::string file = entry->path().string();
+        const std::string suffix = ".conf";
+        if (file.size() > suffix.size() && file.compare(file.size() - suffix.size(), suffix.size(), suffix) == 0) {
+          files.push_back(entry->path());
+        }
+      }
+      std::sort(files.begin(), files.end());
+    }
+    return files;
+  }
+
+  std::string JudgeFile(const fs::path& file) {
+    std::error_code error;
+    const fs::path whole = fs::weakly_canonical(file, error);
+    // What is no file that can be read, the daemon does not read either.
+    if (error || !fs::is_regular_file(whole, error) || !m_seen.insert(whole).second) {
+      return std::string();
+    }
+    if (m_seen.size() > kMostFiles || fs::file_size(whole, error) > kMostBytes) {
+      return "the included files are too many or too large to be looked through";
+    }
+    std::ifstream stream(whole, std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(stream), {});
+    if (text.find('\0') != std::string::npos) {
+      return whole.string() + " holds a zero byte";
+    }
+    std::string found;
+    ForEachLine(text, [&](std::string_view line, std::size_t number) {
+      const ConfigLine config = ReadConfigLine(line);
+      if (config.keyword == kForbidden) {
+        found = whole.string() + ":" + std::to_string(number) + " holds agentaddress, which would open other ports";
+      } else {
+        found = Judge(config, file.parent_path());
+      }
+      return found.empty();
+    });
+    return found;
+  }
+
+  const IncludePaths& m_paths;
+  std::set<fs::path> m_seen;
+};
+
+}  // namespace
+
+ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths) {
+  ServedConfig result;
+  const auto note = [&result](std::size_t number, const std::string& what) {
+    result.notes.push_back("snmpd.conf:" + std::to_string(number) + ": " + what);
+  };
+  ForEachLine(text, [&](std::string_view line, std::size_t number) {
+    std::string served(line);
+    if (served.find('\0') != std::string::npos) {
+      std::replace(served.begin(), served.end(), '\0', '?');
+      note(number, "the line holds a zero byte; the daemon gets a question mark in its place");
+    }
+    const ConfigLine config = ReadConfigLine(served);
+    const std::string found = IncludeJudge(paths).Judge(config, paths.device);
+    if (config.keyword == kForbidden) {
+      note(number, "agentaddress would open other ports; the daemon does not get this line");
+    } else if (!found.empty()) {
+      note(number, found + "; the daemon does not get this include");
+    }
+    result.text += config.keyword == kForbidden || !found.empty() ? "# " : "";
+    result.text += served;
+    result.text += '\n';
+    return true;
+  });
+  return result;
+}
+
+}  // namespace drivers

@@ -1,0 +1,30 @@
+#ifndef DRIVERS_LOCALSNMPD_SERVED_CONFIG_H
+#define DRIVERS_LOCALSNMPD_SERVED_CONFIG_H
+
+#include <string>
+#include <vector>
+
+namespace drivers {
+
+// Where the daemon looks for files that a configuration includes. All absolute.
+struct IncludePaths {
+  std::string device;   // the folder of snmpd.conf: of includeFile
+  std::string working;  // the daemon's working folder: of includeDir
+  std::string search;   // of includeSearch
+};
+
+// What the daemon reads in place of snmpd.conf: the same lines under the same numbers, but without those that would make it
+// serve other ports than its own. These are made comments:
+//  - agentaddress, however it is written;
+//  - an include of files that hold such a line, or that cannot be judged because they are too many or too large.
+// A zero byte, at which the daemon would go on with the next line, is replaced by a question mark.
+struct ServedConfig {
+  std::string text;
+  std::vector<std::string> notes;  // "snmpd.conf:LINE: what the daemon does not get, and why", one for each such line
+};
+
+ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths);
+
+}  // namespace drivers
+
+#endif

@@ -1,0 +1,16 @@
+#include "drivers/localsnmpd/LocalSnmpdDevice.h"
+#include "host/HostApi.h"
+#include "host/IDriver.h"
+
+extern "C" {
+
+H7_HOST_API DriverCreationFunc GetCreationFunc();
+H7_HOST_API extern const char* const versionString;
+
+DriverCreationFunc GetCreationFunc() {
+  return &drivers::LocalSnmpdDevice::Create;
+}
+
+const char* const versionString = "1.0.0.0";
+
+}  // extern "C"
