@@ -1,5 +1,6 @@
 #include "config/SectionReader.h"
 
+#include <algorithm>
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/algorithm/string/trim.hpp>
@@ -153,8 +154,11 @@ void Fill(const std::string& text, SNMPDevice& device) {
   // The device may have the record's text replaced from inside any call, so the lines are taken out first.
   const std::string lines = LinesInside(text);
   std::vector<TrapTarget> traps;
-  for (const std::string& line : Tokens(lines, Separator("\n"))) {
-    FillFromLine(line, device, traps);
+  // Lines are found, not cut by a tokenizer that looks at every character: that took three quarters of a device's reading.
+  std::size_t end = 0;
+  for (std::size_t start = 0; start < lines.size(); start = end + 1) {
+    end = std::min(lines.find('\n', start), lines.size());
+    FillFromLine(lines.substr(start, end - start), device, traps);
   }
   if (!traps.empty()) {
     device.SetTrapTargetsSetting(traps);
