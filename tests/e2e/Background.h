@@ -1,0 +1,35 @@
+#ifndef TESTS_E2E_BACKGROUND_H
+#define TESTS_E2E_BACKGROUND_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace e2e {
+
+// A program that runs beside a test. It dies with the test, and with this object.
+class Background {
+ public:
+  // `words` are the program's path and its arguments, `environment` is set beside what it inherits. What it writes goes to
+  // the file `output`. Throws std::runtime_error when it cannot be started.
+  Background(std::vector<std::string> words, std::vector<std::pair<std::string, std::string>> environment,
+             const std::string& output);
+  ~Background();
+  Background(const Background&) = delete;
+  Background& operator=(const Background&) = delete;
+
+  pid_t Pid() const { return m_pid; }
+  // Kills and reaps it. Whether it was still running.
+  bool Kill();
+  // Whether it has ended by itself; it is reaped then.
+  bool Ended();
+
+ private:
+  pid_t m_pid;
+};
+
+}  // namespace e2e
+
+#endif

@@ -1,0 +1,144 @@
+// Kills the real program at random moments among many changes, and looks at what it leaves.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "tests/e2e/Background.h"
+#include "tests/e2e/RealSystem.h"
+#include "tests/e2e/Wait.h"
+#include "tests/e2e/World.h"
+
+namespace e2e {
+namespace {
+
+using std::filesystem::exists;
+
+// Two changes that differ at both ends of the section, and foreign text of several disk blocks: a mixture would show.
+Settings Change(const std::string& word) {
+  Settings settings;
+  settings.read = "read" + word;
+  settings.contact = std::string(200, word[0]);
+  settings.name = word;
+  settings.traps = {TrapTarget("127.0.0.1", "trap" + word, "9")};
+  return settings;
+}
+
+std::string ForeignText() {
+  std::string text = "rocommunity owner\n";
+  for (int line = 0; line != 400; ++line) {
+    text += "# by hand, line " + std::to_string(line) + "\n";
+  }
+  return text + "# the last line\n";
+}
+
+class AHostThatIsKilled : public ARealSystem {
+ protected:
+  static constexpr int kRequests = 200;
+
+  AHostThatIsKilled() {
+    // Daemons that outlive the killed program become children of this process, so none escapes notice.
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    MakeDevice(kKitchen, ForeignText());
+    folder.Write("odd.xml", SettingsElement(kKitchen, Change("odd")));
+    folder.Write("even.xml", SettingsElement(kKitchen, Change("even")));
+    folder.Write("project.xml",
+                 "<project>\n<driver id='1' name='agent' module='snmp_configuration_agent.so'/>\n"
+                 "<driver id='12' name='kitchen' module='local_snmpd.so'><config folder='{project}/kitchen'/></driver>\n"
+                 "</project>\n");
+    std::string script = "load-project\ncommand StartMasterAgent deviceId=12\n";
+    for (int request = 0; request != kRequests; request += 2) {
+      script += "command SetDeviceState xml=@odd.xml\ncommand SetDeviceState xml=@even.xml\n";
+    }
+    folder.Write("changes.devhost", script);
+  }
+  ~AHostThatIsKilled() override { ::prctl(PR_SET_CHILD_SUBREAPER, 0); }
+
+  // The file after each of the changes, without the time, and the one that was there at first.
+  std::set<std::string> PossibleFiles() {
+    std::set<std::string> files = {File(kKitchen)};
+    LoadAgent();
+    LoadDevice(kKitchen);
+    for (const char* const word : {"odd", "even"}) {
+      EXPECT_EQ(SetState(kKitchen, Change(word)), "<Success/>");
+      files.insert(WithoutTime(File(kKitchen)));
+    }
+    RestartHost();
+    WriteFile(kKitchen, ForeignText());
+    return files;
+  }
+
+  // How often the program has said that a change was made.
+  int Changes() const {
+    const std::string output = folder.Read("output");
+    int changes = 0;
+    for (std::size_t at = output.find("DeviceChanged"); at != std::string::npos; at = output.find("DeviceChanged", at + 1)) {
+      ++changes;
+    }
+    return changes;
+  }
+
+  // Runs the script, kills the program somewhere after that many changes. False when it ended before, or never came so far.
+  bool RunAndKill(int changes, std::chrono::microseconds later) {
+    Background program({ProgramPath("devhost"), "run", "--project", folder.Path("project.xml"), "--state",
+                        folder.Path("state"), folder.Path("changes.devhost")},
+                       {}, folder.Path("output"));
+    const bool there = Eventually([this, &program, changes] { return Changes() >= changes || program.Ended(); });
+    // Not a wait for something: the moment is what the test is about.
+    std::this_thread::sleep_for(later);
+    return program.Kill() && there;
+  }
+
+  // The daemons that the program left to this process, all of them dead soon. How many there were.
+  static int ReapDaemons() {
+    int daemons = 0;
+    bool none = false;
+    EXPECT_TRUE(Eventually([&daemons, &none] {
+      while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+        ++daemons;
+      }
+      none = ::waitpid(-1, nullptr, WNOHANG) < 0;
+      return none;
+    })) << "a daemon is left running";
+    return daemons;
+  }
+};
+
+TEST_F(AHostThatIsKilled, LeavesNoDaemonAndAnOldOrANewFileAndStartsAgain) {
+  const std::set<std::string> possible = PossibleFiles();
+  ASSERT_EQ(possible.size(), 3U);
+  std::minstd_rand random(std::random_device{}());
+  std::uniform_int_distribution<int> change(0, 30);
+  std::uniform_int_distribution<int> later(0, 30000);
+  int daemons = 0;
+  int interrupted = 0;
+  for (int kill = 0; kill != 12; ++kill) {
+    const int after = change(random);
+    ASSERT_TRUE(RunAndKill(after, std::chrono::microseconds(later(random)))) << folder.Read("output");
+    daemons += ReapDaemons();
+    ASSERT_LT(Changes(), kRequests);
+    ASSERT_FALSE(exists(folder.Path("state/driver-12.xml.damaged")));
+    interrupted += exists(folder.Path("kitchen/.snmpd.conf.new")) ? 1 : 0;
+    ASSERT_EQ(possible.count(WithoutTime(File(kKitchen))), 1U) << "killed after " << after << " changes: " << File(kKitchen);
+  }
+  std::cout << daemons << " daemons ended with the host, " << interrupted << " writes interrupted\n";
+  EXPECT_GT(daemons, 0) << "no daemon was running at any kill";
+  LoadAgent();
+  LoadDevice(kKitchen);
+  Serve(kKitchen, Change("last"));
+  EXPECT_EQ(As("readlast").Get(kSysName).value, "last");
+  EXPECT_EQ(As("owner").Get(kSysContact).value, std::string(200, 'l'));
+  EXPECT_FALSE(exists(folder.Path("kitchen/.snmpd.conf.new")));
+}
+
+}  // namespace
+}  // namespace e2e

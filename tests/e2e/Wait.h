@@ -1,0 +1,24 @@
+#ifndef TESTS_E2E_WAIT_H
+#define TESTS_E2E_WAIT_H
+
+#include <chrono>
+#include <thread>
+
+namespace e2e {
+
+// Looks again and again until `there` is true; false when it was not by a deadline that only a hung program meets.
+template <typename Predicate>
+bool Eventually(const Predicate& there) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!there()) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+}  // namespace e2e
+
+#endif
