@@ -7,16 +7,15 @@
 // peak while the operation runs, in bytes for each variable.
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "bench/BenchHost.h"
+#include "bench/Measure.h"
 #include "host/H7XML.h"
 #include "host/ToString.h"
 #include "tests/support/AgentAccess.h"
@@ -193,36 +192,6 @@ const Operation kOperations[] = {{"index", IndexAgent, IndexHost, IndexPlain},
 
 const unsigned long kCounts[] = {1000, 100000, 1000000};
 
-// The process's peak of resident memory, in bytes; asking for it begins a new peak.
-unsigned long TakePeak() {
-  unsigned long kilobytes = 0;
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    std::sscanf(line.c_str(), "VmHWM: %lu kB", &kilobytes);
-  }
-  std::ofstream("/proc/self/clear_refs") << 5;
-  return kilobytes * 1024;
-}
-
-// Keeps the best time of each benchmark, in nanoseconds.
-class BestTimes final : public benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(const Context&) override { return true; }
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration) {
-        continue;  // a mean or a deviation
-      }
-      const double time = run.GetAdjustedRealTime();
-      const auto known = times.emplace(run.run_name.function_name, time);
-      if (!known.second && time < known.first->second) {
-        known.first->second = time;
-      }
-    }
-  }
-  std::map<std::string, double> times;
-};
-
 std::string NameOf(const Operation& operation, const char* who, unsigned long count) {
   return std::string(operation.name) + "/" + who + "/" + std::to_string(count);
 }
@@ -241,14 +210,6 @@ void Register(const Operation& operation, const char* who, void (*work)(Project&
       ->Repetitions(3);
 }
 
-unsigned long PeakGrowth(const Operation& operation, Project& project) {
-  malloc_trim(0);  // what earlier work has freed must not hide what this work needs
-  TakePeak();
-  const unsigned long before = TakePeak();
-  operation.agent(project);
-  return TakePeak() - before;
-}
-
 void PrintTable(std::map<std::string, double>& times) {
   std::printf("%-10s %9s %12s %12s %12s %11s %11s %10s\n", "operation", "variables", "agent ns/var", "host ns/var",
               "map ns/var", "agent:host", "agent:map", "peak B/var");
@@ -257,7 +218,7 @@ void PrintTable(std::map<std::string, double>& times) {
       const double each = static_cast<double>(operation.host == nullptr ? kVariablesOfADevice : count);
       const double agent = times[NameOf(operation, "agent", count)] / each;
       const double plain = times[NameOf(operation, "map", count)] / each;
-      const double peak = static_cast<double>(PeakGrowth(operation, ProjectOf(count))) / each;
+      const double peak = static_cast<double>(PeakGrowth([&] { operation.agent(ProjectOf(count)); })) / each;
       std::printf("%-10s %9lu %12.1f ", operation.name, count, agent);
       if (operation.host == nullptr) {
         std::printf("%12s %12.1f %11s ", "-", plain, "-");
