@@ -1,0 +1,40 @@
+#ifndef DEVHOST_SNMPD_SECRET_PLACES_H
+#define DEVHOST_SNMPD_SECRET_PLACES_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace devhost {
+
+// The bytes that a secret takes in a text, its quotes included.
+struct SecretPlace {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
+// Where secrets stand in one line: behind the directives that hold one, wherever they stand (people keep old lines in
+// comments and quote lines in messages), behind the options of the snmp commands, in what a trap receiver tells, and behind
+// community=. In the order of the line, none empty, none in another.
+std::vector<SecretPlace> SecretPlaces(std::string_view line);
+// The same for many lines.
+std::vector<SecretPlace> SecretPlacesInText(std::string_view text);
+// The same for XML, whole or cut off anywhere.
+std::vector<SecretPlace> SecretPlacesInXml(std::string_view xml);
+
+// A part of a word that is a secret: `offset` bytes are none.
+struct SecretWord {
+  std::size_t index = 0;
+  std::size_t offset = 0;
+};
+
+// Which of the words behind an snmp command, or behind a directive with the same options, hold a community or passphrase.
+std::vector<SecretWord> SecretOptions(const std::vector<std::string>& words);
+
+// Whether the word is one of the snmp commands, with or without its folder; the daemons have other options.
+bool IsSnmpCommand(std::string_view word);
+
+}  // namespace devhost
+
+#endif

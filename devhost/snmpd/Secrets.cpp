@@ -1,0 +1,64 @@
+#include "devhost/snmpd/Secrets.h"
+
+#include <algorithm>
+
+#include "devhost/snmpd/SecretPlaces.h"
+
+namespace devhost {
+
+namespace {
+
+std::string Masked(std::string_view text, const std::vector<SecretPlace>& places) {
+  std::string masked;
+  masked.reserve(text.size());
+  std::size_t copied = 0;
+  for (const SecretPlace& place : places) {
+    masked.append(text, copied, place.begin - copied).append(kMask);
+    copied = place.end;
+  }
+  return masked.append(text, copied, std::string_view::npos);
+}
+
+bool HoldsBlank(const std::string& word) {
+  return word.find_first_of(" \t\n") != std::string::npos;
+}
+
+}  // namespace
+
+std::string MaskConfigLine(std::string_view line) {
+  return Masked(line, SecretPlaces(line));
+}
+
+std::string MaskConfigText(std::string_view text) {
+  return Masked(text, SecretPlacesInText(text));
+}
+
+std::string MaskXml(std::string_view xml) {
+  return Masked(xml, SecretPlacesInXml(xml));
+}
+
+std::vector<std::string> MaskCommandLine(const std::vector<std::string>& words) {
+  std::vector<std::string> masked = words;
+  const auto command = std::find_if(words.begin(), words.end(), IsSnmpCommand);
+  for (const SecretWord& secret : SecretOptions({command, words.end()})) {
+    std::string& word = masked[static_cast<std::size_t>(command - words.begin()) + secret.index];
+    if (word.size() > secret.offset) {
+      word.replace(secret.offset, std::string::npos, kMask);
+    }
+  }
+  for (std::string& word : masked) {
+    // --rocommunity=public is a line of a configuration; what holds blanks is a shell's command or such a line.
+    const std::size_t equals = word.compare(0, 2, "--") == 0 ? word.find('=') : std::string::npos;
+    if (equals != std::string::npos) {
+      const std::string line = word.substr(2, equals - 2) + " " + word.substr(equals + 1);
+      std::string shown = MaskConfigLine(line);
+      word = shown == line ? word : "--" + shown.replace(equals - 2, 1, "=");
+    }
+    if (HoldsBlank(word)) {
+      word = MaskConfigText(word);
+    }
+  }
+  return masked;
+}
+
+}  // namespace devhost
