@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <random>
 #include <set>
@@ -87,15 +88,23 @@ class AHostThatIsKilled : public ARealSystem {
     return changes;
   }
 
-  // Runs the script, kills the program somewhere after that many changes. False when it ended before, or never came so far.
-  bool RunAndKill(int changes, std::chrono::microseconds later) {
+  // Runs the script until that many changes were made and `moment` has come, and kills the program. False when it ended
+  // before, or never came so far.
+  bool RunAndKill(int changes, const std::function<void()>& moment) {
     Background program({ProgramPath("devhost"), "run", "--project", folder.Path("project.xml"), "--state",
                         folder.Path("state"), folder.Path("changes.devhost")},
                        {}, folder.Path("output"));
     const bool there = Eventually([this, &program, changes] { return Changes() >= changes || program.Ended(); });
-    // Not a wait for something: the moment is what the test is about.
-    std::this_thread::sleep_for(later);
+    moment();
     return program.Kill() && there;
+  }
+
+  // Any moment. Not a wait for something: the moment is what the test is about.
+  void Linger() { std::this_thread::sleep_for(std::chrono::microseconds(m_later(random))); }
+  // A moment at which a file is being written, if one can be caught: that is a matter of microseconds.
+  void AwaitWrite() const {
+    for (int look = 0; look != 100000 && !exists(folder.Path("kitchen/.snmpd.conf.new")); ++look) {
+    }
   }
 
   // The daemons that the program left to this process, all of them dead soon. How many there were.
@@ -111,19 +120,23 @@ class AHostThatIsKilled : public ARealSystem {
     })) << "a daemon is left running";
     return daemons;
   }
+
+  std::minstd_rand random{std::random_device{}()};
+
+ private:
+  std::uniform_int_distribution<int> m_later{0, 30000};
 };
 
 TEST_F(AHostThatIsKilled, LeavesNoDaemonAndAnOldOrANewFileAndStartsAgain) {
   const std::set<std::string> possible = PossibleFiles();
   ASSERT_EQ(possible.size(), 3U);
-  std::minstd_rand random(std::random_device{}());
-  std::uniform_int_distribution<int> change(0, 30);
-  std::uniform_int_distribution<int> later(0, 30000);
+  std::uniform_int_distribution<int> change(0, 20);
   int daemons = 0;
   int interrupted = 0;
-  for (int kill = 0; kill != 12; ++kill) {
+  for (int kill = 0; kill != 10; ++kill) {
     const int after = change(random);
-    ASSERT_TRUE(RunAndKill(after, std::chrono::microseconds(later(random)))) << folder.Read("output");
+    const auto moment = [this, kill] { kill % 2 == 0 ? Linger() : AwaitWrite(); };
+    ASSERT_TRUE(RunAndKill(after, moment)) << folder.Read("output");
     daemons += ReapDaemons();
     ASSERT_LT(Changes(), kRequests);
     ASSERT_FALSE(exists(folder.Path("state/driver-12.xml.damaged")));
