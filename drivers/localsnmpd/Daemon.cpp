@@ -18,7 +18,6 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-const milliseconds kGentleStop(5000);
 const milliseconds kHardStop(5000);
 const milliseconds kAskAgain(25);
 const milliseconds kNobodyThere(5);
@@ -86,7 +85,7 @@ int Daemon::Stop() {
     return 0;
   }
   m_process->Signal(SIGTERM);
-  if (!m_process->WaitForEnd(kGentleStop)) {
+  if (!m_process->WaitForEnd(m_options.gentleStop)) {
     m_log("the daemon (process " + std::to_string(m_process->GetPid()) + ") does not stop; it is killed");
     m_process->Signal(SIGKILL);
     if (!m_process->WaitForEnd(kHardStop)) {
@@ -119,9 +118,10 @@ int Daemon::PrepareFiles(const std::string& config, std::string& program) {
   if (!wrong.empty()) {
     return Fail(kServedCopyNotWritten, wrong);
   }
-  for (const std::string& note : served.notes) {
-    if (m_noted.insert(note).second) {
-      m_log(note);
+  for (const ServedConfig::Note& note : served.notes) {
+    // A line that only moves, with the section above it, is no news.
+    if (m_noted.insert(note.line + '\n' + note.what).second) {
+      m_log("snmpd.conf:" + std::to_string(note.number) + ": " + note.what);
     }
   }
   return 0;

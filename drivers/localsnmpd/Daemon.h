@@ -25,6 +25,7 @@ class Daemon {
     std::string program;  // as configured, see FindDaemonProgram
     std::uint16_t port;
     std::chrono::milliseconds startDeadline;
+    std::chrono::milliseconds gentleStop{5000};  // the time to stop in before it is killed
   };
   // One line for the host's log.
   using Log = std::function<void(const std::string&)>;
@@ -58,7 +59,7 @@ class Daemon {
   const Options m_options;
   const Log m_log;
   DaemonFolder m_folder;
-  std::set<std::string> m_noted;  // what was said of the configuration: once is enough
+  std::set<std::string> m_noted;  // what was said of lines of the configuration: once is enough
   bool m_saidNotInstalled = false;
   std::unique_ptr<DaemonProcess> m_process;
 };

@@ -115,21 +115,18 @@ class IncludeJudge {
 
 ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths) {
   ServedConfig result;
-  const auto note = [&result](std::size_t number, const std::string& what) {
-    result.notes.push_back("snmpd.conf:" + std::to_string(number) + ": " + what);
-  };
   ForEachLine(text, [&](std::string_view line, std::size_t number) {
     std::string served(line);
     if (served.find('\0') != std::string::npos) {
       std::replace(served.begin(), served.end(), '\0', '?');
-      note(number, "the line holds a zero byte; the daemon gets a question mark in its place");
+      result.notes.push_back({number, served, "the line holds a zero byte; the daemon gets a question mark in its place"});
     }
     const ConfigLine config = ReadConfigLine(served);
     const std::string found = IncludeJudge(paths).Judge(config, paths.device);
     if (config.keyword == kForbidden) {
-      note(number, "agentaddress would open other ports; the daemon does not get this line");
+      result.notes.push_back({number, served, "agentaddress would open other ports; the daemon does not get this line"});
     } else if (!found.empty()) {
-      note(number, found + "; the daemon does not get this include");
+      result.notes.push_back({number, served, found + "; the daemon does not get this include"});
     }
     result.text += config.keyword == kForbidden || !found.empty() ? "# " : "";
     result.text += served;

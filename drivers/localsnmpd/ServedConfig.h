@@ -1,6 +1,7 @@
 #ifndef DRIVERS_LOCALSNMPD_SERVED_CONFIG_H
 #define DRIVERS_LOCALSNMPD_SERVED_CONFIG_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,14 @@ struct IncludePaths {
 //  - an include of files that hold such a line, or that cannot be judged because they are too many or too large.
 // A zero byte, at which the daemon would go on with the next line, is replaced by a question mark.
 struct ServedConfig {
+  // What the daemon does not get.
+  struct Note {
+    std::size_t number;  // of the line, from 1
+    std::string line;    // as it stands there
+    std::string what;    // in words
+  };
   std::string text;
-  std::vector<std::string> notes;  // "snmpd.conf:LINE: what the daemon does not get, and why", one for each such line
+  std::vector<Note> notes;
 };
 
 ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths);

@@ -2,16 +2,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <signal.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -25,6 +22,7 @@
 #include "drivers/common/FileStatus.h"
 #include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/ScriptedFileCalls.h"
+#include "tests/drivers/support/SmallDisk.h"
 #include "tests/drivers/support/TemporaryFolder.h"
 
 namespace {
@@ -163,30 +161,6 @@ TEST(AFileSizeLimit, KeepsTheOldFile) {
   EXPECT_EQ(FileStatusOfErrno(EFBIG), child.Result());
   EXPECT_EQ("old", folder.Read("snmpd.conf"));
   EXPECT_EQ(kOnlyTheFile, folder.Names());
-}
-
-bool WriteLine(const char* path, const std::string& line) {
-  std::ofstream stream(path);
-  stream << line << std::flush;
-  return stream.good();
-}
-
-// Gives the process mounts of its own: root may, others may where they may make themselves root of a new user namespace.
-bool LeaveTheMountsOfOthers() {
-  if (::unshare(CLONE_NEWNS) == 0) {
-    return true;
-  }
-  const std::string user = std::to_string(::geteuid());
-  const std::string group = std::to_string(::getegid());
-  return ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && WriteLine("/proc/self/setgroups", "deny") &&
-         WriteLine("/proc/self/uid_map", user + " " + user + " 1") &&
-         WriteLine("/proc/self/gid_map", group + " " + group + " 1");
-}
-
-// Mounts a file system of 64 kB that only the calling process sees.
-bool MountSmallDisk(const std::string& path) {
-  return LeaveTheMountsOfOthers() && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         ::mount("none", path.c_str(), "tmpfs", 0, "size=64k") == 0;
 }
 
 TEST(AFullDisk, KeepsTheOldFile) {

@@ -47,7 +47,8 @@ void FakeHost::Log(unsigned int level, const char* line) noexcept {
 
 std::string ToText(const H7XML::INode& node) {
   std::string text = "<" + node.GetName();
-  for (const char* const name : {"name", "operation", "value", "erased", "target", "community", "port"}) {
+  for (const char* const name : {"version", "name", "operation", "value", "erased", "target", "community", "port", "running",
+                                 "pid", "address", "online", "pending"}) {
     const std::string value = node.GetNamedString(name);
     if (!value.empty()) {
       text += " " + std::string(name) + "=" + value;

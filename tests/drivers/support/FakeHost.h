@@ -29,6 +29,7 @@ class FakeHost : private devhost::DriverServices, private devhost::LogSink {
   DriverMultiplicity multiplicity = DriverMultiplicity_Single;
   std::vector<unsigned long> initialized;  // the ids that the base was initialised with
   std::vector<std::string> log;            // "level: line"
+  int invalidations = 0;
 
  private:
   struct Dispatcher final : UICmdDispatcher {
@@ -48,7 +49,7 @@ class FakeHost : private devhost::DriverServices, private devhost::LogSink {
   void RegisterListener(ISystemEventCallback&, unsigned int, unsigned long) override {}
   void UnregisterListener(ISystemEventCallback&, unsigned int, unsigned long) override {}
   void SendDataToUI(const H7XML::INode&) override {}
-  void InvalidateState() override {}
+  void InvalidateState() override { ++invalidations; }
   void Log(unsigned int level, const char* line) noexcept override;
 
   FakeInstanceManager m_instances;

@@ -1,0 +1,384 @@
+// The daemon of a device: the real one where its behaviour is the point, scripts where a failure is.
+
+#include "drivers/localsnmpd/Daemon.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drivers/localsnmpd/DaemonConfiguration.h"
+#include "drivers/localsnmpd/DaemonStatus.h"
+#include "drivers/localsnmpd/PortReservation.h"
+#include "drivers/localsnmpd/SnmpProbe.h"
+#include "tests/drivers/support/Child.h"
+#include "tests/drivers/support/Processes.h"
+#include "tests/drivers/support/SnmpResponder.h"
+#include "tests/drivers/support/TemporaryFolder.h"
+
+namespace {
+
+using drivers::Daemon;
+using Lines = std::vector<std::string>;
+
+const char kPublic[] = "rocommunity public\nsysName kitchen\n";
+
+class ADaemon : public testing::Test {
+ protected:
+  ~ADaemon() override {
+    m_daemon.reset();
+    EXPECT_EQ(0U, CountChildren());
+  }
+
+  // A daemon in `folder`, a name in the test's own; `program` "" is the real one.
+  Daemon& Make(const std::string& program = std::string(), int deadlineSeconds = 30) {
+    m_options = {m_folder.Path("kitchen"), program, m_port.GetPort(), std::chrono::seconds(deadlineSeconds)};
+    m_options.gentleStop = m_gentleStop;
+    std::filesystem::create_directory(m_options.folder);
+    m_daemon = std::make_unique<Daemon>(m_options, [this](const std::string& line) { m_log.push_back(line); });
+    return *m_daemon;
+  }
+
+  // A program of the test's own.
+  std::string Script(const std::string& text) {
+    m_folder.Write("program", "#!/bin/sh\n" + text + "\n");
+    EXPECT_EQ(0, ::chmod(m_folder.Path("program").c_str(), 0755));
+    return m_folder.Path("program");
+  }
+
+  std::string Get(const std::string& oid = kSysName, const std::string& community = "public") {
+    return SnmpGet(m_daemon->GetAddress(), community, oid);
+  }
+
+  bool HasLogged(const std::string& text) const {
+    return std::any_of(m_log.begin(), m_log.end(),
+                       [&](const std::string& line) { return line.find(text) != std::string::npos; });
+  }
+
+  TemporaryFolder m_folder;
+  drivers::PortReservation m_port;
+  Lines m_log;
+  Daemon::Options m_options;
+  std::chrono::milliseconds m_gentleStop{60000};  // the machine may be busy
+  std::unique_ptr<Daemon> m_daemon;
+};
+
+TEST_F(ADaemon, AnswersWhenItsStartIsDoneAndNoMoreWhenItIsStopped) {
+  Make();
+  EXPECT_FALSE(m_daemon->IsRunning());
+  EXPECT_EQ(0, m_daemon->GetPid());
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ("kitchen", Get());
+  const pid_t pid = m_daemon->GetPid();
+  EXPECT_TRUE(IsAlive(pid));
+  EXPECT_EQ(0, m_daemon->Stop());
+  EXPECT_EQ(-1, ::kill(pid, 0));
+  EXPECT_TRUE(drivers::IsUdpPortFree(m_port.GetPort()));
+  EXPECT_EQ(0, m_daemon->GetPid());
+  EXPECT_EQ(Lines(), m_log);
+}
+
+TEST_F(ADaemon, IsStartedAndStoppedOnceHoweverOftenThatIsAsked) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Stop());
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  const pid_t pid = m_daemon->GetPid();
+  EXPECT_EQ(0, m_daemon->Start("", {}));
+  EXPECT_EQ(pid, m_daemon->GetPid());
+  EXPECT_EQ("kitchen", Get());
+  EXPECT_EQ(0, m_daemon->Stop());
+  EXPECT_EQ(0, m_daemon->Stop());
+}
+
+TEST_F(ADaemon, ServesAnotherConfigurationAfterARestart) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  const pid_t pid = m_daemon->GetPid();
+  EXPECT_EQ(0, m_daemon->Restart("rocommunity other\nsysName cellar\n", {}));
+  EXPECT_NE(pid, m_daemon->GetPid());
+  EXPECT_EQ("cellar", Get(kSysName, "other"));
+  EXPECT_EQ("", Get());
+}
+
+TEST_F(ADaemon, GoesBackToItsDefaultForWhatIsRemovedAndKeepsItsEngineAndWhatWasSet) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start("rwcommunity public\n", {}));
+  const std::string byDefault = Get(kSysContact);
+  const std::string engine = Get(kEngineId);
+  EXPECT_NE("", engine);
+  EXPECT_EQ(0, m_daemon->Restart("rwcommunity public\nsysContact Ada\n", {}));
+  EXPECT_EQ("Ada", Get(kSysContact));
+  EXPECT_EQ(0, m_daemon->Restart("rwcommunity public\n", {}));
+  EXPECT_EQ(byDefault, Get(kSysContact));
+  EXPECT_TRUE(SnmpSet(m_daemon->GetAddress(), "public", kSysContact, "by SNMP"));
+  EXPECT_EQ(0, m_daemon->Restart("rwcommunity public\n", {}));
+  EXPECT_EQ("by SNMP", Get(kSysContact));
+  EXPECT_EQ(engine, Get(kEngineId));
+}
+
+TEST_F(ADaemon, RunsWithoutAConfigurationAndAnswersNobody) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start("", {}));
+  EXPECT_TRUE(m_daemon->IsRunning());
+  EXPECT_EQ("", Get());
+}
+
+TEST_F(ADaemon, ThatIsKilledFromOutsideIsNoticedOnceAndStartsAgain) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  const pid_t pid = m_daemon->GetPid();
+  ::kill(pid, SIGKILL);
+  EXPECT_TRUE(Eventually([this] { return !m_daemon->IsRunning(); }));
+  EXPECT_FALSE(m_daemon->IsRunning());
+  EXPECT_EQ((Lines{"the daemon (process " + std::to_string(pid) + ") ended by itself: killed by signal 9 (SIGKILL)"}),
+            m_log);
+  // What it left, the socket for its subagents, is not in the way.
+  EXPECT_TRUE(std::filesystem::exists(m_folder.Path("kitchen/daemon")));
+  EXPECT_EQ(0, m_daemon->Start("master agentx\n" + std::string(kPublic), {}));
+  ::kill(m_daemon->GetPid(), SIGKILL);
+  EXPECT_TRUE(Eventually([this] { return !m_daemon->IsRunning(); }));
+  EXPECT_TRUE(std::filesystem::exists(m_folder.Path("kitchen/daemon/agentx")));
+  EXPECT_EQ(0, m_daemon->Start("master agentx\n" + std::string(kPublic), {}));
+  EXPECT_EQ("kitchen", Get());
+}
+
+TEST_F(ADaemon, ThatDoesNotStopIsKilled) {
+  m_gentleStop = std::chrono::milliseconds(50);
+  Make();
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  const pid_t pid = m_daemon->GetPid();
+  ::kill(pid, SIGSTOP);
+  EXPECT_EQ(0, m_daemon->Stop());
+  EXPECT_EQ(-1, ::kill(pid, 0));
+  EXPECT_EQ((Lines{"the daemon (process " + std::to_string(pid) + ") does not stop; it is killed"}), m_log);
+}
+
+TEST_F(ADaemon, EndsWithItsObject) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  const pid_t pid = m_daemon->GetPid();
+  m_daemon.reset();
+  EXPECT_EQ(-1, ::kill(pid, 0));
+}
+
+TEST_F(ADaemon, EndsWithAHostThatIsKilled) {
+  Make();
+  Child host([this] {
+    if (m_daemon->Start(kPublic, {}) != 0) {
+      return 1;
+    }
+    m_folder.Write("pid.new", std::to_string(m_daemon->GetPid()));
+    std::filesystem::rename(m_folder.Path("pid.new"), m_folder.Path("pid"));
+    ::pause();
+    return 2;
+  });
+  ASSERT_TRUE(Eventually([this] { return std::filesystem::exists(m_folder.Path("pid")); }));
+  const pid_t pid = std::stoi(m_folder.Read("pid"));
+  EXPECT_TRUE(IsAlive(pid));
+  EXPECT_EQ("kitchen", Get());
+  host.Kill();
+  EXPECT_EQ(std::nullopt, host.Result());
+  EXPECT_TRUE(Eventually([pid] { return !IsAlive(pid); }));
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ("kitchen", Get());
+}
+
+TEST_F(ADaemon, OpensNoPortsButItsOwn) {
+  Make();
+  const drivers::PortReservation other;
+  const std::string address = "udp:127.0.0.1:" + std::to_string(other.GetPort());
+  m_folder.Write("other.conf", "agentaddress " + address + "\n");
+  const std::string config = "AgentAddress " + address + "\n" + kPublic + "[snmpd] agentaddress " + address +
+                             "\nincludeFile " + m_folder.Path("other.conf") +
+                             "\nmaster agentx\nagentXSocket tcp:127.0.0.1:705\n";
+  EXPECT_EQ(0, m_daemon->Start(config, {}));
+  EXPECT_TRUE(drivers::IsUdpPortFree(other.GetPort()));
+  EXPECT_EQ("kitchen", Get());
+  ASSERT_EQ(3U, m_log.size());
+  EXPECT_EQ("snmpd.conf:1: agentaddress would open other ports; the daemon does not get this line", m_log[0]);
+  EXPECT_EQ("snmpd.conf:4: agentaddress would open other ports; the daemon does not get this line", m_log[1]);
+  EXPECT_EQ(0U, m_log[2].find("snmpd.conf:5: ")) << m_log[2];
+  m_log.clear();
+  EXPECT_EQ(0, m_daemon->Restart("\n" + config, {}));
+  EXPECT_EQ(Lines(), m_log);
+}
+
+TEST_F(ADaemon, ServesAFileWithTheLinesOfTheOwnersFileInAPlaceOfItsOwn) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start("agentaddress 161\nrocommunity public\n", {}));
+  EXPECT_EQ("# agentaddress 161\nrocommunity public\n", m_folder.Read("kitchen/snmpd.conf.served"));
+  struct stat attributes = {};
+  ASSERT_EQ(0, ::stat(m_folder.Path("kitchen/snmpd.conf.served").c_str(), &attributes));
+  EXPECT_EQ(mode_t{0600}, attributes.st_mode & 07777);
+  ASSERT_EQ(0, ::stat(m_folder.Path("kitchen/daemon").c_str(), &attributes));
+  EXPECT_EQ(mode_t{0700}, attributes.st_mode & 07777);
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Path("kitchen/snmpd.conf")));
+}
+
+TEST_F(ADaemon, WorksInAFolderWhosePathIsLongerThanThatOfASocketMayBe) {
+  std::string path = "kitchen";
+  for (int depth = 0; depth < 12; ++depth) {
+    path += "/" + std::string(90, 'd');
+  }
+  Make();
+  std::filesystem::create_directories(m_folder.Path(path));
+  m_options.folder = m_folder.Path(path);
+  m_daemon = std::make_unique<Daemon>(m_options, [this](const std::string& line) { m_log.push_back(line); });
+  EXPECT_EQ(0, m_daemon->Start("master agentx\n" + std::string(kPublic), {}));
+  EXPECT_EQ("kitchen", Get());
+  EXPECT_TRUE(std::filesystem::is_socket(m_folder.Path(path) + "/daemon/agentx"));
+  EXPECT_EQ(Lines(), m_log);
+}
+
+TEST_F(ADaemon, WorksForAnOrdinaryUser) {
+  EXPECT_EQ(0, ::chmod(m_folder.Path().c_str(), 0777));
+  EXPECT_EQ(0, ResultAsOrdinaryUser([this] {
+              Daemon& daemon = Make();
+              const int status = daemon.Start("master agentx\nagentXSocket tcp:127.0.0.1:705\n" + std::string(kPublic), {});
+              return status != 0 ? status : Get() != "kitchen" ? 1 : daemon.Stop();
+            }));
+}
+
+TEST_F(ADaemon, TellsWhichLinesTheDaemonRejectsWithoutTheCommunitiesInThem) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start(std::string(kPublic) + "trap2sink 127.0.0.1 hush 65535\nhush all\nsysName # x\n", {"hush"}));
+  ASSERT_EQ(2U, m_log.size());
+  EXPECT_TRUE(HasLogged("snmpd.conf:4: Warning: Unknown token: *****."));
+  EXPECT_TRUE(HasLogged("snmpd.conf:5: Error: "));
+}
+
+TEST_F(ADaemon, WhoseProgramIsNotInstalledSaysSoOnce) {
+  Make("/no/program");
+  EXPECT_EQ(drivers::kDaemonNotInstalled, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ(drivers::kDaemonNotInstalled, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ((Lines{"the program /no/program cannot be run: install it, or name another one (status -10)"}), m_log);
+  EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("kitchen")));
+}
+
+TEST_F(ADaemon, WhoseProgramTheSystemDoesNotStartSaysWhy) {
+  m_folder.Write("program", "#!/no/interpreter\n");
+  EXPECT_EQ(0, ::chmod(m_folder.Path("program").c_str(), 0755));
+  Make(m_folder.Path("program"));
+  EXPECT_EQ(drivers::kDaemonNotStarted, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ((Lines{"cannot start " + m_folder.Path("program") + ": No such file or directory (status -11)"}), m_log);
+}
+
+TEST_F(ADaemon, ThatEndsAtItsStartSaysHowAndWhatItComplainedOf) {
+  Make(Script("echo '../snmpd.conf.served: line 2: Error: bad word hush' >&2; echo 'no hush, no start' >&2; exit 3"), 600);
+  EXPECT_EQ(drivers::kDaemonEndedAtStart, m_daemon->Start(kPublic, {"hush"}));
+  EXPECT_EQ((Lines{"the daemon ended while it started: exit status 3 (status -12)", "snmpd.conf:2: Error: bad word *****",
+                   "snmpd: no *****, no start"}),
+            m_log);
+  EXPECT_FALSE(m_daemon->IsRunning());
+}
+
+TEST_F(ADaemon, ThatNeverAnswersIsStoppedAtItsDeadline) {
+  Make(Script("echo $$ > pid; exec sleep 1000"), 1);
+  EXPECT_EQ(drivers::kDaemonNotReady, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ((Lines{"the daemon did not answer at " + m_daemon->GetAddress() + " within 1 s and was stopped (status -13)"}),
+            m_log);
+  EXPECT_FALSE(m_daemon->IsRunning());
+  EXPECT_FALSE(IsAlive(std::stoi(m_folder.Read("kitchen/daemon/pid"))));
+}
+
+TEST_F(ADaemon, WhosePortSomebodyHasIsNotStarted) {
+  Make(Script("touch started"));
+  const SnmpResponder other(m_port.GetPort(), SnmpResponder::Report());
+  EXPECT_EQ(drivers::kPortTaken, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ((Lines{"cannot start the daemon: somebody else has " + m_daemon->GetAddress() + " (status -14)"}), m_log);
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Path("kitchen/daemon/started")));
+}
+
+TEST_F(ADaemon, IsNotMistakenForAnotherEngineThatTookItsPort) {
+  Make(Script("touch started; exec sleep 1000"));
+  const SnmpResponder other(m_port.GetPort(), SnmpResponder::Report(), m_folder.Path("kitchen/daemon/started"));
+  EXPECT_EQ(drivers::kPortTaken, m_daemon->Start(kPublic, {}));
+  EXPECT_FALSE(m_daemon->IsRunning());
+  EXPECT_TRUE(HasLogged("somebody else answers at"));
+}
+
+TEST_F(ADaemon, WhoseFilesCannotBeMadeSaysWhyAndGoesOnAsItIs) {
+  Make();
+  std::filesystem::create_directories(m_folder.Path("kitchen/snmpd.conf.served/in the way"));
+  EXPECT_EQ(drivers::kServedCopyNotWritten, m_daemon->Start(kPublic, {}));
+  EXPECT_TRUE(HasLogged("cannot write " + m_folder.Path("kitchen/snmpd.conf.served") + ": Is a directory (status -16)"));
+  std::filesystem::remove_all(m_folder.Path("kitchen/snmpd.conf.served"));
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  const pid_t pid = m_daemon->GetPid();
+  std::filesystem::remove(m_folder.Path("kitchen/snmpd.conf.served"));
+  std::filesystem::create_directories(m_folder.Path("kitchen/snmpd.conf.served/in the way"));
+  EXPECT_EQ(drivers::kServedCopyNotWritten, m_daemon->Restart("rocommunity other\n", {}));
+  EXPECT_EQ(pid, m_daemon->GetPid());
+  EXPECT_EQ("kitchen", Get());
+}
+
+TEST_F(ADaemon, WithoutAFolderOfItsOwnSaysWhy) {
+  Make();
+  m_folder.Write("kitchen/daemon", "");
+  EXPECT_EQ(drivers::kDaemonFolderUnusable, m_daemon->Start(kPublic, {}));
+  EXPECT_TRUE(HasLogged("cannot make " + m_folder.Path("kitchen/daemon") + ": Not a directory (status -15)"));
+  std::filesystem::remove(m_folder.Path("kitchen/daemon"));
+  std::filesystem::create_directory(m_folder.Path("elsewhere"));
+  std::filesystem::create_directory_symlink("../elsewhere", m_folder.Path("kitchen/daemon"));
+  EXPECT_EQ(drivers::kDaemonFolderUnusable, m_daemon->Start(kPublic, {}));
+  EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("elsewhere")));
+  std::filesystem::remove_all(m_folder.Path("kitchen"));
+  EXPECT_EQ(drivers::kDaemonFolderUnusable, m_daemon->Start(kPublic, {}));
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Path("kitchen")));
+}
+
+TEST_F(ADaemon, InAFolderThatAnotherUserOwnsOrThatIsReadOnlySaysWhy) {
+  Make();
+  EXPECT_EQ(drivers::kDaemonFolderUnusable, [this] {
+    EXPECT_EQ(0, ::chmod(m_folder.Path("kitchen").c_str(), 0555));
+    return ResultAsOrdinaryUser([this] { return m_daemon->Start(kPublic, {}); });
+  }());
+  EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("kitchen")));
+  EXPECT_EQ(0, ::chmod(m_folder.Path("kitchen").c_str(), 0777));
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can make folders of another user";
+  }
+  std::filesystem::create_directory(m_folder.Path("kitchen/daemon"));
+  EXPECT_EQ(0, ::chown(m_folder.Path("kitchen/daemon").c_str(), 65534, 65534));
+  EXPECT_EQ(drivers::kDaemonFolderUnusable, m_daemon->Start(kPublic, {}));
+  EXPECT_TRUE(HasLogged("kitchen/daemon belongs to another user; remove it, it is made anew (status -15)"));
+}
+
+TEST_F(ADaemon, FollowsNoLinksThatStandInPlaceOfItsFiles) {
+  Make();
+  m_folder.Write("precious", "kept");
+  std::filesystem::create_directory(m_folder.Path("kitchen/daemon"));
+  for (const char* const name : {"snmpd.conf.served", "daemon/log", "daemon/driver.conf"}) {
+    std::filesystem::create_symlink(m_folder.Path("precious"), m_folder.Path("kitchen/" + std::string(name)));
+  }
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ("kept", m_folder.Read("precious"));
+}
+
+TEST(TheDaemonsProgram, IsFoundOutsideOfThePathTooAndNeverBelowTheCurrentFolder) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd", "#!/bin/sh\n");
+  EXPECT_EQ("", drivers::FindDaemonProgram(folder.Path("snmpd")));
+  ASSERT_EQ(0, ::chmod(folder.Path("snmpd").c_str(), 0755));
+  EXPECT_EQ(folder.Path("snmpd"), drivers::FindDaemonProgram(folder.Path("snmpd")));
+  EXPECT_EQ("", drivers::FindDaemonProgram(folder.Path()));
+  const std::string former = ::getenv("PATH");
+  const auto formerFolder = std::filesystem::current_path();
+  std::filesystem::current_path(folder.Path());
+  ::setenv("PATH", ".::/no/folder", 1);
+  EXPECT_EQ("/usr/sbin/snmpd", drivers::FindDaemonProgram(""));
+  ::setenv("PATH", ("/no/folder:" + folder.Path()).c_str(), 1);
+  EXPECT_EQ(folder.Path("snmpd"), drivers::FindDaemonProgram(""));
+  ::setenv("PATH", former.c_str(), 1);
+  std::filesystem::current_path(formerFolder);
+}
+
+}  // namespace
