@@ -20,15 +20,18 @@ int HexValue(char digit) {
   return digit >= '0' && digit <= '9' ? digit - '0' : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
 }
 
-// Line feeds inside a text stay, for people who look at the state.
-std::string Escape(const std::string& text) {
+// Which bytes of a text stay as they are.
+enum class Keep { InAttribute, InElement };
+
+std::string Escape(const std::string& text, Keep keep) {
   const char digits[] = "0123456789ABCDEF";
   std::string result;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const auto byte = static_cast<unsigned char>(text[at]);
-    const bool isInside = at != 0 && at + 1 != text.size();
-    if ((byte > ' ' && byte < 0x7f && byte != '%') || (isInside && byte == ' ') || (isInside && byte == '\n')) {
-      result.push_back(text[at]);
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    // Attributes lose their line feeds and tabs on the way.
+    const bool isBlank = keep == Keep::InElement && (byte == '\n' || byte == '\t');
+    if ((byte >= ' ' && byte < 0x7f && byte != '%') || isBlank) {
+      result.push_back(character);
     } else {
       result.push_back('%');
       result.push_back(digits[byte / 16]);
@@ -56,13 +59,19 @@ bool Unescape(const std::string& escaped, std::string& text) {
   return true;
 }
 
-// Attributes lose their line feeds on the way.
-std::string EscapeAttribute(const std::string& text) {
-  std::string result = Escape(text);
-  for (std::size_t at = 0; (at = result.find('\n', at)) != std::string::npos;) {
-    result.replace(at, 1, "%0A");
-  }
-  return result;
+// A whole file keeps its lines, for people and programs that look at the state. The lines around it keep blanks at its ends.
+const char kFence[] = "-\n";
+const char kFenceBehind[] = "\n-";
+const std::size_t kFenceSize = 2;
+
+std::string Fence(const std::string& text) {
+  return kFence + Escape(text, Keep::InElement) + kFenceBehind;
+}
+
+bool Unfence(const std::string& fenced, std::string& text) {
+  return fenced.size() >= 2 * kFenceSize && fenced.compare(0, kFenceSize, kFence) == 0 &&
+         fenced.compare(fenced.size() - kFenceSize, kFenceSize, kFenceBehind) == 0 &&
+         Unescape(fenced.substr(kFenceSize, fenced.size() - 2 * kFenceSize), text);
 }
 
 std::string AttributeError(const char* element, const char* attribute) {
@@ -107,7 +116,7 @@ std::string ReadText(const H7XML::INode& element, std::optional<std::string>& te
   if (text) {
     return "the element " + name + " stands twice";
   }
-  return Unescape(element.GetValue(), text.emplace()) ? std::string() : "the text of the element " + name + " is damaged";
+  return Unfence(element.GetValue(), text.emplace()) ? std::string() : "the text of the element " + name + " is damaged";
 }
 
 std::string FindMissingSetting(const std::set<std::string>& seen) {
@@ -129,7 +138,7 @@ h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state) {
   VisitSettings(state.settings, [&root](const NamedSetting& setting) {
     const h7::auto_com<H7XML::INode> element = H7XML::CreateXmlNode("setting", std::string());
     element->SetNamedString("name", setting.name);
-    element->SetNamedString("value", EscapeAttribute(setting.value));
+    element->SetNamedString("value", Escape(setting.value, Keep::InAttribute));
     if (setting.erased != nullptr) {
       element->SetNamedString("erased", h7::ToString(*setting.erased));
     }
@@ -137,17 +146,17 @@ h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state) {
   });
   for (const TrapTarget& target : state.settings.trapTargets.Get()) {
     const h7::auto_com<H7XML::INode> element = H7XML::CreateXmlNode("trapTarget", std::string());
-    element->SetNamedString("target", EscapeAttribute(target.target));
-    element->SetNamedString("community", EscapeAttribute(target.community));
-    element->SetNamedString("port", EscapeAttribute(target.port));
+    element->SetNamedString("target", Escape(target.target, Keep::InAttribute));
+    element->SetNamedString("community", Escape(target.community, Keep::InAttribute));
+    element->SetNamedString("port", Escape(target.port, Keep::InAttribute));
     root->AppendChild(*element);
   }
   if (state.known) {
-    root->AddChildString("known", Escape(*state.known));
+    root->AddChildString("known", Fence(*state.known));
   }
   if (state.pending) {
-    root->AddChildString("pending", Escape(state.pending->text));
-    root->AddChildString("base", Escape(state.pending->base));
+    root->AddChildString("pending", Fence(state.pending->text));
+    root->AddChildString("base", Fence(state.pending->base));
   }
   return root;
 }

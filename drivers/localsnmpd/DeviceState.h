@@ -29,11 +29,11 @@ struct DeviceState {
 //   <LocalSnmpd version="1" online="true">
 //     <setting name="sysName" value="kitchen" erased="false"/>   one for each setting, see drivers/common/SettingNames.h
 //     <trapTarget target="10.0.0.5" community="public" port="162"/>
-//     <known>...</known>
+//     <known>...</known>                                     a whole file, between two lines that hold a dash
 //     <pending>...</pending> <base>...</base>                    both or none
 //   </LocalSnmpd>
 //
-// Values and texts are escaped (%XX), since XML cannot carry every byte.
+// Bytes that XML cannot carry are escaped (%XX).
 h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state);
 
 // What is wrong in one line, and `state` is of no use; empty when all is well. Nothing that is unknown, missing or there

@@ -20,8 +20,13 @@ LocalSnmpdDevice::LocalSnmpdDevice(IInstanceManager& instanceManager) : SnmpDevi
 
 LocalSnmpdDevice::~LocalSnmpdDevice() {
   Leave();
-  if (m_daemon) {
-    m_daemon->Stop();
+  try {
+    if (m_daemon) {
+      m_daemon->Stop();
+    }
+  } catch (...) {
+    // No memory for its messages: it is killed with its object.
+    m_daemon.reset();
   }
 }
 

@@ -81,6 +81,13 @@ TEST(ADeviceState, ComesBackByteForByte) {
   EXPECT_EQ("base\n", read.pending->base);
 }
 
+TEST(ADeviceState, ShowsEachLineOfTheFileAsALine) {
+  DeviceState state;
+  state.known = "\n rocommunity\tpublic\n";
+  const std::string xml = devhost::XmlText(*drivers::WriteDeviceState(state), devhost::XmlStyle::Indented);
+  EXPECT_NE(std::string::npos, xml.find(">-\n\n rocommunity\tpublic\n\n-</known>")) << xml;
+}
+
 TEST(ADeviceState, OfANewDeviceComesBackToo) {
   DeviceState state;
   state.settings.trapTargets.Erase();
@@ -111,12 +118,14 @@ TEST(ADeviceState, ThatIsDamagedSaysWhere) {
   EXPECT_NE("", WrongWith("name='managed' value='false'", "name='managed' value=''"));
   EXPECT_EQ("the element hue is unknown", WrongWith("</L", "<hue/></L"));
   EXPECT_EQ("a trap target is damaged", WrongWith("</L", "<trapTarget target='%'/></L"));
-  EXPECT_EQ("the element known stands twice", WrongWith("</L", "<known/><known/></L"));
-  EXPECT_EQ("the text of the element known is damaged", WrongWith("</L", "<known>%</known></L"));
+  EXPECT_EQ("the element known stands twice", WrongWith("</L", "<known>-\n\n-</known><known>-\n\n-</known></L"));
+  EXPECT_EQ("the text of the element known is damaged", WrongWith("</L", "<known>-\n%\n-</known></L"));
+  EXPECT_EQ("the text of the element known is damaged", WrongWith("</L", "<known>text</known></L"));
+  EXPECT_EQ("the text of the element known is damaged", WrongWith("</L", "<known>-\n-</known></L"));
   const std::string pending = "a pending text stands without its base, or in a device that is on line";
-  EXPECT_EQ(pending, WrongWith("</L", "<pending/></L"));
-  EXPECT_EQ(pending, WrongWith("</L", "<base/></L"));
-  EXPECT_EQ(pending, WrongWith("</L", "<pending/><base/></L"));
+  EXPECT_EQ(pending, WrongWith("</L", "<pending>-\n\n-</pending></L"));
+  EXPECT_EQ(pending, WrongWith("</L", "<base>-\n\n-</base></L"));
+  EXPECT_EQ(pending, WrongWith("</L", "<pending>-\n\n-</pending><base>-\n\n-</base></L"));
 }
 
 TEST(ADeviceState, LeavesNoNodeBehind) {
