@@ -1,10 +1,9 @@
 #include "devhost/app/CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <cstring>
+#include <vector>
 
-#include "devhost/app/ScriptActions.h"
+#include "devhost/app/CommandHelp.h"
 #include "devhost/app/Words.h"
 
 namespace devhost {
@@ -12,63 +11,6 @@ namespace devhost {
 namespace {
 
 constexpr char kVersion[] = "devhost 1.0.0";
-
-constexpr char kMainFooter[] =
-    "Exit status: 0 all went well; 1 an action or expectation of a script failed, a\n"
-    "driver could not start or broke the host's rules, or a driver's state or the output\n"
-    "could not be read or written; 2 wrong usage, or a project, script, module or state\n"
-    "folder that is wrong (nothing of the script was played).\n"
-    "\n"
-    "Example: ask the agent for its devices.\n"
-    "\n"
-    "  echo 'command GetDeviceList' | devhost run -\n"
-    "\n"
-    "\"devhost run --help\" tells what a script can do.";
-
-constexpr char kRunFooter[] =
-    "SUBJECT is one of: reply, notification, log (the last one each), setting DRIVER NAME,\n"
-    "file DRIVER, flag DEVICE ID, state DRIVER. DRIVER is the name or id of a driver in the\n"
-    "project. Words are quoted as in a shell, # starts a comment, PARAM=@FILE takes the text\n"
-    "of a file, which may be a pipe as the script may.\n"
-    "\n"
-    "The whole project and script are checked before the first driver is loaded. Then\n"
-    "everything that happens is printed in order, one line each; the first word tells what\n"
-    "it is: load, unload, command, reply, notification, event, log, invalidate, manners,\n"
-    "file, settings, counts, variable, user-variable, flag, state, print, restart, error,\n"
-    "expect.\n"
-    "\n"
-    "Exit status: 0 all went well; 1 an action or expectation failed, a driver could not\n"
-    "start or broke the host's rules, or a driver's state or the output could not be read\n"
-    "or written; 2 wrong usage, or a project, script, module or state folder that is wrong\n"
-    "(nothing of the script was played).\n"
-    "\n"
-    "Example: see whether a device takes a new name.\n"
-    "\n"
-    "  $ cat project.xml\n"
-    "  <project>\n"
-    "    <driver id=\"1\" name=\"agent\" module=\"snmp_configuration_agent.so\"/>\n"
-    "    <driver id=\"12\" name=\"kitchen\" module=\"simulated_device.so\"><config folder=\"{project}\"/></driver>\n"
-    "  </project>\n"
-    "  $ cat rename.devhost\n"
-    "  device kitchen set sysName 'kitchen north'\n"
-    "  command GetDeviceList\n"
-    "  expect reply matches '>kitchen north<'\n"
-    "  $ devhost run --project project.xml rename.devhost\n"
-    "\n"
-    "More: \"man devhost\" (docs/man/devhost.1) and docs/scripts.md.";
-
-std::string ActionTable() {
-  std::size_t width = 0;
-  for (const ActionForm& form : ActionForms()) {
-    width = std::max(width, std::strlen(form.synopsis));
-  }
-  std::string table = "Actions of a script, one on each line:\n";
-  for (const ActionForm& form : ActionForms()) {
-    const std::string synopsis = form.synopsis;
-    table += "  " + synopsis + std::string(width + 2 - synopsis.size(), ' ') + form.meaning + "\n";
-  }
-  return table + "\n";
-}
 
 // The library's layout, without its habit of naming types and repeating what the description says.
 class Formatter : public CLI::Formatter {
@@ -88,14 +30,16 @@ class Formatter : public CLI::Formatter {
 class Parser {
  public:
   explicit Parser(const std::string& moduleFolder)
-      : m_app("Loads drivers as a controller would and plays a script to them.", "devhost") {
-    m_line.run.moduleFolder = moduleFolder;
+      : m_app("Loads drivers as a controller would and plays a script to them; looks at what they will read and write.",
+              "devhost"),
+        m_moduleFolder(moduleFolder) {
     m_app.formatter(std::make_shared<Formatter>());
     m_app.footer(kMainFooter);
     m_app.set_help_flag("-h,--help", "Print this help");
     m_app.set_version_flag("--version", kVersion, "Print the version");
     m_app.require_subcommand(1);
     AddRun();
+    AddPreview();
   }
 
   CommandLine Parse(int argc, const char* const* argv) {
@@ -105,88 +49,140 @@ class Parser {
     }
     try {
       m_app.parse(argc, argv);
-      m_line.kind = CommandLine::Kind::Run;
+      m_line.kind = Parsed()->kind;
     } catch (const CLI::CallForHelp&) {
-      Answer(Help());
+      const Command* const command = Parsed();
+      Answer(command != nullptr ? command->app->help("devhost") : m_app.help());
     } catch (const CLI::CallForVersion& version) {
       Answer(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError& error) {
-      m_line.text = "devhost: " + Problem(error, argv[1]) + "\n";
-      m_line.text += m_run->parsed() ? "Try \"devhost run --help\".\n" : "Try \"devhost --help\".\n";
+      const Command* const command = Parsed();
+      m_line.text = "devhost: " + (command != nullptr ? Problem(error, *command) : NoCommand(argv[1])) + "\n";
+      m_line.text += "Try \"devhost " + (command != nullptr ? command->app->get_name() + " " : "") + "--help\".\n";
     }
     return m_line;
   }
 
  private:
-  // The library names arguments that it did not expect, but neither commands that do not exist nor what is allowed.
-  std::string Problem(const CLI::ParseError& error, const std::string& first) const {
-    if (!m_run->parsed()) {
-      return first.compare(0, 1, "-") == 0
-                 ? "there is no option " + Quoted(first) + "; allowed: --help, --version, or a command"
-                 : "there is no command " + Quoted(first) + "; allowed: run";
+  struct Command {
+    CLI::App* app;
+    CommandLine::Kind kind;
+    const char* arguments;  // what it takes beside options, for messages
+  };
+
+  // The command on the line, or null.
+  const Command* Parsed() const {
+    for (const Command& command : m_commands) {
+      if (command.app->parsed()) {
+        return &command;
+      }
     }
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
-      return OneLine(error.what()) + "; allowed: one script and the options of run";
+    return nullptr;
+  }
+
+  // The library names neither commands that do not exist nor what is allowed.
+  std::string NoCommand(const std::string& word) const {
+    if (word.compare(0, 1, "-") == 0) {
+      return "there is no option " + Quoted(word) + "; allowed: --help, --version, or a command";
     }
+    std::string names;
+    for (const Command& command : m_commands) {
+      names += (names.empty() ? "" : ", ") + command.app->get_name();
+    }
+    return "there is no command " + Quoted(word) + "; allowed: " + names;
+  }
+
+  // The library names arguments that it did not expect, but not what is allowed.
+  static std::string Problem(const CLI::ParseError& error, const Command& command) {
     const std::string what = OneLine(error.what());
-    const std::string misuse = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr
-                                   ? Misuse(what.substr(0, what.find_first_of(": ")))
-                                   : "";
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+      return what + "; allowed: " + command.arguments + " and the options of " + command.app->get_name();
+    }
+    const bool mismatch = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr;
+    const bool missing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    const std::string misuse = mismatch || missing ? Misuse(*command.app, what.substr(0, what.find_first_of(": "))) : "";
     return misuse.empty() ? what : misuse;
   }
 
-  // What is wrong with an option that has too many values, too few, or one that it does not take; "" when there is none.
-  std::string Misuse(const std::string& name) const {
-    for (const CLI::Option* const option : m_run->get_options()) {
+  // What is wrong with an option or argument that has too many values, too few, or one that it does not take; "" when there
+  // is none of that name.
+  static std::string Misuse(const CLI::App& app, const std::string& name) {
+    for (const CLI::Option* const option : app.get_options()) {
       if (!option->check_name(name) && !option->check_lname(name)) {
         continue;
       }
       const std::string flag = option->get_name();
-      const std::string form = flag + " " + option->get_type_name();
+      const std::string form = option->get_positional() ? flag : flag + " " + option->get_type_name();
       return option->get_expected_max() == 0 ? flag + " has a value; allowed: " + flag + " alone"
-             : option->count() > 1 ? flag + " is given " + std::to_string(option->count()) + " times; allowed: once"
-                                   : flag + " has no value; allowed: " + form;
+             : option->count() > 1    ? flag + " is given " + std::to_string(option->count()) + " times; allowed: once"
+             : option->get_required() ? form + " is missing"
+                                      : flag + " has no value; allowed: " + form;
     }
     return "";
   }
 
   static std::string Named(const std::string& path) { return path.empty() ? "the name is empty; allowed: a path" : ""; }
 
+  CLI::App& Add(CommandLine::Kind kind, const char* name, const char* what, const char* arguments,
+                const std::string& footer) {
+    CLI::App* const app = m_app.add_subcommand(name, what);
+    app->footer(footer);
+    m_commands.push_back({app, kind, arguments});
+    return *app;
+  }
+
+  static CLI::Option& AddPath(CLI::App& app, const char* name, std::string& value, const char* what, const char* type) {
+    return *app.add_option(name, value, what)->type_name(type)->check(Named);
+  }
+
+  static void AddFlag(CLI::App& app, const char* name, bool& value, const char* what) {
+    app.add_flag(name, value, what)->disable_flag_override();
+  }
+
+  static void AddShowSecrets(CLI::App& app, bool& value) {
+    AddFlag(app, "--show-secrets", value, "Print communities and passphrases as they are, not as *****");
+  }
+
+  void AddModuleFolder(CLI::App& app, std::string& value) {
+    value = m_moduleFolder;
+    AddPath(app, "--module-dir", value, "Where driver modules lie (default: ../lib beside the program)", "DIR");
+  }
+
   void AddRun() {
-    m_run = m_app.add_subcommand("run", "Load the drivers of a project, play a script, unload the drivers");
-    m_run->footer(ActionTable() + kRunFooter);
+    CLI::App& app = Add(CommandLine::Kind::Run, "run", "Load the drivers of a project, play a script, unload the drivers",
+                        "one script", RunFooter());
     RunOptions& run = m_line.run;
-    m_run
-        ->add_option("script", run.script,
-                     "The script, - for standard input; without one, the drivers are loaded and unloaded")
-        ->type_name("")
-        ->check(Named);
-    m_run->add_option("--project", run.project, "Project file; without one, the agent alone is loaded as driver 1")
-        ->type_name("FILE")
-        ->check(Named);
-    m_run->add_option("--module-dir", run.moduleFolder, "Where driver modules lie (default: ../lib beside the program)")
-        ->type_name("DIR")
-        ->check(Named);
-    m_run
-        ->add_option("--state", run.state,
-                     "Keep the drivers' states in this folder, which is made when missing; without it, they are kept\n"
-                     "from restart to restart of this run. A driver that was handed a state is asked for a new one only\n"
-                     "after load-project")
-        ->type_name("DIR")
-        ->check(Named);
-    m_run
-        ->add_flag("--pretty", run.pretty,
-                   "Print XML indented, on several lines, where one line would be longer than 100 characters")
-        ->disable_flag_override();
-    m_run->add_option("--color", run.color, "Colour the first words: auto (on a terminal), always, never")
+    AddPath(app, "script", run.script, "The script, - for standard input; without one, the drivers are loaded and unloaded",
+            "");
+    AddPath(app, "--project", run.project, "Project file; without one, the agent alone is loaded as driver 1", "FILE");
+    AddModuleFolder(app, run.moduleFolder);
+    AddPath(app, "--state", run.state,
+            "Keep the drivers' states in this folder, which is made when missing; without it, they are kept\n"
+            "from restart to restart of this run. A driver that was handed a state is asked for a new one only\n"
+            "after load-project",
+            "DIR");
+    AddFlag(app, "--pretty", run.pretty,
+            "Print XML indented, on several lines, where one line would be longer than 100 characters");
+    app.add_option("--color", run.color, "Colour the first words: auto (on a terminal), always, never")
         ->type_name("WHEN")
         ->check([](const std::string& when) {
           const bool known = when == "auto" || when == "always" || when == "never";
           return known ? std::string() : Quoted(when) + " is no such time; allowed: auto, always, never";
         });
+    AddShowSecrets(app, run.showSecrets);
   }
 
-  std::string Help() const { return m_run->parsed() ? m_run->help("devhost") : m_app.help(); }
+  void AddPreview() {
+    CLI::App& app = Add(CommandLine::Kind::Preview, "preview", "Show what SetDeviceState would change in a device's file",
+                        "a device, a file of settings", kPreviewFooter);
+    PreviewOptions& preview = m_line.preview;
+    app.add_option("device", preview.device, "Name or id of the device's driver in the project")->type_name("")->required();
+    AddPath(app, "settings", preview.settings, "File of a device settings element, - for standard input", "").required();
+    AddPath(app, "--project", preview.project, "Project file", "FILE").required();
+    AddModuleFolder(app, preview.moduleFolder);
+    AddPath(app, "--state", preview.state, "Folder with the drivers' states, which is only read", "DIR");
+    AddShowSecrets(app, preview.showSecrets);
+  }
 
   void Answer(const std::string& text) {
     m_line.kind = CommandLine::Kind::Answer;
@@ -194,7 +190,8 @@ class Parser {
   }
 
   CLI::App m_app;
-  CLI::App* m_run = nullptr;
+  std::vector<Command> m_commands;
+  const std::string m_moduleFolder;
   CommandLine m_line;
 };
 

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "devhost/preview/PreviewCommand.h"
+
 namespace devhost {
 
 // `devhost run`.
@@ -13,17 +15,20 @@ struct RunOptions {
   std::string state;   // folder for the drivers' states, "" for none
   std::string color = "auto";
   bool pretty = false;
+  bool showSecrets = false;
 };
 
 // What a command line asks for.
 struct CommandLine {
   enum class Kind {
     Run,
+    Preview,
     Answer,  // print `text`: help or the version
     Wrong    // wrong usage: `text` says what and what is allowed
   };
   Kind kind = Kind::Wrong;
   RunOptions run;
+  PreviewOptions preview;
   std::string text;
 };
 

@@ -118,15 +118,18 @@ int Run(const RunOptions& options) {
 }
 
 int Dispatch(const CommandLine& line) {
-  Output output(line.kind == CommandLine::Kind::Wrong ? STDERR_FILENO : STDOUT_FILENO);
+  Output output(STDOUT_FILENO);
+  Output errors(STDERR_FILENO);
   switch (line.kind) {
     case CommandLine::Kind::Run:
       return Run(line.run);
+    case CommandLine::Kind::Preview:
+      return Finish(output, RunPreview(line.preview, output, errors));
     case CommandLine::Kind::Answer:
       output.Write(line.text);
       return Finish(output, ExitStatus_Good);
     case CommandLine::Kind::Wrong:
-      output.Write(line.text);
+      errors.Write(line.text);
       break;
   }
   return ExitStatus_Wrong;

@@ -32,18 +32,42 @@ TEST(Run, HasDefaults) {
   EXPECT_EQ(line.run.color, "auto");
   EXPECT_EQ(line.run.state, "");
   EXPECT_FALSE(line.run.pretty);
+  EXPECT_FALSE(line.run.showSecrets);
 }
 
 TEST(Run, TakesItsOptions) {
-  const CommandLine line =
-      Parse({"run", "--project", "p.xml", "--module-dir=lib", "--pretty", "--color", "never", "--state", "s", "-"});
+  const CommandLine line = Parse({"run", "--project", "p.xml", "--module-dir=lib", "--pretty", "--color", "never", "--state",
+                                  "s", "--show-secrets", "-"});
   EXPECT_EQ(line.kind, Kind::Run);
   EXPECT_EQ(line.run.project, "p.xml");
   EXPECT_EQ(line.run.state, "s");
   EXPECT_EQ(line.run.moduleFolder, "lib");
   EXPECT_TRUE(line.run.pretty);
+  EXPECT_TRUE(line.run.showSecrets);
   EXPECT_EQ(line.run.color, "never");
   EXPECT_EQ(line.run.script, "-");
+}
+
+TEST(Preview, TakesADeviceAFileAndItsOptions) {
+  const CommandLine line = Parse({"preview", "--project", "p.xml", "kitchen", "--state", "s", "k.xml", "--show-secrets"});
+  EXPECT_EQ(line.kind, Kind::Preview);
+  EXPECT_EQ(line.preview.project, "p.xml");
+  EXPECT_EQ(line.preview.moduleFolder, "/usr/lib/x");
+  EXPECT_EQ(line.preview.device, "kitchen");
+  EXPECT_EQ(line.preview.settings, "k.xml");
+  EXPECT_EQ(line.preview.state, "s");
+  EXPECT_TRUE(line.preview.showSecrets);
+  EXPECT_FALSE(Parse({"preview", "--project", "p.xml", "kitchen", "-"}).preview.showSecrets);
+}
+
+TEST(Preview, SaysWhatIsMissing) {
+  EXPECT_EQ(Parse({"preview", "--project", "p.xml"}).text, "devhost: device is missing\nTry \"devhost preview --help\".\n");
+  EXPECT_EQ(Parse({"preview", "kitchen", "k.xml"}).text,
+            "devhost: --project FILE is missing\nTry \"devhost preview --help\".\n");
+  EXPECT_THAT(
+      Parse({"preview", "--project", "p.xml", "a", "b", "c"}).text,
+      StartsWith("devhost: The following argument was not expected: c; allowed: a device, a file of settings and the "
+                 "options of preview\n"));
 }
 
 TEST(Help, TellsUsageActionsExitStatusAndAnExample) {
@@ -62,7 +86,7 @@ TEST(Version, IsOneLine) {
 }
 
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
-  EXPECT_EQ(Parse({"blub"}).text, "devhost: there is no command \"blub\"; allowed: run\nTry \"devhost --help\".\n");
+  EXPECT_EQ(Parse({"blub"}).text, "devhost: there is no command \"blub\"; allowed: run, preview\nTry \"devhost --help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,
             "devhost: The following argument was not expected: b; allowed: one script and the options of run\n"
             "Try \"devhost run --help\".\n");

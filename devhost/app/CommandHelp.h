@@ -1,0 +1,17 @@
+#ifndef DEVHOST_APP_COMMAND_HELP_H
+#define DEVHOST_APP_COMMAND_HELP_H
+
+#include <string>
+
+// What stands below the options in the program's help: exit statuses and an example each.
+namespace devhost {
+
+extern const char kMainFooter[];
+extern const char kPreviewFooter[];
+
+// With the table of a script's actions.
+std::string RunFooter();
+
+}  // namespace devhost
+
+#endif
