@@ -1,0 +1,160 @@
+#include <algorithm>
+
+#include "devhost/check/Rules.h"
+
+// Whom the daemon lets in, and by which text.
+namespace devhost {
+
+namespace {
+
+// The daemon's buffer; what is longer is cut.
+constexpr std::size_t kLongestCommunity = 255;
+
+bool IsJudged(const Sight& sight) {
+  return IsCommunityKeyword(sight.Keyword()) && !sight.line.setting->words.empty();
+}
+
+bool IsEmptyWord(const Directive& setting) {
+  return setting.words.front().text.empty();
+}
+
+// A community that the agent writes ends with its line. In a line of somebody else, the place and the limit follow.
+bool HasMoreWords(const Directive& setting) {
+  return setting.words.front().end != setting.restBegin + setting.rest.size();
+}
+
+// The text that the person meant who wrote the line: inside a section everything, the quotes of the agent aside.
+std::string MeantCommunity(const ConfigLine& line) {
+  const Directive& setting = *line.setting;
+  const std::string& rest = setting.rest;
+  if (line.IsInside()) {
+    const bool quoted = rest.size() > 2 && rest.front() == '"' && rest.back() == '"' && Contains(rest, " ");
+    return quoted ? rest.substr(1, rest.size() - 2) : rest;
+  }
+  const DirectiveWord& word = setting.words.front();
+  const std::string_view whole = std::string_view(line.text).substr(word.begin, word.end - word.begin);
+  if (word.quote == '\0') {
+    return std::string(whole);
+  }
+  const bool closed = whole.size() > 1 && whole.back() == word.quote;
+  return std::string(whole.substr(1, whole.size() - (closed ? 2 : 1)));
+}
+
+// The earlier line that the daemon goes by instead of this one, or null.
+const Grant* Earlier(const Sight& sight) {
+  const auto found = sight.above.communities.find(GrantKey(*sight.line.setting));
+  if (found == sight.above.communities.end()) {
+    return nullptr;
+  }
+  const Grant& earlier = found->second;
+  return earlier.source.empty() || earlier.source == ReadGrant(sight.line).source ? &earlier : nullptr;
+}
+
+}  // namespace
+
+bool IsCommunityKeyword(std::string_view keyword) {
+  return keyword == "rocommunity" || keyword == "rwcommunity" || keyword == "rocommunity6" || keyword == "rwcommunity6";
+}
+
+std::string AnsweredCommunity(const Directive& setting) {
+  const std::string once = setting.words.front().text.substr(0, kLongestCommunity);
+  const auto again = ReadDirective("com2sec '" + once + "'");
+  return again && !again->words.empty() ? again->words.front().text : std::string();
+}
+
+Grant ReadGrant(const ConfigLine& line) {
+  const Directive& setting = *line.setting;
+  Grant grant;
+  grant.line = line.number;
+  grant.writes = setting.keyword.front() == 'r' && setting.keyword[1] == 'w';
+  for (std::size_t at = 1; at < setting.words.size(); ++at) {
+    const std::string& word = setting.words[at].text;
+    if (at == 1) {
+      grant.source = word == "default" ? "" : word;
+    } else {
+      grant.limit += (grant.limit.empty() ? "" : " ") + word;
+    }
+  }
+  return grant;
+}
+
+std::string GrantKey(const Directive& setting) {
+  return (setting.keyword.back() == '6' ? "6 " : "4 ") + AnsweredCommunity(setting);
+}
+
+void JudgeCommunityInPairs(const Sight& sight, Report& report) {
+  if (IsJudged(sight) && IsEmptyWord(*sight.line.setting)) {
+    report.Add(sight.line.number,
+               "the daemon takes two quotes in a row for an empty community and rejects the line: nobody gets access by it",
+               "give the community without quotes of its own; the agent quotes one with a space by itself");
+  }
+}
+
+void JudgeCommunityMisread(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting) || (sight.line.IsInside() && HasMoreWords(*sight.line.setting))) {
+    return;
+  }
+  const std::string meant = MeantCommunity(sight.line).substr(0, kLongestCommunity);
+  const std::string answered = AnsweredCommunity(*sight.line.setting);
+  if (answered != meant) {
+    report.Add(sight.line.number,
+               "a quote or a backslash in the community: the daemon answers to " + report.Secret(answered) + " instead of " +
+                   report.Secret(meant),
+               "take a community without \", ' and \\");
+  }
+}
+
+void JudgeCommunityWords(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || !sight.line.IsInside() || IsEmptyWord(*sight.line.setting) || !HasMoreWords(*sight.line.setting)) {
+    return;
+  }
+  report.Add(sight.line.number,
+             "the agent takes everything behind " + std::string(sight.Keyword()) +
+                 " for the community, the daemon only the first word; it takes the next one for the address that may use it",
+             "take a community without tabs and quotes, and put limits on it into a line of your own below the section");
+}
+
+void JudgeCommunityLength(const Sight& sight, Report& report) {
+  if (IsJudged(sight) && sight.line.setting->words.front().text.size() > kLongestCommunity) {
+    report.Add(sight.line.number, "the community is longer than 255 bytes: the daemon cuts it and answers to its beginning",
+               "take a community of 255 bytes at most");
+  }
+}
+
+void JudgeWriteLikeRead(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
+    return;
+  }
+  const Grant* const earlier = Earlier(sight);
+  if (earlier != nullptr && !earlier->writes && ReadGrant(sight.line).writes) {
+    report.Add(sight.line.number,
+               "the write community is the read community of " + report.LineName(earlier->line) +
+                   " again: the daemon goes by the first line, so nobody can write by it",
+               "take another write community");
+  }
+}
+
+void JudgeFirstGrantWins(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
+    return;
+  }
+  const Grant* const earlier = Earlier(sight);
+  const Grant grant = ReadGrant(sight.line);
+  if (earlier == nullptr || (!earlier->writes && grant.writes)) {
+    return;
+  }
+  if (earlier->writes != grant.writes || earlier->source != grant.source || earlier->limit != grant.limit) {
+    report.Add(sight.line.number,
+               "the community is that of " + report.LineName(earlier->line) +
+                   " again: the daemon goes by the first line, so what this one restricts or adds does not count",
+               "take another community, or remove one of the two lines");
+  }
+}
+
+void JudgeNoAccess(const Sight& sight, Report& report) {
+  if (sight.line.number == 0 && !sight.above.hasAccess) {
+    report.Add(0, "nobody is let in: the daemon runs and answers nobody", "set a read community");
+  }
+}
+
+}  // namespace devhost

@@ -1,0 +1,163 @@
+#include "devhost/check/ConfigText.h"
+
+#include <algorithm>
+#include <array>
+
+namespace devhost {
+
+namespace {
+
+constexpr std::size_t kLongestDirective = 65536;
+
+constexpr char kRuleLine[] = "###########################################################################";
+constexpr std::array<std::string_view, 4> kHeader = {kRuleLine, "#", "# snmpd.conf", "#"};
+constexpr std::array<std::string_view, 3> kTrailer = {
+    "#", "#   File contents within the \"Halvoren Section\" will be overwritten by the",
+    "#   SNMP Configuration Agent of Quentara."};
+
+// Cuts a text at its line feeds. A line feed at the very end opens no further line.
+class Lines {
+ public:
+  explicit Lines(std::string_view text) : m_rest(text) {}
+
+  bool Next() {
+    if (m_rest.empty()) {
+      return false;
+    }
+    const std::size_t end = std::min(m_rest.find('\n'), m_rest.size());
+    m_line = m_rest.substr(0, end);
+    m_rest.remove_prefix(std::min(end + 1, m_rest.size()));
+    ++m_number;
+    return true;
+  }
+  std::string_view Line() const { return m_line; }
+  std::size_t Number() const { return m_number; }
+
+ private:
+  std::string_view m_rest;
+  std::string_view m_line;
+  std::size_t m_number = 0;
+};
+
+// The walk of the agent's reader: a section runs from one start marker to the next end marker, other markers count for
+// nothing.
+class Walk {
+ public:
+  Place Step(std::string_view line, std::size_t number) {
+    if (m_open == 0) {
+      m_open = Contains(line, kStartMarker) ? number : 0;
+      return m_open == 0 ? Place::Outside : Place::StartMarker;
+    }
+    if (Contains(line, kEndMarker)) {
+      m_open = 0;
+      return Place::EndMarker;
+    }
+    return Place::Inside;
+  }
+  std::size_t Open() const { return m_open; }
+
+ private:
+  std::size_t m_open = 0;
+};
+
+// Counts how far the lines in front of the start marker are those that the agent writes there.
+class HeaderSearch {
+ public:
+  void Step(std::string_view line) {
+    if (m_matched == kHeader.size() || line != kHeader[m_matched]) {
+      m_matched = line == kHeader.front() ? 0 : kHeader.size();
+    }
+    m_matched = m_matched == kHeader.size() ? 0 : m_matched + 1;
+  }
+  std::size_t Length() const { return m_matched == kHeader.size() ? kHeader.size() : 0; }
+
+ private:
+  std::size_t m_matched = 0;
+};
+
+// The lines below the first end marker, up to the first that is kept.
+class TrailerWalk {
+ public:
+  explicit TrailerWalk(Layout& layout) : m_layout(layout) {}
+
+  void Step(std::string_view line, std::size_t number) {
+    if (m_done) {
+      return;
+    }
+    if (m_matched < kTrailer.size() && line == kTrailer[m_matched]) {
+      ++m_matched;
+      m_layout.trailer = number;
+    } else {
+      m_matched = kTrailer.size();
+    }
+    if (line.empty() || line.front() != '#') {
+      m_layout.droppedSetting = number;
+      m_layout.firstKept = number + 1;
+      m_done = true;
+    }
+  }
+  bool IsDone() const { return m_done; }
+
+ private:
+  Layout& m_layout;
+  std::size_t m_matched = 0;
+  bool m_done = false;
+};
+
+}  // namespace
+
+std::string_view TrimmedView(std::string_view text) {
+  constexpr char kBlanks[] = " \t\n\v\f\r";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  return first == std::string_view::npos ? std::string_view()
+                                         : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+}
+
+Layout LayOut(std::string_view text) {
+  Layout layout;
+  Walk walk;
+  HeaderSearch header;
+  TrailerWalk trailer(layout);
+  Lines lines(text);
+  while (lines.Next()) {
+    const std::size_t number = lines.Number();
+    walk.Step(lines.Line(), number);
+    if (layout.firstEnd != 0) {
+      trailer.Step(lines.Line(), number);
+    } else if (Contains(lines.Line(), kEndMarker)) {
+      layout.firstEnd = layout.trailer = number;
+    }
+    if (layout.firstStart == 0 && Contains(lines.Line(), kStartMarker)) {
+      layout.firstStart = number;
+      layout.header = number - header.Length();
+    }
+    header.Step(lines.Line());
+  }
+  layout.unclosed = walk.Open();
+  if (!layout.IsReplaced()) {
+    layout.firstKept = 1;
+    layout.droppedSetting = 0;
+  } else if (!trailer.IsDone()) {
+    layout.firstKept = lines.Number() + 1;
+  }
+  return layout;
+}
+
+void ForEachLine(std::string_view text, const std::function<void(const ConfigLine&)>& use) {
+  Walk walk;
+  Lines lines(text);
+  while (lines.Next()) {
+    ConfigLine line;
+    line.number = lines.Number();
+    line.text = lines.Line();
+    const std::size_t open = walk.Open();
+    line.place = walk.Step(line.text, line.number);
+    line.section = line.place == Place::EndMarker ? open : walk.Open();
+    // The daemon ends a line at a NUL byte.
+    line.setting = ReadDirective(line.text.substr(0, std::min(line.text.find('\0'), kLongestDirective)));
+    use(line);
+  }
+  use(ConfigLine());
+}
+
+}  // namespace devhost

@@ -1,0 +1,64 @@
+#ifndef DEVHOST_CHECK_CONFIG_TEXT_H
+#define DEVHOST_CHECK_CONFIG_TEXT_H
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+#include "devhost/snmpd/Directive.h"
+
+// An snmpd.conf as the agent sees it: where its sections are, and what its next write drops.
+namespace devhost {
+
+inline constexpr char kStartMarker[] = "Halvoren Section Start";
+inline constexpr char kEndMarker[] = "Halvoren Section End";
+
+inline bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+// Without white space at both ends.
+std::string_view TrimmedView(std::string_view text);
+
+// Where things stand in the whole text; lines are counted from 1, and 0 says that there is none.
+struct Layout {
+  std::size_t firstStart = 0;  // the first line with the start marker
+  std::size_t firstEnd = 0;    // the first line with the end marker
+  std::size_t unclosed = 0;    // the start of a section that is open at the end of the text
+  // The first line that the next write keeps. Without both markers it keeps all.
+  std::size_t firstKept = 1;
+  // The only line among those after the trailer's comments that is dropped though it is no comment.
+  std::size_t droppedSetting = 0;
+  // The first line of what the agent writes above its start marker; the start marker's own line when nothing of it is there.
+  std::size_t header = 0;
+  // The last line of the trailer; the end marker's own line when nothing follows that belongs to it.
+  std::size_t trailer = 0;
+
+  // The next write replaces a section. Otherwise it puts a new one above everything.
+  bool IsReplaced() const { return firstStart != 0 && firstEnd != 0; }
+};
+
+enum class Place { Outside, StartMarker, Inside, EndMarker };
+
+// One line, in turn.
+struct ConfigLine {
+  std::size_t number = 0;            // counted from 1; 0 after the last line, for what concerns the whole text
+  std::string_view text;             // without its line feed
+  Place place = Place::Outside;      // as the agent's reader sees it
+  std::size_t section = 0;           // the line of the start marker that opened the section around this line, or 0
+  std::optional<Directive> setting;  // nothing on comments and empty lines
+
+  bool IsInside() const { return place == Place::Inside; }
+  bool IsComment() const { return !TrimmedView(text).empty() && !setting; }
+};
+
+Layout LayOut(std::string_view text);
+
+// Calls `use` with every line in order, then with the line 0. Of a line longer than a daemon is likely to take, only the
+// front is cut into words.
+void ForEachLine(std::string_view text, const std::function<void(const ConfigLine&)>& use);
+
+}  // namespace devhost
+
+#endif

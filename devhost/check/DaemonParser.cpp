@@ -1,0 +1,139 @@
+#include "devhost/check/DaemonParser.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "devhost/app/Words.h"
+#include "devhost/check/Rules.h"
+#include "devhost/process/PrivateFolder.h"
+#include "devhost/process/RunProgram.h"
+#include "devhost/snmpd/Secrets.h"
+
+namespace devhost {
+
+namespace {
+
+// True of every sink with a port; the agent writes them so.
+constexpr std::string_view kExpected = "Warning: The separate port argument for sinks is deprecated";
+
+struct Complaint {
+  std::string file;
+  std::size_t line = 0;
+  std::string words;
+  bool operator<(const Complaint& other) const {
+    return std::tie(file, line, words) < std::tie(other.file, other.line, other.words);
+  }
+};
+
+// "FILE: line 12: Error: ..."; nothing for all else that the daemon says.
+std::optional<Complaint> ReadComplaint(std::string_view line) {
+  constexpr std::string_view kLine = ": line ";
+  std::size_t kind = line.find(": Error: ");
+  kind = std::min(kind, line.find(": Warning: "));
+  const std::size_t at = kind == std::string_view::npos ? kind : line.rfind(kLine, kind);
+  if (at == std::string_view::npos || at + kLine.size() > kind) {
+    return std::nullopt;
+  }
+  Complaint complaint;
+  complaint.file = line.substr(0, at);
+  const char* const end = line.data() + kind;
+  const auto [stop, error] = std::from_chars(line.data() + at + kLine.size(), end, complaint.line);
+  complaint.words = line.substr(kind + 2);
+  return error == std::errc() && stop == end ? std::optional(complaint) : std::nullopt;
+}
+
+std::vector<Complaint> ReadComplaints(std::string_view output) {
+  std::set<Complaint> known;  // the daemon says some things twice
+  std::vector<Complaint> complaints;
+  while (!output.empty()) {
+    const std::size_t end = std::min(output.find('\n'), output.size());
+    const auto complaint = ReadComplaint(output.substr(0, end));
+    if (complaint && complaint->words != kExpected && known.insert(*complaint).second) {
+      complaints.push_back(*complaint);
+    }
+    output.remove_prefix(std::min(end + 1, output.size()));
+  }
+  return complaints;
+}
+
+std::string_view LineOf(std::string_view text, std::size_t number) {
+  for (; number > 1 && !text.empty(); --number) {
+    text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
+  }
+  return text.substr(0, text.find('\n'));
+}
+
+// The daemon quotes words of the line that it complains of. Those that are shown masked elsewhere are so here.
+std::string Masked(std::string words, std::string_view line) {
+  const std::string masked = MaskConfigLine(line);
+  if (masked == line) {
+    return words;
+  }
+  for (std::size_t at = 0; at < line.size();) {
+    const std::size_t end = std::min(line.find_first_of(" \t\"'\r", at), line.size());
+    const std::string_view word = line.substr(at, end - at);
+    at = end + 1;
+    if (word.empty() || Contains(masked, word)) {
+      continue;
+    }
+    for (std::size_t found = words.find(word); found != std::string::npos;
+         found = words.find(word, found + sizeof kMask - 1)) {
+      words.replace(found, word.size(), kMask);
+    }
+  }
+  return words;
+}
+
+std::string Parse(const std::string& program, const std::string& path, const std::string& home) {
+  ProgramRun run;
+  // The address cannot be opened: the daemon ends when it has read everything.
+  run.words = {program, "-f", "-Le", "-C", "-c", path, "-m", "", "-M", "", "-I", "-smux", "-r", "bogus:x"};
+  run.environment = {{"SNMP_PERSISTENT_DIR", home}, {"SNMPCONFPATH", home}, {"HOME", home}};
+  const ProgramResult result = RunProgram(run);
+  if (result.late || result.tooLong || result.signal != 0) {
+    throw DaemonParserError(std::string("snmpd ") +
+                            (result.late      ? "did not come to an end"
+                             : result.tooLong ? "complained without end"
+                                              : "was killed") +
+                            " when it read " + Quoted(path));
+  }
+  return result.output;
+}
+
+}  // namespace
+
+void AskDaemon(const std::string& path, const std::string& name, const std::string& text, Report& report) {
+  const std::string program = FindProgram("snmpd");
+  if (program.empty()) {
+    throw DaemonParserError("snmpd is not installed, so it cannot be asked about " + Quoted(name) +
+                            "; install the package snmpd, or leave --daemon out");
+  }
+  try {
+    const PrivateFolder home;
+    // Commas separate files for the daemon.
+    const bool readable = !path.empty() && path.find(',') == std::string::npos;
+    const std::string file = readable ? std::filesystem::absolute(path).string() : home.Write("checked.conf", text);
+    report.Begin(kDaemonRule, Severity::Error);
+    for (const Complaint& complaint : ReadComplaints(Parse(program, file, home.Path()))) {
+      const bool own = complaint.file == file;
+      const std::string_view line = own ? LineOf(text, complaint.line) : std::string_view();
+      report.Add(
+          own ? complaint.line : 0,
+          "the daemon says: " + (own ? "" : OneLine(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +
+              (report.ShowsSecrets() ? complaint.words : Masked(complaint.words, line)),
+          "mend the line; snmpd.conf(5) tells what it may hold");
+    }
+  } catch (const ProgramError& error) {
+    throw DaemonParserError(error.what());
+  } catch (const FolderError& error) {
+    throw DaemonParserError(error.what());
+  }
+}
+
+}  // namespace devhost

@@ -1,0 +1,32 @@
+#ifndef DEVHOST_CHECK_FINDING_H
+#define DEVHOST_CHECK_FINDING_H
+
+#include <cstddef>
+#include <string>
+
+namespace devhost {
+
+enum class Severity {
+  Warning,  // surprising or risky
+  Error     // the daemon or the agent will do something else than the file seems to say, or text is lost
+};
+
+// One thing that will surprise the owner of a file.
+struct Finding {
+  std::string file;
+  std::size_t line = 0;  // counted from 1; 0 for the whole file
+  Severity severity = Severity::Warning;
+  std::string rule;
+  std::string reason;
+  std::string remedy;
+};
+
+// "FILE:LINE: error: REASON [RULE]", then the remedy, indented: two lines whatever the texts hold.
+std::string FindingText(const Finding& finding);
+
+// The same as one JSON object and a line feed. Bytes that are no UTF-8 are replaced by U+FFFD.
+std::string FindingJson(const Finding& finding);
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,41 @@
+#include "devhost/check/Report.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "devhost/app/Words.h"
+#include "devhost/snmpd/Secrets.h"
+
+namespace devhost {
+
+void Report::Add(std::size_t line, std::string reason, std::string remedy) {
+  Count& count = m_counts[m_rule];
+  count.severity = m_severity;
+  if (++count.all <= kMostOfOneRule) {
+    m_findings.push_back({m_file, line, m_severity, m_rule, std::move(reason), std::move(remedy)});
+  }
+}
+
+std::string Report::Secret(std::string_view text) const {
+  return m_showSecrets ? Quoted(text) : kMask;
+}
+
+std::vector<Finding> Report::Take() {
+  std::stable_sort(m_findings.begin(), m_findings.end(),
+                   [](const Finding& left, const Finding& right) { return left.line < right.line; });
+  for (const auto& [rule, count] : m_counts) {
+    if (count.all > kMostOfOneRule) {
+      m_findings.push_back({m_file, 0, count.severity, rule,
+                            "so does the same in " + std::to_string(count.all - kMostOfOneRule) + " more places",
+                            "mend those that are listed first"});
+    }
+  }
+  m_counts.clear();
+  return std::move(m_findings);
+}
+
+std::string Report::LineName(std::size_t line) const {
+  return m_lineName ? m_lineName(line) : "line " + std::to_string(line);
+}
+
+}  // namespace devhost

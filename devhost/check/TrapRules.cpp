@@ -1,0 +1,181 @@
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "devhost/check/Rules.h"
+
+// Where the daemon sends its traps. It cuts these lines at blanks alone: no quotes, no escapes, no comments.
+namespace devhost {
+
+namespace {
+
+constexpr char kBlanks[] = " \t\n\v\f\r";
+constexpr std::size_t kLongestCommunity = 255;
+
+struct Sink {
+  std::vector<std::string> words;  // host, community, port
+  std::string host;                // without transport and port
+  std::string ownPort;             // the port in the target, "" when there is none
+  bool isBareAddress = false;      // an IPv6 address without brackets
+};
+
+bool IsDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+bool IsPort(const std::string& text) {
+  return IsDigits(text) && text.size() <= 5 && text.front() != '0' && std::stoul(text) <= 65535;
+}
+
+std::string_view WithoutTransport(std::string_view target) {
+  const std::size_t colon = target.find(':');
+  if (colon == std::string_view::npos) {
+    return target;
+  }
+  constexpr std::string_view kTransports[] = {"udp", "udp6", "udpv6", "udpipv6", "tcp", "tcp6", "tcpv6", "tcpipv6"};
+  const bool known =
+      std::find(std::begin(kTransports), std::end(kTransports), target.substr(0, colon)) != std::end(kTransports);
+  return known ? target.substr(colon + 1) : target;
+}
+
+void ReadTarget(std::string_view target, Sink& sink) {
+  target = WithoutTransport(target);
+  const std::size_t bracket = target.rfind(']');
+  const std::size_t from = bracket == std::string_view::npos ? 0 : bracket;
+  const std::size_t colon = target.find(':', from);
+  sink.isBareAddress = bracket == std::string_view::npos && colon != target.rfind(':');
+  const bool hasPort = colon != std::string_view::npos && !sink.isBareAddress;
+  sink.host = target.substr(0, hasPort ? colon : target.size());
+  sink.ownPort = hasPort ? target.substr(colon + 1) : "";
+}
+
+bool IsSinkKeyword(std::string_view keyword) {
+  return keyword == "trap2sink" || keyword == "trapsink" || keyword == "informsink";
+}
+
+Sink ReadSink(const Directive& setting) {
+  Sink sink;
+  const std::string_view rest = setting.rest;
+  for (std::size_t at = 0; at < rest.size() && sink.words.size() < 3;) {
+    const std::size_t end = std::min(rest.find_first_of(kBlanks, at), rest.size());
+    sink.words.emplace_back(rest.substr(at, end - at));
+    at = std::min(rest.find_first_not_of(kBlanks, end), rest.size());
+  }
+  if (!sink.words.empty()) {
+    ReadTarget(sink.words.front(), sink);
+  }
+  return sink;
+}
+
+// The agent writes an empty target as nothing between its two pairs of spaces.
+bool LacksTarget(const Sight& sight) {
+  return sight.line.IsInside() && sight.line.text.substr(0, 13) == "trap2sink    ";
+}
+
+// The sink of a line that is judged; the daemon takes a value that begins with # for a comment.
+std::optional<Sink> JudgedSink(const Sight& sight) {
+  if (!IsSinkKeyword(sight.Keyword()) || sight.line.setting->rest.empty() || sight.line.setting->rest.front() == '#' ||
+      LacksTarget(sight)) {
+    return std::nullopt;
+  }
+  return ReadSink(*sight.line.setting);
+}
+
+bool IsQuoted(const Sink& sink) {
+  return sink.words.size() > 1 && sink.words[1].front() == '"';
+}
+
+}  // namespace
+
+std::string SinkKey(const Directive& setting) {
+  if (!IsSinkKeyword(setting.keyword) || setting.rest.empty() || setting.rest.front() == '#') {
+    return "";
+  }
+  const Sink sink = ReadSink(setting);
+  const std::string port = !sink.ownPort.empty() ? sink.ownPort : sink.words.size() > 2 ? sink.words[2] : "162";
+  return sink.host + " " + port;
+}
+
+void JudgeTrapTarget(const Sight& sight, Report& report) {
+  if (sight.Keyword() == "trap2sink" && LacksTarget(sight) && !sight.line.setting->rest.empty()) {
+    report.Add(sight.line.number, "a trap target without a host: the daemon takes what follows for the host",
+               "give the target a host, or remove it");
+  }
+}
+
+void JudgeTrapPortAsCommunity(const Sight& sight, Report& report) {
+  const auto sink = JudgedSink(sight);
+  if (sink && sink->words.size() == 2 && IsPort(sink->words[1])) {
+    report.Add(sight.line.number, "a trap target with a port and no community: the daemon takes the port for the community",
+               "give the trap target a community, or write the port behind the host (HOST:PORT)");
+  }
+}
+
+void JudgeTrapQuotes(const Sight& sight, Report& report) {
+  const auto sink = JudgedSink(sight);
+  if (!sink || !IsQuoted(*sink)) {
+    return;
+  }
+  const bool isOneWord = sink->words[1].size() > 1 && sink->words[1].back() == '"';
+  report.Add(sight.line.number,
+             isOneWord
+                 ? "the daemon knows no quotes here: it sends them as part of the trap community"
+                 : "the daemon knows no quotes here: it cuts the trap community at the space, takes the rest for the port "
+                   "and sends no traps to this target",
+             "take a trap community without spaces and quotes");
+}
+
+void JudgeTrapPort(const Sight& sight, Report& report) {
+  const auto sink = JudgedSink(sight);
+  if (!sink || IsQuoted(*sink)) {
+    return;
+  }
+  const bool wrongField = sink->words.size() > 2 && !IsPort(sink->words[2]);
+  if (wrongField || (!sink->ownPort.empty() && !IsPort(sink->ownPort))) {
+    report.Add(sight.line.number, "the trap port is no number from 1 to 65535: no traps reach this target",
+               "give a port from 1 to 65535 without leading zeros, or none for 162");
+  }
+}
+
+void JudgeTrapPortTwice(const Sight& sight, Report& report) {
+  const auto sink = JudgedSink(sight);
+  if (sink && !IsQuoted(*sink) && sink->words.size() > 2 && !sink->ownPort.empty()) {
+    report.Add(
+        sight.line.number,
+        "the target holds a port, and another one follows: the daemon cannot make a target of both and sends no traps",
+        "remove one of the two ports");
+  }
+}
+
+void JudgeTrapBareAddress(const Sight& sight, Report& report) {
+  const auto sink = JudgedSink(sight);
+  if (sink && !IsQuoted(*sink) && sink->words.size() > 2 && sink->isBareAddress) {
+    report.Add(
+        sight.line.number,
+        "the daemon appends the port to the address, which gives no address or another one: no traps reach this target",
+        "write the address in brackets, [" + sink->host + "]");
+  }
+}
+
+void JudgeTrapCommunityLength(const Sight& sight, Report& report) {
+  const auto sink = JudgedSink(sight);
+  if (sink && sink->words.size() > 1 && sink->words[1].size() > kLongestCommunity) {
+    report.Add(sight.line.number, "the trap community is longer than 255 bytes: no traps reach this target",
+               "take a trap community of 255 bytes at most");
+  }
+}
+
+void JudgeSinkTwice(const Sight& sight, Report& report) {
+  const auto sink = JudgedSink(sight);
+  if (!sink) {
+    return;
+  }
+  const auto found = sight.above.sinks.find(SinkKey(*sight.line.setting));
+  if (found != sight.above.sinks.end()) {
+    report.Add(sight.line.number,
+               "the trap target of " + report.LineName(found->second) + " again: every trap is sent to it once more",
+               "remove one of the two");
+  }
+}
+
+}  // namespace devhost

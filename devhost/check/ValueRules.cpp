@@ -1,0 +1,101 @@
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+#include "devhost/check/Rules.h"
+
+// Values that the daemon rejects or takes for something else.
+namespace devhost {
+
+namespace {
+
+constexpr std::size_t kLongestText = 255;
+constexpr unsigned kWidestMode = 0640;
+
+// The settings of the agent, in the words of the daemon.
+bool IsAgentKeyword(std::string_view keyword) {
+  constexpr std::string_view kOthers[] = {"trap2sink", "agentxretries", "agentxsocket",
+                                          "master",    "sysservices",   "sysobjectid"};
+  return IsSystemText(keyword) || IsCommunityKeyword(keyword) ||
+         std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
+}
+
+// A number, perhaps with a unit.
+bool IsTime(std::string_view text) {
+  constexpr std::string_view kUnits = "smhdwSMHDW";
+  if (!text.empty() && Contains(kUnits, text.substr(text.size() - 1))) {
+    text.remove_suffix(1);
+  }
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+}  // namespace
+
+bool IsSystemText(std::string_view keyword) {
+  return keyword == "syscontact" || keyword == "syslocation" || keyword == "sysname";
+}
+
+bool IsRejected(const Directive& setting) {
+  return setting.rest.empty() || setting.rest.front() == '#' ||
+         (IsSystemText(setting.keyword) && setting.rest.size() > kLongestText);
+}
+
+void JudgeNul(const Sight& sight, Report& report) {
+  if (!sight.above.hasNul && Contains(sight.line.text, std::string_view("\0", 1))) {
+    report.Add(sight.line.number, "a NUL byte: this is no text file, and the daemon reads the line only up to it",
+               "write the file anew as plain text");
+  }
+}
+
+void JudgeHash(const Sight& sight, Report& report) {
+  if (!IsAgentKeyword(sight.Keyword()) || sight.line.setting->rest.substr(0, 1) != "#") {
+    return;
+  }
+  report.Add(sight.line.number,
+             std::string("the daemon takes a value that begins with # for a comment and rejects the line: ") +
+                 (IsCommunityKeyword(sight.Keyword()) ? "nobody gets access by it" : "its default is served"),
+             "let the value begin with something else");
+}
+
+void JudgeMissingValue(const Sight& sight, Report& report) {
+  if (IsAgentKeyword(sight.Keyword()) && sight.line.setting->rest.empty()) {
+    report.Add(sight.line.number, "no value: the daemon rejects the line",
+               "give a value that is not only blanks, or remove the line");
+  }
+}
+
+void JudgeTextLength(const Sight& sight, Report& report) {
+  if (IsSystemText(sight.Keyword()) && sight.line.setting->rest.size() > kLongestText) {
+    report.Add(sight.line.number, "the text is longer than 255 bytes: the daemon rejects the line and serves its default",
+               "take a text of 255 bytes at most; beyond ASCII a letter has two bytes or more");
+  }
+}
+
+void JudgeAgentXTimeout(const Sight& sight, Report& report) {
+  if (sight.Keyword() != "agentxtimeout") {
+    return;
+  }
+  const std::string& value = sight.line.setting->rest;
+  const std::string_view word = std::string_view(value).substr(0, value.find_first_of(" \t\r"));
+  if (!IsTime(word)) {
+    report.Add(sight.line.number, "agentXTimeout has no number of seconds: the daemon goes by its built-in default",
+               "give a number of seconds, for example 6");
+  } else if (word.find_first_of("123456789") == std::string_view::npos) {
+    report.Add(sight.line.number, "agentXTimeout is 0: every request to an AgentX subagent fails at once",
+               "give a number of seconds, for example 6");
+  }
+}
+
+void JudgeFileMode(unsigned mode, Report& report) {
+  const unsigned permissions = mode & 0777U;
+  if ((permissions & ~kWidestMode) != 0) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%04o", permissions);
+    report.Add(0,
+               std::string("the file's mode is ") + text +
+                   ": others than its owner and group may read the communities or change the file",
+               "chmod 640, or 600");
+  }
+}
+
+}  // namespace devhost

@@ -1,0 +1,55 @@
+#include "devhost/check/Finding.h"
+
+#include <gtest/gtest.h>
+
+namespace devhost {
+namespace {
+
+TEST(AFinding, IsTwoLinesOfText) {
+  const Finding finding{"a/snmpd.conf", 12, Severity::Error, "some-rule", "it is wrong", "mend it"};
+  EXPECT_EQ(FindingText(finding), "a/snmpd.conf:12: error: it is wrong [some-rule]\n    mend it\n");
+}
+
+TEST(AFinding, StaysTwoLinesWhateverItsTextsHold) {
+  const Finding finding{"a\nb", 0, Severity::Warning, "some-rule", "it\r\nis \x1b[31mred", "mend\tit"};
+  EXPECT_EQ(FindingText(finding), "a\\nb:0: warning: it\\r\\nis \\x1b[31mred [some-rule]\n    mend\\tit\n");
+}
+
+TEST(AFinding, IsOneJsonObjectInALine) {
+  const Finding finding{"a/snmpd.conf", 12, Severity::Error, "some-rule", "it is wrong", "mend it"};
+  EXPECT_EQ(
+      FindingJson(finding),
+      "{\"file\":\"a/snmpd.conf\",\"line\":12,\"severity\":\"error\",\"rule\":\"some-rule\",\"reason\":\"it is wrong\","
+      "\"remedy\":\"mend it\"}\n");
+}
+
+// The reason alone, as it stands in the object.
+std::string JsonReason(const std::string& reason) {
+  const std::string json = FindingJson({"f", 1, Severity::Warning, "r", reason, "m"});
+  const std::size_t from = json.find("\"reason\":") + 9;
+  return json.substr(from, json.find(",\"remedy\"") - from);
+}
+
+TEST(Json, EscapesWhatItMust) {
+  EXPECT_EQ(JsonReason("a \"b\" \\ c"), R"("a \"b\" \\ c")");
+  EXPECT_EQ(JsonReason("a\nb\tc\x7F"), R"("a\u000ab\u0009c\u007f")");
+  EXPECT_EQ(JsonReason(std::string("a\0b", 3)), R"("a\u0000b")");
+}
+
+TEST(Json, KeepsCharactersOfEachLength) {
+  const std::string text = "\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80";
+  EXPECT_EQ(JsonReason(text), "\"" + text + "\"");
+}
+
+TEST(Json, ReplacesBytesThatAreNoText) {
+  const std::string mark = "\xEF\xBF\xBD";
+  EXPECT_EQ(JsonReason("a\xFFz"), "\"a" + mark + "z\"");
+  EXPECT_EQ(JsonReason("a\xC3"), "\"a" + mark + "\"");
+  EXPECT_EQ(JsonReason("\xC0\xAF"), "\"" + mark + mark + "\"");
+  EXPECT_EQ(JsonReason("\xE0\x80\xAF"), "\"" + mark + mark + mark + "\"");
+  EXPECT_EQ(JsonReason("\xED\xA0\x80"), "\"" + mark + mark + mark + "\"");
+  EXPECT_EQ(JsonReason("\xF4\x90\x80\x80"), "\"" + mark + mark + mark + mark + "\"");
+}
+
+}  // namespace
+}  // namespace devhost
