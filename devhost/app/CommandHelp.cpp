@@ -68,6 +68,30 @@ const char kMainFooter[] =
     "\n"
     "\"devhost run --help\" tells what a script can do.";
 
+const char kCheckFooter[] =
+    "Each finding is one line, FILE:LINE: SEVERITY: reason [RULE], and a second one with what\n"
+    "to do. An error means that the daemon or the agent does something else than the file\n"
+    "seems to say, or that text will be lost; a warning, that it may surprise. The rules are\n"
+    "in docs/check-rules.md.\n"
+    "\n"
+    "Exit status: 0 no finding; 1 findings; 2 wrong usage, a file that cannot be read, or a\n"
+    "daemon that cannot be asked.\n"
+    "\n"
+    "Example: look at this machine's file, with the daemon's own parser, too.\n"
+    "\n"
+    "  devhost check --daemon /etc/snmp/snmpd.conf";
+
+const char kAdviseFooter[] =
+    "The rules are those of \"devhost check\". Advice changes nothing and stops nothing: the\n"
+    "agent writes what it is sent.\n"
+    "\n"
+    "Exit status: 0 no finding; 1 findings; 2 wrong usage, or a file that cannot be read or\n"
+    "is no device settings element.\n"
+    "\n"
+    "Example: is there anything in these settings that the daemon would misread?\n"
+    "\n"
+    "  devhost advise kitchen.xml";
+
 const char kPreviewFooter[] =
     "The agent of the project does it, on a scratch copy of the device. The project's own\n"
     "folders are only read, and no daemon is started. The time stamp of the section is left\n"

@@ -7,6 +7,8 @@
 namespace devhost {
 
 extern const char kMainFooter[];
+extern const char kCheckFooter[];
+extern const char kAdviseFooter[];
 extern const char kPreviewFooter[];
 
 // With the table of a script's actions.

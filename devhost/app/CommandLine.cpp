@@ -39,6 +39,8 @@ class Parser {
     m_app.set_version_flag("--version", kVersion, "Print the version");
     m_app.require_subcommand(1);
     AddRun();
+    AddCheck();
+    AddAdvise();
     AddPreview();
   }
 
@@ -112,7 +114,8 @@ class Parser {
         continue;
       }
       const std::string flag = option->get_name();
-      const std::string form = option->get_positional() ? flag : flag + " " + option->get_type_name();
+      const std::string form =
+          option->get_positional() ? "the argument " + Quoted(flag) : flag + " " + option->get_type_name();
       return option->get_expected_max() == 0 ? flag + " has a value; allowed: " + flag + " alone"
              : option->count() > 1    ? flag + " is given " + std::to_string(option->count()) + " times; allowed: once"
              : option->get_required() ? form + " is missing"
@@ -170,6 +173,25 @@ class Parser {
           return known ? std::string() : Quoted(when) + " is no such time; allowed: auto, always, never";
         });
     AddShowSecrets(app, run.showSecrets);
+  }
+
+  void AddCheck() {
+    CLI::App& app =
+        Add(CommandLine::Kind::Check, "check", "Say what in an snmpd.conf will surprise its owner", "files", kCheckFooter);
+    CheckOptions& check = m_line.check;
+    app.add_option("files", check.files, "The files, - for standard input")->type_name("")->check(Named)->required();
+    AddFlag(app, "--json", check.json, "Print one JSON object for each finding, on a line of its own");
+    AddFlag(app, "--daemon", check.daemon, "Have the parser of the installed snmpd read the files, too");
+    AddShowSecrets(app, check.showSecrets);
+  }
+
+  void AddAdvise() {
+    CLI::App& app = Add(CommandLine::Kind::Advise, "advise", "Say what in settings will surprise, before they are sent",
+                        "one file of settings", kAdviseFooter);
+    AdviseOptions& advise = m_line.advise;
+    AddPath(app, "settings", advise.settings, "File of a device settings element, - for standard input", "").required();
+    AddFlag(app, "--json", advise.json, "Print one JSON object for each finding, on a line of its own");
+    AddShowSecrets(app, advise.showSecrets);
   }
 
   void AddPreview() {

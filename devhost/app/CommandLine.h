@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "devhost/check/CheckCommand.h"
 #include "devhost/preview/PreviewCommand.h"
 
 namespace devhost {
@@ -22,12 +23,16 @@ struct RunOptions {
 struct CommandLine {
   enum class Kind {
     Run,
+    Check,
+    Advise,
     Preview,
     Answer,  // print `text`: help or the version
     Wrong    // wrong usage: `text` says what and what is allowed
   };
   Kind kind = Kind::Wrong;
   RunOptions run;
+  CheckOptions check;
+  AdviseOptions advise;
   PreviewOptions preview;
   std::string text;
 };

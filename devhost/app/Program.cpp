@@ -123,6 +123,10 @@ int Dispatch(const CommandLine& line) {
   switch (line.kind) {
     case CommandLine::Kind::Run:
       return Run(line.run);
+    case CommandLine::Kind::Check:
+      return Finish(output, RunCheck(line.check, output, errors));
+    case CommandLine::Kind::Advise:
+      return Finish(output, RunAdvise(line.advise, output, errors));
     case CommandLine::Kind::Preview:
       return Finish(output, RunPreview(line.preview, output, errors));
     case CommandLine::Kind::Answer:

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
 #include <vector>
 
 namespace devhost {
@@ -48,6 +49,32 @@ TEST(Run, TakesItsOptions) {
   EXPECT_EQ(line.run.script, "-");
 }
 
+TEST(Check, TakesFilesAndItsOptions) {
+  const CommandLine line = Parse({"check", "a", "--json", "-", "--daemon", "--show-secrets"});
+  EXPECT_EQ(line.kind, Kind::Check);
+  EXPECT_EQ(line.check.files, (std::vector<std::string>{"a", "-"}));
+  EXPECT_TRUE(line.check.json);
+  EXPECT_TRUE(line.check.daemon);
+  EXPECT_TRUE(line.check.showSecrets);
+  const CommandLine plain = Parse({"check", "a"});
+  EXPECT_FALSE(plain.check.json || plain.check.daemon || plain.check.showSecrets);
+}
+
+TEST(Check, WithoutAFileIsWrongUsage) {
+  EXPECT_EQ(Parse({"check"}).text, "devhost: the argument \"files\" is missing\nTry \"devhost check --help\".\n");
+  EXPECT_THAT(Parse({"check", ""}).text, StartsWith("devhost: files: the name is empty; allowed: a path\n"));
+}
+
+TEST(Advise, TakesAFileAndItsOptions) {
+  const CommandLine line = Parse({"advise", "k.xml", "--json", "--show-secrets"});
+  EXPECT_EQ(line.kind, Kind::Advise);
+  EXPECT_EQ(line.advise.settings, "k.xml");
+  EXPECT_TRUE(line.advise.json);
+  EXPECT_TRUE(line.advise.showSecrets);
+  EXPECT_FALSE(Parse({"advise", "-"}).advise.json);
+  EXPECT_EQ(Parse({"advise"}).text, "devhost: the argument \"settings\" is missing\nTry \"devhost advise --help\".\n");
+}
+
 TEST(Preview, TakesADeviceAFileAndItsOptions) {
   const CommandLine line = Parse({"preview", "--project", "p.xml", "kitchen", "--state", "s", "k.xml", "--show-secrets"});
   EXPECT_EQ(line.kind, Kind::Preview);
@@ -61,7 +88,8 @@ TEST(Preview, TakesADeviceAFileAndItsOptions) {
 }
 
 TEST(Preview, SaysWhatIsMissing) {
-  EXPECT_EQ(Parse({"preview", "--project", "p.xml"}).text, "devhost: device is missing\nTry \"devhost preview --help\".\n");
+  EXPECT_EQ(Parse({"preview", "--project", "p.xml"}).text,
+            "devhost: the argument \"device\" is missing\nTry \"devhost preview --help\".\n");
   EXPECT_EQ(Parse({"preview", "kitchen", "k.xml"}).text,
             "devhost: --project FILE is missing\nTry \"devhost preview --help\".\n");
   EXPECT_THAT(
@@ -86,7 +114,8 @@ TEST(Version, IsOneLine) {
 }
 
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
-  EXPECT_EQ(Parse({"blub"}).text, "devhost: there is no command \"blub\"; allowed: run, preview\nTry \"devhost --help\".\n");
+  EXPECT_EQ(Parse({"blub"}).text,
+            "devhost: there is no command \"blub\"; allowed: run, check, advise, preview\nTry \"devhost --help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,
             "devhost: The following argument was not expected: b; allowed: one script and the options of run\n"
             "Try \"devhost run --help\".\n");
