@@ -60,7 +60,13 @@ int SNMPConfigurationAgent::Initialize(unsigned long driverId, H7XML::INode& con
   H7BaseAgentDriver::Initialize(driverId, config, persisted);
   if (m_registerer.get() == nullptr) {
     m_registerer.reset(new AutoQueryInstanceRegisterer(GetInstanceManager()));
-    m_registerer->RegisterQuery(ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(this));
+    try {
+      m_registerer->RegisterQuery(ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(this));
+    } catch (...) {
+      // Nobody said no, so the next initialisation tries again; else no driver would ever find the agent.
+      m_registerer.reset();
+      throw;
+    }
   }
   // The list is a copy: drivers may announce and publish themselves while they are told. The host destroys none meanwhile.
   const std::vector<ISupportSNMP*> drivers = GetDriverManager().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID);

@@ -32,8 +32,8 @@ class SNMPConfigurationAgent : public H7BaseAgentDriver, public ISNMPConfigurati
   // Every managed device is set back to unmanaged, and the tool told so. Whatever a device or the host throws meanwhile, the
   // others are still released.
   ~SNMPConfigurationAgent() override;
-  // Publishes the agent (the first time only), signals it to every SNMP-capable driver, takes over the saved trap flags when
-  // `persisted` is not null. Returns 0.
+  // Publishes the agent (until that was done or refused once), signals it to every SNMP-capable driver, takes over the saved
+  // trap flags when `persisted` is not null. Returns 0.
   int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override;
   // variables/: the state to keep: the trap-enabled flags of the project's ordinary variables as they are now.
   h7::auto_com<H7XML::INode> GetPersistState(unsigned long reserved) override;

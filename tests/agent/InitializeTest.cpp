@@ -144,6 +144,23 @@ TEST_F(Initialize, LetsWhatTheHostOrADeviceThrowsThrough) {
   host.drivers.clear();
 }
 
+TEST_F(Initialize, ASecondTimePublishesWhatThePublicationThatThrewDidNot) {
+  journal.SetHook([](const std::string& call) {
+    if (call == kPublish) {
+      throw std::runtime_error("host");
+    }
+  });
+  EXPECT_THROW(agent.Initialize(), std::runtime_error);
+  EXPECT_FALSE(host.AnythingPublished());
+  journal.SetHook(nullptr);
+  journal.Take();
+  agent.Initialize();
+  EXPECT_THAT(CallsOf({"RegisterQuery"}), ElementsAre(kPublish));
+  EXPECT_TRUE(host.AnythingPublished());
+  agent.Initialize();
+  EXPECT_THAT(CallsOf({"RegisterQuery"}), ElementsAre(kPublish));
+}
+
 TEST_F(Initialize, RegistersNoCommandAndInvalidatesNothing) {
   agent.Initialize();
   EXPECT_THAT(CallsOf({"RegisterUICmd", "DmInvalidateState", "ConSendDataToUI", "Log"}), IsEmpty());
