@@ -95,6 +95,14 @@ TEST_F(ADaemonProcess, IsReapedAtOnceAndGetsNoSignalAfterThat) {
   EXPECT_EQ("exit status 0", process->DescribeEnd());
 }
 
+TEST_F(ADaemonProcess, ThatTheSystemReapsEndsAllTheSame) {
+  const auto former = ::signal(SIGCHLD, SIG_IGN);
+  const auto process = Shell("exit 3");
+  EXPECT_TRUE(process->WaitForEnd(kLong));
+  EXPECT_EQ("its exit status is unknown", process->DescribeEnd());
+  ::signal(SIGCHLD, former);
+}
+
 TEST_F(ADaemonProcess, IsKilledAndReapedWithItsObject) {
   auto process = Shell("trap '' TERM; echo ready; while :; do sleep 1000; done");
   const pid_t pid = process->GetPid();

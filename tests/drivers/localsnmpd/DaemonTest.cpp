@@ -223,6 +223,22 @@ TEST_F(ADaemon, ServesAFileWithTheLinesOfTheOwnersFileInAPlaceOfItsOwn) {
   EXPECT_FALSE(std::filesystem::exists(m_folder.Path("kitchen/snmpd.conf")));
 }
 
+TEST_F(ADaemon, KeepsItsFilesToItselfWhateverTheHostsEnvironmentSays) {
+  std::filesystem::create_directory(m_folder.Path("elsewhere"));
+  m_folder.Write("elsewhere/snmpd.conf", "rocommunity other\n");
+  ::setenv("SNMPCONFPATH", m_folder.Path("elsewhere").c_str(), 1);
+  ::setenv("SNMP_PERSISTENT_DIR", m_folder.Path("elsewhere/data").c_str(), 1);
+  Make();
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  ::unsetenv("SNMPCONFPATH");
+  ::unsetenv("SNMP_PERSISTENT_DIR");
+  EXPECT_EQ("kitchen", Get());
+  EXPECT_EQ("", Get(kSysName, "other"));
+  EXPECT_EQ(0, m_daemon->Stop());
+  EXPECT_TRUE(std::filesystem::exists(m_folder.Path("kitchen/daemon/data/snmpd.conf")));
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Path("elsewhere/data")));
+}
+
 TEST_F(ADaemon, WorksInAFolderWhosePathIsLongerThanThatOfASocketMayBe) {
   std::string path = "kitchen";
   for (int depth = 0; depth < 12; ++depth) {

@@ -8,6 +8,8 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -273,6 +275,8 @@ TEST_F(ALocalDevice, TakesItsDaemonWithItWhenItGoes) {
   const pid_t pid = device.Pid();
   device.driver.reset();
   EXPECT_FALSE(IsAlive(pid));
+  // Gently: it had the time to keep what it keeps.
+  EXPECT_TRUE(std::filesystem::exists(Folder() + "/daemon/data/snmpd.conf"));
 }
 
 TEST_F(ALocalDevice, KnowsItsCommunitiesWhenItTellsOfRejectedLines) {
@@ -521,13 +525,16 @@ TEST_F(ALocalDevice, WithoutItsFolderSaysSoAndAnswersAStatusUntilItIsThere) {
   EXPECT_EQ("kitchen", device.Get());
 }
 
-TEST(AStatusOfADaemon, IsNeverTheOneForTextsAcceptedForLaterAndHasWords) {
+TEST(AStatusOfADaemon, IsNeverTheOneForTextsAcceptedForLaterAndHasWordsAndALineOnItsPage) {
+  std::ifstream stream(DEVICE_DRIVERS_PAGE);
+  const std::string page(std::istreambuf_iterator<char>(stream), {});
   for (const int status :
        {drivers::kDaemonNotInstalled, drivers::kDaemonNotStarted, drivers::kDaemonEndedAtStart, drivers::kDaemonNotReady,
         drivers::kPortTaken, drivers::kDaemonFolderUnusable, drivers::kServedCopyNotWritten, drivers::kDaemonDoesNotEnd,
         drivers::kControllerOffLine, drivers::kNoTextKnown, drivers::kFileWasChanged}) {
     EXPECT_NE(-9, status);
     EXPECT_NE("unknown reason", drivers::DescribeDaemonStatus(status));
+    EXPECT_NE(std::string::npos, page.find("\n| " + std::to_string(status) + " | ")) << status;
   }
 }
 
