@@ -10,7 +10,7 @@ namespace devhost {
 namespace {
 
 constexpr char kBlanks[] = " \t\n\v\f\r";
-constexpr std::size_t kLongestCommunity = 255;
+constexpr std::size_t kLongestCommunity = 256;  // one more than that of a community that may ask
 
 struct Sink {
   std::vector<std::string> words;  // host, community, port
@@ -160,8 +160,8 @@ void JudgeTrapBareAddress(const Sight& sight, Report& report) {
 void JudgeTrapCommunityLength(const Sight& sight, Report& report) {
   const auto sink = JudgedSink(sight);
   if (sink && sink->words.size() > 1 && sink->words[1].size() > kLongestCommunity) {
-    report.Add(sight.line.number, "the trap community is longer than 255 bytes: no traps reach this target",
-               "take a trap community of 255 bytes at most");
+    report.Add(sight.line.number, "the trap community is longer than 256 bytes: no traps reach this target",
+               "take a trap community of 256 bytes at most");
   }
 }
 

@@ -1,0 +1,291 @@
+// What the rules believe of the daemon, held together with the real one: it is given the example of each rule, and does
+// what the finding says; given the near miss, it does not.
+#include <gmock/gmock.h>
+
+#include "config/SectionMerge.h"
+#include "config/SectionWriter.h"
+#include "tests/devhost/check/Examples.h"
+#include "tests/devhost/check/ServedFile.h"
+#include "tests/e2e/TrapReceiver.h"
+
+namespace devhost {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+constexpr char kPortOfExamples[] = "10162";
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+// The communities of all traps of a daemon that starts and stops with this file, whose trap port is that of the examples.
+// `log` receives what the daemon said.
+std::vector<std::string> TrapCommunities(const std::string& text, std::string* log = nullptr) {
+  e2e::TrapReceiver receiver;
+  ServedFile daemon(Replaced(text, kPortOfExamples, receiver.Port()));
+  daemon.Stop();
+  if (log != nullptr) {
+    *log = daemon.Log();
+  }
+  std::vector<std::string> communities;
+  for (const e2e::Trap& trap : receiver.Traps()) {
+    communities.push_back(trap.community);
+  }
+  return communities;
+}
+
+bool Holds(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+std::string Written(const managed_section::Settings& settings) {
+  return managed_section::Write(managed_section::FixedTexts(), settings, "now");
+}
+
+TEST(TheDaemon, ServesAnOldSectionBesideTheNewOne) {
+  managed_section::Settings settings;
+  settings.communityRead = "fresh";
+  settings.sysName = "new";
+  const ServedFile daemon(managed_section::Merge(Written(settings), Example("start-marker-without-end")));
+  EXPECT_TRUE(daemon.LetsIn("fresh"));
+  EXPECT_TRUE(daemon.LetsIn("reader"));
+  EXPECT_EQ(daemon.Value(e2e::kSysName), "old");
+}
+
+TEST(TheDaemon, ServesASecondSection) {
+  const ServedFile daemon(Example("start-marker-again"));
+  EXPECT_TRUE(daemon.LetsIn("former"));
+  EXPECT_EQ(daemon.Value(e2e::kSysName), "old");
+}
+
+TEST(TheDaemon, LetsInACommunityOfAnOldSection) {
+  EXPECT_TRUE(ServedFile(Example("old-community")).LetsIn("former"));
+}
+
+TEST(TheDaemon, GoesByTheLastLineBelowASection) {
+  const ServedFile daemon(Example("overrides-section"));
+  EXPECT_EQ(daemon.Value(e2e::kSysContact), "Bob");
+  EXPECT_EQ(daemon.Value(e2e::kSysName), "other");
+  EXPECT_EQ(daemon.Value(e2e::kSysServices), "3");
+}
+
+TEST(TheDaemon, GoesByTheLastObjectId) {
+  const std::string text = Written({}) + "sysObjectID  1.3.6.1.4.1.32473.9\n";
+  EXPECT_EQ(LinesFound("overrides-section", text).size(), 1u);
+  EXPECT_EQ(ServedFile(text).Value(e2e::kSysObjectId), ".1.3.6.1.4.1.32473.9");
+}
+
+TEST(TheDaemon, GoesByLinesBelowTheSectionThatIsWrittenAboveThem) {
+  managed_section::Settings settings;
+  settings.agentXTimeout = "6";
+  settings.agentXRetries = "2";
+  settings.sysLocation = "Kitchen";
+  const ServedFile overridden(managed_section::Merge(Written(settings), Example("will-override-section")));
+  EXPECT_EQ(overridden.Value(e2e::kSysLocation), "Attic");
+  EXPECT_FALSE(overridden.IsMaster());
+  const ServedFile other(managed_section::Merge(Written(settings), "master  agentx\nsysServices 72\n"));
+  EXPECT_EQ(other.Value(e2e::kSysLocation), "Kitchen");
+  EXPECT_TRUE(other.IsMaster());
+}
+
+TEST(TheDaemon, ServesTheSecondOfTwoNames) {
+  EXPECT_EQ(ServedFile(Example("setting-twice")).Value(e2e::kSysName), "two");
+}
+
+TEST(TheDaemon, LetsNobodyInByACommunityInPairsOfQuotes) {
+  const ServedFile daemon(Example("community-in-pairs-of-quotes"));
+  EXPECT_TRUE(daemon.ShutsOut("two words"));
+  EXPECT_TRUE(daemon.ShutsOut("\"two words\""));
+  EXPECT_TRUE(daemon.Says("line 2: Error: empty COMMUNITY parameter")) << daemon.Log();
+  EXPECT_TRUE(ServedFile(NearMiss("community-in-pairs-of-quotes")).LetsIn("two words"));
+}
+
+TEST(TheDaemon, MisreadsACommunityWithAQuoteOrABackslash) {
+  const ServedFile daemon(Example("community-misread"));
+  EXPECT_TRUE(daemon.LetsIn("it"));
+  EXPECT_TRUE(daemon.ShutsOut("it's"));
+  EXPECT_TRUE(daemon.LetsIn("ab"));
+  EXPECT_TRUE(daemon.ShutsOut("a\\b"));
+  EXPECT_TRUE(daemon.LetsIn("my "));
+  EXPECT_TRUE(daemon.ShutsOut("my 'own'"));
+}
+
+TEST(TheDaemon, ReadsOtherCommunitiesAsTheyAreMeant) {
+  const ServedFile daemon(NearMiss("community-misread"));
+  for (const char* community : {"i\"t", "two words", "more words"}) {
+    EXPECT_TRUE(daemon.LetsIn(community)) << community;
+  }
+}
+
+TEST(TheDaemon, AnswersToTheTextThatTheRulesForetell) {
+  const std::vector<std::string> values = {"it's", "x\\y",      "x\\\\z",     "pub\\",  "'a b",  "\"cd\"",     "e\"f",
+                                           "g''h", "\"i's j\"", "\"k\\l m\"", "'n\"o'", "p\\'q", "\"r\\\"s\"", "plain"};
+  std::string text;
+  for (const std::string& value : values) {
+    text += "rocommunity  " + value + "\n";
+  }
+  const ServedFile daemon(text);
+  for (const std::string& value : values) {
+    const auto setting = ReadDirective("rocommunity  " + value);
+    ASSERT_TRUE(setting);
+    EXPECT_TRUE(daemon.LetsIn(AnsweredCommunity(*setting))) << value << " as " << AnsweredCommunity(*setting);
+  }
+}
+
+TEST(TheDaemon, TakesASecondWordForAnAddress) {
+  const ServedFile daemon(Example("community-of-several-words"));
+  EXPECT_TRUE(daemon.ShutsOut("two"));
+  EXPECT_TRUE(daemon.ShutsOut("two\twords.invalid"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: cannot resolve IPv4 source hostname")) << daemon.Log();
+  EXPECT_TRUE(ServedFile("rocommunity  two\t127.0.0.2\n").ShutsOut("two"));
+  EXPECT_TRUE(ServedFile("rocommunity  two\t127.0.0.1\n").LetsIn("two"));
+}
+
+TEST(TheDaemon, CutsALongCommunity) {
+  EXPECT_TRUE(ServedFile(Example("community-too-long")).LetsIn(std::string(255, 'x')));
+  EXPECT_TRUE(ServedFile(NearMiss("community-too-long")).LetsIn(std::string(255, 'x')));
+}
+
+TEST(TheDaemon, LetsNobodyWriteByTheReadCommunity) {
+  EXPECT_EQ(ServedFile(Example("write-community-like-read")).As("reader").Set(e2e::kFailureTraps, "i", "1").error,
+            "noAccess");
+  EXPECT_EQ(ServedFile(NearMiss("write-community-like-read")).As("writer").Set(e2e::kFailureTraps, "i", "1").error, "");
+}
+
+TEST(TheDaemon, GoesByTheFirstLineOfACommunity) {
+  EXPECT_EQ(ServedFile(Example("first-community-wins")).As("reader").Get(e2e::kSysObjectId).error, "");
+  const ServedFile limited(NearMiss("first-community-wins"));
+  EXPECT_EQ(limited.As("reader").Get(e2e::kSysObjectId).error, "");
+  EXPECT_NE(limited.As("limited").Get(e2e::kSysObjectId).error, "");
+  EXPECT_TRUE(limited.LetsIn("limited"));
+}
+
+TEST(TheDaemon, LetsInWhereTheFirstLineIsForSomebodyElse) {
+  const std::string text = "rocommunity  shared  10.0.0.0/8\nrwcommunity  shared  127.0.0.1\n";
+  EXPECT_TRUE(LinesFound("write-community-like-read", text).empty());
+  EXPECT_EQ(ServedFile(text).As("shared").Set(e2e::kFailureTraps, "i", "1").error, "");
+}
+
+TEST(TheDaemon, TakesWhatFollowsAMissingHostForTheHost) {
+  EXPECT_THAT(TrapCommunities(Example("trap-without-target")), ElementsAre("public", "public"));
+}
+
+TEST(TheDaemon, TakesATrapPortForTheCommunity) {
+  // The host has a port of its own here, since that of the rule's example is one that not everybody may open.
+  const std::string text = Replaced(Example("trap-port-as-community"), "127.0.0.1  10162", "127.0.0.1:10162  162");
+  EXPECT_EQ(LinesFound("trap-port-as-community", text).size(), 1u);
+  EXPECT_THAT(TrapCommunities(text), ElementsAre("162", "162"));
+}
+
+TEST(TheDaemon, KnowsNoQuotesAroundATrapCommunity) {
+  std::string log;
+  EXPECT_THAT(TrapCommunities(Example("trap-community-quoted"), &log), ElementsAre("\"one\"", "\"one\""));
+  EXPECT_TRUE(Holds(log, "line 2: Error: cannot create sink: 127.0.0.2")) << log;
+  EXPECT_THAT(TrapCommunities(NearMiss("trap-community-quoted")), ElementsAre("it's", "it's"));
+}
+
+TEST(TheDaemon, SendsNothingToAWrongPort) {
+  const ServedFile daemon(Example("trap-port-wrong"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: cannot create sink: 127.0.0.1")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("send_trap: Failure in sendto")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 4: Error: cannot create sink: 127.0.0.3")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 5: Error: cannot create sink: 127.0.0.4:99999")) << daemon.Log();
+  const ServedFile other(NearMiss("trap-port-wrong"));
+  EXPECT_FALSE(other.Says("cannot create sink")) << other.Log();
+}
+
+TEST(TheDaemon, SendsNothingToAPortWithALeadingZero) {
+  EXPECT_EQ(LinesFound("trap-port-wrong", "trap2sink  127.0.0.1  trapper  010162\n").size(), 1u);
+  EXPECT_THAT(TrapCommunities("trap2sink  127.0.0.1  trapper  010162\n"), IsEmpty());
+}
+
+TEST(TheDaemon, SendsNothingToATargetWithTwoPorts) {
+  std::string log;
+  EXPECT_THAT(TrapCommunities(Example("trap-port-twice"), &log), IsEmpty());
+  EXPECT_TRUE(Holds(log, "line 2: Error: cannot create sink")) << log;
+  EXPECT_THAT(TrapCommunities(NearMiss("trap-port-twice")), ElementsAre("trapper", "trapper"));
+}
+
+TEST(TheDaemon, SendsNothingToABareAddressWithAPort) {
+  const ServedFile daemon(Example("trap-address-without-brackets"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: cannot create sink: ::1")) << daemon.Log();
+}
+
+TEST(TheDaemon, SendsNothingWithALongCommunity) {
+  EXPECT_THAT(TrapCommunities(Example("trap-community-too-long")), IsEmpty());
+  EXPECT_EQ(TrapCommunities(NearMiss("trap-community-too-long")).size(), 2u);
+}
+
+TEST(TheDaemon, SendsEachTrapTwiceToATargetThatStandsTwice) {
+  EXPECT_THAT(TrapCommunities(Example("trap-target-twice")),
+              UnorderedElementsAre("trapper", "trapper", "another", "another"));
+}
+
+TEST(TheDaemon, TakesAValueThatBeginsWithHashForAComment) {
+  const ServedFile daemon(Example("value-begins-with-hash"));
+  EXPECT_TRUE(daemon.ShutsOut("#writer"));
+  EXPECT_NE(daemon.Value(e2e::kSysContact), "#1");
+  EXPECT_TRUE(daemon.Says("line 2: Error: Blank line following rwcommunity token")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 3: Error: Blank line following sysContact token")) << daemon.Log();
+  const ServedFile other(NearMiss("value-begins-with-hash"));
+  EXPECT_TRUE(other.LetsIn("wri#ter"));
+  EXPECT_EQ(other.Value(e2e::kSysContact), "room #1");
+}
+
+TEST(TheDaemon, RejectsALineWithoutValue) {
+  const ServedFile daemon(Example("value-missing"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: Blank line following sysContact token")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 3: Error: Blank line following rwcommunity token")) << daemon.Log();
+}
+
+TEST(TheDaemon, RejectsALongText) {
+  const ServedFile daemon(Example("text-too-long"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: sysContact token too long")) << daemon.Log();
+  EXPECT_NE(daemon.Value(e2e::kSysContact).substr(0, 2), "xx");
+  EXPECT_EQ(ServedFile(NearMiss("text-too-long")).Value(e2e::kSysContact), std::string(255, 'x'));
+}
+
+TEST(TheDaemon, RejectsATimeoutWithoutNumber) {
+  const ServedFile daemon(Example("agentx-timeout"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: Blank line following agentXTimeout token")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 4: Error: Invalid timeout value")) << daemon.Log();
+  const ServedFile other(NearMiss("agentx-timeout"));
+  EXPECT_FALSE(other.Says("Error")) << other.Log();
+}
+
+TEST(TheDaemon, FailsEachRequestToASubagentWhenItsTimeoutIsNothing) {
+  const std::string master = "master  agentx\nagentXRetries  0\n";
+  ServedFile patient(master + "agentXTimeout  6\n");
+  EXPECT_EQ(patient.AskSubagent("extend hello /bin/echo hi").value, "hi");
+  const std::string text = master + "agentXTimeout  0\n";
+  EXPECT_EQ(LinesFound("agentx-timeout", text).size(), 1u);
+  ServedFile hasty(text);
+  const e2e::Answer failure = hasty.AskSubagent("extend hello /bin/echo hi");
+  EXPECT_EQ(failure.value, "");
+  EXPECT_NE(failure.error, "timeout");
+}
+
+TEST(TheDaemon, ReadsALineUpToANulByte) {
+  EXPECT_TRUE(ServedFile(Example("nul-byte")).LetsIn("rea"));
+}
+
+TEST(TheDaemon, TakesWhatFollowsALineFeedInASettingForALineOfItsOwn) {
+  managed_section::Settings settings;
+  settings.sysContact = "Ada\nrocommunity  injected";
+  EXPECT_TRUE(ServedFile(Written(settings)).LetsIn("injected"));
+}
+
+TEST(TheDaemon, SaysThatItsFileLetsNobodyInAndAnswersNobody) {
+  const ServedFile daemon(Example("no-access"), ServedFile::Asker::None);
+  EXPECT_TRUE(daemon.Says("no access control information configured")) << daemon.Log();
+  EXPECT_EQ(daemon.As("public").GetNothing(e2e::kSysName).error, "timeout");
+}
+
+}  // namespace
+}  // namespace devhost
