@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <system_error>
 
 namespace drivers {
@@ -13,7 +14,7 @@ namespace {
 
 const char kFolderName[] = "daemon";
 const char kLogName[] = "log";
-const std::size_t kMostOfLog = 1024 * 1024;
+const std::size_t kMostOfLog = std::size_t{1024} * 1024;
 
 std::string Reason() {
   return std::generic_category().message(errno);

@@ -25,6 +25,7 @@ const unsigned int kCloseOnExec = 1U << 2;  // of close_range
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     pointers.push_back(text.data());
   }

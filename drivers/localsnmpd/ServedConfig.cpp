@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,7 +20,7 @@ namespace fs = std::filesystem;
 
 const char kForbidden[] = "agentaddress";
 const std::size_t kMostFiles = 1000;
-const std::uintmax_t kMostBytes = 16 * 1024 * 1024;
+const std::uintmax_t kMostBytes = std::uintmax_t{16} * 1024 * 1024;
 
 // Calls `work` with each line, without its line feed, and its number from 1, until it returns false.
 template <class Work>
