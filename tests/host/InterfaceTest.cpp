@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -25,24 +23,11 @@
 #include "host/IVariable.h"
 #include "host/IVariableManager.h"
 #include "host/UICmdDispatcher.h"
+#include "tests/support/Slots.h"
 
 namespace {
 
-// The slot that a pointer to a virtual member names: such a pointer holds the slot's distance from the start of the table,
-// in bytes. Where the low bit of a function's address means something (ARM), the mark "virtual" stands in the second word.
-template <class Member>
-std::size_t SlotOf(Member member) {
-  std::uintptr_t words[2];
-  static_assert(sizeof member == sizeof words, "a member pointer has two words");
-  std::memcpy(words, &member, sizeof words);
-#if defined(__arm__) || defined(__aarch64__)
-  EXPECT_EQ(words[1] & 1U, 1U) << "not virtual";
-  return words[0] / sizeof(void*);
-#else
-  EXPECT_EQ(words[0] & 1U, 1U) << "not virtual";
-  return (words[0] - 1) / sizeof(void*);
-#endif
-}
+using testsupport::SlotOf;
 
 // The number of slots of a table: that of the first operation which a derived class adds.
 template <class Interface>

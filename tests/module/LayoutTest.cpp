@@ -1,19 +1,29 @@
 // The binary contract of the agent's class: bases, members, virtual table.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <new>
+#include <type_traits>
 
 #include "devhost/xml/XmlObserver.h"
+#include "device/SNMPDevice.h"
 #include "host/H7XML.h"
 #include "host/IDriver.h"
 #include "tests/support/AgentAccess.h"
 #include "tests/support/RecordingDevice.h"
 #include "tests/support/RecordingHost.h"
+#include "tests/support/Slots.h"
 
 namespace {
 
+using testing::Contains;
+using testing::ElementsAre;
+using testsupport::CallSlot;
+using testsupport::SlotOf;
+using testsupport::TableOf;
 using Access = SNMPConfigurationAgentTestAccess;
 
 class TheAgentsClass : public testing::Test {
@@ -27,29 +37,11 @@ class TheAgentsClass : public testing::Test {
     return static_cast<const char*>(part) - static_cast<const char*>(static_cast<const void*>(&agent));
   }
 
-  // The entry of the object's own table, which its first word points to.
-  void* Slot(std::size_t number) const {
-    void** table;
-    std::memcpy(&table, static_cast<const void*>(&agent), sizeof table);
-    return table[number];
-  }
-
   Journal journal;
   RecordingHost host{journal};
   HostedAgent hosted{host};
   SNMPConfigurationAgent& agent = hosted.Agent();
 };
-
-// Where a virtual member function stands in the table, as a pointer to it says.
-template <class Member>
-std::size_t SlotNumber(Member member) {
-  std::ptrdiff_t parts[2];
-  static_assert(sizeof member == sizeof parts, "a pointer to a member function has two parts");
-  std::memcpy(parts, &member, sizeof parts);
-  EXPECT_EQ(parts[0] % 2, 1) << "not virtual";
-  EXPECT_EQ(parts[1], 0) << "not in the class's own table";
-  return static_cast<std::size_t>(parts[0] - 1) / sizeof(void*);
-}
 
 TEST_F(TheAgentsClass, HasItsBasesInOrder) {
   const std::ptrdiff_t driver = OffsetOf(static_cast<IDriver*>(&agent));
@@ -93,41 +85,149 @@ TEST_F(TheAgentsClass, HasItsMembersInOrderWithNothingBetween) {
 
 TEST_F(TheAgentsClass, HasItsTableInOrder) {
   // The two first entries are the destructor's.
-  EXPECT_EQ(SlotNumber(&SNMPConfigurationAgent::Initialize), 2U);
-  EXPECT_EQ(SlotNumber(&SNMPConfigurationAgent::GetPersistState), 3U);
-  EXPECT_EQ(SlotNumber(&SNMPConfigurationAgent::RegisterCommands), 4U);
-  EXPECT_EQ(SlotNumber(&SNMPConfigurationAgent::AddSNMPDevice), 5U);
-  EXPECT_EQ(SlotNumber(&SNMPConfigurationAgent::DeleteSNMPDevice), 6U);
-  EXPECT_EQ(SlotNumber(&SNMPConfigurationAgent::SetDeviceState), 7U);
-  EXPECT_EQ(SlotNumber(&SNMPConfigurationAgent::OnSystemEvent), 8U);
+  EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::Initialize), 2U);
+  EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::GetPersistState), 3U);
+  EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::RegisterCommands), 4U);
+  EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::AddSNMPDevice), 5U);
+  EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::DeleteSNMPDevice), 6U);
+  EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::SetDeviceState), 7U);
+  EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::OnSystemEvent), 8U);
 }
 
-// Calls through the object's own table, as a caller built elsewhere would. The sanitizer cannot see that the types agree.
-template <class Result, class... Arguments>
-__attribute__((no_sanitize("undefined"))) Result CallSlot(void* slot, void* object, Arguments... arguments) {
-  Result (*function)(void*, Arguments...);
-  std::memcpy(&function, &slot, sizeof function);
-  return function(object, arguments...);
+// The last slot is followed by the head of the next base's table: the way back to the object and the type of it.
+TEST_F(TheAgentsClass, HasNothingElseInItsTable) {
+  void* const* const table = TableOf(&agent);
+  EXPECT_EQ(reinterpret_cast<std::intptr_t>(table[-2]), 0);
+  EXPECT_EQ(reinterpret_cast<std::intptr_t>(table[9]), -OffsetOf(static_cast<IDriver*>(&agent)));
+  EXPECT_EQ(table[10], table[-1]);
 }
 
-TEST_F(TheAgentsClass, CanBeCalledThroughItsTable) {
-  const Access access(agent);
+TEST_F(TheAgentsClass, IsHandedOutAsTheViewsThatWereAgreed) {
+  hosted.Initialize();
+  const std::ptrdiff_t word = sizeof(void*);
+  const std::ptrdiff_t driver = sizeof(H7BaseDriver);
+  EXPECT_EQ(OffsetOf(&hosted.Driver()), driver);
+  EXPECT_EQ(OffsetOf(host.Published(ISNMPConfigurationAgent_IID)), driver + word);
+  ASSERT_EQ(host.Listeners().size(), 5U);
+  for (const RecordingHost::Listener& listener : host.Listeners()) {
+    EXPECT_EQ(OffsetOf(listener.callback), driver + 2 * word) << listener.eventId;
+  }
+}
+
+// What each slot of a table does, whichever view it was reached through.
+class TheAgentsTables : public TheAgentsClass {
+ protected:
+  void ExpectLife(const void* view, std::size_t first) {
+    const h7::auto_com<H7XML::INode> config = H7XML::CreateXmlNode("config", "");
+    journal.Take();
+    EXPECT_EQ((CallSlot<int(unsigned long, H7XML::INode&, H7XML::INode*)>(view, first, 4294967295UL, *config, nullptr)), 0);
+    EXPECT_EQ(journal.Take().front(), "BaseInitialized 4294967295");
+    const auto state = CallSlot<h7::auto_com<H7XML::INode>(unsigned long)>(view, first + 1, 0UL);
+    ASSERT_TRUE(state);
+    EXPECT_EQ(state->GetName(), "SNMPState");
+    journal.Take();
+    CallSlot<void()>(view, first + 2);
+    EXPECT_THAT(journal.Take(), Contains("RegisterUICmd StartMasterAgent"));
+  }
+
+  void ExpectRegistry(const void* view, std::size_t first) {
+    const Access access(agent);
+    testsupport::RecordingDevice device(4294967295UL, journal);
+    CallSlot<void(unsigned long, ISupportSNMP*)>(view, first, 4294967295UL, &device);
+    ASSERT_EQ(access.devices.count(4294967295UL), 1U);
+    EXPECT_TRUE(CallSlot<bool(unsigned long)>(view, first + 2, 4294967295UL));
+    EXPECT_NE(device.file, "");
+    CallSlot<void(unsigned long)>(view, first + 1, 4294967295UL);
+    EXPECT_EQ(access.devices.size(), 0U);
+    EXPECT_FALSE(CallSlot<bool(unsigned long)>(view, first + 2, 4294967295UL));
+  }
+
+  void ExpectEvents(const void* view, std::size_t slot) {
+    const h7::auto_com<H7XML::INode> event = H7XML::CreateXmlNode("event", "");
+    event->SetNamedString("name", "OnProjectLoaded");
+    journal.Take();
+    CallSlot<void(H7XML::INode&)>(view, slot, *event);
+    EXPECT_THAT(journal.Take(), ElementsAre("ListVariables true", "ListVariables false"));
+  }
+};
+
+TEST_F(TheAgentsTables, RunItsLife) {
+  ExpectLife(&agent, 2);
+  ExpectLife(static_cast<IDriver*>(&agent), 2);
+}
+
+TEST_F(TheAgentsTables, RunItsRegistry) {
+  ExpectRegistry(&agent, 5);
+  ExpectRegistry(static_cast<ISNMPConfigurationAgent*>(&agent), 0);
+}
+
+TEST_F(TheAgentsTables, RunItsEvents) {
+  ExpectEvents(&agent, 8);
+  ExpectEvents(static_cast<ISystemEventCallback*>(&agent), 0);
+}
+
+// Slot 0 of a table with a destructor destroys, slot 1 frees the memory as well.
+TEST_F(TheAgentsTables, DestroyThroughTheirFirstTwoSlots) {
+  const bool throughDriver[] = {false, true};
+  for (const bool driver : throughDriver) {
+    SNMPConfigurationAgent* const freed = new SNMPConfigurationAgent(host.Instances());
+    journal.Take();
+    CallSlot<void()>(driver ? static_cast<const void*>(static_cast<IDriver*>(freed)) : freed, 1);
+    EXPECT_EQ(journal.Take().back(), "BaseDestroyed");
+
+    void* const memory = ::operator new(sizeof(SNMPConfigurationAgent));
+    SNMPConfigurationAgent* const kept = new (memory) SNMPConfigurationAgent(host.Instances());
+    journal.Take();
+    CallSlot<void()>(driver ? static_cast<const void*>(static_cast<IDriver*>(kept)) : kept, 0);
+    EXPECT_EQ(journal.Take().back(), "BaseDestroyed");
+    ::operator delete(memory);
+  }
+}
+
+}  // namespace
+
+// The layouts of the smaller classes.
+struct SNMPDeviceTestAccess {
+  static void ExpectOrder(const SNMPDevice& device) {
+    const char* const start = reinterpret_cast<const char*>(&device);
+    std::size_t next = 0;
+    ExpectNext(start, next, device.m_device);
+    ExpectNext(start, next, device.m_deviceId);
+    ExpectNext(start, next, device.m_agentXTimeout);
+    ExpectNext(start, next, device.m_agentXRetries);
+    ExpectNext(start, next, device.m_config);
+    EXPECT_EQ(next, sizeof(SNMPDevice));
+  }
+
+  template <class Part>
+  static void ExpectNext(const char* start, std::size_t& next, const Part& part) {
+    EXPECT_EQ(reinterpret_cast<const char*>(&part), start + next);
+    next += sizeof part;
+  }
+};
+
+namespace {
+
+TEST(TheRecordOfADevice, HasItsMembersInOrderAndNoTable) {
+  Journal journal;
   testsupport::RecordingDevice device(7, journal);
-  CallSlot<void, unsigned long, ISupportSNMP*>(Slot(5), &agent, 7UL, &device);
-  EXPECT_EQ(access.devices.count(7), 1U);
-  EXPECT_TRUE((CallSlot<bool, unsigned long>(Slot(7), &agent, 7UL)));
-  EXPECT_NE(device.file, "");
-  CallSlot<void, unsigned long>(Slot(6), &agent, 7UL);
-  EXPECT_EQ(access.devices.count(7), 0U);
-  EXPECT_FALSE((CallSlot<bool, unsigned long>(Slot(7), &agent, 7UL)));
+  SNMPDeviceTestAccess::ExpectOrder(SNMPDevice(7, &device));
+  EXPECT_FALSE(std::is_polymorphic<SNMPDevice>::value);
+}
 
-  journal.Take();
-  const h7::auto_com<H7XML::INode> event = H7XML::CreateXmlNode("event", "");
-  event->SetNamedString("name", "OnProjectLoaded");
-  CallSlot<void, H7XML::INode*>(Slot(8), &agent, event.Get());
-  EXPECT_EQ(journal.Take().size(), 2U) << "both variable lists";
-  CallSlot<void>(Slot(4), &agent);
-  EXPECT_NE(journal.Take().size(), 0U) << "commands";
+TEST(ATrapTarget, IsItsThreeTextsInOrder) {
+  const TrapTarget target("a", "b", "c");
+  const std::string* const texts = reinterpret_cast<const std::string*>(&target);
+  EXPECT_EQ(&target.target, texts);
+  EXPECT_EQ(&target.community, texts + 1);
+  EXPECT_EQ(&target.port, texts + 2);
+  EXPECT_EQ(sizeof target, 3 * sizeof(std::string));
+  EXPECT_FALSE(std::is_polymorphic<TrapTarget>::value);
+}
+
+TEST(ThePublication, IsTheManagerAndTheNames) {
+  EXPECT_EQ(sizeof(AutoQueryInstanceRegisterer), sizeof(void*) + sizeof(std::vector<std::string>));
+  EXPECT_FALSE(std::is_polymorphic<AutoQueryInstanceRegisterer>::value);
 }
 
 }  // namespace
