@@ -110,7 +110,8 @@ TEST_F(ADaemonThatIsKilled, ComesBackWithAStartRightAfter) {
   ASSERT_EQ(::kill(killed.pid, SIGKILL), 0);
   EXPECT_TRUE(Eventually([this, &killed] {
     EXPECT_EQ(Action(kKitchen, "StartMasterAgent"), "<Success/>");
-    return GetDaemon(kKitchen).pid != killed.pid;
+    const Daemon now = GetDaemon(kKitchen);
+    return now.running && now.pid != killed.pid;
   }));
   EXPECT_EQ(As("public").Get(kSysName).value, "kitchen");
 }

@@ -2,17 +2,20 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <random>
 #include <set>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include "tests/e2e/Background.h"
 #include "tests/e2e/RealSystem.h"
@@ -101,29 +104,51 @@ class AHostThatIsKilled : public ARealSystem {
 
   // Any moment. Not a wait for something: the moment is what the test is about.
   void Linger() { std::this_thread::sleep_for(std::chrono::microseconds(m_later(random))); }
-  // A moment at which a file is being written, if one can be caught: that is a matter of microseconds.
+  // A moment at which the temporary file is there, if one can be caught: that is a matter of microseconds.
   void AwaitWrite() const {
     for (int look = 0; look != 100000 && !exists(folder.Path("kitchen/.snmpd.conf.new")); ++look) {
     }
   }
+  // The moment after the file was touched.
+  void AwaitNewFile() const {
+    const FileMark before = Mark();
+    for (int look = 0; look != 100000 && Mark() == before; ++look) {
+    }
+  }
 
-  // The daemons that the program left to this process, all of them dead soon. How many there were.
+  // The daemons that the program left to this process die soon and are reaped. How many there were; one that goes on is a
+  // failure, and is killed.
   static int ReapDaemons() {
     int daemons = 0;
-    bool none = false;
-    EXPECT_TRUE(Eventually([&daemons, &none] {
-      while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+    const auto none = [&daemons] {
+      pid_t reaped = 0;
+      while ((reaped = ::waitpid(-1, nullptr, WNOHANG)) > 0) {
         ++daemons;
       }
-      none = ::waitpid(-1, nullptr, WNOHANG) < 0;
-      return none;
-    })) << "a daemon is left running";
+      return reaped < 0;
+    };
+    if (!Eventually(none)) {
+      ADD_FAILURE() << "a daemon is left running";
+      std::ifstream children("/proc/thread-self/children");
+      for (pid_t child = 0; children >> child;) {
+        ::kill(child, SIGKILL);
+      }
+      Eventually(none);
+    }
     return daemons;
   }
 
   std::minstd_rand random{std::random_device{}()};
 
  private:
+  // What tells whether a file was touched: which it is, how long it is, when it was written.
+  using FileMark = std::tuple<ino_t, off_t, time_t, long>;
+  FileMark Mark() const {
+    struct stat file = {};
+    ::stat(folder.Path("kitchen/snmpd.conf").c_str(), &file);
+    return {file.st_ino, file.st_size, file.st_mtim.tv_sec, file.st_mtim.tv_nsec};
+  }
+
   std::uniform_int_distribution<int> m_later{0, 30000};
 };
 
@@ -133,11 +158,12 @@ TEST_F(AHostThatIsKilled, LeavesNoDaemonAndAnOldOrANewFileAndStartsAgain) {
   std::uniform_int_distribution<int> change(0, 20);
   int daemons = 0;
   int interrupted = 0;
-  for (int kill = 0; kill != 10; ++kill) {
+  for (int kill = 0; kill != 12; ++kill) {
     const int after = change(random);
-    const auto moment = [this, kill] { kill % 2 == 0 ? Linger() : AwaitWrite(); };
+    const auto moment = [this, kill] { kill % 3 == 0 ? Linger() : kill % 3 == 1 ? AwaitWrite() : AwaitNewFile(); };
     ASSERT_TRUE(RunAndKill(after, moment)) << folder.Read("output");
     daemons += ReapDaemons();
+    ASSERT_FALSE(HasFailure()) << "killed after " << after << " changes";
     ASSERT_LT(Changes(), kRequests);
     ASSERT_FALSE(exists(folder.Path("state/driver-12.xml.damaged")));
     interrupted += exists(folder.Path("kitchen/.snmpd.conf.new")) ? 1 : 0;
