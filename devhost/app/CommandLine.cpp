@@ -161,8 +161,8 @@ class Parser {
     AddModuleFolder(app, run.moduleFolder);
     AddPath(app, "--state", run.state,
             "Keep the drivers' states in this folder, which is made when missing; without it, they are kept\n"
-            "from restart to restart of this run. A driver that was handed a state is asked for a new one only\n"
-            "after load-project",
+            "from restart to restart of this run. A driver that was handed a state and listens to project loads\n"
+            "is asked for a new one only after load-project",
             "DIR");
     AddFlag(app, "--pretty", run.pretty,
             "Print XML indented, on several lines, where one line would be longer than 100 characters");

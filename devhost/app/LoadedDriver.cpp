@@ -12,6 +12,7 @@
 #include "devhost/ui/CommandMessage.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/ISystemEventCallback.h"
+#include "host/SystemEventId.h"
 
 namespace devhost {
 namespace {
@@ -219,6 +220,10 @@ void LoadedDriver::BaseDestroyed() noexcept {
 IVariableManager* LoadedDriver::GetVariableManager() {
   const ServiceCall call(*this, "GetVariableManager");
   return call.IsAllowed() ? &m_core.variables : nullptr;
+}
+
+bool LoadedDriver::MayGiveState() const {
+  return m_driver != nullptr && (m_stateIsWhole || !m_core.listeners.Listens(m_entry.id, SystemEvent_OnProjectLoaded));
 }
 
 void LoadedDriver::RegisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) {

@@ -51,7 +51,7 @@ class LoadedDriver : public DriverServices, private Manners, private ServiceChec
   // Asks the driver for its state again: what it gave was not kept.
   void NoteStateNotKept() { m_stateInvalid = true; }
   // Whether what the driver gives may be kept: see StateKeeper.
-  bool MayGiveState() const { return m_driver != nullptr && m_stateIsWhole; }
+  bool MayGiveState() const;
   // From now on there is a state that a project load which fails can spoil.
   void NoteStateKept() { m_hasState = true; }
   // `heard`: whether all its listeners heard the last "OnProjectLoaded" without an exception.

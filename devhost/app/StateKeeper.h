@@ -14,9 +14,10 @@ class StateStore;
 
 // Carries the drivers' states between the drivers of a host and a store. What goes wrong is reported to the observer.
 //
-// A driver that was handed a state knows it in full only once the project has loaded: what it gave before would be kept in
-// place of what nobody has read yet. So it is not asked before it has heard "OnProjectLoaded". When a later one fails
-// half-way, it knows only a part again, and is not asked before one has succeeded.
+// A driver that listens to "OnProjectLoaded" knows a state that it was handed in full only once the project has loaded: what
+// it gave before would be kept in place of what nobody has read yet. So it is not asked before it has heard that event. When
+// a later one fails half-way, it knows only a part again, and is not asked before one has succeeded. What the project has
+// nothing to do with, a driver that does not listen gives at any time.
 class StateKeeper {
  public:
   // Both outlive the keeper. Without a store (null) no driver is asked or handed anything.

@@ -1,5 +1,7 @@
 #include "devhost/base/EventListeners.h"
 
+#include <algorithm>
+
 #include "host/SystemEventId.h"
 
 namespace devhost {
@@ -48,6 +50,12 @@ std::vector<EventListeners::Registration> EventListeners::RemoveAll(unsigned lon
     }
   }
   return removed;
+}
+
+bool EventListeners::Listens(unsigned long driverId, unsigned int eventId) const {
+  return std::any_of(m_registrations.begin(), m_registrations.end(), [&](const std::shared_ptr<Registration>& entry) {
+    return entry->driverId == driverId && entry->eventId == eventId;
+  });
 }
 
 void EventListeners::Deliver(unsigned int eventId, const std::function<void(const Registration&)>& deliver) const {

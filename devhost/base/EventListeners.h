@@ -28,6 +28,9 @@ class EventListeners {
   // Ends all registrations of the driver and returns them.
   std::vector<Registration> RemoveAll(unsigned long driverId);
 
+  // Whether the driver listens to the event now.
+  bool Listens(unsigned long driverId, unsigned int eventId) const;
+
   // Calls `deliver` for every listener of the event, in the order of registration. A listener that is unregistered meanwhile
   // is not called any more; one that is added meanwhile is not called yet.
   void Deliver(unsigned int eventId, const std::function<void(const Registration&)>& deliver) const;

@@ -1,4 +1,5 @@
-// A driver with a state to keep, which tells what it was handed and how often it was asked, and holds a variable.
+// A driver with a state to keep, which may be deaf to project loads, tells what it was handed and how often it was asked,
+// and holds a variable.
 #include <boost/bind/bind.hpp>
 #include <stdexcept>
 #include <string>
@@ -36,6 +37,9 @@ class Keeper : public H7BaseAgentDriver, public ISystemEventCallback {
     m_began = persisted != nullptr ? persisted->GetName() + ":" + persisted->GetValue() : "nothing";
     m_text = persisted != nullptr ? persisted->GetValue() : config.GetNamedString("text");
     m_askAgain = config.GetNamedBool("askAgain");
+    if (config.GetNamedBool("deaf")) {
+      UnregisterListener(*this, SystemEvent_OnProjectLoaded, 0);
+    }
     return 0;
   }
 

@@ -147,6 +147,17 @@ TEST_F(AKeptState, IsNotReplacedBeforeTheProjectHasLoaded) {
   EXPECT_EQ(store.Text(7), "<State>early</State>");
 }
 
+TEST_F(AKeptState, OfADriverThatDoesNotListenToProjectLoadsIsReplacedWithoutOne) {
+  store.Save(7, "<State>old</State>");
+  Host host(observer, &store);
+  LoadKeeper(host, 7, "<config deaf='true'/>");
+  Set(host, "early", "1");
+  EXPECT_EQ(store.Text(7), "<State>early</State>");
+  Set(host, "late", "0");
+  host.Stop();
+  EXPECT_EQ(store.Text(7), "<State>late</State>");
+}
+
 TEST_F(AKeptState, IsLeftAsItWasByALifeWithoutAProjectLoad) {
   store.Save(7, "<State>old</State>");
   {
