@@ -2,12 +2,19 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+
 #include "tests/e2e/RealSystem.h"
 #include "tests/e2e/Wait.h"
 
 namespace e2e {
 namespace {
 
+namespace fs = std::filesystem;
 using testing::Contains;
 using testing::HasSubstr;
 
@@ -21,6 +28,39 @@ Settings Named(const std::string& name, const std::string& read = "public") {
   settings.read = read;
   settings.name = name;
   return settings;
+}
+
+// The sockets of a process.
+std::set<std::string> Sockets(pid_t pid) {
+  std::set<std::string> inodes;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/" + std::to_string(pid) + "/fd")) {
+    const std::string target = fs::read_symlink(entry).string();
+    if (target.rfind("socket:[", 0) == 0) {
+      inodes.insert(target.substr(8, target.size() - 9));
+    }
+  }
+  return inodes;
+}
+
+// The ports on which a process takes what comes: "udp:40161".
+std::set<std::string> OpenPorts(pid_t pid) {
+  const std::set<std::string> own = Sockets(pid);
+  std::set<std::string> ports;
+  for (const std::string protocol : {"udp", "udp6", "tcp", "tcp6"}) {
+    std::ifstream table("/proc/" + std::to_string(pid) + "/net/" + protocol);
+    std::string line;
+    std::getline(table, line);  // headings
+    while (std::getline(table, line)) {
+      std::string number, local, remote, state, queues, timer, retries, user, timeout, inode;
+      std::istringstream(line) >> number >> local >> remote >> state >> queues >> timer >> retries >> user >> timeout >>
+          inode;
+      const bool listens = state == (protocol[0] == 'u' ? "07" : "0A");
+      if (listens && own.count(inode) != 0) {
+        ports.insert(protocol + ":" + std::to_string(std::stoul(local.substr(local.rfind(':') + 1), nullptr, 16)));
+      }
+    }
+  }
+  return ports;
 }
 
 TEST_F(TheMasterAgent, StopsAndStartsThroughTheTool) {
@@ -40,6 +80,15 @@ TEST_F(TheMasterAgent, StopsAndStartsThroughTheTool) {
   EXPECT_TRUE(second.running);
   EXPECT_EQ(second.address, first.address);
   EXPECT_EQ(As("public").Get(kSysName).value, "kitchen");
+}
+
+// The section names a privileged AgentX port, and the owner's line two more: several daemons could not share them, and an
+// ordinary user could not open the first.
+TEST_F(TheMasterAgent, OpensItsOwnPortOnly) {
+  Begin("agentaddress udp:127.0.0.1:" + FreePort() + ",tcp:127.0.0.1:" + FreePort() + "\n");
+  Serve(kKitchen, Named("kitchen"));
+  const Daemon daemon = GetDaemon(kKitchen);
+  EXPECT_THAT(OpenPorts(daemon.pid), testing::ElementsAre("udp" + daemon.address.substr(daemon.address.rfind(':'))));
 }
 
 TEST_F(TheMasterAgent, IsLeftAloneByASecondStartAndASecondStop) {
