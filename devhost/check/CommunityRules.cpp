@@ -42,7 +42,7 @@ std::string MeantCommunity(const ConfigLine& line) {
 
 // The earlier line that the daemon goes by instead of this one, or null.
 const Grant* Earlier(const Sight& sight) {
-  const auto found = sight.above.communities.find(GrantKey(*sight.line.setting));
+  const auto found = sight.above.communities.find(sight.grantKey);
   if (found == sight.above.communities.end()) {
     return nullptr;
   }
@@ -79,6 +79,9 @@ Grant ReadGrant(const ConfigLine& line) {
 }
 
 std::string GrantKey(const Directive& setting) {
+  if (!IsCommunityKeyword(setting.keyword) || setting.words.empty()) {
+    return "";
+  }
   return (setting.keyword.back() == '6' ? "6 " : "4 ") + AnsweredCommunity(setting);
 }
 
@@ -95,7 +98,7 @@ void JudgeCommunityMisread(const Sight& sight, Report& report) {
     return;
   }
   const std::string meant = MeantCommunity(sight.line).substr(0, kLongestCommunity);
-  const std::string answered = AnsweredCommunity(*sight.line.setting);
+  const std::string answered = sight.grantKey.substr(2);
   if (answered != meant) {
     report.Add(sight.line.number,
                "a quote or a backslash in the community: the daemon answers to " + report.Secret(answered) + " instead of " +

@@ -46,7 +46,7 @@ class Report {
   };
   std::string m_file;
   bool m_showSecrets;
-  std::string m_rule;
+  const char* m_rule = "";
   Severity m_severity = Severity::Warning;
   std::vector<Finding> m_findings;
   std::map<std::string, Count> m_counts;

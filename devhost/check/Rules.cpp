@@ -97,8 +97,8 @@ void Remember(const Sight& sight, History& history) {
     History::Value& value = history.section[setting.keyword];
     value = {value.first == 0 ? line.number : value.first, line.number, setting.rest};
   }
-  if (IsCommunityKeyword(setting.keyword) && !setting.words.empty() && history.communities.size() < kMostRemembered) {
-    history.communities.emplace(GrantKey(setting), ReadGrant(line));
+  if (!sight.grantKey.empty() && history.communities.size() < kMostRemembered) {
+    history.communities.emplace(sight.grantKey, ReadGrant(line));
   }
   const std::string sink = SinkKey(setting);
   if (!sink.empty() && history.sinks.size() < kMostRemembered) {
@@ -111,7 +111,8 @@ void JudgeText(std::string_view text, Report& report) {
   History history;
   ForEachLine(text, [&](const ConfigLine& line) {
     const ReadBack read = line.IsInside() ? ReadLineBack(line.text) : ReadBack();
-    const Sight sight{line, read, layout, history};
+    const std::string grantKey = line.setting ? GrantKey(*line.setting) : "";
+    const Sight sight{line, read, layout, history, grantKey};
     for (const Rule& rule : Rules()) {
       report.Begin(rule.name, rule.severity);
       rule.judge(sight, report);

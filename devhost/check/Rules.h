@@ -44,6 +44,8 @@ struct Sight {
   const ReadBack& read;  // what the agent's reader makes of it; nothing outside a section
   const Layout& layout;
   const History& above;
+  // Of a line about a community: what makes it the same as another, see GrantKey; else "".
+  const std::string& grantKey;
 
   // The daemon's keyword in lower case, "" for a comment.
   std::string_view Keyword() const { return line.setting ? std::string_view(line.setting->keyword) : std::string_view(); }
@@ -77,6 +79,7 @@ bool IsCommunityKeyword(std::string_view keyword);
 // The text that the daemon answers to: it cuts the word twice, first out of the file, then out of a line of its own.
 std::string AnsweredCommunity(const Directive& setting);
 Grant ReadGrant(const ConfigLine& line);
+// Two characters for the family of addresses, then the text that the daemon answers to; "" for other lines.
 std::string GrantKey(const Directive& setting);
 void JudgeCommunityInPairs(const Sight& sight, Report& report);
 void JudgeCommunityMisread(const Sight& sight, Report& report);
