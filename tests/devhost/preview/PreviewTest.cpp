@@ -13,6 +13,7 @@
 #include "devhost/preview/FileDifference.h"
 #include "devhost/preview/PreviewCommand.h"
 #include "devhost/project/Project.h"
+#include "devhost/state/StateFolder.h"
 #include "tests/devhost/support/RecordingObserver.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -159,6 +160,36 @@ TEST_F(APreview, OfALinkTellsWhatTheAgentWouldAnswer) {
   EXPECT_EQ(printed, "");
   EXPECT_THAT(errors, AllOf(HasSubstr("devhost: kitchen: SNMP device 12: cannot read"), HasSubstr("symbolic link"),
                             HasSubstr("devhost: SetDeviceState would answer <ReadFail/> and leave " + RealPath())));
+}
+
+// What the device has kept decides: an empty setting is filled from the file unless somebody has erased it.
+TEST_F(APreview, KnowsWhatTheDeviceHasKept) {
+  folder.Write("home/project.xml",
+               "<project>\n"
+               "  <driver id='1' name='agent' module='snmp_configuration_agent.so'/>\n"
+               "  <driver id='12' name='kitchen' module='local_snmpd.so'><config folder='{project}/kitchen'/></driver>\n"
+               "</project>\n");
+  DoIt();
+  folder.Write("home/settings.xml", "<managedDevice><deviceId>12</deviceId></managedDevice>");
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(printed, "nothing would change in " + RealPath() + "\n");
+
+  options.state = folder.Path("home/states");
+  {
+    RecordingObserver observer;
+    StateFolder states(options.state);
+    Host host(observer, &states);
+    const Project project = ReadProject(options.project, options.moduleFolder);
+    host.Load(project.drivers[1]);
+    EXPECT_EQ(host.Command(12, "EraseSetting", {{"name", "sysName"}}), "<Success/>");
+    host.Stop();
+  }
+  EXPECT_EQ(Run(), 0);
+  EXPECT_THAT(printed, AllOf(HasSubstr("\n-sysName  kitchen\n"), Not(HasSubstr("-rocommunity"))));
+
+  folder.Write("home/states/driver-12.xml", "<torn");
+  EXPECT_THROW(Run(), StateError);
+  EXPECT_EQ(ReadFileText(folder.Path("home/states/driver-12.xml")), "<torn");
 }
 
 TEST_F(APreview, OfSettingsForAnotherDeviceIsRefused) {
