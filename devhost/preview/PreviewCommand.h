@@ -20,7 +20,8 @@ struct PreviewOptions {
 // Prints what "SetDeviceState" with these settings would change in the device's snmpd.conf, as a unified diff, or "nothing
 // would change". The agent of the project does it itself, on a scratch copy of the device; neither the project's folders nor
 // its daemons are touched. Exit status: 0 the answer was printed, 1 the agent refused the settings or a driver failed, 2
-// wrong project, device, settings or state folder.
+// wrong device or settings. For a project, file or state that cannot be read it throws ProjectError, FileError or
+// StateError.
 int RunPreview(const PreviewOptions& options, Output& out, Output& errors);
 
 }  // namespace devhost
