@@ -71,7 +71,10 @@ std::string_view LineOf(std::string_view text, std::size_t number) {
 
 // The daemon quotes words of the line that it complains of. Those that are shown masked elsewhere are so here.
 std::string Masked(std::string words, std::string_view line) {
-  const std::string masked = MaskConfigLine(line);
+  // A target that is missing leaves the community where the host belongs.
+  constexpr std::string_view kNoTarget = "trap2sink    ";
+  const bool noTarget = line.substr(0, kNoTarget.size()) == kNoTarget;
+  const std::string masked = noTarget ? "trap2sink" : MaskConfigLine(line);
   if (masked == line) {
     return words;
   }
