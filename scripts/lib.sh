@@ -11,6 +11,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
   RUN_PACKAGES=(snmpd snmp snmptrapd)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
   CHECK_PACKAGES=(clang-format clang-tidy shellcheck mandoc)
+  MUTATE_PACKAGES=(binutils python3 python3-clang-14)
+  COVERAGE_PACKAGES=(gcovr)
 }
 
 if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then
@@ -43,7 +45,7 @@ need_packages() {
   command -v dpkg-query >/dev/null || die "this command installs what it needs on Debian 12; here, install by hand: $*"
   local missing=() package
   for package in "$@"; do
-    dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return
   printf 'Installing %s\n' "${missing[*]}"
