@@ -1,0 +1,29 @@
+#ifndef FUZZ_AGENT_REFERENCE_SECTION_H
+#define FUZZ_AGENT_REFERENCE_SECTION_H
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "device/TrapTarget.h"
+
+namespace fuzz {
+
+struct SectionValues {
+  std::time_t time = 0;
+  std::string communityRead;
+  std::string communityWrite;
+  std::string agentXTimeout;
+  std::string agentXRetries;
+  std::string sysContact;
+  std::string sysLocation;
+  std::string sysName;
+  std::vector<TrapTarget> trapTargets;
+};
+
+// The managed section, written down in one piece.
+std::string Section(const SectionValues& values);
+
+}  // namespace fuzz
+
+#endif
