@@ -269,14 +269,15 @@ TEST_F(ALocalDevice, IsOneOfManyOnOneMachine) {
 }
 
 TEST_F(ALocalDevice, TakesItsDaemonWithItWhenItGoes) {
-  WriteFile(kKitchen);
+  WriteFile("master agentx\n");
   Device device(Folder());
   EXPECT_EQ(0, device->StartMasterAgent());
+  EXPECT_TRUE(std::filesystem::exists(Folder() + "/daemon/agentx"));
   const pid_t pid = device.Pid();
   device.driver.reset();
   EXPECT_FALSE(IsAlive(pid));
-  // Gently: it had the time to keep what it keeps.
-  EXPECT_TRUE(std::filesystem::exists(Folder() + "/daemon/data/snmpd.conf"));
+  // Gently: it had the time to take its socket away.
+  EXPECT_FALSE(std::filesystem::exists(Folder() + "/daemon/agentx"));
 }
 
 TEST_F(ALocalDevice, KnowsItsCommunitiesWhenItTellsOfRejectedLines) {
@@ -313,7 +314,8 @@ TEST_F(ALocalDevice, HandsOutTheLastTextOffLineAndAcceptsANewOneForLater) {
   EXPECT_EQ("false", device.Tell("pending"));
   EXPECT_EQ((Lines{Line("what was accepted off line is in " + Folder() + "/snmpd.conf")}), device.host.log);
   EXPECT_EQ("<Success>", device.SetOnline("true"));
-  EXPECT_EQ(0, device.Change(kKitchen));
+  // What it installed itself counts as copied out.
+  EXPECT_EQ(0, device.CopyIn(kKitchen));
 }
 
 TEST_F(ALocalDevice, RefusesActionsOffLineAndDoesNothing) {
