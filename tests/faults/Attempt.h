@@ -1,0 +1,70 @@
+#ifndef TESTS_FAULTS_ATTEMPT_H
+#define TESTS_FAULTS_ATTEMPT_H
+
+#include <boost/weak_ptr.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/faults/Faults.h"
+#include "tests/faults/Operations.h"
+
+namespace faults {
+
+// A device that calls back into the agent from inside a call that reaches it. Faults strike from then on: what happens
+// before is the same as without it.
+struct CallBack {
+  void (*run)(World&, unsigned long self);
+  std::string from;    // the call, as the journal notes it; only the first such call
+  bool keepsFaultsIn;  // the device drops what the agent throws at it
+};
+
+// What an operation comes to and leaves behind in a world where nothing fails.
+struct Reference {
+  std::string result;
+  std::string description;
+};
+Reference ReferenceOf(const Operation& operation);
+
+// One run of an operation in a world of its own, with a fault at one place, and a look at what is left of the world.
+class Attempt {
+ public:
+  // `complaints` gets what is wrong. `callBack` may be null.
+  Attempt(const Operation& operation, const Reference& reference, const FaultKind& kind, unsigned int k,
+          const CallBack* callBack, std::vector<std::string>& complaints);
+
+  // Returns whether anything failed.
+  bool Run();
+
+ private:
+  void Expect(bool holds, const char* complaint);
+  void NoteRecords();
+  std::function<void(const std::string&)> CallingBack();
+  // Whether the fault came out as it must.
+  bool EndedWell() const;
+  // Faults that went no further than the operation.
+  unsigned int KeptIn() const;
+  std::size_t LeftInHost() const;
+  void CheckWhatDestructionDid();
+  void CheckUndisturbed();
+  void CheckResult();
+  void DoAgain();
+  void UseOtherwise();
+  void DestroyCleanly();
+  bool AnyManaged() const;
+
+  const Operation& m_operation;
+  const Reference& m_reference;
+  const CallBack* const m_callBack;
+  std::vector<std::string>& m_complaints;
+  Faults m_faults;
+  World m_world;
+  Ending m_ending;
+  bool m_calledBack = false;
+  unsigned int m_keptInByDevice = 0;
+  std::vector<boost::weak_ptr<SNMPDevice>> m_records;
+};
+
+}  // namespace faults
+
+#endif
