@@ -6,6 +6,9 @@ add_library(project_warnings INTERFACE)
 target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast
                        -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
 
+# Where long has 32 bits, files beyond 2 GB and inodes beyond 32 bits need this.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+
 if(AGENT_SANITIZE)
   add_compile_options(-fsanitize=${AGENT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${AGENT_SANITIZE})

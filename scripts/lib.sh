@@ -10,6 +10,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
   BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev googletest)
   RUN_PACKAGES=(snmpd snmp snmptrapd)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
+  I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386)
+  ABI_PACKAGES=(clang libboost-dev g++ g++-i686-linux-gnu)
   CHECK_PACKAGES=(clang-format clang-tidy shellcheck mandoc)
   MUTATE_PACKAGES=(binutils python3 python3-clang-14)
   COVERAGE_PACKAGES=(gcovr)
@@ -38,6 +40,12 @@ as_root() {
     die "root is needed for: $*
 Run this command as root, install sudo, or ask somebody who may to run it."
   fi
+}
+
+# need_architecture NAME: lets the distribution's packages for that processor be installed beside those of this machine.
+need_architecture() {
+  command -v dpkg >/dev/null || die "this command needs the $1 packages of Debian 12"
+  { dpkg --print-architecture && dpkg --print-foreign-architectures; } | grep -qx "$1" || as_root dpkg --add-architecture "$1"
 }
 
 # need_packages PACKAGE...: installs those that are missing, from the distribution, and says so.
