@@ -108,6 +108,7 @@ bool Attempt::Run() {
     DestroyCleanly();
   }
   Expect(devhost::LiveXmlObjects() == liveXml, "XML objects are held when the agent is gone");
+  Expect(m_misuses.count == 0, "an XML object was released too often or used after its end");
   for (const boost::weak_ptr<SNMPDevice>& record : m_records) {
     Expect(record.expired(), "a record outlived the agent");
   }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "devhost/xml/XmlMisuse.h"
 #include "tests/faults/Faults.h"
 #include "tests/faults/Operations.h"
 
@@ -53,6 +54,23 @@ class Attempt {
   void DestroyCleanly();
   bool AnyManaged() const;
 
+  // Hears of XML objects that are released too often or used after their end. First in, last out.
+  class Misuses final : public devhost::XmlMisuseSink {
+   public:
+    Misuses() : m_former(devhost::SetXmlMisuseSink(this)) {}
+    ~Misuses() override { devhost::SetXmlMisuseSink(m_former); }
+    Misuses(const Misuses&) = delete;
+    Misuses& operator=(const Misuses&) = delete;
+    void OnXmlMisuse(const std::string&, const void*) override { ++count; }
+    void OnXmlThread(const char*, const void*) noexcept override {}
+
+    unsigned int count = 0;
+
+   private:
+    devhost::XmlMisuseSink* const m_former;
+  };
+
+  const Misuses m_misuses;
   const Operation& m_operation;
   const Reference& m_reference;
   const CallBack* const m_callBack;

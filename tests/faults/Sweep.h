@@ -23,8 +23,8 @@ SweepResult Sweep(const std::function<bool(unsigned int k, std::vector<std::stri
 // counted from where the device calls back if one does.
 // After each attempt it looks whether
 //  - the fault came out as it was thrown, or was kept in where it has to be;
-//  - no XML object is held that was not held before, no record is held by anybody but the registry, and registry and maps
-//    hold nothing that nobody put there;
+//  - no XML object is held that was not held before, and none was released too often;
+//  - no record is held by anybody but the registry, and registry and maps hold nothing that nobody put there;
 //  - the operation, done again, gives and leaves what it does in a world without faults;
 //  - the agent answers other calls, and its destruction leaves nothing in the host and no device managed;
 //  - every block of memory was given back, once.

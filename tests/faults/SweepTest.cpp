@@ -102,6 +102,20 @@ TEST_F(ASweep, SeesANodeThatIsNotReleasedWhenTheNextCallFails) {
               Contains(HasSubstr("XML objects are held that nobody holds")));
 }
 
+TEST_F(ASweep, SeesANodeThatIsReleasedTwiceWhenTheNextCallFails) {
+  EXPECT_THAT(ComplaintsOf(Passes::Through,
+                           [](World& world) {
+                             const h7::auto_com<H7XML::INode> node = H7XML::CreateXmlNode("released", "");
+                             try {
+                               world.Announce(4);
+                             } catch (...) {
+                               node->Release();
+                               throw;
+                             }
+                           }),
+              Contains(HasSubstr("released too often")));
+}
+
 TEST_F(ASweep, SeesARecordThatIsHeld) {
   const auto complaints = ComplaintsOf(Passes::Through, [](World& world) {
     s_lost->records.push_back(world.State().devices.at(5));
