@@ -11,6 +11,7 @@
 #include <type_traits>
 
 #include "host/H7BaseAgentDriver.h"
+#include "host/H7XML.h"
 #include "host/ICmdMessage.h"
 #include "host/IDocument.h"
 #include "host/IDriver.h"
@@ -22,6 +23,7 @@
 #include "host/ISystemEventCallback.h"
 #include "host/IVariable.h"
 #include "host/IVariableManager.h"
+#include "host/ToString.h"
 #include "host/UICmdDispatcher.h"
 #include "tests/support/Slots.h"
 
@@ -139,6 +141,18 @@ TEST(TheSlots, OfTheDriverBasesStandAsWritten) {
   EXPECT_EQ(SlotOf(&AddedToDriver::Added), 5U);
   EXPECT_EQ(SlotOf(&AddedToBase::Added), 5U);
   EXPECT_EQ(SlotOf(&AddedToAgent::Added), 5U);
+}
+
+// What free functions return is not part of their symbols' names.
+TEST(TheFunctions, OfTheHostHaveTheTypesThatModulesRelyOn) {
+  using Node = h7::auto_com<H7XML::INode>;
+  EXPECT_TRUE((std::is_same<decltype(H7XML::CreateXmlDocument), h7::auto_com<H7XML::IDocument>(const std::string&)>::value));
+  EXPECT_TRUE((std::is_same<decltype(H7XML::Create), void(H7XML::INode**)>::value));
+  EXPECT_TRUE((std::is_same<decltype(H7XML::CreateXmlNode(std::string(), std::string())), Node>::value));
+  EXPECT_TRUE((std::is_same<decltype(H7XML::CreateXmlNode(std::string(), 1UL)), Node>::value));
+  EXPECT_TRUE((std::is_same<decltype(h7::ToString(true)), std::string>::value));
+  EXPECT_TRUE((std::is_same<decltype(h7::ToString(1UL)), std::string>::value));
+  EXPECT_TRUE((std::is_same<GetCreationFuncFunc, IDriver* (*(*)())(IInstanceManager&)>::value));
 }
 
 std::string TextOf(const std::filesystem::path& path) {

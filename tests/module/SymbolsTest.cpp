@@ -81,6 +81,16 @@ bool IsFromTheBuild(const std::string& name) {
   return false;
 }
 
+// The undefined-behaviour sanitizer looks at the types behind objects; nobody else asks for the base's base.
+bool IsUnderSanitizer() {
+  for (const auto& symbol : SymbolsOf(AGENT_MODULE, "--undefined-only")) {
+    if (BeginsWith(symbol.first, "__ubsan_")) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // Names from the files exports.txt and imports.txt. To renew one after a change that hosts have agreed to: take over what
 // the failing test prints as the actual list; one demangled name stands on each line, in the order of the letters.
 TEST(TheModulesSymbols, ThatItExportsAreThoseOfTheList) {
@@ -99,6 +109,9 @@ TEST(TheModulesSymbols, ThatItTakesFromTheHostAreThoseOfTheList) {
     if (symbol.second.empty() && !IsFromTheBuild(symbol.first)) {
       host.insert(symbol.first);
     }
+  }
+  if (host.count("typeinfo for H7BaseDriver") != 0 && IsUnderSanitizer()) {
+    host.erase("typeinfo for H7BaseDriver");
   }
   EXPECT_EQ(host, Listed("imports.txt"));
 }

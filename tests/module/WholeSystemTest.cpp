@@ -37,6 +37,17 @@ TEST_F(AWholeSystem, KnowsDevicesThatAreLoadedBeforeTheAgent) {
   EXPECT_EQ(SetState(kKitchen), "<Success/>");
 }
 
+TEST_F(AWholeSystem, KnowsADeviceWithTheLargestId) {
+  LoadAgent();
+  LoadDevice(4294967295UL, "kitchen");
+  EXPECT_THAT(Notifications(), ElementsAre("<DeviceAdded><id>-1</id></DeviceAdded>"));
+  EXPECT_EQ(SetState(4294967295UL), "<Success/>");
+  EXPECT_THAT(folder.Read("kitchen/snmpd.conf"), HasSubstr("\nsysName  box\n"));
+  EXPECT_THAT(host->Command(kAgent, "GetDeviceList", {}), HasSubstr("<deviceId>4294967295</deviceId>"));
+  EXPECT_EQ(host->Command(kAgent, "AddManagedDevice", {{"deviceId", "4294967295"}}), "<deviceId>4294967295</deviceId>");
+  EXPECT_EQ(SetState(4294967294UL), "<Fail/>");
+}
+
 TEST_F(AWholeSystem, WritesTheSectionAboveAFileWithoutOne) {
   LoadAgent();
   LoadDevices();
