@@ -72,6 +72,21 @@ std::string CountLine(const std::string& reply) {
   return line;
 }
 
+DaemonReply DaemonIn(const std::string& reply) {
+  const XmlElement element = Parsed(reply);
+  if (element.name != "daemon") {
+    return DaemonReply();
+  }
+  return {Attribute(element, "running"), Attribute(element, "pid"), Attribute(element, "address"),
+          Attribute(element, "online"), Attribute(element, "pending")};
+}
+
+std::string DaemonLine(const DaemonReply& daemon) {
+  const bool running = daemon.running == "true";
+  return (running ? "running pid=" + AsWord(daemon.pid) : std::string("stopped")) + " address=" + AsWord(daemon.address) +
+         (daemon.online == "true" ? " online" : " offline") + (daemon.pending == "true" ? " pending" : "");
+}
+
 std::string FilePathIn(const std::string& reply) {
   const XmlElement element = Parsed(reply);
   return element.name == "filePath" ? element.text : std::string();

@@ -25,6 +25,18 @@ std::string SettingNames(const std::string& reply);
 // All counts of a <counts> reply on one line: "CopyFrom=3 CopyTo=1".
 std::string CountLine(const std::string& reply);
 
+// What a <daemon> reply tells; "" where it tells nothing.
+struct DaemonReply {
+  std::string running;  // "true" or "false", as the other two
+  std::string pid;
+  std::string address;  // "udp:127.0.0.1:40161"
+  std::string online;
+  std::string pending;
+};
+DaemonReply DaemonIn(const std::string& reply);
+// The same on one line: "running pid=4711 address=udp:127.0.0.1:40161 online".
+std::string DaemonLine(const DaemonReply& daemon);
+
 // The text of a <filePath> reply; "" for any other reply.
 std::string FilePathIn(const std::string& reply);
 

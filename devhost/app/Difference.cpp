@@ -59,17 +59,25 @@ std::vector<std::string> Context(std::string_view text, std::size_t start) {
   return lines;
 }
 
-}  // namespace
+// Where two texts first differ, and the line of that place, from 1.
+struct Place {
+  std::size_t at = 0;
+  std::size_t line = 0;
+};
 
-std::vector<std::string> ExplainDifference(const std::string& expected, const std::string& found) {
+Place FirstDifference(const std::string& expected, const std::string& found) {
+  const auto differing = std::mismatch(expected.begin(), expected.end(), found.begin(), found.end()).first;
+  return {static_cast<std::size_t>(differing - expected.begin()),
+          static_cast<std::size_t>(std::count(expected.begin(), differing, '\n')) + 1};
+}
+
+std::vector<std::string> Explain(const std::string& expected, const std::string& found) {
   if (IsShort(expected) && IsShort(found)) {
     return {"  expected: " + Whole(expected), "  found:    " + Whole(found)};
   }
-  const auto differing = std::mismatch(expected.begin(), expected.end(), found.begin(), found.end()).first;
-  const std::size_t difference = static_cast<std::size_t>(differing - expected.begin());
+  const auto [difference, number] = FirstDifference(expected, found);
   const std::size_t feed = difference == 0 ? std::string::npos : expected.rfind('\n', difference - 1);
   const std::size_t start = feed == std::string::npos ? 0 : feed + 1;
-  const auto number = std::count(expected.begin(), differing, '\n') + 1;
   std::vector<std::string> lines = {"  first difference in line " + std::to_string(number) + ", column " +
                                     std::to_string(difference - start + 1) + " (- expected, + found):"};
   for (std::string& line : Context(expected, start)) {
@@ -79,6 +87,25 @@ std::vector<std::string> ExplainDifference(const std::string& expected, const st
   lines.push_back("  + " + Shown(found, start, difference));
   const std::string_view line = std::string_view(expected).substr(start, LineEnd(expected, start) - start);
   lines.push_back("    " + std::string(MarkAt(line, difference - start), ' ') + "^");
+  return lines;
+}
+
+}  // namespace
+
+std::vector<std::string> ExplainDifference(const std::string& expected, const std::string& found, const Mask& mask) {
+  const std::string shownExpected = mask(expected);
+  const std::string shownFound = mask(found);
+  const std::size_t line = FirstDifference(expected, found).line;
+  const std::string where = "  line " + std::to_string(line) + " differs in what is masked";
+  if (shownExpected == shownFound) {
+    return IsShort(shownExpected) ? std::vector<std::string>{"  expected: " + shownExpected,
+                                                             "  found:    " + shownFound + " (differs in what is masked)"}
+                                  : std::vector<std::string>{where + ", and nothing else does"};
+  }
+  std::vector<std::string> lines = Explain(shownExpected, shownFound);
+  if (line < FirstDifference(shownExpected, shownFound).line) {
+    lines.push_back(where + ", too");
+  }
   return lines;
 }
 

@@ -69,20 +69,21 @@ void Printer::Print(const Occurrence& occurrence, const std::string& where) {
     case Occurrence::Kind::Command:
       return Line("command", Joined(driver, occurrence.text));
     case Occurrence::Kind::Reply:
+      m_masker.LearnFromXml(occurrence.text);
       return Xml("reply", driver, occurrence.text);
     case Occurrence::Kind::Notification:
       return Xml("notification", driver, occurrence.text);
     case Occurrence::Kind::Event:
-      return Line("event", occurrence.text);
+      return Line("event", m_masker.Text(occurrence.text));
     case Occurrence::Kind::Log:
-      return Line("log", Joined(Joined(driver, occurrence.name), occurrence.text));
+      return Line("log", Joined(Joined(driver, occurrence.name), m_masker.Text(occurrence.text)));
     case Occurrence::Kind::Invalidate:
       return Line("invalidate", driver);
     case Occurrence::Kind::Manners:
-      return Line("manners", Joined(driver, occurrence.text) + " (" + where + ")");
+      return Line("manners", Joined(driver, m_masker.Text(occurrence.text)) + " (" + where + ")");
     case Occurrence::Kind::Failure:
     case Occurrence::Kind::StateProblem:
-      return Line("error", where + ": " + occurrence.text);
+      return Line("error", where + ": " + m_masker.Text(occurrence.text));
   }
 }
 
@@ -90,7 +91,8 @@ void Printer::Line(std::string_view word, std::string_view text) {
   Write(word, OneLine(text));
 }
 
-void Printer::Xml(std::string_view word, const std::string& driver, const std::string& xml) {
+void Printer::Xml(std::string_view word, const std::string& driver, const std::string& plain) {
+  const std::string xml = m_masker.Xml(plain);
   constexpr std::size_t kWidth = 100;
   if (m_style.pretty && word.size() + driver.size() + xml.size() + 2 > kWidth) {
     try {

@@ -94,7 +94,7 @@ std::unique_ptr<StateStore> OpenStates(const std::string& folder) {
 
 int Run(const RunOptions& options) {
   Output output(STDOUT_FILENO);
-  Printer printer(output, PrintStyle{options.pretty, WantsColor(options.color)});
+  Printer printer(output, PrintStyle{options.pretty, WantsColor(options.color), options.showSecrets});
   const Project project =
       options.project.empty() ? AgentAlone(options.moduleFolder) : ReadProject(options.project, options.moduleFolder);
   const DriverNames names(project.drivers);

@@ -62,19 +62,25 @@ struct FlagAction {
 struct LoadProjectAction {};
 
 struct ShowAction {
-  enum class What { File, Settings, Counts, Variables, State };
+  enum class What { File, Settings, Counts, Daemon, Variables, State };
   unsigned long driverId = 0;  // not for Variables
   What what = What::File;
 };
 
 struct RestartAction {};
 
+// A program of the script's own, run to its end. In a word, {address:DRIVER} stands for the address of a device's daemon.
+struct RunAction {
+  std::vector<std::string> words;
+  std::string folder;
+};
+
 struct PrintAction {
   std::string text;
 };
 
 struct ExpectAction {
-  enum class Subject { Reply, Notification, Log, Setting, File, Flag, State };
+  enum class Subject { Reply, Notification, Log, Setting, File, Flag, State, Output };
   enum class Comparison { Is, Matches, Golden, None };
   Subject subject = Subject::Reply;
   unsigned long driverId = 0;  // of a setting, file or state; of a flag, the variable's device
@@ -85,7 +91,7 @@ struct ExpectAction {
 };
 
 using Action = std::variant<CommandAction, EventAction, VariableAction, RemoveItemAction, FlagAction, LoadProjectAction,
-                            ShowAction, RestartAction, PrintAction, ExpectAction>;
+                            ShowAction, RestartAction, RunAction, PrintAction, ExpectAction>;
 
 }  // namespace devhost
 

@@ -8,6 +8,7 @@
 
 #include "devhost/app/FileText.h"
 #include "devhost/app/Pattern.h"
+#include "devhost/app/ScriptPrograms.h"
 #include "devhost/app/ScriptVariables.h"
 #include "devhost/app/Words.h"
 #include "devhost/base/EventListeners.h"
@@ -19,7 +20,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr char kActions[] =
-    "command, event, device, variable, user-variable, item, flag, load-project, show, restart, print, expect";
+    "command, event, device, variable, user-variable, item, flag, load-project, show, restart, run, print, expect";
 
 // A device action is a command that every device driver has registered, with the words of the line as its parameters.
 struct DeviceVerb {
@@ -149,7 +150,7 @@ void CheckInteger(const std::string& word, const char* name, bool positive) {
 }
 
 Action ParseShow(const Words& words, unsigned long driverId) {
-  constexpr char kForm[] = "device DRIVER show file|settings|counts";
+  constexpr char kForm[] = "device DRIVER show file|settings|counts|daemon";
   const std::string what = words.size() == 4 ? words[3] : std::string();
   if (what == "file") {
     return ShowAction{driverId, ShowAction::What::File};
@@ -159,6 +160,9 @@ Action ParseShow(const Words& words, unsigned long driverId) {
   }
   if (what == "counts") {
     return ShowAction{driverId, ShowAction::What::Counts};
+  }
+  if (what == "daemon") {
+    return ShowAction{driverId, ShowAction::What::Daemon};
   }
   Refuse(words.size() == 4 ? Quoted(what) + " cannot be shown" : "\"show\" takes one word", kForm);
 }
@@ -185,21 +189,37 @@ Action ParseDeviceVerb(const Words& words, unsigned long driverId, const DeviceV
   return action;
 }
 
+Action ParseOnline(const Words& words, unsigned long driverId) {
+  if (words.size() != 3) {
+    Refuse(Quoted(words[2]) + " is followed by " + Quoted(words[3]), "device DRIVER online, device DRIVER offline");
+  }
+  CommandAction action;
+  action.driverId = driverId;
+  action.name = "SetOnline";
+  action.mustSucceed = true;
+  action.parameters.push_back({"online", words[2] == "online" ? "true" : "false", false});
+  return action;
+}
+
 Action ParseDevice(const Words& words, const DriverNames& names) {
   if (words.size() < 3) {
     Refuse(words.size() == 1 ? "\"device\" names no driver" : "nothing is said about what the device shall do",
-           "device DRIVER announce|withdraw|set|erase|add-trap|clear-traps|fail|show ...");
+           "device DRIVER announce|withdraw|set|erase|add-trap|clear-traps|fail|online|offline|show ...");
   }
   const unsigned long driverId = FindDriver(words[1], names);
   if (words[2] == "show") {
     return ParseShow(words, driverId);
+  }
+  if (words[2] == "online" || words[2] == "offline") {
+    return ParseOnline(words, driverId);
   }
   for (const DeviceVerb& verb : DeviceVerbs()) {
     if (words[2] == verb.word) {
       return ParseDeviceVerb(words, driverId, verb);
     }
   }
-  Refuse("a device cannot " + Quoted(words[2]), "announce, withdraw, set, erase, add-trap, clear-traps, fail, show");
+  Refuse("a device cannot " + Quoted(words[2]),
+         "announce, withdraw, set, erase, add-trap, clear-traps, fail, online, offline, show");
 }
 
 Action ParseShow(const Words& words, const DriverNames& names) {
@@ -227,7 +247,8 @@ Action ParseAlone(const Words& words) {
 }
 
 constexpr char kSubjects[] =
-    "reply, notification, log, setting DRIVER NAME, file DRIVER, flag DEVICE ID, state DRIVER, no notification, no log";
+    "reply, notification, log, output, setting DRIVER NAME, file DRIVER, flag DEVICE ID, state DRIVER, no notification, no "
+    "log";
 
 // Reads what an expectation is about; returns the number of words that it took.
 std::size_t ParseSubject(const Words& words, const DriverNames& names, ExpectAction& action) {
@@ -243,6 +264,8 @@ std::size_t ParseSubject(const Words& words, const DriverNames& names, ExpectAct
     action.subject = ExpectAction::Subject::Notification;
   } else if (subject == "log") {
     action.subject = ExpectAction::Subject::Log;
+  } else if (subject == "output") {
+    action.subject = ExpectAction::Subject::Output;
   } else if (subject == "setting" || subject == "file") {
     action.subject = subject == "file" ? ExpectAction::Subject::File : ExpectAction::Subject::Setting;
     action.driverId = FindDriver(words[2], names);
@@ -324,7 +347,10 @@ const std::vector<ActionForm>& ActionForms() {
       {"device DRIVER add-trap TARGET COMMUNITY PORT", "add a trap destination"},
       {"device DRIVER clear-traps", "remove all trap destinations"},
       {"device DRIVER fail OPERATION STATUS [TIMES]", "let an operation fail with a status; status 0 ends it"},
+      {"device DRIVER online", "the device can be reached: what it was given meanwhile goes in"},
+      {"device DRIVER offline", "the device cannot be reached for a while"},
       {"device DRIVER show file|settings|counts", "print the device's snmpd.conf, settings or calls"},
+      {"device DRIVER show daemon", "print whether the device's SNMP daemon runs, and where"},
       {"variable add DEVICE ID NAME [hidden] [trap]", "add a variable to the project"},
       {"variable remove DEVICE ID", "remove a variable"},
       {"user-variable add DEVICE ID NAME [hidden] [trap]", "add a user variable"},
@@ -335,6 +361,7 @@ const std::vector<ActionForm>& ActionForms() {
       {"show variables", "print the project's variables and flags"},
       {"show state DRIVER", "print the state that the driver would keep now"},
       {"restart", "stop the host and start it again"},
+      {"run PROGRAM [WORD]...", "run a program; {address:DRIVER} in a word is a daemon's address"},
       {"print [TEXT]...", "print a line"},
       {"expect SUBJECT is TEXT", "SUBJECT is exactly this text"},
       {"expect SUBJECT matches REGEX", "SUBJECT holds a match (extended regular expression)"},
@@ -371,6 +398,9 @@ Action ParseAction(const std::vector<std::string>& words, const std::string& fol
   }
   if (action == "restart") {
     return ParseAlone<RestartAction>(words);
+  }
+  if (action == "run") {
+    return ParseRun(words, folder, names);
   }
   if (action == "print") {
     return ParsePrint(words);

@@ -9,8 +9,27 @@
 #include "devhost/app/FileText.h"
 #include "devhost/app/ScriptActions.h"
 #include "devhost/app/Words.h"
+#include "devhost/snmpd/KnownSecrets.h"
 
 namespace devhost {
+
+namespace {
+
+// What is wrong with a line, without the secrets that a line with a wrong number of words or quotes may spill into it.
+std::string Shown(const std::string& problem, std::string_view line) {
+  const bool onSecrets = line.find("ommunity") != std::string_view::npos || line.find("add-trap") != std::string_view::npos;
+  KnownSecrets secrets;
+  if (onSecrets) {
+    const std::vector<std::string> words = SplitWords(line);
+    const std::size_t first = !words.empty() && words.front() == "expect" ? 5 : 3;
+    for (std::size_t i = first; i < words.size(); ++i) {
+      secrets.Learn(words[i].substr(words[i].find('=') + 1));
+    }
+  }
+  return secrets.Mask(problem);
+}
+
+}  // namespace
 
 Script LoadScript(const std::string& path) {
   Script script;
@@ -96,7 +115,7 @@ bool ScriptReader::Next(Action& action) {
     } catch (const WordError& error) {
       throw ScriptError(Position() + ": " + error.what());
     } catch (const ActionError& error) {
-      throw ScriptError(Position() + ": " + error.what());
+      throw ScriptError(Position() + ": " + Shown(error.what(), line));
     }
   }
   return false;

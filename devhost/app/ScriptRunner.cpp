@@ -27,13 +27,13 @@ Parameters ReadParameters(const std::vector<ScriptParameter>& given) {
 }
 
 // A command as the script has it: a file's text can be long and is not what one wants to see here.
-std::string CommandText(const CommandAction& action) {
+std::string CommandText(const CommandAction& action, const Masker& secrets) {
   Parameters shown;
   for (const ScriptParameter& parameter : action.parameters) {
     const bool marked = parameter.isFile || parameter.value.compare(0, 1, "@") == 0;
     shown.emplace_back(parameter.name, (marked ? "@" : "") + parameter.value);
   }
-  return TextOf(action.name, shown);
+  return TextOf(action.name, secrets.CommandParameters(shown));
 }
 
 // The start of a text that may be a whole file.
@@ -60,6 +60,8 @@ std::string Subject(const ExpectAction& action, const DriverNames& names) {
       return "the flag of variable " + std::to_string(action.variableId) + " of device " + std::to_string(action.driverId);
     case ExpectAction::Subject::State:
       return "the state of " + names.Name(action.driverId);
+    case ExpectAction::Subject::Output:
+      return "the output";
     case ExpectAction::Subject::File:
       break;
   }
@@ -69,7 +71,11 @@ std::string Subject(const ExpectAction& action, const DriverNames& names) {
 }  // namespace
 
 ScriptRunner::ScriptRunner(const Project& project, const DriverNames& names, StateStore& states, Printer& printer)
-    : m_project(project), m_names(names), m_states(states), m_printer(printer), m_where("at the start") {}
+    : m_project(project), m_names(names), m_states(states), m_printer(printer), m_where("at the start") {
+  for (const DriverEntry& driver : project.drivers) {
+    m_printer.Secrets().LearnFromXml(driver.configXml);
+  }
+}
 
 ScriptRunner::~ScriptRunner() = default;
 
@@ -165,7 +171,8 @@ void ScriptRunner::BeginAction() {
 void ScriptRunner::Do(const CommandAction& action) {
   BeginAction();
   const Parameters parameters = ReadParameters(action.parameters);
-  m_command = CommandText(action);
+  m_printer.Secrets().Learn(parameters);
+  m_command = CommandText(action, m_printer.Secrets());
   const std::string reply = action.driverId ? m_host->Command(*action.driverId, action.name, parameters)
                                             : m_host->Command(action.name, parameters);
   if (action.mustSucceed) {
@@ -206,13 +213,16 @@ void ScriptRunner::Do(const ShowAction& action) {
   if (action.what == ShowAction::What::State) {
     return ShowState(action.driverId);
   }
+  if (action.what == ShowAction::What::Daemon) {
+    return ShowDaemon(action.driverId);
+  }
   const std::string& driver = m_names.Name(action.driverId);
   if (action.what == ShowAction::What::File) {
     ShowFile(action.driverId);
   } else if (action.what == ShowAction::What::Counts) {
     m_printer.Line("counts", driver + " " + CountLine(Ask(action.driverId, "GetCounts")));
   } else {
-    for (const std::string& line : SettingLines(Ask(action.driverId, "GetSettings"))) {
+    for (const std::string& line : SettingLines(m_printer.Secrets().Xml(Ask(action.driverId, "GetSettings")))) {
       m_printer.Line("settings", driver + " " + line);
     }
   }
@@ -224,7 +234,7 @@ void ScriptRunner::ShowFile(unsigned long driverId) {
   std::size_t at = 0;
   while (at < text.size() && !m_printer.Failed()) {
     const std::size_t end = std::min(text.find('\n', at), text.size());
-    m_printer.Line("file", driver + " | " + text.substr(at, end - at));
+    m_printer.Line("file", driver + " | " + m_printer.Secrets().ConfigLine(std::string_view(text).substr(at, end - at)));
     if (end == text.size()) {
       m_printer.Line("file", driver + " (no line feed at the end)");
     }
@@ -248,11 +258,12 @@ void ScriptRunner::Do(const ExpectAction& action) {
       expected = ReadRegularFile(action.text);
     }
   } catch (const HostError& error) {
-    return ExpectationFailed(error.what(), {"  expected: " + Beginning(expected)});
+    return ExpectationFailed(error.what(), {"  expected: " + Beginning(Masked(action, expected))});
   }
   if (action.comparison == ExpectAction::Comparison::Matches) {
     if (!Pattern(expected).IsIn(found)) {
-      ExpectationFailed(subject + " does not match", {"  expected: " + expected, "  found:    " + Beginning(found)});
+      ExpectationFailed(subject + " does not match",
+                        {"  expected: " + Masked(action, expected), "  found:    " + Beginning(Masked(action, found))});
     }
     return;
   }
@@ -261,9 +272,10 @@ void ScriptRunner::Do(const ExpectAction& action) {
     found = Pattern(kTimePattern).ReplaceIn(found, kTimePlaceholder);
   }
   if (found != expected) {
-    ExpectationFailed(subject + (golden ? " is not what the golden file " + Quoted(action.text) + " holds"
-                                        : std::string(" is not as expected")),
-                      ExplainDifference(expected, found));
+    ExpectationFailed(
+        subject +
+            (golden ? " is not what the golden file " + Quoted(action.text) + " holds" : std::string(" is not as expected")),
+        ExplainDifference(expected, found, [this, &action](const std::string& text) { return Masked(action, text); }));
   }
 }
 
@@ -273,7 +285,7 @@ void ScriptRunner::CheckNone(const ExpectAction& action) {
   if (count != 0) {
     const std::string& last = log ? *m_log : *m_notification;
     ExpectationFailed(log ? "there was a log line" : "there was a notification",
-                      {"  expected: none", "  found:    " + Beginning(last) +
+                      {"  expected: none", "  found:    " + Beginning(Masked(action, last)) +
                                                (count == 1 ? "" : " (the last of " + std::to_string(count) + ")")});
   }
 }
@@ -297,6 +309,9 @@ std::string ScriptRunner::Found(const ExpectAction& action) {
   if (action.subject == ExpectAction::Subject::State) {
     return FoundState(action);
   }
+  if (action.subject == ExpectAction::Subject::Output) {
+    return FoundOutput(action);
+  }
   const bool reply = action.subject == ExpectAction::Subject::Reply;
   const bool log = action.subject == ExpectAction::Subject::Log;
   const std::optional<std::string>& last = reply ? m_reply : log ? m_log : m_notification;
@@ -304,6 +319,11 @@ std::string ScriptRunner::Found(const ExpectAction& action) {
     throw HostError(std::string("there has been no ") + (reply ? "reply" : log ? "log line" : "notification") + " yet");
   }
   return *last;
+}
+
+std::string ScriptRunner::Masked(const ExpectAction& action, const std::string& text) {
+  const bool secret = action.subject == ExpectAction::Subject::Setting && IsSecretSetting(action.setting);
+  return secret ? m_printer.Secrets().Secret(text) : m_printer.Secrets().Text(text);
 }
 
 std::string ScriptRunner::Ask(unsigned long driverId, const char* command) {
@@ -316,6 +336,7 @@ std::string ScriptRunner::Ask(unsigned long driverId, const char* command) {
     throw;
   }
   m_asking = false;
+  m_printer.Secrets().LearnFromXml(reply);
   const std::optional<std::string> failure = FailureIn(reply);
   if (failure) {
     throw HostError(m_names.Name(driverId) + " refused: " + *failure);
@@ -338,13 +359,13 @@ std::string ScriptRunner::DeviceFile(unsigned long driverId) {
 void ScriptRunner::ActionFailed(const std::string& problem) {
   ++m_result.actionsFailed;
   NoteFirst();
-  m_printer.Line("error", m_where + ": " + problem);
+  m_printer.Line("error", m_where + ": " + m_printer.Secrets().Text(problem));
 }
 
 void ScriptRunner::ExpectationFailed(const std::string& problem, const std::vector<std::string>& details) {
   ++m_result.expectationsFailed;
   NoteFirst();
-  m_printer.Line("expect", m_where + ": " + problem);
+  m_printer.Line("expect", m_where + ": " + m_printer.Secrets().Text(problem));
   for (const std::string& detail : details) {
     m_printer.Line("expect", detail);
   }

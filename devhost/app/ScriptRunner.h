@@ -57,6 +57,7 @@ class ScriptRunner : private HostObserver {
   void Do(const LoadProjectAction& action);
   void Do(const ShowAction& action);
   void Do(const RestartAction& action);
+  void Do(const RunAction& action);
   void Do(const PrintAction& action);
   void Do(const ExpectAction& action);
 
@@ -65,11 +66,16 @@ class ScriptRunner : private HostObserver {
   void ShowFile(unsigned long driverId);
   void ShowVariables();
   void ShowState(unsigned long driverId);
+  void ShowDaemon(unsigned long driverId);
+  void ShowOutput(const std::string& output);
   void CheckNone(const ExpectAction& action);
   // What an expectation looks at. Throws HostError when there is nothing.
   std::string Found(const ExpectAction& action);
   std::string FoundFlag(const ExpectAction& action) const;
   std::string FoundState(const ExpectAction& action);
+  std::string FoundOutput(const ExpectAction& action) const;
+  // A text as an expectation about that subject shows it.
+  std::string Masked(const ExpectAction& action, const std::string& text);
   // Asks a driver something on the script's behalf: command and reply are not printed and are no "last reply".
   std::string Ask(unsigned long driverId, const char* command);
   std::string DeviceFile(unsigned long driverId);
@@ -90,7 +96,8 @@ class ScriptRunner : private HostObserver {
   std::optional<std::string> m_reply;
   std::optional<std::string> m_notification;
   std::optional<std::string> m_log;
-  std::size_t m_newNotifications = 0;  // since the last action that could have caused any
+  std::optional<std::string> m_output;  // of the last program
+  std::size_t m_newNotifications = 0;   // since the last action that could have caused any
   std::size_t m_newLogs = 0;
   Result m_result;
 };

@@ -51,7 +51,7 @@ void KnownSecrets::LearnFromXml(std::string_view xml) {
 }
 
 std::string KnownSecrets::Mask(std::string_view text) const {
-  std::string masked = MaskXml(MaskConfigText(text));
+  std::string masked = MaskConfigText(MaskXml(text));
   for (const std::string& secret : m_secrets) {
     Replace(masked, secret);
   }

@@ -9,6 +9,8 @@ namespace devhost {
 
 // The texts that MaskXml would mask as communities, as they are without the XML around them.
 std::vector<std::string> SecretsInXml(std::string_view xml);
+// The words, or parts of them, that MaskCommandLine would mask behind an option.
+std::vector<std::string> SecretsInCommandLine(const std::vector<std::string>& words);
 
 // The secrets that have come by, to find them where nothing around them tells: in log lines, reasons and the output of
 // programs.

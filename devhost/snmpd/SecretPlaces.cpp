@@ -311,8 +311,10 @@ class Scanner {
   }
 
   void HideValue(std::size_t begin, std::size_t end) {
-    const bool empty = end - begin == 2 && m_line[begin] == m_line[end - 1] && !IsLetter(m_line[begin]);
-    if (begin < end && !empty) {
+    const std::string_view value = m_line.substr(begin, end - begin);
+    const bool quoted = value.size() > 1 && (value.front() == '"' || value.front() == '\'') && value.front() == value.back();
+    const std::string_view inside = quoted ? value.substr(1, value.size() - 2) : value;
+    if (!inside.empty() && inside != kMask) {
       m_places.push_back({begin, end});
     }
   }

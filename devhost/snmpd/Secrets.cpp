@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "devhost/snmpd/KnownSecrets.h"
 #include "devhost/snmpd/SecretPlaces.h"
 
 namespace devhost {
@@ -17,6 +18,16 @@ std::string Masked(std::string_view text, const std::vector<SecretPlace>& places
     copied = place.end;
   }
   return masked.append(text, copied, std::string_view::npos);
+}
+
+// The secrets behind options, with their places among all words.
+std::vector<SecretWord> OptionSecrets(const std::vector<std::string>& words) {
+  const auto command = std::find_if(words.begin(), words.end(), IsSnmpCommand);
+  std::vector<SecretWord> secrets = SecretOptions({command, words.end()});
+  for (SecretWord& secret : secrets) {
+    secret.index += static_cast<std::size_t>(command - words.begin());
+  }
+  return secrets;
 }
 
 bool HoldsBlank(const std::string& word) {
@@ -39,9 +50,8 @@ std::string MaskXml(std::string_view xml) {
 
 std::vector<std::string> MaskCommandLine(const std::vector<std::string>& words) {
   std::vector<std::string> masked = words;
-  const auto command = std::find_if(words.begin(), words.end(), IsSnmpCommand);
-  for (const SecretWord& secret : SecretOptions({command, words.end()})) {
-    std::string& word = masked[static_cast<std::size_t>(command - words.begin()) + secret.index];
+  for (const SecretWord& secret : OptionSecrets(words)) {
+    std::string& word = masked[secret.index];
     if (word.size() > secret.offset) {
       word.replace(secret.offset, std::string::npos, kMask);
     }
@@ -59,6 +69,14 @@ std::vector<std::string> MaskCommandLine(const std::vector<std::string>& words) 
     }
   }
   return masked;
+}
+
+std::vector<std::string> SecretsInCommandLine(const std::vector<std::string>& words) {
+  std::vector<std::string> secrets;
+  for (const SecretWord& secret : OptionSecrets(words)) {
+    secrets.push_back(words[secret.index].substr(secret.offset));
+  }
+  return secrets;
 }
 
 }  // namespace devhost

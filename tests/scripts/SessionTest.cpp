@@ -2,8 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,6 +26,18 @@ std::vector<std::string> Sessions() {
   }
   std::sort(names.begin(), names.end());
   return names;
+}
+
+bool ContainsWord(const std::string& line, const std::string& word) {
+  const auto isWordAt = [&line](std::size_t at) {
+    return at < line.size() && std::isalnum(static_cast<unsigned char>(line[at])) != 0;
+  };
+  for (std::size_t at = line.find(word); at != std::string::npos; at = line.find(word, at + 1)) {
+    if ((at == 0 || !isWordAt(at - 1)) && !isWordAt(at + word.size())) {
+      return true;
+    }
+  }
+  return false;
 }
 
 class ASession : public testing::TestWithParam<std::string> {};
@@ -44,6 +60,51 @@ TEST_P(ASession, PlaysAsItsGoldenTranscriptSays) {
 
 INSTANTIATE_TEST_SUITE_P(Each, ASession, testing::ValuesIn(Sessions()),
                          [](const testing::TestParamInfo<std::string>& session) { return session.param; });
+
+// Every community that a file of the sessions holds, as settings, XML, snmpd.conf or script.
+std::set<std::string> Communities() {
+  const std::regex places(
+      "<(?:snmpCommunity(?:Read|Write)Setting|community)>([^<]+)<|community=\"([^\"]+)\"|"
+      "name=\"community(?:Read|Write)\"\\s+value=\"([^\"]+)\"|r[ow]community\\s+(?:\"([^\"]+)\"|([^\\s\"]\\S*))|"
+      "trap2sink\\s+\\S+\\s+(?:\"([^\"]+)\"|([^\\s\"]\\S*))|set community(?:Read|Write) (?:'([^']+)'|([^'\\s]\\S*))");
+  std::set<std::string> communities;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(SESSION_FOLDER)) {
+    if (!entry.is_regular_file() || entry.path().extension() == ".golden") {
+      continue;
+    }
+    const std::string text = ScratchFolder::ReadFile(entry.path());
+    for (std::sregex_iterator match(text.begin(), text.end(), places), end; match != end; ++match) {
+      for (std::size_t group = 1; group != match->size(); ++group) {
+        communities.insert((*match)[group].str());
+      }
+    }
+  }
+  communities.erase("");
+  return communities;
+}
+
+// What the sessions print, but for those that ask for secrets.
+TEST(NoSession, PrintsACommunityUnlessItIsAsked) {
+  const std::set<std::string> communities = Communities();
+  ASSERT_TRUE(communities.count("my house") == 1 && communities.count("byhand") == 1 &&
+              communities.count("hidden one") == 1);
+  std::size_t masked = 0;
+  for (const std::string& session : Sessions()) {
+    std::istringstream golden(ScratchFolder::ReadFile(std::string(SESSION_FOLDER) + "/" + session + ".golden"));
+    bool asked = false;
+    for (std::string line; std::getline(golden, line);) {
+      if (line.compare(0, 2, "$ ") == 0) {
+        asked = line.find("--show-secrets") != std::string::npos;
+      } else if (!asked) {
+        masked += line.find("*****") != std::string::npos ? 1 : 0;
+        for (const std::string& community : communities) {
+          EXPECT_FALSE(ContainsWord(line, community)) << session << " shows " << community << ": " << line;
+        }
+      }
+    }
+  }
+  EXPECT_GT(masked, 20u);
+}
 
 TEST(Sessions, AreFound) {
   EXPECT_GE(Sessions().size(), 10u);

@@ -198,7 +198,7 @@ TEST(AnEvent, MayCarryTheSameParameterTwice) {
 TEST(AWrongLine, IsNamedWithItsNumberAndWhatIsAllowed) {
   EXPECT_EQ(ErrorOf("print a\n\ncomand x\nprint"),
             "a.devhost:3: unknown action \"comand\"; allowed: command, event, device, variable, user-variable, item, flag, "
-            "load-project, show, restart, print, expect");
+            "load-project, show, restart, run, print, expect");
 }
 
 TEST(AParameterWithoutAValue, IsRefused) {

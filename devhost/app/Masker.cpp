@@ -1,0 +1,95 @@
+#include "devhost/app/Masker.h"
+
+#include "devhost/snmpd/SecretPlaces.h"
+#include "devhost/snmpd/Secrets.h"
+
+namespace devhost {
+
+namespace {
+
+// Whether a command has that name for a community, or names a setting that is one and this is its value.
+bool IsSecret(const std::string& name, const Parameters& parameters) {
+  if (name != "value") {
+    return IsSecretSetting(name);
+  }
+  for (const auto& [other, value] : parameters) {
+    if (other == "name" && IsSecretSetting(value)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+void Masker::Learn(const Parameters& parameters) {
+  if (m_showSecrets) {
+    return;
+  }
+  for (const auto& [name, value] : parameters) {
+    if (IsSecret(name, parameters)) {
+      m_known.Learn(value);
+    } else {
+      m_known.LearnFromXml(value);
+    }
+  }
+}
+
+void Masker::LearnFromXml(std::string_view xml) {
+  if (!m_showSecrets) {
+    m_known.LearnFromXml(xml);
+  }
+}
+
+void Masker::LearnFromCommandLine(const std::vector<std::string>& words) {
+  for (const std::string& secret : SecretsInCommandLine(words)) {
+    m_known.Learn(secret);
+  }
+}
+
+std::string Masker::Text(std::string_view text) const {
+  return m_showSecrets ? std::string(text) : m_known.Mask(text);
+}
+
+std::string Masker::Secret(const std::string& text) const {
+  return m_showSecrets || text.empty() ? text : kMask;
+}
+
+std::string Masker::Xml(const std::string& xml) const {
+  if (m_showSecrets) {
+    return xml;
+  }
+  // The reason of a failure is a message like any other.
+  return xml.compare(0, 5, "<Fail") == 0 ? m_known.Mask(xml) : MaskXml(xml);
+}
+
+std::string Masker::ConfigLine(std::string_view line) const {
+  return m_showSecrets ? std::string(line) : MaskConfigLine(line);
+}
+
+Parameters Masker::CommandParameters(const Parameters& parameters) const {
+  Parameters shown = parameters;
+  for (auto& [name, value] : shown) {
+    if (!m_showSecrets && (value.compare(0, 1, "@") != 0 || value.compare(0, 2, "@@") == 0)) {
+      value = IsSecret(name, parameters) ? Secret(value) : m_known.Mask(value);
+    }
+  }
+  return shown;
+}
+
+std::vector<std::string> Masker::CommandLine(const std::vector<std::string>& words) const {
+  if (m_showSecrets) {
+    return words;
+  }
+  std::vector<std::string> shown = MaskCommandLine(words);
+  for (std::size_t i = 1; i < shown.size(); ++i) {
+    shown[i] = m_known.Mask(shown[i]);
+  }
+  return shown;
+}
+
+bool IsSecretSetting(std::string_view name) {
+  return name.find("ommunity") != std::string_view::npos;
+}
+
+}  // namespace devhost
