@@ -15,6 +15,17 @@ bool Bit(unsigned int bits, unsigned int place) {
   return (bits >> place & 1U) != 0;
 }
 
+// What the fuzzer counts as new ground beside the code that is reached: which call something was done in, and what was done.
+__attribute__((section("__libfuzzer_extra_counters"))) unsigned char s_ground[4096];
+
+void Reach(const std::string& where, int what) {
+  // Without arguments, and without the name of the one that is called.
+  const std::string call = where.substr(0, where.find(' ', where.compare(0, 9, "variable ") == 0 ? where.find('.') : 0));
+  const std::size_t dot = call.rfind('.');
+  const std::string name = dot == std::string::npos ? call : call.substr(dot);
+  s_ground[(std::hash<std::string>()(name) * 31 + static_cast<std::size_t>(what)) % sizeof s_ground] = 1;
+}
+
 bool StartsWith(const std::string& text, const std::string& start) {
   return text.compare(0, start.size(), start) == 0;
 }
@@ -96,6 +107,7 @@ std::string World::Play(const Operation& operation, const std::vector<Plan>& pla
   Clock::Use(nullptr);
   m_plans = nullptr;
   m_journal.Take();
+  Reach(result.substr(0, result.find('>')), static_cast<int>(operation.kind));
   std::string seen;
   for (const std::string& line : m_seen) {
     seen.append(line).append("\n");
@@ -112,10 +124,12 @@ void World::OnCall(const std::string& call) {
       continue;
     }
     if (plan.throws) {
+      Reach(call, -1);
       m_seen.push_back("! fault");
       throw Fault();
     }
     if (MayNest(call)) {
+      Reach(call, static_cast<int>(plan.nested.kind));
       m_seen.push_back("{");
       const std::string result = Run(plan.nested);
       m_seen.push_back("} " + result);
