@@ -87,13 +87,16 @@ h7::auto_com<H7XML::INode> LocalSnmpdDevice::GetPersistState(unsigned long) {
   if (!m_file) {
     return m_handedState;
   }
+  m_saidStateChanged = false;
   m_state.settings = Settings();
   return WriteDeviceState(m_state);
 }
 
 void LocalSnmpdDevice::SettingsChanged() {
-  if (m_file) {
+  // Once is enough until the host has asked: a request of the tool sets a dozen settings.
+  if (m_file && !m_saidStateChanged) {
     DmInvalidateState();
+    m_saidStateChanged = true;
   }
 }
 

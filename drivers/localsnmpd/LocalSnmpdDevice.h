@@ -64,7 +64,8 @@ class LocalSnmpdDevice final : public SnmpDeviceDriver {
   std::optional<Daemon> m_daemon;
   // Its settings are of no use here: those that count are the base's.
   DeviceState m_state;
-  bool m_copiedOut = false;  // in this life
+  bool m_copiedOut = false;         // in this life
+  bool m_saidStateChanged = false;  // and the host has not asked for the state since
 };
 
 }  // namespace drivers

@@ -464,7 +464,11 @@ TEST_F(ALocalDevice, TellsTheHostOfWhatIsToBeKept) {
   Device device(Folder(), "", State(), "<setting name='sysName' value='project'/>");
   int former = device.host.invalidations;
   EXPECT_EQ(0, former);
-  const auto told = [&] { return std::exchange(former, device.host.invalidations) != device.host.invalidations; };
+  // As a host that asks for the state when it was told.
+  const auto told = [&] {
+    device.Keep();
+    return std::exchange(former, device.host.invalidations) != device.host.invalidations;
+  };
   device->SetSysNameSetting("project");
   EXPECT_FALSE(told());
   device->SetSysNameSetting("mine");
@@ -485,6 +489,18 @@ TEST_F(ALocalDevice, TellsTheHostOfWhatIsToBeKept) {
   EXPECT_TRUE(told());
   EXPECT_EQ(0, device->StartMasterAgent());
   EXPECT_FALSE(told());
+}
+
+TEST_F(ALocalDevice, TellsTheHostOnceUntilItIsAsked) {
+  WriteFile(kKitchen);
+  Device device(Folder());
+  device->SetSysNameSetting("one");
+  device->SetSysNameSetting("two");
+  device->SetEnabledSetting(true);
+  EXPECT_EQ(1, device.host.invalidations);
+  device.Keep();
+  device->SetSysNameSetting("three");
+  EXPECT_EQ(2, device.host.invalidations);
 }
 
 TEST_F(ALocalDevice, SaysWhatIsWrongWithItsConfiguration) {
