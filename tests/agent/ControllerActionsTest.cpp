@@ -1,6 +1,7 @@
 #include <boost/weak_ptr.hpp>
 
 #include "device/SNMPDevice.h"
+#include "host/ICmdMessage.h"
 #include "tests/support/AgentFixture.h"
 #include "tests/support/RecordingDevice.h"
 
@@ -82,6 +83,18 @@ TEST_F(AControllerAction, LetsWhatTheDeviceThrowsThrough) {
     EXPECT_EQ(devhost::LiveXmlObjects(), 0U);
     EXPECT_EQ(State().devices.at(7).use_count(), 1);
   }
+}
+
+TEST_F(AControllerAction, ReadsTheIdBeforeItMakesAReply) {
+  struct Message final : ICmdMessage {
+    std::string GetString(const char*) const override { return std::string(); }
+    unsigned long GetULong(const char*) const override {
+      EXPECT_EQ(devhost::LiveXmlObjects(), 0U);
+      return 7;
+    }
+    bool Has(const char*) const override { return true; }
+  } const message;
+  EXPECT_EQ(Text(*agent->OnReqRebootController(message)), "<Success/>");
 }
 
 TEST_F(AControllerAction, HoldsTheRecordWhileTheDeviceWithdrawsItself) {

@@ -15,6 +15,13 @@ using AFilledSetting = ManagedDeviceTest;
 using AWordValue = ManagedDeviceTest;
 using AgentXValues = ManagedDeviceTest;
 
+TEST(TheLinesInside, AreThoseBetweenTheLinesOfTheMarkers) {
+  EXPECT_EQ(managed_section::LinesInside("a\n# Halvoren Section Start\nb\n\nc\n# Halvoren Section End\nd\n"), "b\n\nc\n");
+  EXPECT_EQ(managed_section::LinesInside("Halvoren Section Start\nb\nc Halvoren Section End"), "b\n");
+  EXPECT_EQ(managed_section::LinesInside("Halvoren Section Start\nb"), "b");
+  EXPECT_EQ(managed_section::LinesInside("Halvoren Section Start"), "");
+}
+
 TEST_F(OutsideASection, NothingIsSet) {
   record->SetConfig(
       "rocommunity x\nagentXTimeout 9\nsysName box\ntrap2sink 10.0.0.5\n# Halvoren Section End\nsysName box\n");
@@ -197,6 +204,15 @@ TEST_F(AWordValue, IsPartedBySpacesOnly) {
 TEST_F(AWordValue, LosesWhiteSpaceAtItsEnds) {
   ReadSection("\t sysName  \t\tmy\tbox \v\f\t\r");
   EXPECT_EQ(device.sysName, "my\tbox");
+}
+
+TEST_F(AWordValue, KeepsEveryPrintableCharacter) {
+  std::string all;
+  for (char character = '!'; character <= '~'; ++character) {
+    all += character;
+  }
+  ReadSection("sysName  " + all);
+  EXPECT_EQ(device.sysName, all);
 }
 
 TEST_F(AWordValue, KeepsItsQuotes) {

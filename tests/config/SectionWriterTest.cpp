@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <ctime>
+#include <limits>
 
 #include "tests/support/ScratchFolder.h"
 
@@ -196,6 +197,13 @@ TEST_F(AClockIn, UniversalTimeCrossesMidnight) {
   EXPECT_EQ(TimeStamp(1798761600 - 1), "Thursday, December, 31 2026 at 23:59:59");
   EXPECT_EQ(TimeStamp(1798761600), "Friday, January, 01 2027 at 00:00:00");
   EXPECT_EQ(TimeStamp(0), "Thursday, January, 01 1970 at 00:00:00");
+}
+
+TEST_F(AClockIn, AYearThatTheCalendarCannotCountGivesNoTimeStamp) {
+  SetZone("UTC0");
+  if (sizeof(std::time_t) > 4) {
+    EXPECT_EQ(TimeStamp(std::numeric_limits<std::time_t>::max()), "");
+  }
 }
 
 }  // namespace

@@ -25,6 +25,16 @@ TEST_F(ATrapLine, WithAQuotedCommunityHasThreeFields) {
   EXPECT_EQ(Read("trap2sink 10.0.0.5 \"public\" 162"), "10.0.0.5|public|162");
 }
 
+TEST_F(ATrapLine, KeepsEveryPrintableCharacterButQuotes) {
+  std::string all;
+  for (char character = '!'; character <= '~'; ++character) {
+    if (character != '"') {
+      all += character;
+    }
+  }
+  EXPECT_EQ(Read("trap2sink  h" + all + "  \"c" + all + "\"  p" + all), "h" + all + "|c" + all + "|p" + all);
+}
+
 TEST_F(ATrapLine, WithoutQuotesHasTheRestAsItsCommunity) {
   EXPECT_EQ(Read("trap2sink  10.0.0.5  public  162"), "10.0.0.5|  public  162|");
 }
