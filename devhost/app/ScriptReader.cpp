@@ -15,7 +15,8 @@ namespace devhost {
 
 namespace {
 
-// What is wrong with a line, without the secrets that a line with a wrong number of words or quotes may spill into it.
+// What is wrong with the words of a line, without the secrets that a line with a wrong number of words or quotes may spill
+// into it.
 std::string Shown(const std::string& problem, std::string_view line) {
   const bool onSecrets = line.find("ommunity") != std::string_view::npos || line.find("add-trap") != std::string_view::npos;
   KnownSecrets secrets;
@@ -105,7 +106,7 @@ bool ScriptReader::Next(Action& action) {
     }
     try {
       if (line.find('\0') != std::string_view::npos) {
-        throw ActionError("the line holds a NUL byte: a script is text");
+        throw WordError("the line holds a NUL byte: a script is text");
       }
       const std::vector<std::string> words = SplitWords(line);
       if (!words.empty()) {

@@ -39,6 +39,16 @@ TEST(AFailReply, CarriesItsReason) {
   EXPECT_EQ(FailureIn("<ReadFail/>"), std::nullopt);
 }
 
+TEST(ADaemonReply, IsOneLine) {
+  EXPECT_EQ(DaemonLine(DaemonIn("<daemon running=\"true\" pid=\"4711\" address=\"udp:127.0.0.1:40161\" online=\"true\" "
+                                "pending=\"false\"/>")),
+            "running pid=4711 address=udp:127.0.0.1:40161 online");
+  EXPECT_EQ(DaemonLine(DaemonIn("<daemon running=\"false\" pid=\"0\" address=\"udp:127.0.0.1:40161\" online=\"false\" "
+                                "pending=\"true\"/>")),
+            "stopped address=udp:127.0.0.1:40161 offline pending");
+  EXPECT_EQ(DaemonIn("<Fail/>").address, "");
+}
+
 TEST(AReplyThatIsNoXml, HoldsNothing) {
   EXPECT_EQ(FailureIn(""), std::nullopt);
   EXPECT_THAT(SettingLines("<settings>"), IsEmpty());

@@ -71,6 +71,34 @@ TEST(AnInvalidatedState, IsItsFirstWordAndDriver) {
   EXPECT_EQ(Printed(Make(Occurrence::Kind::Invalidate, "", "")), "invalidate kitchen\n");
 }
 
+TEST(WhatMayHoldASecret, IsPrintedWithoutIt) {
+  const std::string xml = "<a><community>hidden</community></a>";
+  for (const auto& [kind, word] :
+       {std::pair{Occurrence::Kind::Reply, "reply"}, std::pair{Occurrence::Kind::Notification, "notification"}}) {
+    EXPECT_EQ(Printed(Make(kind, "", xml)), std::string(word) + " kitchen <a><community>*****</community></a>\n");
+  }
+  const std::string line = "rocommunity hidden";
+  for (const Occurrence::Kind kind : {Occurrence::Kind::Event, Occurrence::Kind::Log, Occurrence::Kind::Manners,
+                                      Occurrence::Kind::Failure, Occurrence::Kind::StateProblem}) {
+    EXPECT_THAT(Printed(Make(kind, "3", line)),
+                testing::AllOf(testing::HasSubstr("rocommunity *****"), testing::Not(testing::HasSubstr("hidden"))));
+  }
+}
+
+TEST(WhatMayHoldASecret, IsPrintedAsItIsOnRequest) {
+  PrintStyle style;
+  style.showSecrets = true;
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Log, "3", "rocommunity hidden"), style), "log kitchen 3 rocommunity hidden\n");
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "", "<community>hidden</community>"), style),
+            "reply kitchen <community>hidden</community>\n");
+}
+
+TEST(ALongReplyInPrettyStyle, IsMaskedBeforeItIsLaidOut) {
+  const std::string fill(100, 'c');
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "", "<a><community>hidden</community><b>" + fill + "</b></a>"), Pretty()),
+            "reply kitchen\n  <a>\n    <community>*****</community>\n    <b>" + fill + "</b>\n  </a>\n");
+}
+
 TEST(InColour, OnlyTheFirstWordIsColoured) {
   EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "a", "<a/>"), PrintStyle{false, true}),
             "\x1b[1;32mreply\x1b[0m kitchen <a/>\n");

@@ -7,6 +7,7 @@
 
 #include "devhost/app/FileText.h"
 #include "devhost/app/ScriptActions.h"
+#include "devhost/app/ScriptPrograms.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace devhost {
@@ -301,6 +302,59 @@ TEST(EveryFormThatHelpShows, StartsWithAnActionThatTheReaderKnows) {
     const std::string first = std::string(form.synopsis).substr(0, std::string(form.synopsis).find(' '));
     EXPECT_EQ(ErrorOf(first).find("unknown action"), std::string::npos) << form.synopsis;
   }
+}
+
+TEST(AWrongLine, IsNamedWithoutTheSecretThatItSpills) {
+  EXPECT_EQ(ErrorOf("command SetSetting name=communityRead value=my house"),
+            "a.devhost:1: the parameter \"*****\" has no value: write *****=VALUE, or *****= for an empty one");
+  EXPECT_EQ(ErrorOf("command AddTrapTarget target=h community=our house port=162"),
+            "a.devhost:1: the parameter \"*****\" has no value: write *****=VALUE, or *****= for an empty one");
+  EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches '(" + std::string(1100, 'x') + "'"),
+              testing::AllOf(StartsWith("a.devhost:1: "), testing::Not(HasSubstr("xxx"))));
+  EXPECT_THAT(ErrorOf("command SetSetting name=sysName value=my house"), HasSubstr("\"house\""));
+  EXPECT_EQ(ErrorOf(std::string("print 'community \0", 18)), "a.devhost:1: the line holds a NUL byte: a script is text");
+}
+
+TEST(ARun, HasTheProgramsWordsAndTheScriptsFolder) {
+  const testsupport::ScratchFolder folder;
+  const RunAction run = Only<RunAction>("run sh -c 'echo a' \"\" {address:kitchen}", folder.Path());
+  EXPECT_THAT(run.words, testing::ElementsAre("sh", "-c", "echo a", "", "{address:kitchen}"));
+  EXPECT_EQ(run.folder, folder.Path());
+  EXPECT_EQ(Only<RunAction>("run true").folder, "");
+}
+
+TEST(ARun, OfAProgramThatIsNotThereIsWrong) {
+  const testsupport::ScratchFolder folder;
+  folder.Write("text", "no program");
+  EXPECT_EQ(ErrorOf("run"), "a.devhost:1: \"run\" names no program; allowed: run PROGRAM [WORD]...");
+  EXPECT_THAT(ErrorOf("run no-such-program-at-all"), HasSubstr("cannot run \"no-such-program-at-all\": it is not in PATH"));
+  EXPECT_THAT(ErrorOf("run ./gone", folder.Path()), HasSubstr("cannot run \"./gone\": No such file or directory"));
+  EXPECT_THAT(ErrorOf("run ./text", folder.Path()), HasSubstr("cannot run \"./text\": Permission denied"));
+}
+
+TEST(ARun, WithTheAddressOfAnUnknownDriverIsWrong) {
+  EXPECT_THAT(ErrorOf("run echo udp:{address:12}/{address:attics}"), HasSubstr("there is no driver \"attics\""));
+  EXPECT_EQ(ErrorOf("run echo {address:12} {address:attic} {address:open {adress:x}"), "");
+}
+
+TEST(AnAddress, IsPutInWhereverItStandsInAWord) {
+  const auto address = [](const std::string& driver) { return "<" + driver + ">"; };
+  EXPECT_EQ(WithAddresses("a{address:k}b{address:7}", address), "a<k>b<7>");
+  EXPECT_EQ(WithAddresses("{address:k", address), "{address:k");
+  EXPECT_EQ(WithAddresses("", address), "");
+}
+
+TEST(ADevice, GoesOnAndOffLineByACommandThatHasToSucceed) {
+  for (const bool online : {true, false}) {
+    const CommandAction action = Only<CommandAction>(online ? "device kitchen online" : "device kitchen offline");
+    EXPECT_EQ(action.driverId, 12UL);
+    EXPECT_EQ(action.name, "SetOnline");
+    EXPECT_TRUE(action.mustSucceed);
+    ASSERT_EQ(action.parameters.size(), 1U);
+    EXPECT_EQ(action.parameters[0].name, "online");
+    EXPECT_EQ(action.parameters[0].value, online ? "true" : "false");
+  }
+  EXPECT_EQ(Only<ShowAction>("device kitchen show daemon").what, ShowAction::What::Daemon);
 }
 
 TEST(ManyLines, AreReadInTimeThatGrowsWithTheirNumber) {
