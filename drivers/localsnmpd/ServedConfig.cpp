@@ -18,9 +18,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char kForbidden[] = "agentaddress";
 const std::size_t kMostFiles = 1000;
 const std::uintmax_t kMostBytes = std::uintmax_t{16} * 1024 * 1024;
+
+// Why the daemon may not get a line of that keyword; null for others.
+const char* WhyForbidden(const std::string& keyword) {
+  if (keyword == "agentaddress") {
+    return "would open other ports";
+  }
+  // The system forgets that the daemon is to die with the host as soon as it becomes another user.
+  return keyword == "agentuser" || keyword == "agentgroup" ? "would let the daemon outlive the host" : nullptr;
+}
 
 // Calls `work` with each line, without its line feed, and its number from 1, until it returns false.
 template <class Work>
@@ -98,8 +106,9 @@ class IncludeJudge {
     std::string found;
     ForEachLine(text, [&](std::string_view line, std::size_t number) {
       const ConfigLine config = ReadConfigLine(line);
-      if (config.keyword == kForbidden) {
-        found = whole.string() + ":" + std::to_string(number) + " holds agentaddress, which would open other ports";
+      const char* const why = WhyForbidden(config.keyword);
+      if (why != nullptr) {
+        found = whole.string() + ":" + std::to_string(number) + " holds " + config.keyword + ", which " + why;
       } else {
         found = Judge(config, file.parent_path());
       }
@@ -124,12 +133,13 @@ ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths
     }
     const ConfigLine config = ReadConfigLine(served);
     const std::string found = IncludeJudge(paths).Judge(config, paths.device);
-    if (config.keyword == kForbidden) {
-      result.notes.push_back({number, served, "agentaddress would open other ports; the daemon does not get this line"});
+    const char* const why = WhyForbidden(config.keyword);
+    if (why != nullptr) {
+      result.notes.push_back({number, served, config.keyword + " " + why + "; the daemon does not get this line"});
     } else if (!found.empty()) {
       result.notes.push_back({number, served, found + "; the daemon does not get this include"});
     }
-    result.text += config.keyword == kForbidden || !found.empty() ? "# " : "";
+    result.text += why != nullptr || !found.empty() ? "# " : "";
     result.text += served;
     result.text += '\n';
     return true;

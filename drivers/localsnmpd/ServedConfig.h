@@ -15,8 +15,8 @@ struct IncludePaths {
 };
 
 // What the daemon reads in place of snmpd.conf: the same lines under the same numbers, but without those that would make it
-// serve other ports than its own. These are made comments:
-//  - agentaddress, however it is written;
+// serve other ports than its own, or outlive the host. These are made comments:
+//  - agentaddress, agentuser and agentgroup, however they are written;
 //  - an include of files that hold such a line, or that cannot be judged because they are too many or too large.
 // A zero byte, at which the daemon would go on with the next line, is replaced by a question mark.
 struct ServedConfig {

@@ -93,6 +93,17 @@ TEST_F(AServedConfig, NamesEachLineThatItLeavesOutUnderItsNumber) {
   EXPECT_EQ(4U, served.notes[1].number);
 }
 
+TEST_F(AServedConfig, LeavesOutAnotherUserOrGroup) {
+  for (const std::string line : {"agentuser nobody", "[snmpd] AgentGroup nogroup"}) {
+    EXPECT_EQ(LeftOut(line), Serve(line));
+  }
+  const ServedConfig served = MakeServedConfig("agentuser nobody\n", m_paths);
+  ASSERT_EQ(1U, served.notes.size());
+  EXPECT_EQ("agentuser would let the daemon outlive the host; the daemon does not get this line", served.notes[0].what);
+  m_folder.Write("user.conf", "agentuser nobody\n");
+  EXPECT_EQ(LeftOut("includeFile user.conf"), Serve("includeFile user.conf"));
+}
+
 TEST_F(AServedConfig, HoldsNoZeroByte) {
   const ServedConfig served = MakeServedConfig(std::string("agentadd\0junk\nress 161\n", 23), m_paths);
   EXPECT_EQ("agentadd?junk\nress 161\n", served.text);
