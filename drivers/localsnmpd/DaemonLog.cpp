@@ -17,6 +17,7 @@ const char kMask[] = "*****";
 const std::size_t kMostOtherLines = 5;
 const std::size_t kMostComplaints = 50;
 const std::size_t kLongestLine = 400;
+const std::string_view kBlanksOfNoTarget = "    ";
 
 // A line for the host's log: short and without control characters.
 std::string Printable(std::string text) {
@@ -79,7 +80,12 @@ std::size_t FirstSecretWord(const std::string& keyword) {
 
 void CollectFromLine(std::string_view line, std::set<std::string>& secrets) {
   ConfigLine config = ReadConfigLine(line);
-  const std::size_t first = FirstSecretWord(config.keyword);
+  std::size_t first = FirstSecretWord(config.keyword);
+  // A sink without a target is written with twice as many blanks; the daemon takes its community for the target.
+  const std::size_t begin = line.size() - config.rest.size();
+  const bool noTarget = begin >= kBlanksOfNoTarget.size() &&
+                        line.substr(begin - kBlanksOfNoTarget.size(), kBlanksOfNoTarget.size()) == kBlanksOfNoTarget;
+  first = first == 2 && noTarget ? 1 : first;
   for (std::size_t number = 1; first != 0 && !config.rest.empty(); ++number) {
     const std::string word = TakeConfigWord(config.rest);
     if (number >= first) {
@@ -91,6 +97,18 @@ void CollectFromLine(std::string_view line, std::set<std::string>& secrets) {
 bool IsPartOfWord(const std::string& line, std::size_t at) {
   return at < line.size() && (line[at] == '_' || (line[at] >= '0' && line[at] <= '9') ||
                               (line[at] >= 'a' && line[at] <= 'z') || (line[at] >= 'A' && line[at] <= 'Z'));
+}
+
+// Where the daemon's own words begin: behind FILE:LINE: Error:, which a community such as 162 must not make unreadable.
+std::size_t BeginOfWords(const std::string& complaint) {
+  const std::size_t blank = complaint.find(' ');
+  for (const std::string_view kind : {": Error: ", ": Warning: "}) {
+    if (blank != std::string::npos && blank >= 2 && complaint.compare(blank - 1, kind.size(), kind) == 0 &&
+        complaint[blank - 2] >= '0' && complaint[blank - 2] <= '9') {
+      return blank - 1 + kind.size();
+    }
+  }
+  return 0;
 }
 
 }  // namespace
@@ -145,8 +163,9 @@ std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std:
 }
 
 std::string MaskSecrets(std::string line, const std::vector<std::string>& secrets) {
+  const std::size_t begin = BeginOfWords(line);
   for (const std::string& secret : secrets) {
-    std::size_t at = 0;
+    std::size_t at = begin;
     while ((at = line.find(secret, at)) != std::string::npos) {
       const bool isWord = (at == 0 || !IsPartOfWord(line, at - 1)) && !IsPartOfWord(line, at + secret.size());
       if (isWord) {

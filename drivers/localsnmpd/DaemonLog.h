@@ -18,7 +18,7 @@ std::vector<std::string> ReadOtherLines(const std::string& log);
 // All communities that a device knows: those of its settings and those in the text of its snmpd.conf, and the words of each.
 std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std::string& config);
 
-// The line with ***** for each secret that stands in it as a word.
+// The line with ***** for each secret that stands in it as a word, behind the file and line of a complaint.
 std::string MaskSecrets(std::string line, const std::vector<std::string>& secrets);
 
 }  // namespace drivers

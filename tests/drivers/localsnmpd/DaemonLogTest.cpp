@@ -64,6 +64,20 @@ TEST(ASecret, IsMaskedWhereItIsAWord) {
   EXPECT_EQ("nothing", MaskSecrets("nothing", {}));
 }
 
+TEST(ASecret, HidesNeitherFileNorLineOfAComplaint) {
+  const Lines secrets = {"snmpd", "162"};
+  EXPECT_EQ("snmpd.conf:162: Error: ***** *****", MaskSecrets("snmpd.conf:162: Error: snmpd 162", secrets));
+  EXPECT_EQ("snmpd.conf:162: Warning: *****", MaskSecrets("snmpd.conf:162: Warning: 162", secrets));
+  EXPECT_EQ("a *****: Error: *****", MaskSecrets("a 162: Error: 162", secrets));
+}
+
+TEST(TheSecretsOfADevice, AreThoseThatTheDaemonTakesForATarget) {
+  const Lines secrets = drivers::CollectSecrets({}, "trap2sink    old  162\ntrap2sink  host  new  162\n");
+  EXPECT_EQ("snmpd.conf:1: Error: cannot create sink: *****",
+            MaskSecrets("snmpd.conf:1: Error: cannot create sink: old", secrets));
+  EXPECT_EQ("host *****", MaskSecrets("host new", secrets));
+}
+
 TEST(TheSecretsOfADevice, AreItsCommunitiesAndTheirWords) {
   drivers::SnmpSettings settings;
   settings.communityRead.Set("read me");
