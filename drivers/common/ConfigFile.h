@@ -39,8 +39,8 @@ class ConfigFile {
   // Writers keep each other out by a lock on the folder; the second one fails at once.
   int Replace(const std::string& text) const;
 
-  // The same where the file still holds `expected`, a missing file the empty text; else kFileWasChanged. It is compared
-  // under the lock. Who takes no lock can still slip in between the comparison and the renaming.
+  // The same where the file still holds `expected`, a missing file the empty text, or `text` already; else kFileWasChanged.
+  // It is compared under the lock. Who takes no lock can still slip in between the comparison and the renaming.
   int ReplaceExpected(const std::string& expected, const std::string& text) const;
 
  private:
@@ -48,7 +48,7 @@ class ConfigFile {
 
   int Install(const std::string& text, const std::string* expected) const;
   int LookAtFormer(int folder, Former& former) const;
-  int CompareFormer(int folder, const Former& former, const std::string& expected) const;
+  int CompareFormer(int folder, const Former& former, const std::string& expected, const std::string& wanted) const;
   int WriteTemporary(int folder, const std::string& text, const Former& former) const;
   int FillTemporary(int descriptor, const std::string& text, const Former& former) const;
   int ReadOpened(int descriptor, std::string& text) const;

@@ -161,6 +161,13 @@ TEST(AConfigFile, ThatSomebodyChangedIsNotReplaced) {
   }
 }
 
+TEST(AConfigFile, ThatHoldsTheNewTextAlreadyIsNoConflict) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "second");
+  EXPECT_EQ(0, ConfigFile(folder.Path()).ReplaceExpected("first", "second"));
+  EXPECT_EQ("second", folder.Read("snmpd.conf"));
+}
+
 TEST(AConfigFile, ThatSomebodyRemovedIsNotReplaced) {
   const TemporaryFolder folder;
   EXPECT_EQ(kFileWasChanged, ConfigFile(folder.Path()).ReplaceExpected("first", "second"));
