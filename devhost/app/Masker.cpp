@@ -41,6 +41,12 @@ void Masker::LearnFromXml(std::string_view xml) {
   }
 }
 
+void Masker::LearnFromConfig(std::string_view text) {
+  if (!m_showSecrets) {
+    m_known.LearnFromConfig(text);
+  }
+}
+
 void Masker::LearnFromCommandLine(const std::vector<std::string>& words) {
   for (const std::string& secret : SecretsInCommandLine(words)) {
     m_known.Learn(secret);

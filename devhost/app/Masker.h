@@ -19,6 +19,7 @@ class Masker {
   // Secrets that come by are remembered, to be found in texts that do not tell where they stand.
   void Learn(const Parameters& parameters);
   void LearnFromXml(std::string_view xml);
+  void LearnFromConfig(std::string_view text);
   void LearnFromCommandLine(const std::vector<std::string>& words);
 
   // A text of any kind: a message, a log line, what a program wrote.

@@ -231,6 +231,7 @@ void ScriptRunner::Do(const ShowAction& action) {
 void ScriptRunner::ShowFile(unsigned long driverId) {
   const std::string& driver = m_names.Name(driverId);
   const std::string text = DeviceFile(driverId);
+  m_printer.Secrets().LearnFromConfig(text);
   std::size_t at = 0;
   while (at < text.size() && !m_printer.Failed()) {
     const std::size_t end = std::min(text.find('\n', at), text.size());

@@ -53,7 +53,9 @@ void ScriptRunner::ShowVariables() {
 }
 
 void ScriptRunner::ShowState(unsigned long driverId) {
-  m_printer.Xml("state", m_names.Name(driverId), m_host->GetPersistState(driverId));
+  const std::string state = m_host->GetPersistState(driverId);
+  m_printer.Secrets().LearnFromXml(state);
+  m_printer.Xml("state", m_names.Name(driverId), state);
 }
 
 std::string ScriptRunner::FoundFlag(const ExpectAction& action) const {

@@ -8,6 +8,8 @@ namespace devhost {
 
 namespace {
 
+constexpr std::size_t kShortest = 4;
+
 bool IsWordCharacter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
          static_cast<unsigned char>(c) >= 0x80;
@@ -18,29 +20,43 @@ bool IsEdge(std::string_view text, std::size_t at) {
   return at == 0 || at == text.size() || !IsWordCharacter(text[at - 1]) || !IsWordCharacter(text[at]);
 }
 
-void Replace(std::string& text, const std::string& secret) {
-  for (std::size_t at = text.find(secret); at != std::string::npos; at = text.find(secret, at)) {
-    if (IsEdge(text, at) && IsEdge(text, at + secret.size())) {
-      text.replace(at, secret.size(), kMask);
-      at += sizeof(kMask) - 1;
+// Comments explain: "createUser NAME [MD5 PASSPHRASE]".
+bool IsInComment(std::string_view text, std::size_t at) {
+  const std::size_t feed = text.substr(0, at).rfind('\n');
+  const std::size_t first = text.find_first_not_of(" \t", feed == std::string_view::npos ? 0 : feed + 1);
+  return text[first] == '#';
+}
+
+// As it stands in XML.
+std::string Coded(const std::string& text, std::string_view which) {
+  std::string coded;
+  for (const char c : text) {
+    if (which.find(c) == std::string_view::npos) {
+      coded += c;
     } else {
-      ++at;
+      coded += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : "&quot;";
     }
   }
+  return coded;
 }
 
 }  // namespace
 
 void KnownSecrets::Learn(const std::string& secret) {
-  constexpr std::size_t kShortest = 4;
-  constexpr std::size_t kMost = 256;
-  const auto longer = [](const std::string& left, const std::string& right) {
-    return left.size() != right.size() ? left.size() > right.size() : left < right;
-  };
-  const auto place = std::lower_bound(m_secrets.begin(), m_secrets.end(), secret, longer);
-  if (secret.size() >= kShortest && secret != kMask && m_secrets.size() < kMost &&
-      (place == m_secrets.end() || *place != secret)) {
-    m_secrets.insert(place, secret);
+  const bool quoted =
+      secret.size() > 2 && (secret.front() == '"' || secret.front() == '\'') && secret.front() == secret.back();
+  if (quoted) {
+    Learn(secret.substr(1, secret.size() - 2));
+  }
+  Add(secret);
+  for (const char* const which : {"&<", "&<>", "&<>\""}) {
+    Add(Coded(secret, which));
+  }
+}
+
+void KnownSecrets::Add(const std::string& secret) {
+  if (secret.size() >= kShortest && secret != kMask && m_secrets.insert(secret).second) {
+    m_sizes[secret.substr(0, kShortest)].insert(secret.size());
   }
 }
 
@@ -50,12 +66,50 @@ void KnownSecrets::LearnFromXml(std::string_view xml) {
   }
 }
 
-std::string KnownSecrets::Mask(std::string_view text) const {
-  std::string masked = MaskConfigText(MaskXml(text));
-  for (const std::string& secret : m_secrets) {
-    Replace(masked, secret);
+void KnownSecrets::LearnFromConfig(std::string_view text) {
+  for (const SecretPlace& place : SecretPlacesInText(text)) {
+    if (!IsInComment(text, place.begin)) {
+      Learn(std::string(text.substr(place.begin, place.end - place.begin)));
+    }
   }
-  return masked;
+}
+
+std::size_t KnownSecrets::EndOfSecret(const std::string& text, std::size_t begin) const {
+  const auto sizes = m_sizes.find(text.substr(begin, kShortest));
+  if (sizes != m_sizes.end()) {
+    for (const std::size_t size : sizes->second) {
+      if (size <= text.size() - begin && IsEdge(text, begin + size) && m_secrets.count(text.substr(begin, size)) != 0) {
+        return begin + size;
+      }
+    }
+  }
+  return begin;
+}
+
+std::vector<SecretPlace> KnownSecrets::Places(const std::string& text) const {
+  std::vector<SecretPlace> places;
+  for (std::size_t at = 0; at < text.size() && !m_secrets.empty(); ++at) {
+    const std::size_t end = IsEdge(text, at) ? EndOfSecret(text, at) : at;
+    if (end != at && !places.empty() && at < places.back().end) {
+      places.back().end = std::max(places.back().end, end);
+    } else if (end != at) {
+      places.push_back({at, end});
+    }
+  }
+  return places;
+}
+
+std::string KnownSecrets::Mask(std::string_view text) const {
+  // Those that would be cut up as the tags of XML come first.
+  const std::string plain(text);
+  std::vector<SecretPlace> cut = Places(plain);
+  cut.erase(std::remove_if(cut.begin(), cut.end(),
+                           [&](const SecretPlace& place) {
+                             return text.substr(place.begin, place.end - place.begin).find('<') == std::string_view::npos;
+                           }),
+            cut.end());
+  const std::string masked = MaskConfigText(MaskXml(Masked(plain, cut)));
+  return Masked(masked, Places(masked));
 }
 
 }  // namespace devhost

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <utility>
 
 #include "devhost/snmpd/Secrets.h"
 #include "devhost/snmpd/WordCutter.h"
@@ -94,7 +95,7 @@ class Scanner {
       m_before = m_line.substr(at, end - at);
       at = end;
     }
-    return Merged();
+    return MergedPlaces(std::move(m_places));
   }
 
  private:
@@ -347,20 +348,6 @@ class Scanner {
     m_restFrom = std::min(m_restFrom, begin);
   }
 
-  std::vector<SecretPlace> Merged() {
-    std::sort(m_places.begin(), m_places.end(),
-              [](const SecretPlace& left, const SecretPlace& right) { return left.begin < right.begin; });
-    std::vector<SecretPlace> merged;
-    for (const SecretPlace& place : m_places) {
-      if (!merged.empty() && place.begin <= merged.back().end) {
-        merged.back().end = std::max(merged.back().end, place.end);
-      } else {
-        merged.push_back(place);
-      }
-    }
-    return merged;
-  }
-
   std::string_view m_line;
   std::size_t m_end;              // without the blanks at the end
   std::size_t m_lastOdd = npos;   // the last quote, backslash or tab
@@ -372,6 +359,20 @@ class Scanner {
 };
 
 }  // namespace
+
+std::vector<SecretPlace> MergedPlaces(std::vector<SecretPlace> places) {
+  std::sort(places.begin(), places.end(),
+            [](const SecretPlace& left, const SecretPlace& right) { return left.begin < right.begin; });
+  std::vector<SecretPlace> merged;
+  for (const SecretPlace& place : places) {
+    if (!merged.empty() && place.begin <= merged.back().end) {
+      merged.back().end = std::max(merged.back().end, place.end);
+    } else {
+      merged.push_back(place);
+    }
+  }
+  return merged;
+}
 
 std::vector<SecretPlace> SecretPlaces(std::string_view line) {
   return Scanner(line).Scan();

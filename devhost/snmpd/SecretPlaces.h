@@ -23,6 +23,12 @@ std::vector<SecretPlace> SecretPlacesInText(std::string_view text);
 // The same for XML, whole or cut off anywhere.
 std::vector<SecretPlace> SecretPlacesInXml(std::string_view xml);
 
+// In order, those that overlap or touch made one.
+std::vector<SecretPlace> MergedPlaces(std::vector<SecretPlace> places);
+
+// The text with the mask in the places, which are in order and apart.
+std::string Masked(std::string_view text, const std::vector<SecretPlace>& places);
+
 // A part of a word that is a secret: `offset` bytes are none.
 struct SecretWord {
   std::size_t index = 0;

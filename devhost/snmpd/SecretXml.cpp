@@ -14,16 +14,18 @@ constexpr std::size_t npos = std::string_view::npos;
 constexpr int kDeepest = 3;  // of XML that is the text of XML
 
 constexpr std::pair<std::string_view, char> kEntities[] = {
-    {"&amp;", '&'},  {"&lt;", '<'},   {"&gt;", '>'},  {"&quot;", '"'}, {"&apos;", '\''}, {"&#10;", '\n'}, {"&#xA;", '\n'},
-    {"&#13;", '\r'}, {"&#xD;", '\r'}, {"&#9;", '\t'}, {"&#x9;", '\t'}, {"&#34;", '"'},   {"&#39;", '\''}};
+    {"&amp;", '&'},  {"&lt;", '<'},   {"&gt;", '>'},   {"&quot;", '"'}, {"&apos;", '\''},
+    {"&#10;", '\n'}, {"&#xA;", '\n'}, {"&#13;", '\r'}, {"&#xD;", '\r'}, {"&#9;", '\t'},
+    {"&#x9;", '\t'}, {"&#34;", '"'},  {"&#39;", '\''}, {"%0B", '\v'},   {"%0C", '\f'}};
 
-// A text with its entities replaced, and the way back to where its bytes stood.
+// A text with its entities replaced, and the blanks that states of devices escape because XML cannot carry them, and the way
+// back to where its bytes stood.
 class DecodedText {
  public:
   explicit DecodedText(std::string_view coded) {
     m_text.reserve(coded.size());
     for (std::size_t at = 0; at < coded.size();) {
-      const auto entity = coded[at] != '&'
+      const auto entity = coded[at] != '&' && coded[at] != '%'
                               ? std::end(kEntities)
                               : std::find_if(std::begin(kEntities), std::end(kEntities), [&](const auto& known) {
                                   return coded.compare(at, known.first.size(), known.first) == 0;
@@ -163,16 +165,21 @@ class XmlScanner {
   // A text or an attribute's value, in which a configuration or more XML may stand.
   void Text(std::size_t begin, std::size_t end) {
     const std::string_view text = m_xml.substr(begin, end - begin);
-    if (text.find('&') == npos) {
+    if (text.find_first_of("&%") == npos) {
       for (const SecretPlace& place : SecretPlacesInText(text)) {
         Secret(begin + place.begin, begin + place.end);
       }
       return;
     }
     const DecodedText decoded(text);
-    const bool holdsXml = m_depth < kDeepest && decoded.Text().find('<') != npos;
-    for (const SecretPlace& place :
-         holdsXml ? XmlScanner(decoded.Text(), m_depth + 1).Scan() : SecretPlacesInText(decoded.Text())) {
+    std::vector<SecretPlace> places = SecretPlacesInText(decoded.Text());
+    // A configuration may hold what only looks like XML: "Ada <ada@example.org>".
+    if (m_depth < kDeepest && decoded.Text().find('<') != npos) {
+      const std::vector<SecretPlace> inXml = XmlScanner(decoded.Text(), m_depth + 1).Scan();
+      places.insert(places.end(), inXml.begin(), inXml.end());
+      places = MergedPlaces(std::move(places));
+    }
+    for (const SecretPlace& place : places) {
       Secret(begin + decoded.Coded(place.begin), begin + decoded.Coded(place.end));
     }
   }
@@ -234,7 +241,11 @@ std::vector<SecretPlace> SecretPlacesInXml(std::string_view xml) {
 std::vector<std::string> SecretsInXml(std::string_view xml) {
   std::vector<std::string> secrets;
   for (const SecretPlace& place : SecretPlacesInXml(xml)) {
-    secrets.push_back(DecodedText(xml.substr(place.begin, place.end - place.begin)).Text());
+    const std::size_t feed = xml.substr(0, place.begin).rfind('\n');
+    // A comment in an snmpd.conf explains things with ordinary words.
+    if (feed == npos || xml[feed + 1] != '#') {
+      secrets.push_back(DecodedText(xml.substr(place.begin, place.end - place.begin)).Text());
+    }
   }
   return secrets;
 }

@@ -9,17 +9,6 @@ namespace devhost {
 
 namespace {
 
-std::string Masked(std::string_view text, const std::vector<SecretPlace>& places) {
-  std::string masked;
-  masked.reserve(text.size());
-  std::size_t copied = 0;
-  for (const SecretPlace& place : places) {
-    masked.append(text, copied, place.begin - copied).append(kMask);
-    copied = place.end;
-  }
-  return masked.append(text, copied, std::string_view::npos);
-}
-
 // The secrets behind options, with their places among all words.
 std::vector<SecretWord> OptionSecrets(const std::vector<std::string>& words) {
   const auto command = std::find_if(words.begin(), words.end(), IsSnmpCommand);
@@ -35,6 +24,17 @@ bool HoldsBlank(const std::string& word) {
 }
 
 }  // namespace
+
+std::string Masked(std::string_view text, const std::vector<SecretPlace>& places) {
+  std::string masked;
+  masked.reserve(text.size());
+  std::size_t copied = 0;
+  for (const SecretPlace& place : places) {
+    masked.append(text, copied, place.begin - copied).append(kMask);
+    copied = place.end;
+  }
+  return masked.append(text, copied, std::string_view::npos);
+}
 
 std::string MaskConfigLine(std::string_view line) {
   return Masked(line, SecretPlaces(line));
@@ -75,6 +75,13 @@ std::vector<std::string> SecretsInCommandLine(const std::vector<std::string>& wo
   std::vector<std::string> secrets;
   for (const SecretWord& secret : OptionSecrets(words)) {
     secrets.push_back(words[secret.index].substr(secret.offset));
+  }
+  for (const std::string& word : words) {
+    if (HoldsBlank(word)) {
+      for (const SecretPlace& place : SecretPlacesInText(word)) {
+        secrets.push_back(word.substr(place.begin, place.end - place.begin));
+      }
+    }
   }
   return secrets;
 }

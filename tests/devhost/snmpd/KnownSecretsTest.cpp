@@ -27,6 +27,50 @@ TEST(AKnownSecret, IsNotLearntWhenItIsVeryShort) {
   EXPECT_EQ(known.Mask("abc a"), "abc a");
 }
 
+TEST(AKnownSecret, IsMaskedHoweverManyThereAre) {
+  KnownSecrets known;
+  for (int number = 1000; number != 2000; ++number) {
+    known.Learn("secret" + std::to_string(number));
+  }
+  EXPECT_EQ(known.Mask("secret1000 secret1999 secret2000 secret1"), "***** ***** secret2000 secret1");
+}
+
+TEST(AKnownSecret, ThatOverlapsAnotherIsMaskedWithIt) {
+  KnownSecrets known;
+  known.Learn("front door");
+  known.Learn("door of the house");
+  EXPECT_EQ(known.Mask("front door of the house"), "*****");
+}
+
+TEST(AKnownSecret, IsMaskedAsXmlWritesIt) {
+  KnownSecrets known;
+  known.Learn("a&b<c>\"d\"");
+  EXPECT_EQ(known.Mask("<Fail>\"a&amp;b&lt;c&gt;\"d\"\" is wrong</Fail> a&amp;b&lt;c>\"d\" a&amp;b&lt;c&gt;&quot;d&quot;"),
+            "<Fail>\"*****\" is wrong</Fail> ***** *****");
+}
+
+TEST(AKnownSecret, ComesFromAConfigurationWithOrWithoutItsQuotes) {
+  KnownSecrets known;
+  known.LearnFromConfig("sysName kitchen\nrocommunity \"my house\"\nrwcommunity cellar default\n # rwcommunity stairs\n");
+  EXPECT_EQ(known.Mask("my house, \"my house\", cellar kitchen stairs"), "*****, *****, ***** kitchen stairs");
+}
+
+TEST(AKnownSecret, DoesNotComeFromACommentOfAConfigurationInXml) {
+  KnownSecrets known;
+  known.LearnFromXml("<known>-\n# createUser NAME MD5 passphrase\nrocommunity public\n-</known>");
+  EXPECT_EQ(known.Mask("a passphrase, public"), "a passphrase, *****");
+}
+
+TEST(TheSecretsOfACommandLine, AreThoseOfAShellsCommand) {
+  EXPECT_THAT(SecretsInCommandLine({"sh", "-c", "snmpget -v2c -c kitchen localhost sysName.0"}), ElementsAre("kitchen"));
+}
+
+TEST(AKnownSecret, IsMaskedThoughAPartOfItLooksLikeATag) {
+  KnownSecrets known;
+  known.Learn("house<door");
+  EXPECT_EQ(known.Mask("trap2sink    house<door  162"), "trap2sink    *****  *****");
+}
+
 TEST(AKnownSecret, ComesFromXml) {
   KnownSecrets known;
   known.LearnFromXml("<config><setting name=\"communityRead\" value=\"kitchen\"/><community>a&amp;bcd</community></config>");
