@@ -93,14 +93,18 @@ TEST_F(AFileThatChanges, WhileTheControllerIsOffLineIsNotOverwritten) {
   EXPECT_EQ(As("public").Get(kSysName).value, "pantry");
 }
 
-// The device tells its host that its settings changed when the agent fills them from the file: that is after the file was
-// read and before it is written, and somebody edits it then.
+// The device tells its host that there is something new to keep when it reads a file that it does not know yet: that is
+// before the agent has it written, and somebody edits it then. It says so once until it is asked, so the request is one that
+// sets nothing new: it has failed before.
 TEST_F(AFileThatChanges, BetweenReadAndWriteIsNotOverwritten) {
-  Begin("# Halvoren Section Start\nsysLocation  Attic\n# Halvoren Section End\n\n# by hand\n");
+  Begin("# by hand\n");
+  host->Command(kKitchen, "FailOperation", {{"operation", "CopyTo"}, {"status", "5"}, {"times", "1"}});
+  ASSERT_EQ(SetState(kKitchen, Named("kitchen")), "<WriteFail/>");
+  WriteFile(kKitchen, "# by hand\n# again\n");
   std::string edited;
   observer.then = [this, &edited](const devhost::Occurrence& occurrence) {
     if (occurrence.kind == devhost::Occurrence::Kind::Invalidate && occurrence.driverId == kKitchen && edited.empty() &&
-        Count(kKitchen, "CopyFrom") == 1) {
+        Count(kKitchen, "CopyFrom") == 2) {
       edited = File(kKitchen) + "# in between\n";
       WriteFile(kKitchen, edited);
     }
@@ -108,12 +112,12 @@ TEST_F(AFileThatChanges, BetweenReadAndWriteIsNotOverwritten) {
   EXPECT_EQ(SetState(kKitchen, Named("kitchen")), "<WriteFail/>");
   observer.then = nullptr;
   ASSERT_FALSE(edited.empty()) << "nobody could edit in between";
-  EXPECT_EQ(Count(kKitchen, "CopyTo"), 1);
+  EXPECT_EQ(Count(kKitchen, "CopyTo"), 2);
   EXPECT_EQ(File(kKitchen), edited);
   EXPECT_TRUE(IsDirty(kKitchen));
 
   Serve(kKitchen, Named("kitchen"));
-  EXPECT_THAT(File(kKitchen), EndsWith("# by hand\n# in between\n"));
+  EXPECT_THAT(File(kKitchen), EndsWith("# by hand\n# again\n# in between\n"));
   EXPECT_EQ(As("public").Get(kSysName).value, "kitchen");
 }
 
