@@ -71,8 +71,9 @@ const char kMainFooter[] =
 const char kCheckFooter[] =
     "Each finding is one line, FILE:LINE: SEVERITY: reason [RULE], and a second one with what\n"
     "to do. An error means that the daemon or the agent does something else than the file\n"
-    "seems to say, or that text will be lost; a warning, that it may surprise. The rules are\n"
-    "in docs/check-rules.md.\n"
+    "seems to say, or that text will be lost; a warning, that it may surprise; a note, which is\n"
+    "not counted as a finding, that a device which has lost its settings would misread the\n"
+    "line. The rules are in docs/check-rules.md.\n"
     "\n"
     "Exit status: 0 no finding; 1 findings; 2 wrong usage, a file that cannot be read, or a\n"
     "daemon that cannot be asked.\n"

@@ -32,8 +32,12 @@ std::optional<XmlElement> ReadSettings(const std::string& path, const std::strin
   return std::nullopt;
 }
 
-// The finding about a line of the section, told of the element that the line comes from. Nothing for the markers' lines.
+// The finding about a line of the section, told of the element that the line comes from. Nothing for the markers' lines, and
+// nothing for notes: a device that is being set holds its settings.
 std::optional<Finding> OfElement(Finding finding, const SettingsText& rendered, const XmlElement& root) {
+  if (finding.severity == Severity::Note) {
+    return std::nullopt;
+  }
   if (finding.line == 0) {
     finding.line = root.line;
     return finding;

@@ -60,10 +60,16 @@ class Walk {
   std::size_t m_open = 0;
 };
 
+// A file that was edited elsewhere may end its lines with a carriage return; what they are stays plain.
+std::string_view WithoutReturn(std::string_view line) {
+  return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
+}
+
 // Counts how far the lines in front of the start marker are those that the agent writes there.
 class HeaderSearch {
  public:
   void Step(std::string_view line) {
+    line = WithoutReturn(line);
     if (m_matched == kHeader.size() || line != kHeader[m_matched]) {
       m_matched = line == kHeader.front() ? 0 : kHeader.size();
     }
@@ -84,7 +90,7 @@ class TrailerWalk {
     if (m_done) {
       return;
     }
-    if (m_matched < kTrailer.size() && line == kTrailer[m_matched]) {
+    if (m_matched < kTrailer.size() && WithoutReturn(line) == kTrailer[m_matched]) {
       ++m_matched;
       m_layout.trailer = number;
     } else {

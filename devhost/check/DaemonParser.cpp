@@ -62,12 +62,27 @@ std::vector<Complaint> ReadComplaints(std::string_view output) {
   return complaints;
 }
 
-std::string_view LineOf(std::string_view text, std::size_t number) {
-  for (; number > 1 && !text.empty(); --number) {
-    text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
+// Finds lines by their numbers; fast when they come in order, as those of complaints do.
+class LineFinder {
+ public:
+  explicit LineFinder(std::string_view text) : m_text(text), m_rest(text) {}
+
+  std::string_view Line(std::size_t number) {
+    if (number < m_number) {
+      m_rest = m_text;
+      m_number = 1;
+    }
+    for (; m_number < number && !m_rest.empty(); ++m_number) {
+      m_rest.remove_prefix(std::min(m_rest.find('\n'), m_rest.size() - 1) + 1);
+    }
+    return m_rest.substr(0, m_rest.find('\n'));
   }
-  return text.substr(0, text.find('\n'));
-}
+
+ private:
+  std::string_view m_text;
+  std::string_view m_rest;
+  std::size_t m_number = 1;
+};
 
 // The daemon quotes words of the line that it complains of. Those that are shown masked elsewhere are so here.
 std::string Masked(std::string words, std::string_view line) {
@@ -122,10 +137,11 @@ void AskDaemon(const std::string& path, const std::string& name, const std::stri
     // Commas separate files for the daemon.
     const bool readable = !path.empty() && path.find(',') == std::string::npos;
     const std::string file = readable ? std::filesystem::absolute(path).string() : home.Write("checked.conf", text);
+    LineFinder lines(text);
     report.Begin(kDaemonRule, Severity::Error);
     for (const Complaint& complaint : ReadComplaints(Parse(program, file, home.Path()))) {
       const bool own = complaint.file == file;
-      const std::string_view line = own ? LineOf(text, complaint.line) : std::string_view();
+      const std::string_view line = own ? lines.Line(complaint.line) : std::string_view();
       report.Add(
           own ? complaint.line : 0,
           "the daemon says: " + (own ? "" : OneLine(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +

@@ -10,7 +10,7 @@ namespace devhost {
 namespace {
 
 const char* Name(Severity severity) {
-  return severity == Severity::Error ? "error" : "warning";
+  return severity == Severity::Error ? "error" : severity == Severity::Warning ? "warning" : "note";
 }
 
 // How many bytes the UTF-8 character at the front of `text` has, 0 when there is none.
@@ -66,8 +66,9 @@ void AppendMember(std::string& json, const char* name, std::string_view text) {
 }  // namespace
 
 std::string FindingText(const Finding& finding) {
-  return OneLine(finding.file) + ":" + std::to_string(finding.line) + ": " + Name(finding.severity) + ": " +
-         OneLine(finding.reason) + " [" + finding.rule + "]\n    " + OneLine(finding.remedy) + "\n";
+  const std::string line = finding.line == 0 ? "" : ":" + std::to_string(finding.line);
+  return OneLine(finding.file) + line + ": " + Name(finding.severity) + ": " + OneLine(finding.reason) + " [" +
+         finding.rule + "]\n    " + OneLine(finding.remedy) + "\n";
 }
 
 std::string FindingJson(const Finding& finding) {

@@ -7,6 +7,7 @@
 namespace devhost {
 
 enum class Severity {
+  Note,     // nothing to do now: it matters to a device only that has lost its settings and reads them back
   Warning,  // surprising or risky
   Error     // the daemon or the agent will do something else than the file seems to say, or text is lost
 };
@@ -21,7 +22,8 @@ struct Finding {
   std::string remedy;
 };
 
-// "FILE:LINE: error: REASON [RULE]", then the remedy, indented: two lines whatever the texts hold.
+// "FILE:LINE: error: REASON [RULE]", then the remedy, indented: two lines whatever the texts hold. Without ":LINE" when it
+// is about the whole file.
 std::string FindingText(const Finding& finding);
 
 // The same as one JSON object and a line feed. Bytes that are no UTF-8 are replaced by U+FFFD.

@@ -23,14 +23,15 @@ bool IsBlank(const Sight& sight) {
 // A setting for which the daemon goes by the last line.
 struct LastWins {
   std::string_view keyword;
-  const char* name;        // the same as people write it
-  std::string_view fixed;  // the value in every section, "" for what the user sets, "-" for what the agent's build says
+  const char* name;  // the same as people write it
+  // The value in every section, "" for what the user sets, "-" for what the agent's build says.
+  std::string_view fixed;
 };
 
 constexpr LastWins kLastWins[] = {{"syscontact", "sysContact", ""},    {"syslocation", "sysLocation", ""},
                                   {"sysname", "sysName", ""},          {"sysservices", "sysServices", "72"},
                                   {"sysobjectid", "sysObjectID", "-"}, {"agentxsocket", "agentXSocket", "tcp:127.0.0.1:705"},
-                                  {"master", "master", "agentx"}};
+                                  {"master", "master", "agentx"},      {"agentxtimeout", "agentXTimeout", "6"}};
 
 const LastWins* FindLastWins(std::string_view keyword) {
   const auto found = std::find_if(std::begin(kLastWins), std::end(kLastWins),
@@ -42,6 +43,18 @@ const LastWins* FindLastWins(std::string_view keyword) {
 const LastWins* Overrider(const Sight& sight) {
   const LastWins* const known = FindLastWins(sight.Keyword());
   return known == nullptr || IsRejected(*sight.line.setting) ? nullptr : known;
+}
+
+// The daemon has several words for the same, and passes over a dot in front of a number.
+std::string_view Meaning(const LastWins& known, std::string_view value) {
+  const bool isMaster = known.keyword == "master" && (value == "yes" || value == "on" || value == "all");
+  value.remove_prefix(known.keyword == "sysobjectid" && value.substr(0, 1) == "." ? 1 : 0);
+  return isMaster ? known.fixed : value;
+}
+
+std::string RemedyAgainst(const LastWins& known) {
+  return known.fixed.empty() ? "remove this line, and set the value on the device"
+                             : "remove this line, unless it is meant to win";
 }
 
 // A line that every section carries as it is.
@@ -179,24 +192,31 @@ void JudgeOldCommunity(const Sight& sight, Report& report) {
 void JudgeOverride(const Sight& sight, Report& report) {
   const LastWins* const known = Overrider(sight);
   const auto section = sight.above.section.find(sight.Keyword());
-  if (known == nullptr || section == sight.above.section.end() || sight.line.setting->rest == section->second.text ||
+  if (known == nullptr || section == sight.above.section.end() ||
+      Meaning(*known, sight.line.setting->rest) == Meaning(*known, section->second.text) ||
       (sight.line.IsInside() && sight.line.section == sight.layout.firstStart)) {
     return;
   }
   report.Add(sight.line.number,
              "the daemon goes by the last " + std::string(known->name) + ": this line wins over " +
                  report.LineName(section->second.line) + " of the section",
-             "remove this line, and set the value on the device");
+             RemedyAgainst(*known));
 }
 
 void JudgeFutureOverride(const Sight& sight, Report& report) {
   const LastWins* const known = Overrider(sight);
-  if (known != nullptr && sight.layout.firstStart == 0 &&
-      (known->fixed.empty() || sight.line.setting->rest != known->fixed)) {
+  if (known == nullptr || (!known->fixed.empty() && Meaning(*known, sight.line.setting->rest) == known->fixed)) {
+    return;
+  }
+  const bool noSection = sight.layout.firstStart == 0;
+  // The user has not set it yet.
+  const bool notInSection = sight.line.section == 0 && sight.line.number > sight.layout.firstStart && sight.IsKept() &&
+                            sight.above.section.count(sight.Keyword()) == 0;
+  if (noSection || notInSection) {
     report.Add(sight.line.number,
                "the agent writes its section above this line, and the daemon goes by the last " + std::string(known->name) +
                    ": this line will win over the agent's",
-               "remove this line, and set the value on the device");
+               RemedyAgainst(*known));
   }
 }
 

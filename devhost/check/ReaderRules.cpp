@@ -45,10 +45,11 @@ void JudgeKeywordInValue(const Sight& sight, Report& report) {
 
 void JudgeKeywordLost(const Sight& sight, Report& report) {
   if (IsOwnSetting(sight) && LosesKeyword(sight.line.text, sight.read)) {
-    report.Add(
-        sight.line.number,
-        "the value holds " + sight.read.keyword + " as a word of its own: the agent leaves it out when it reads the file",
-        "take a value without that word");
+    report.Add(sight.line.number,
+               "the value holds " + sight.read.keyword +
+                   " as a word of its own: the agent leaves it out when it reads the file for "
+                   "a device that holds none yet",
+               "take a value without that word");
   }
 }
 

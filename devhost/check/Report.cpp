@@ -26,10 +26,12 @@ std::vector<Finding> Report::Take() {
   for (const auto& [rule, count] : m_counts) {
     if (count.all > kMostOfOneRule) {
       m_findings.push_back({m_file, 0, count.severity, rule,
-                            "so does the same in " + std::to_string(count.all - kMostOfOneRule) + " more places",
+                            std::to_string(count.all - kMostOfOneRule) + " more findings of this rule are not listed",
                             "mend those that are listed first"});
     }
   }
+  std::stable_partition(m_findings.begin(), m_findings.end(),
+                        [](const Finding& finding) { return finding.severity != Severity::Note; });
   m_counts.clear();
   return std::move(m_findings);
 }

@@ -36,7 +36,8 @@ class Report {
   // Has lines named in another way than "line 12".
   void NameLines(std::function<std::string(std::size_t)> name) { m_lineName = std::move(name); }
 
-  // All findings by line, those of one line as they came. One more at the end for each rule of which some were left out.
+  // All findings by line, those of one line as they came. One more behind them for each rule of which some were left out.
+  // The notes come last.
   std::vector<Finding> Take();
 
  private:

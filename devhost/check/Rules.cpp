@@ -18,7 +18,7 @@ bool LetsIn(std::string_view keyword) {
 
 // Settings of which a section has one line.
 bool IsSectionSetting(std::string_view keyword) {
-  constexpr std::string_view kOthers[] = {"sysservices", "sysobjectid", "agentxsocket",
+  constexpr std::string_view kOthers[] = {"sysservices", "sysobjectid", "agentxsocket", "agentxtimeout",
                                           "master",      "rocommunity", "rwcommunity"};
   return IsSystemText(keyword) || std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
@@ -43,12 +43,12 @@ const std::vector<Rule>& Rules() {
       {"will-override-section", S::Warning, JudgeFutureOverride},
       {"comment-read-as-setting", S::Error, JudgeCommentRead},
       {"keyword-in-value", S::Error, JudgeKeywordInValue},
-      {"keyword-lost", S::Error, JudgeKeywordLost},
+      {"keyword-lost", S::Note, JudgeKeywordLost},
       {"blanks-misread", S::Error, JudgeBlanks},
       {"carriage-return", S::Warning, JudgeCarriageReturn},
       {"setting-twice", S::Error, JudgeSettingTwice},
-      {"community-quoted-again", S::Warning, JudgeQuotesAgain},
-      {"trap-read-as-community", S::Warning, JudgeTrapReadBack},
+      {"community-quoted-again", S::Note, JudgeQuotesAgain},
+      {"trap-read-as-community", S::Note, JudgeTrapReadBack},
       {"community-in-pairs-of-quotes", S::Error, JudgeCommunityInPairs},
       {"community-misread", S::Error, JudgeCommunityMisread},
       {"community-of-several-words", S::Error, JudgeCommunityWords},

@@ -105,7 +105,7 @@ void JudgeTrapTarget(const Sight& sight, Report& report) {
 
 void JudgeTrapPortAsCommunity(const Sight& sight, Report& report) {
   const auto sink = JudgedSink(sight);
-  if (sink && sink->words.size() == 2 && IsPort(sink->words[1])) {
+  if (sink && sink->words.size() == 2 && IsDigits(sink->words[1])) {
     report.Add(sight.line.number, "a trap target with a port and no community: the daemon takes the port for the community",
                "give the trap target a community, or write the port behind the host (HOST:PORT)");
   }

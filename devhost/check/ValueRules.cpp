@@ -20,6 +20,10 @@ bool IsAgentKeyword(std::string_view keyword) {
          std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
 
+std::string_view FirstWord(std::string_view value) {
+  return value.substr(0, value.find_first_of(" \t\r"));
+}
+
 // A number, perhaps with a unit.
 bool IsTime(std::string_view text) {
   constexpr std::string_view kUnits = "smhdwSMHDW";
@@ -37,7 +41,8 @@ bool IsSystemText(std::string_view keyword) {
 
 bool IsRejected(const Directive& setting) {
   return setting.rest.empty() || setting.rest.front() == '#' ||
-         (IsSystemText(setting.keyword) && setting.rest.size() > kLongestText);
+         (IsSystemText(setting.keyword) && setting.rest.size() > kLongestText) ||
+         (setting.keyword == "agentxtimeout" && !IsTime(FirstWord(setting.rest)));
 }
 
 void JudgeNul(const Sight& sight, Report& report) {
@@ -53,7 +58,9 @@ void JudgeHash(const Sight& sight, Report& report) {
   }
   report.Add(sight.line.number,
              std::string("the daemon takes a value that begins with # for a comment and rejects the line: ") +
-                 (IsCommunityKeyword(sight.Keyword()) ? "nobody gets access by it" : "its default is served"),
+                 (IsCommunityKeyword(sight.Keyword()) ? "nobody gets access by it"
+                  : sight.Keyword() == "trap2sink"    ? "no traps are sent by it"
+                                                      : "its default is served"),
              "let the value begin with something else");
 }
 
@@ -75,8 +82,7 @@ void JudgeAgentXTimeout(const Sight& sight, Report& report) {
   if (sight.Keyword() != "agentxtimeout") {
     return;
   }
-  const std::string& value = sight.line.setting->rest;
-  const std::string_view word = std::string_view(value).substr(0, value.find_first_of(" \t\r"));
+  const std::string_view word = FirstWord(sight.line.setting->rest);
   if (!IsTime(word)) {
     report.Add(sight.line.number, "agentXTimeout has no number of seconds: the daemon goes by its built-in default",
                "give a number of seconds, for example 6");
@@ -91,10 +97,10 @@ void JudgeFileMode(unsigned mode, Report& report) {
   if ((permissions & ~kWidestMode) != 0) {
     char text[8];
     std::snprintf(text, sizeof text, "%04o", permissions);
-    report.Add(0,
-               std::string("the file's mode is ") + text +
-                   ": others than its owner and group may read the communities or change the file",
-               "chmod 640, or 600");
+    const char* const who = (permissions & 0022U) != 0   ? "others than its owner may change it"
+                            : (permissions & 0004U) != 0 ? "others than its owner and group may read the communities"
+                                                         : "nobody needs to execute it";
+    report.Add(0, std::string("the file's mode is ") + text + ": " + who, "chmod 640, or 600");
   }
 }
 

@@ -192,6 +192,20 @@ TEST(ASaneSection, HasNoFindings) {
   EXPECT_EQ(found, "");
 }
 
+TEST(ASaneSection, WithCarriageReturnsIsStillSeenAsTheAgents) {
+  managed_section::Settings settings;
+  settings.communityRead = "reader";
+  settings.agentXTimeout = "6";
+  settings.agentXRetries = "2";
+  std::string text;
+  for (const char c : managed_section::Write(managed_section::FixedTexts(), settings, "now")) {
+    text += c == '\n' ? "\r\n" : std::string(1, c);
+  }
+  for (const char* rule : {"text-above-section", "line-after-trailer"}) {
+    EXPECT_TRUE(LinesFound(rule, text).empty()) << rule;
+  }
+}
+
 // Rule by rule, with the examples: the next write does what the finding says.
 
 std::string NextWrite(const std::string& text) {

@@ -118,8 +118,25 @@ TEST_F(CheckCommand, FindsAFileThatOthersMayRead) {
   ::chmod(file.c_str(), 0644);
   const Outcome outcome = Check({file});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.out, HasSubstr(":0: warning: the file's mode is 0644"));
+  EXPECT_THAT(outcome.out, HasSubstr(file + ": warning: the file's mode is 0644: others than its owner and group may read"));
   EXPECT_THAT(outcome.out, HasSubstr("[file-mode]"));
+}
+
+// A file as the agent writes it is clean, though a device that has lost its settings would misread it.
+TEST_F(CheckCommand, TellsNotesLastAndDoesNotCountThemAsFindings) {
+  const std::string section =
+      "# Halvoren Section Start\nrocommunity  reader\ntrap2sink  192.0.2.5  trapper  162\n# Halvoren Section End\n\n";
+  const std::string file = File("snmpd.conf", section);
+  const Outcome clean = Check({file});
+  EXPECT_EQ(clean.status, 0);
+  EXPECT_THAT(clean.out, HasSubstr(file + ":3: note: "));
+  EXPECT_THAT(clean.out, HasSubstr(file + ": no findings, 1 note\n"));
+  EXPECT_THAT(Check({file}, true).out, HasSubstr("\"line\":3,\"severity\":\"note\",\"rule\":\"trap-read-as-community\""));
+
+  const Outcome found = Check({File("snmpd.conf", section + kMisread)});
+  EXPECT_EQ(found.status, 1);
+  EXPECT_LT(found.out.find(file + ":6: error: "), found.out.find(file + ":3: note: ")) << found.out;
+  EXPECT_THAT(found.out, HasSubstr(file + ": 1 error, 0 warnings, 1 note\n"));
 }
 
 TEST_F(CheckCommand, GoesOnAfterAFileThatItCannotRead) {
@@ -202,6 +219,16 @@ TEST_F(AdviseCommand, SaysThatSaneSettingsHaveNoFindings) {
   const Outcome outcome = AdviseOn(
       "<managedDevice><snmpCommunityReadSetting>reader</snmpCommunityReadSetting>"
       "<snmpSysContactSetting>Ada, ground floor</snmpSysContactSetting></managedDevice>");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, folder.Path("settings.xml") + ": no findings\n");
+}
+
+TEST_F(AdviseCommand, LeavesOutWhatConcernsOnlyADeviceThatHasLostItsSettings) {
+  const Outcome outcome = AdviseOn(
+      "<managedDevice><snmpCommunityReadSetting>two words</snmpCommunityReadSetting>"
+      "<snmpSysNameSetting>box sysName</snmpSysNameSetting><snmpTrapTargets>"
+      "<trapTarget><target>192.0.2.5</target><community>trapper</community><port>162</port></trapTarget>"
+      "</snmpTrapTargets></managedDevice>");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, folder.Path("settings.xml") + ": no findings\n");
 }

@@ -89,7 +89,7 @@ TEST(TheDaemon, GoesByLinesBelowTheSectionThatIsWrittenAboveThem) {
   const ServedFile overridden(managed_section::Merge(Written(settings), Example("will-override-section")));
   EXPECT_EQ(overridden.Value(e2e::kSysLocation), "Attic");
   EXPECT_FALSE(overridden.IsMaster());
-  const ServedFile other(managed_section::Merge(Written(settings), "master  agentx\nsysServices 72\n"));
+  const ServedFile other(managed_section::Merge(Written(settings), "master  yes\nsysServices 72\n"));
   EXPECT_EQ(other.Value(e2e::kSysLocation), "Kitchen");
   EXPECT_TRUE(other.IsMaster());
 }
@@ -266,6 +266,13 @@ TEST(TheDaemon, FailsEachRequestToASubagentWhenItsTimeoutIsNothing) {
   const std::string text = master + "agentXTimeout  0\n";
   EXPECT_EQ(LinesFound("agentx-timeout", text).size(), 1u);
   ServedFile hasty(text);
+  const e2e::Answer failure = hasty.AskSubagent("extend hello /bin/echo hi");
+  EXPECT_EQ(failure.value, "");
+  EXPECT_NE(failure.error, "timeout");
+}
+
+TEST(TheDaemon, GoesByTheLastAgentXTimeout) {
+  ServedFile hasty("master  agentx\nagentXRetries  0\nagentXTimeout  6\nagentXTimeout  0\n");
   const e2e::Answer failure = hasty.AskSubagent("extend hello /bin/echo hi");
   EXPECT_EQ(failure.value, "");
   EXPECT_NE(failure.error, "timeout");

@@ -12,7 +12,15 @@ TEST(AFinding, IsTwoLinesOfText) {
 
 TEST(AFinding, StaysTwoLinesWhateverItsTextsHold) {
   const Finding finding{"a\nb", 0, Severity::Warning, "some-rule", "it\r\nis \x1b[31mred", "mend\tit"};
-  EXPECT_EQ(FindingText(finding), "a\\nb:0: warning: it\\r\\nis \\x1b[31mred [some-rule]\n    mend\\tit\n");
+  EXPECT_EQ(FindingText(finding), "a\\nb: warning: it\\r\\nis \\x1b[31mred [some-rule]\n    mend\\tit\n");
+}
+
+TEST(AFinding, AboutTheWholeFileNamesNoLineButInJson) {
+  const Finding finding{"a/snmpd.conf", 0, Severity::Note, "some-rule", "it is odd", "wait"};
+  EXPECT_EQ(FindingText(finding), "a/snmpd.conf: note: it is odd [some-rule]\n    wait\n");
+  EXPECT_EQ(FindingJson(finding),
+            "{\"file\":\"a/snmpd.conf\",\"line\":0,\"severity\":\"note\",\"rule\":\"some-rule\",\"reason\":\"it is odd\","
+            "\"remedy\":\"wait\"}\n");
 }
 
 TEST(AFinding, IsOneJsonObjectInALine) {

@@ -81,8 +81,11 @@ TEST(ThePageOfRules, TellsOfEachRuleAndNoOther) {
 TEST(ThePageOfRules, TellsTheSeverities) {
   const std::string page = testsupport::ScratchFolder::ReadFile(SOURCE_FOLDER "/docs/check-rules.md");
   for (const Rule& rule : Rules()) {
-    const std::string start =
-        std::string("| `") + rule.name + "` | " + (rule.severity == Severity::Error ? "error" : "warning") + " |";
+    const std::string start = std::string("| `") + rule.name + "` | " +
+                              (rule.severity == Severity::Error     ? "error"
+                               : rule.severity == Severity::Warning ? "warning"
+                                                                    : "note") +
+                              " |";
     EXPECT_NE(page.find(start), std::string::npos) << start;
   }
 }
@@ -93,6 +96,20 @@ TEST(AFileWiderThanItsGroupMayRead, IsFound) {
     report.Begin(kFileModeRule, Severity::Warning);
     JudgeFileMode(mode, report);
     EXPECT_EQ(report.Take().size(), 1u) << std::oct << mode;
+  }
+}
+
+TEST(AFileWiderThanItsGroupMayRead, IsToldOfByWhatOthersMayDo) {
+  const std::pair<unsigned, std::string> expected[] = {
+      {0644U, "the file's mode is 0644: others than its owner and group may read the communities"},
+      {0660U, "the file's mode is 0660: others than its owner may change it"},
+      {0602U, "the file's mode is 0602: others than its owner may change it"},
+      {0750U, "the file's mode is 0750: nobody needs to execute it"}};
+  for (const auto& [mode, reason] : expected) {
+    Report report("snmpd.conf", false);
+    report.Begin(kFileModeRule, Severity::Warning);
+    JudgeFileMode(mode, report);
+    EXPECT_EQ(report.Take().at(0).reason, reason);
   }
 }
 
@@ -121,7 +138,32 @@ TEST(AFileOfNothingButMistakes, IsToldInBoundedSpace) {
   const std::vector<Finding> findings = Judged(text);
   ASSERT_EQ(findings.size(), Report::kMostOfOneRule + 1);
   EXPECT_EQ(findings.back().rule, "trap-port-as-community");
-  EXPECT_EQ(findings.back().reason, "so does the same in 2000 more places");
+  EXPECT_EQ(findings.back().reason, "2000 more findings of this rule are not listed");
+}
+
+TEST(ALineBelowASection, ThatTheSectionDoesNotHoldWillWin) {
+  const std::string section = "# Halvoren Section Start\nrocommunity  reader\nsysName  box\n# Halvoren Section End\n\n";
+  EXPECT_EQ(LinesFound("will-override-section", section + "sysContact  Bob\nsysName  other\n"), std::vector<std::size_t>{6});
+  EXPECT_EQ(LinesFound("overrides-section", section + "sysContact  Bob\nsysName  other\n"), std::vector<std::size_t>{7});
+}
+
+TEST(ALineBelowASection, ThatSaysTheSameInOtherWordsIsNotFound) {
+  const std::string text =
+      "# Halvoren Section Start\nrocommunity  reader\nmaster  agentx\nsysObjectID  1.3.6.1.4.1.32473\n"
+      "# Halvoren Section End\n\nmaster  yes\nmaster  on\nmaster  all\nsysObjectID  .1.3.6.1.4.1.32473\n";
+  EXPECT_TRUE(Judged(text).empty());
+  EXPECT_EQ(LinesFound("overrides-section", text + "master  no\n"), std::vector<std::size_t>{11});
+}
+
+TEST(ALineBelowASection, OverridesTheAgentXTimeout) {
+  const std::string section = "# Halvoren Section Start\nrocommunity  reader\nagentXTimeout  6\n# Halvoren Section End\n\n";
+  EXPECT_EQ(LinesFound("overrides-section", section + "agentXTimeout  9\n"), std::vector<std::size_t>{6});
+  EXPECT_TRUE(LinesFound("overrides-section", section + "agentXTimeout  6\nagentXTimeout  x\n").empty());
+}
+
+TEST(ATrapPortWithoutCommunity, IsFoundWhateverNumberItIs) {
+  const std::string text = "rocommunity  reader\ntrap2sink  192.0.2.5  70000\n";
+  EXPECT_EQ(LinesFound("trap-port-as-community", text), std::vector<std::size_t>{2});
 }
 
 TEST(AnEmptyText, LetsNobodyIn) {
