@@ -1,6 +1,7 @@
 #include "drivers/localsnmpd/DaemonFolder.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -81,6 +82,11 @@ std::string DaemonFolder::Prepare() {
   // Whoever owns a folder can put links into it, which the daemon would follow.
   if (attributes.st_uid != ::geteuid()) {
     return GetPath() + " belongs to another user; remove it, it is made anew";
+  }
+  // Held until this is asked again or ends, however the host ends.
+  if (::flock(m_daemon.Get(), LOCK_EX | LOCK_NB) != 0) {
+    return errno == EWOULDBLOCK ? GetPath() + " is in use by another device; give each device a folder of its own"
+                                : "cannot lock " + GetPath() + ": " + Reason();
   }
   if (::fchmod(m_daemon.Get(), 0700) != 0 || !OpenFolder(m_daemon.Get(), kDataName).IsOpen()) {
     return "cannot make " + Join(GetPath(), kDataName) + ": " + Reason();

@@ -28,7 +28,8 @@ class DaemonFolder {
   // `folder` need not exist yet.
   explicit DaemonFolder(const std::string& folder);
 
-  // Makes what is missing of daemon/, with driver.conf and an empty log. What is wrong in one line; empty when all is there.
+  // Makes what is missing of daemon/, with driver.conf and an empty log, and takes it for this object alone. What is wrong
+  // in one line; empty when all is there.
   std::string Prepare();
   // Writes what the daemon is to read, mode 0600. The result is as above.
   std::string WriteServed(const std::string& text) const;

@@ -98,6 +98,24 @@ TEST_F(ADaemon, IsStartedAndStoppedOnceHoweverOftenThatIsAsked) {
   EXPECT_EQ(0, m_daemon->Stop());
 }
 
+TEST_F(ADaemon, SharesItsFolderWithNoOther) {
+  ASSERT_EQ(0, Make().Start(kPublic, {}));
+  Lines log;
+  const drivers::PortReservation port;
+  Daemon::Options options = m_options;
+  options.port = port.GetPort();
+  Daemon other(options, [&log](const std::string& line) { log.push_back(line); });
+  EXPECT_EQ(drivers::kDaemonFolderUnusable, other.Start(kPublic, {}));
+  ASSERT_EQ(1U, log.size());
+  EXPECT_NE(std::string::npos, log[0].find("/daemon is in use by another device; give each device a folder of its own"));
+  EXPECT_EQ("kitchen", Get());
+  EXPECT_EQ(0, m_daemon->Restart(kPublic, {}));
+
+  m_daemon.reset();
+  EXPECT_EQ(0, other.Start(kPublic, {}));
+  EXPECT_EQ(0, other.Stop());
+}
+
 TEST_F(ADaemon, ServesAnotherConfigurationAfterARestart) {
   Make();
   EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
