@@ -97,12 +97,22 @@ std::string ReadSettings(const PreviewOptions& options, const DriverEntry& devic
   return file.text;
 }
 
+// A device that its kept state says is off line would accept the text for later, and nothing would be seen of it. So the
+// copy is put on line, as the device will be.
+void PutOnLine(Host& host, unsigned long device) {
+  const std::vector<std::string> commands = host.Commands(device);
+  if (std::find(commands.begin(), commands.end(), "SetOnline") != commands.end()) {
+    host.Command(device, "SetOnline", {{"online", "true"}});
+  }
+}
+
 // Lets the agent work on the copy and returns its reply.
 std::string Apply(const DriverEntry& agent, const ScratchDevice& scratch, const std::string& settings, StateStore& states,
                   Complaints& complaints) {
   Host host(complaints, &states);
   host.Load(agent);
   host.Load(scratch.Driver());
+  PutOnLine(host, scratch.Driver().id);
   const std::string reply = host.Command(agent.id, "SetDeviceState", {{"xml", settings}});
   host.Stop();
   return reply;

@@ -187,6 +187,24 @@ TEST_F(APreview, KnowsWhatTheDeviceHasKept) {
   EXPECT_EQ(Run(), 0);
   EXPECT_THAT(printed, AllOf(HasSubstr("\n-sysName  kitchen\n"), Not(HasSubstr("-rocommunity"))));
 
+  // Off line, the change waits, but it is seen.
+  {
+    RecordingObserver observer;
+    StateFolder states(options.state);
+    Host host(observer, &states);
+    const Project project = ReadProject(options.project, options.moduleFolder);
+    host.Load(project.drivers[0]);
+    host.Load(project.drivers[1]);
+    host.Command(1, "GetDeviceList", {});
+    EXPECT_EQ(host.Command(12, "SetOnline", {{"online", "false"}}), "<Success/>");
+    host.Stop();
+  }
+  folder.Write("home/settings.xml",
+               "<managedDevice><snmpSysLocationSetting>attic</snmpSysLocationSetting>"
+               "<deviceId>12</deviceId></managedDevice>");
+  EXPECT_EQ(Run(), 0);
+  EXPECT_THAT(printed, AllOf(HasSubstr("\n+sysLocation  attic\n"), HasSubstr("\n-sysName  kitchen\n")));
+
   folder.Write("home/states/driver-12.xml", "<torn");
   EXPECT_THROW(Run(), StateError);
   EXPECT_EQ(ReadFileText(folder.Path("home/states/driver-12.xml")), "<torn");
