@@ -43,7 +43,8 @@ void ScriptRunner::Do(const RunAction& action) {
   for (const std::string& word : secrets.CommandLine(run.words)) {
     line += (line.empty() ? "" : " ") + AsWord(word);
   }
-  m_printer.Line("run", line);
+  // A secret with blanks may be several words of the line.
+  m_printer.Line("run", secrets.Text(line));
   const ProgramResult result = RunProgram(run);
   m_output = result.output;
   ShowOutput(result.output);
