@@ -1,5 +1,6 @@
 #include "devhost/app/Masker.h"
 
+#include "devhost/app/Words.h"
 #include "devhost/snmpd/SecretPlaces.h"
 #include "devhost/snmpd/Secrets.h"
 
@@ -83,15 +84,13 @@ Parameters Masker::CommandParameters(const Parameters& parameters) const {
   return shown;
 }
 
-std::vector<std::string> Masker::CommandLine(const std::vector<std::string>& words) const {
-  if (m_showSecrets) {
-    return words;
+std::string Masker::CommandLine(const std::vector<std::string>& words) const {
+  std::string line;
+  for (const std::string& word : m_showSecrets ? words : MaskCommandLine(words)) {
+    line += (line.empty() ? "" : " ") + AsWord(line.empty() || m_showSecrets ? word : m_known.Mask(word));
   }
-  std::vector<std::string> shown = MaskCommandLine(words);
-  for (std::size_t i = 1; i < shown.size(); ++i) {
-    shown[i] = m_known.Mask(shown[i]);
-  }
-  return shown;
+  // A secret with blanks may be several words.
+  return m_showSecrets ? line : m_known.MaskKnown(line);
 }
 
 bool IsSecretSetting(std::string_view name) {

@@ -32,8 +32,8 @@ class Masker {
   std::string ConfigLine(std::string_view line) const;
   // The parameters of a command; a value that begins with @ names a file.
   Parameters CommandParameters(const Parameters& parameters) const;
-  // The words of a program's command line.
-  std::vector<std::string> CommandLine(const std::vector<std::string>& words) const;
+  // A program's command line, as a script would write it.
+  std::string CommandLine(const std::vector<std::string>& words) const;
 
  private:
   bool m_showSecrets;

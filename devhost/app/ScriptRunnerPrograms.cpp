@@ -4,7 +4,6 @@
 #include "devhost/app/DeviceReplies.h"
 #include "devhost/app/ScriptPrograms.h"
 #include "devhost/app/ScriptRunner.h"
-#include "devhost/app/Words.h"
 #include "devhost/process/RunProgram.h"
 
 namespace devhost {
@@ -39,12 +38,7 @@ void ScriptRunner::Do(const RunAction& action) {
   }
   Masker& secrets = m_printer.Secrets();
   secrets.LearnFromCommandLine(run.words);
-  std::string line;
-  for (const std::string& word : secrets.CommandLine(run.words)) {
-    line += (line.empty() ? "" : " ") + AsWord(word);
-  }
-  // A secret with blanks may be several words of the line.
-  m_printer.Line("run", secrets.Text(line));
+  m_printer.Line("run", secrets.CommandLine(run.words));
   const ProgramResult result = RunProgram(run);
   m_output = result.output;
   ShowOutput(result.output);

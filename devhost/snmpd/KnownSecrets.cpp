@@ -108,8 +108,11 @@ std::string KnownSecrets::Mask(std::string_view text) const {
                              return text.substr(place.begin, place.end - place.begin).find('<') == std::string_view::npos;
                            }),
             cut.end());
-  const std::string masked = MaskConfigText(MaskXml(Masked(plain, cut)));
-  return Masked(masked, Places(masked));
+  return MaskKnown(MaskConfigText(MaskXml(Masked(plain, cut))));
+}
+
+std::string KnownSecrets::MaskKnown(const std::string& text) const {
+  return Masked(text, Places(text));
 }
 
 }  // namespace devhost

@@ -33,6 +33,8 @@ class KnownSecrets {
   // A text of any kind on one or several lines: masks what the functions of Secrets.h find and, as whole words, what is
   // known.
   std::string Mask(std::string_view text) const;
+  // Masks what is known only.
+  std::string MaskKnown(const std::string& text) const;
 
  private:
   void Add(const std::string& secret);

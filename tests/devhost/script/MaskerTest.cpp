@@ -44,6 +44,13 @@ TEST(AMasker, HidesWhatAFailureQuotes) {
   EXPECT_EQ(masker.Xml("<sysName>hidden</sysName>"), "<sysName>hidden</sysName>");
 }
 
+TEST(AMasker, HidesASecretThatIsSeveralWordsOfACommandLine) {
+  Masker masker(false);
+  masker.Learn({{"community", "our house"}});
+  EXPECT_EQ(masker.CommandLine({"echo", "in our house", "in", "our", "house", "rocommunity x"}),
+            "echo 'in *****' in ***** 'rocommunity *****'");
+}
+
 TEST(AMasker, ThatWasAskedToShowSecretsHidesNothing) {
   Masker masker(true);
   masker.Learn({{"community", "hidden"}});
@@ -52,7 +59,7 @@ TEST(AMasker, ThatWasAskedToShowSecretsHidesNothing) {
   EXPECT_EQ(masker.Xml("<community>hidden</community>"), "<community>hidden</community>");
   EXPECT_EQ(masker.ConfigLine("rocommunity hidden"), "rocommunity hidden");
   EXPECT_EQ(masker.CommandParameters({{"community", "hidden"}}), (Parameters{{"community", "hidden"}}));
-  EXPECT_EQ(masker.CommandLine({"snmpget", "-c", "hidden"}), (std::vector<std::string>{"snmpget", "-c", "hidden"}));
+  EXPECT_EQ(masker.CommandLine({"snmpget", "-c", "hidden"}), "snmpget -c hidden");
 }
 
 }  // namespace
