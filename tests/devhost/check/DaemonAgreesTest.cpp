@@ -259,21 +259,24 @@ TEST(TheDaemon, RejectsATimeoutWithoutNumber) {
   EXPECT_FALSE(other.Says("Error")) << other.Log();
 }
 
+// A subagent's answer that takes its time: on a quick machine, one that does not may come within no time at all.
+const char kSlowHello[] = "extend-sh hello sleep 0.3; echo hi";
+
 TEST(TheDaemon, FailsEachRequestToASubagentWhenItsTimeoutIsNothing) {
   const std::string master = "master  agentx\nagentXRetries  0\n";
   ServedFile patient(master + "agentXTimeout  6\n");
-  EXPECT_EQ(patient.AskSubagent("extend hello /bin/echo hi").value, "hi");
+  EXPECT_EQ(patient.AskSubagent(kSlowHello).value, "hi");
   const std::string text = master + "agentXTimeout  0\n";
   EXPECT_EQ(LinesFound("agentx-timeout", text).size(), 1u);
   ServedFile hasty(text);
-  const e2e::Answer failure = hasty.AskSubagent("extend hello /bin/echo hi");
+  const e2e::Answer failure = hasty.AskSubagent(kSlowHello);
   EXPECT_EQ(failure.value, "");
   EXPECT_NE(failure.error, "timeout");
 }
 
 TEST(TheDaemon, GoesByTheLastAgentXTimeout) {
   ServedFile hasty("master  agentx\nagentXRetries  0\nagentXTimeout  6\nagentXTimeout  0\n");
-  const e2e::Answer failure = hasty.AskSubagent("extend hello /bin/echo hi");
+  const e2e::Answer failure = hasty.AskSubagent(kSlowHello);
   EXPECT_EQ(failure.value, "");
   EXPECT_NE(failure.error, "timeout");
 }
