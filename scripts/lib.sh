@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck disable=SC2034  # used by the commands
 {
   BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev googletest)
-  RUN_PACKAGES=(snmpd snmp snmptrapd)
+  RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
   I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386)
   ABI_PACKAGES=(clang libboost-dev g++ g++-i686-linux-gnu)
