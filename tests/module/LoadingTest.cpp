@@ -155,6 +155,9 @@ std::size_t GrowthInAThousand(Action action) {
   return bytesAfter > bytes ? bytesAfter - bytes : 0;
 }
 
+// What an allocator keeps at hand counts as allocated, comes and goes. A leak has 16 bytes at least in each of a thousand.
+constexpr std::size_t kKeptAtHand = 4000;
+
 TEST(TheModule, IsLoadedUsedAndUnloadedAThousandTimesWithoutGrowth) {
   for (int i = 0; i != kWarmUp; ++i) {
     ASSERT_NO_FATAL_FAILURE(LiveOnce());
@@ -163,9 +166,9 @@ TEST(TheModule, IsLoadedUsedAndUnloadedAThousandTimesWithoutGrowth) {
   const std::size_t forLoading = GrowthInAThousand([] { ::dlclose(::dlopen(AGENT_MODULE, RTLD_NOW | RTLD_LOCAL)); });
   const std::vector<std::string> files = Entries("/proc/self/fd");
   const std::size_t mappings = Mappings();
-  EXPECT_LE(GrowthInAThousand(LiveOnce), forLoading + 64) << "bytes are allocated more than before";
+  EXPECT_LE(GrowthInAThousand(LiveOnce), forLoading + kKeptAtHand) << "bytes are allocated more than before";
 #ifndef TESTS_UNDER_ADDRESS_SANITIZER
-  EXPECT_EQ(forLoading, 0U);
+  EXPECT_LE(forLoading, kKeptAtHand);
   EXPECT_LE(Mappings(), mappings + 1);
 #else
   // Theirs grow by one for every page of what they keep.
