@@ -87,6 +87,18 @@ TEST_F(WritingAFile, ReturnsTheDevicesStatusAndKeepsTheTextInTheRecord) {
   EXPECT_THAT(record->GetConfig(), HasSubstr("# Halvoren Section Start\n"));
 }
 
+TEST_F(WritingAFile, KeepsTheTextInTheRecordWhenTheDeviceThrows) {
+  record->SetConfig("former text\n");
+  journal.SetHook([](const std::string& call) {
+    if (call == kCopyTo) {
+      throw std::runtime_error("told to");
+    }
+  });
+  EXPECT_THROW(agent.WriteConfig(record), std::runtime_error);
+  EXPECT_THAT(record->GetConfig(), HasSubstr("# Halvoren Section Start\n"));
+  EXPECT_THAT(record->GetConfig(), testing::EndsWith("\n\nformer text\n"));
+}
+
 TEST_F(ReadingAFile, CopiesFromTheWorkingPathThenFillsSettings) {
   device.file = "# Halvoren Section Start\nsysName  box\n";
   EXPECT_EQ(agent.ReadConfig(record), 0);

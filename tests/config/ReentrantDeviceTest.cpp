@@ -104,6 +104,26 @@ TEST_F(AReentrantDevice, MayReplaceTheTextWhileTheSectionIsMade) {
   EXPECT_THAT(record->GetConfig(), Not(HasSubstr("former text")));
 }
 
+// A nested request reads another time-out from the file.
+TEST_F(AReentrantDevice, ChangesTheAgentXTimeoutOfTheSectionUntilTheCommunitiesAreRead) {
+  for (const char* call : {"7.GetCommunityReadSetting", "7.GetCommunityWriteSetting"}) {
+    record->SetAgentXTimeout("6");
+    During(call, [&] { record->SetAgentXTimeout("9"); });
+    agent.MergeToConfig(record);
+    EXPECT_THAT(record->GetConfig(), HasSubstr("\nagentXTimeout  9\n")) << call;
+    record->SetConfig("");
+  }
+  for (const char* call :
+       {"7.GetSysContactSetting", "7.GetSysLocationSetting", "7.GetSysNameSetting", "7.GetTrapTargetsSetting"}) {
+    record->SetAgentXTimeout("6");
+    During(call, [&] { record->SetAgentXTimeout("9"); });
+    agent.MergeToConfig(record);
+    EXPECT_THAT(record->GetConfig(), HasSubstr("\nagentXTimeout  6\n")) << call;
+    EXPECT_EQ(record->GetAgentXTimeout(), "9") << call;
+    record->SetConfig("");
+  }
+}
+
 TEST_F(AReentrantDevice, MayWithdrawItselfFromAnyCallOfARequest) {
   for (const char* call : {"7.CopyFrom", "7.SetCommunityReadSetting", "7.SetTrapTargetsSetting", "7.CopyTo"}) {
     Forget();

@@ -39,6 +39,13 @@ TEST(TextBelowTheOldSection, IsKeptByteForByte) {
   EXPECT_EQ(Merge(kNew, "# Halvoren Section Start\n# Halvoren Section End\n#\n" + below), kNew + below.substr(0));
 }
 
+TEST(ANulByte, IsKeptLikeAnyOther) {
+  const std::string text = std::string("a\0b\n", 4);
+  EXPECT_EQ(Merge(kNew, text), "NEW\n\n" + text);
+  EXPECT_EQ(Merge(kNew, text + "# Halvoren Section Start\n" + text + "# Halvoren Section End\n#" + text + "\n" + text),
+            "NEW\n\n" + text);
+}
+
 TEST(TheBlankLineAfterTheTrailer, IsConsumedAndMadeAgain) {
   EXPECT_EQ(Merge(kNew, "# Halvoren Section Start\n# Halvoren Section End\n#\n# x\n\nkept\n"), "NEW\n\nkept\n");
 }

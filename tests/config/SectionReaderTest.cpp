@@ -84,6 +84,11 @@ TEST_F(InsideASection, OtherLinesAreIgnored) {
   EXPECT_THAT(journal.Take(), IsEmpty());
 }
 
+TEST_F(InsideASection, AnotherStartMarkerIsTextLikeAnyOther) {
+  ReadSection("# Halvoren Section Start\nsysName  Halvoren Section Start");
+  EXPECT_THAT(Setters(), ElementsAre("7.SetSysNameSetting Halvoren Section Start"));
+}
+
 TEST_F(InsideASection, ACommentWithAKeywordIsTakenAsThatLine) {
   ReadSection("# rocommunity is read-only");
   EXPECT_THAT(Setters(), ElementsAre("7.SetCommunityReadSetting #  is read-only"));
@@ -213,6 +218,14 @@ TEST_F(AWordValue, KeepsEveryPrintableCharacter) {
   }
   ReadSection("sysName  " + all);
   EXPECT_EQ(device.sysName, all);
+}
+
+TEST_F(AWordValue, KeepsANulByteAndWhatFollows) {
+  const std::string nul(1, '\0');
+  record->SetConfig("a" + nul + "b\n# Halvoren Section Start\nsysName  my" + nul + " box\nsysContact  Ada\n");
+  agent.MergeFromConfig(record);
+  EXPECT_EQ(device.sysName, "my" + nul + " box");
+  EXPECT_EQ(device.sysContact, "Ada");
 }
 
 TEST_F(AWordValue, KeepsItsQuotes) {

@@ -154,6 +154,20 @@ TEST(SystemTexts, AreNeverQuoted) {
   EXPECT_EQ(SystemLines(settings), "sysContact  Ada Lovelace\nsysLocation  Attic, left\nsysName  my box\n\n");
 }
 
+TEST(EveryValue, IsWrittenWithItsNulBytes) {
+  const std::string value("a\0 b", 4);
+  Settings settings;
+  settings.communityRead = settings.communityWrite = settings.agentXTimeout = settings.agentXRetries = value;
+  settings.sysContact = settings.sysLocation = settings.sysName = value;
+  settings.trapTargets.emplace_back(value, value, value);
+  const std::string quoted = '"' + value + '"';
+  EXPECT_EQ(AccessLines(settings), "rocommunity  " + quoted + "\nrwcommunity  " + quoted + "\n\n");
+  EXPECT_EQ(AgentLines(settings), "master  agentx\nagentXTimeout  " + value + "\nagentXRetries  " + value +
+                                      "\nagentXSocket  tcp:127.0.0.1:705\n\n");
+  EXPECT_EQ(SystemLines(settings), "sysContact  " + value + "\nsysLocation  " + value + "\nsysName  " + value + "\n\n");
+  EXPECT_EQ(TrapLines(settings.trapTargets), "trap2sink  " + value + "  " + quoted + "  " + value + "\n\n");
+}
+
 TEST(SystemTexts, WriteNoLineWhenEmpty) {
   Settings settings = WithAgentX();
   settings.sysLocation = "Attic";

@@ -155,7 +155,7 @@ IVariable* RecordingHost::FindVariable(unsigned long deviceId, unsigned long var
 }
 
 void RecordingHost::ListVariables(std::string& xml, bool userVariables) {
-  m_journal.Note(std::string("ListVariables ") + Truth(userVariables));
+  m_journal.Note(std::string("ListVariables ") + Truth(userVariables) + (xml.empty() ? "" : " not empty"));
   xml = userVariables ? userVariableList : variableList;
 }
 

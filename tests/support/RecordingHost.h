@@ -42,7 +42,8 @@ class FakeVariable : public IVariable {
 //   "GetInstanceManager", "GetDriverManager", "GetVariableManager", "GetUICmdDispatcher",
 //   "RegisterListener 34 0", "UnregisterListener 34 0" (with " unknown" behind it for one that was not registered),
 //   "RegisterQuery IID", "UnregisterQuery IID", "Query IID", "FindDrivers 0 IID", "RegisterUICmd NAME",
-//   "FindVariable 1 2", "ListVariables true", "ConSendDataToUI <xml/>", "DmInvalidateState", "Log 3 text".
+//   "FindVariable 1 2", "ListVariables true" (with " not empty" behind it for a text that holds something),
+//   "ConSendDataToUI <xml/>", "DmInvalidateState", "Log 3 text".
 // A call is noted first; when the journal's hook throws from it, it has no other effect, as in a host that fails. What the
 // hook throws out of "BaseDestroyed" and "Log" is dropped: a host does not throw there.
 class RecordingHost : private devhost::DriverServices,

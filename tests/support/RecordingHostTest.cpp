@@ -102,7 +102,7 @@ TEST_F(ARecordingHost, AnswersWithScriptedDriversAndVariables) {
   EXPECT_THAT(
       journal.Calls(),
       ElementsAre("GetVariableManager", "FindVariable 1 2", "GetVariableManager", "FindVariable 2 1", "GetVariableManager",
-                  "ListVariables true", "GetVariableManager", "ListVariables false", "GetDriverManager",
+                  "ListVariables true", "GetVariableManager", "ListVariables false not empty", "GetDriverManager",
                   std::string("FindDrivers 4 ") + ISupportSNMP_IID, "GetDriverManager", "FindDrivers 0 other"));
 }
 

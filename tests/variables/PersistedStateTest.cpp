@@ -191,24 +191,34 @@ TEST_F(ThePersistedState, PutsFlagsBackWhenTheProjectOfTheNextLifeHasLoaded) {
 }
 
 TEST_F(ThePersistedState, IsBuiltInThisOrder) {
-  struct Observer : devhost::XmlObserver {
-    explicit Observer(Calls& noted) : calls(noted) {}
-    void OnXmlCall(const char* operation, const char* name) override {
-      calls.push_back(std::string(operation) + ' ' + name);
-    }
-    Calls& calls;
-  };
   Know(5, 7);
   Added(5, 7);
-  Calls calls;
-  Observer observer(calls);
-  devhost::SetXmlObserver(&observer);
-  agent.Driver().GetPersistState(0);
-  devhost::SetXmlObserver(nullptr);
+  const Calls calls = XmlCallsOf([this] { agent.Driver().GetPersistState(0); });
   EXPECT_THAT(calls,
               ElementsAre("CreateXmlNode SNMPState", "SetNamedString version", "Create ", "SetName variables", "SetValue ",
                           "Create ", "SetName variable", "SetValue ", "SetNamedULong deviceid", "SetNamedULong variableid",
                           "SetNamedString name", "SetNamedString snmpTrapEnabled", "AppendChild ", "AppendChild "));
+}
+
+TEST_F(ThePersistedState, AsksEachVariableOnceForItsIdsThenItsNameThenItsFlag) {
+  NotingVariable second(journal, 5, 7);
+  NotingVariable first(journal, 1, 20);
+  VariableMap map;
+  map[VariableKey(5, 7)] = &second;
+  map[VariableKey(1, 20)] = &first;
+  const h7::auto_com<H7XML::INode> parent = H7XML::CreateXmlNode("variables", "");
+  agent->VariableMapToXml(parent.Get(), map);
+  EXPECT_THAT(journal.Calls(), ElementsAre("1.20.GetIds", "1.20.GetName", "1.20.TrapEnabled", "5.7.GetIds", "5.7.GetName",
+                                           "5.7.TrapEnabled"));
+}
+
+TEST_F(ThePersistedState, IsReadFromItsAttributesAndNoOthers) {
+  const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode(
+      "<SNMPState version=\"1.0.0.0\"><other/><variables>"
+      "<variable deviceid=\"8\" variableid=\"9\" name=\"v\" snmpTrapEnabled=\"true\">1</variable></variables></SNMPState>");
+  EXPECT_THAT(XmlCallsOf([&] { agent->FromXml(state.Get()); }),
+              ElementsAre("GetChild variables", "GetChildren ", "First ", "GetNamedULong deviceid",
+                          "GetNamedULong variableid", "GetNamedBool snmpTrapEnabled", "Next "));
 }
 
 TEST_F(ThePersistedState, LeavesNoFlagBehindThatCouldNotBeRead) {

@@ -47,6 +47,26 @@ TEST_F(AVariableManagerThatSendsEvents, MayAddTheSamePairInsideItsLookup) {
   EXPECT_EQ(Device(), "5.7");
 }
 
+TEST_F(AVariableManagerThatSendsEvents, HasTheAnswerToTheOuterOfTwoLookupsKept) {
+  FakeVariable inner(5, 7, "inner");
+  FakeVariable& outer = Know(5, 7);
+  Inside("FindVariable 5 7", [this, &inner, &outer] {
+    host.variables[{5, 7}] = &inner;
+    Added(5, 7);
+    host.variables[{5, 7}] = &outer;
+  });
+  Added(5, 7);
+  EXPECT_EQ(State().deviceVariables.at(VariableKey(5, 7)), &outer);
+}
+
+TEST_F(AVariableManagerThatSendsEvents, MayAddAVariableInsideTheListing) {
+  Know(5, 7);
+  Added(9, 9);
+  Inside("ListVariables false", [this] { Added(5, 7); });
+  host.SendEvent("OnProjectLoaded");
+  EXPECT_EQ(Device(), "1.1 1.2 2.1 5.7");
+}
+
 TEST_F(AVariableManagerThatSendsEvents, MayRemoveAllInsideALookup) {
   Added(1, 1);
   Inside("FindVariable 2 1", [this] {

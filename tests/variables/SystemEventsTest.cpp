@@ -1,4 +1,5 @@
 #include "host/H7XML.h"
+#include "tests/support/XmlFaults.h"
 #include "tests/variables/VariablesFixture.h"
 
 namespace {
@@ -134,6 +135,21 @@ TEST_F(SystemEvents, OnVariableRemovedRemovesThePairFromBothMaps) {
   EXPECT_THAT(journal.Calls(), IsEmpty());
 }
 
+TEST_F(SystemEvents, OnVariableRemovedRemovesTheDeviceVariableBeforeTheUserVariable) {
+  Added(5, 7);
+  UserAdded(5, 7);
+  const h7::auto_com<H7XML::INode> event =
+      devhost::ReadXmlNode("<e name=\"OnVariableRemoved\"><p name=\"iddevice\">5</p><p name=\"idvariable\">7</p></e>");
+  int between = 0;
+  WithEachXmlCallFailing([&] { agent->OnSystemEvent(*event); },
+                         [&](int call) {
+                           between += Device().empty() && !User().empty();
+                           EXPECT_TRUE(Device().empty() || !User().empty()) << "at XML call " << call;
+                         });
+  EXPECT_GT(between, 0);
+  EXPECT_EQ(User(), "");
+}
+
 TEST_F(SystemEvents, OnVariableRemovedForAnUnknownPairDoesNothing) {
   Added(5, 7);
   UserAdded(5, 7);
@@ -199,6 +215,14 @@ TEST_F(SystemEvents, MayHoldTheirParametersInAnyOrderAmongOthers) {
   Deliver(
       "<e name=\"OnVariableAdded\"><x name=\"idvariable\">7</x><y name=\"other\">1</y><z/><p name=\"iddevice\">5</p></e>");
   EXPECT_EQ(Device(), "5.7");
+}
+
+TEST_F(SystemEvents, AreReadByNamedValuesAndOnlyWantedParametersByTheirText) {
+  const h7::auto_com<H7XML::INode> event = devhost::ReadXmlNode(
+      "<e name=\"OnVariableAdded\"><p name=\"iddevice\">5</p><p name=\"idroom\">1</p><p name=\"idvariable\">7</p></e>");
+  EXPECT_THAT(XmlCallsOf([&] { agent->OnSystemEvent(*event); }),
+              ElementsAre("GetNamedString name", "GetChildren ", "First ", "GetNamedString name", "GetValueULong ", "Next ",
+                          "GetNamedString name", "Next ", "GetNamedString name", "GetValueULong ", "Next "));
 }
 
 TEST_F(SystemEvents, OfTwoParametersOfOneNameTheLaterCounts) {

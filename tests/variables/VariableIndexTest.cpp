@@ -114,6 +114,13 @@ TEST_F(TheVariableIndex, IsBuiltFromTheHostsList) {
               ElementsAre("ListVariables true", "FindVariable 2 1", "FindVariable 1 9", "FindVariable 1 4"));
 }
 
+TEST_F(TheVariableIndex, ReadsNumbersFromTheAttributesOfTheList) {
+  host.variableList = List(Listed(1, 2));
+  EXPECT_THAT(XmlCallsOf([this] { agent->BuildVariableList(map, false, false); }),
+              ElementsAre("CreateXmlDocument " + host.variableList, "GetRootElement ", "GetChildren ", "First ",
+                          "GetNamedULong deviceid", "GetNamedULong variableid", "GetNamedULong hidden", "Next "));
+}
+
 TEST_F(TheVariableIndex, LeavesHiddenVariablesOutAndDoesNotLookThemUp) {
   host.variableList = List(Listed(1, 1, "1") + Listed(1, 2, "0") + Listed(1, 3, "4294967295"));
   agent->BuildVariableList(map, false, false);
@@ -144,6 +151,13 @@ TEST_F(TheVariableIndex, DoesNotTakeGrandchildrenForVariables) {
   host.variableList = List("<variable deviceid=\"1\" variableid=\"1\">" + Listed(2, 2) + "</variable>");
   agent->BuildVariableList(map, false, false);
   EXPECT_EQ(Pairs(map), "1.1");
+}
+
+TEST_F(TheVariableIndex, IsEmptiedBeforeTheHostIsAskedForItsList) {
+  agent->AddToMap(map, 9, 9);
+  journal.SetHook([](const std::string&) { throw std::runtime_error("list"); });
+  EXPECT_THROW(agent->BuildVariableList(map, false, false), std::runtime_error);
+  EXPECT_EQ(Pairs(map), "");
 }
 
 TEST_F(TheVariableIndex, IsEmptyWhenTheListCannotBeRead) {
@@ -188,6 +202,21 @@ TEST_F(TheVariableIndex, TakesSavedFlagsOverToItsVariables) {
   EXPECT_EQ(Pairs(saved), "5.7 5.8 5.9 7.7");
   EXPECT_EQ(Pairs(map), "5.7 5.9 6.1 7.7");
   EXPECT_THAT(journal.Calls(), IsEmpty());
+}
+
+TEST_F(TheVariableIndex, TakesSavedFlagsOverInTheOrderOfTheirKeysAndTouchesNoOtherVariable) {
+  NotingVariable third(journal, 2, 10);
+  NotingVariable second(journal, 1, 20);
+  NotingVariable first(journal, 1, 3);
+  NotingVariable unsaved(journal, 1, 4);
+  for (NotingVariable* variable : {&third, &second, &first, &unsaved}) {
+    map[variable->ids] = variable;
+    if (variable != &unsaved) {
+      State().savedTrapFlags[variable->ids] = true;
+    }
+  }
+  agent->ApplySNMPTrapEnabled(map);
+  EXPECT_THAT(journal.Calls(), ElementsAre("1.3.TrapEnabled", "1.20.TrapEnabled", "2.10.TrapEnabled"));
 }
 
 }  // namespace

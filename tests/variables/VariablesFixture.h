@@ -7,6 +7,32 @@
 
 #include "tests/support/AgentFixture.h"
 
+// A variable that notes in a journal what it is asked: "1.20.GetName".
+class NotingVariable : public FakeVariable {
+ public:
+  NotingVariable(Journal& journal, unsigned long deviceId, unsigned long variableId)
+      : FakeVariable(deviceId, variableId, "v"), m_journal(journal) {}
+  DualKey<unsigned long, unsigned long> GetIds() const override {
+    Note("GetIds");
+    return FakeVariable::GetIds();
+  }
+  const char* GetName() const override {
+    Note("GetName");
+    return FakeVariable::GetName();
+  }
+  bool& TrapEnabled() override {
+    Note("TrapEnabled");
+    return FakeVariable::TrapEnabled();
+  }
+
+ private:
+  void Note(const char* operation) const {
+    m_journal.Note(std::to_string(ids.first) + '.' + std::to_string(ids.second) + '.' + operation);
+  }
+
+  Journal& m_journal;
+};
+
 // An agent in a project with some variables.
 class VariablesTest : public AgentTest {
  protected:
@@ -34,6 +60,21 @@ class VariablesTest : public AgentTest {
       pairs += (pairs.empty() ? "" : " ") + std::to_string(entry.first.first) + '.' + std::to_string(entry.first.second);
     }
     return pairs;
+  }
+
+  // The calls into the XML library that `work` makes: "SetNamedString name".
+  template <class Work>
+  static Calls XmlCallsOf(Work work) {
+    struct Observer : devhost::XmlObserver {
+      void OnXmlCall(const char* operation, const char* name) override {
+        calls.push_back(std::string(operation) + ' ' + name);
+      }
+      Calls calls;
+    } observer;
+    devhost::SetXmlObserver(&observer);
+    work();
+    devhost::SetXmlObserver(nullptr);
+    return observer.calls;
   }
 
   void Added(unsigned long deviceId, unsigned long variableId) { Send("OnVariableAdded", deviceId, variableId); }
