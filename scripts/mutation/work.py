@@ -18,8 +18,8 @@ ROOMS = ['agent', 'config', 'device', 'variables']
 # The unit tests, and which of them are asked first about a room's mutants: the rest only when those notice nothing.
 FIRST = {'agent': ['agent_test'], 'config': ['section_test', 'config_test'], 'device': ['device_test'],
          'variables': ['variables_test'], 'host': ['host_test']}
-PROGRAMS = ['host_test', 'section_test', 'variables_test', 'device_test', 'rootless_document_test', 'config_test', 'agent_test',
-            'faults_test']
+PROGRAMS = ['host_test', 'section_test', 'variables_test', 'device_test', 'rootless_document_test', 'other_host_test',
+            'config_test', 'agent_test', 'faults_test']
 CPU_SECONDS = 10     # what a program may use on one mutant, many times what it needs
 WALL_SECONDS = 1200  # for a program that waits; a busy machine must not be taken for one
 MEMORY = 4 << 30

@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "host/IInstanceManager.h"
 #include "tests/support/RecordingHost.h"
 
 struct AutoQueryInstanceRegistererTestAccess {
@@ -47,6 +48,22 @@ TEST_F(ARegisterer, WithdrawsInTheOrderOfPublication) {
   registerer.reset();
   EXPECT_THAT(journal.Calls(), ElementsAre("UnregisterQuery C", "UnregisterQuery A", "UnregisterQuery B"));
   EXPECT_FALSE(host.AnythingPublished());
+}
+
+TEST_F(ARegisterer, WithdrawsANameAsOftenAsTheManagerTookIt) {
+  struct Manager final : IInstanceManager {
+    bool RegisterQuery(const char*, void*) override { return true; }
+    void UnregisterQuery(const char* iid) override { withdrawn.push_back(iid); }
+    void* Query(const char*) override { return nullptr; }
+    std::vector<std::string> withdrawn;
+  } manager;
+  {
+    AutoQueryInstanceRegisterer generous(manager);
+    for (const char* name : {"A", "B", "A"}) {
+      EXPECT_TRUE(generous.RegisterQuery(name, &instance));
+    }
+  }
+  EXPECT_THAT(manager.withdrawn, ElementsAre("A", "B", "A"));
 }
 
 TEST_F(ARegisterer, DoesNotWithdrawWhatTheManagerRefused) {

@@ -97,6 +97,18 @@ TEST_F(AControllerAction, ReadsTheIdBeforeItMakesAReply) {
   EXPECT_EQ(Text(*agent->OnReqRebootController(message)), "<Success/>");
 }
 
+TEST_F(AControllerAction, DoesNotAskTheDeviceWhenItCannotEvenMakeTheReplyOfFailure) {
+  struct Observer final : devhost::XmlObserver {
+    void OnXmlCall(const char*, const char* name) override { throw std::runtime_error(name); }
+  } observer;
+  for (const Action& action : kActions) {
+    devhost::SetXmlObserver(&observer);
+    EXPECT_THROW(host.Command(action.name, {{"deviceId", "7"}}), std::runtime_error);
+    devhost::SetXmlObserver(nullptr);
+  }
+  EXPECT_THAT(journal.Calls(), IsEmpty());
+}
+
 TEST_F(AControllerAction, HoldsTheRecordWhileTheDeviceWithdrawsItself) {
   journal.SetHook([this](const std::string& call) {
     if (call == "7.RebootController") {

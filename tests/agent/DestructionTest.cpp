@@ -97,6 +97,21 @@ TEST_F(Destruction, LeavesTheAgentPublishedWhileDevicesAreReleased) {
   EXPECT_FALSE(nine.managed);
 }
 
+TEST_F(Destruction, LeavesADeviceAloneThatWithdrawsItselfWhileItIsAsked) {
+  journal.SetHook([this](const std::string& call) {
+    if (call == "5.GetIsManagedDevice") {
+      agent.Published().DeleteSNMPDevice(5);
+    }
+  });
+  agent.Destroy();
+  Calls expected = All();
+  const auto asked = std::find(expected.begin(), expected.end(), "5.GetIsManagedDevice") + 1;
+  *asked = "ConSendDataToUI <DeviceDeleted><id>5</id></DeviceDeleted>";
+  expected.erase(asked + 1, asked + 3);
+  EXPECT_EQ(journal.Calls(), expected);
+  EXPECT_TRUE(five.managed);
+}
+
 TEST_F(Destruction, ReleasesNoVariable) {
   FakeVariable variable(1, 1, "v", true);
   host.variables[{1, 1}] = &variable;

@@ -45,10 +45,12 @@ TEST_F(TheRegistry, RunsInAscendingUnsignedOrderAndKnowsIdZero) {
 TEST_F(TheRegistry, KeepsTheFirstDeviceOfAnIdAndTellsTheToolTwice) {
   agent->AddSNMPDevice(7, &seven);
   State().devices.at(7)->SetAgentXTimeout("10");
+  State().devices.at(7)->SetConfig("text");
   agent->AddSNMPDevice(7, &other);
   EXPECT_THAT(journal.Take(), ElementsAre("ConSendDataToUI <DeviceAdded><id>7</id></DeviceAdded>",
                                           "ConSendDataToUI <DeviceAdded><id>7</id></DeviceAdded>"));
   EXPECT_EQ(State().devices.at(7)->GetAgentXTimeout(), "10");
+  EXPECT_EQ(State().devices.at(7)->GetConfig(), "text");
   State().devices.at(7)->GetSysNameSetting();
   EXPECT_THAT(journal.Calls(), ElementsAre("7.GetSysNameSetting"));
 }
@@ -102,6 +104,27 @@ TEST_F(TheRegistry, TakesADeviceAgainThatWasWithdrawn) {
   journal.Take();
   State().devices.at(7)->GetSysNameSetting();
   EXPECT_THAT(journal.Calls(), ElementsAre("8.GetSysNameSetting"));
+}
+
+TEST_F(TheRegistry, ServesEveryIdAlike) {
+  const std::pair<const char*, const char*> ids[] = {
+      {"0", "0"}, {"2147483648", "-2147483648"}, {"4294967294", "-2"}, {"4294967295", "-1"}};
+  for (const auto& entry : ids) {
+    const unsigned long id = std::stoul(entry.first);
+    const std::string deviceId = "<deviceId>" + std::string(entry.first) + "</deviceId>";
+    const auto told = [&entry](const std::string& name) {
+      return "ConSendDataToUI <" + name + "><id>" + entry.second + "</id></" + name + ">";
+    };
+    agent->AddSNMPDevice(id, &seven);
+    EXPECT_EQ(host.CommandText("AddManagedDevice", {{"deviceId", entry.first}}), deviceId);
+    EXPECT_EQ(host.CommandText("DeleteManagedDevice", {{"deviceId", entry.first}}), deviceId);
+    EXPECT_TRUE(agent->SetDeviceState(id)) << id;
+    agent->DeleteSNMPDevice(id);
+    EXPECT_EQ(Ids(), "");
+    EXPECT_THAT(CallsOf({"ConSendDataToUI"}), ElementsAre(told("DeviceAdded"), told("ManagedDeviceAdded"),
+                                                          told("ManagedDeviceDeleted"), told("DeviceDeleted")));
+    journal.Take();
+  }
 }
 
 TEST_F(TheRegistry, KeepsADeviceThoughTellingTheToolFails) {
@@ -181,6 +204,26 @@ TEST_F(TheManagedFlag, IsSetAndToldAgainThoughItHadThatValue) {
   EXPECT_EQ(host.CommandText("DeleteManagedDevice", {{"deviceId", "7"}}), "<deviceId>7</deviceId>");
   EXPECT_THAT(journal.Calls(), ElementsAre("7.SetIsManagedDevice false", "DmInvalidateState",
                                            "ConSendDataToUI <ManagedDeviceDeleted><id>7</id></ManagedDeviceDeleted>"));
+}
+
+TEST_F(TheManagedFlag, IsToldThoughTheDeviceWithdrawsItselfMeanwhile) {
+  for (const bool managed : {true, false}) {
+    agent->AddSNMPDevice(7, &seven);
+    journal.Take();
+    journal.SetHook([this](const std::string& call) {
+      if (call.find("7.SetIsManagedDevice") == 0) {
+        agent->DeleteSNMPDevice(7);
+      }
+    });
+    EXPECT_EQ(Text(*agent->SetManagedState(7, managed)), "<deviceId>7</deviceId>");
+    journal.SetHook(nullptr);
+    const std::string name = managed ? "ManagedDeviceAdded" : "ManagedDeviceDeleted";
+    EXPECT_THAT(journal.Calls(),
+                ElementsAre(std::string("7.SetIsManagedDevice ") + (managed ? "true" : "false"),
+                            "ConSendDataToUI <DeviceDeleted><id>7</id></DeviceDeleted>", "DmInvalidateState",
+                            "ConSendDataToUI <" + name + "><id>7</id></" + name + ">"));
+    EXPECT_EQ(seven.managed, managed);
+  }
 }
 
 TEST_F(TheManagedFlag, OfAnUnknownDeviceIsRefusedAndNobodyTold) {

@@ -192,6 +192,23 @@ TEST_F(ADeviceRecord, ReturnsTheStatusOfAFailedCopy) {
   EXPECT_EQ(device.offered, "old");
 }
 
+TEST_F(ADeviceRecord, KeepsWhatAFailedCopyLeftInItsConfig) {
+  struct Device final : RecordingDevice {
+    using RecordingDevice::RecordingDevice;
+    int CopyFrom(const std::string&, std::string& config) override {
+      found = config;
+      config = "half";
+      return 4;
+    }
+    std::string found;
+  } failing(7, journal);
+  SNMPDevice other(7, &failing);
+  other.SetConfig("old");
+  EXPECT_EQ(other.CopyFrom("p"), 4);
+  EXPECT_EQ(failing.found, "old") << "the text is the record's own";
+  EXPECT_EQ(other.GetConfig(), "half");
+}
+
 TEST_F(ADeviceRecord, HandsItsConfigToTheDevice) {
   record.SetConfig("text");
   EXPECT_THAT(CallsOf([&] { EXPECT_EQ(record.CopyTo("/a/path"), 0); }), ElementsAre("7.CopyTo /a/path"));
@@ -200,11 +217,13 @@ TEST_F(ADeviceRecord, HandsItsConfigToTheDevice) {
 }
 
 TEST_F(ADeviceRecord, LeavesTheVerdictOnTheVersionToTheDevice) {
-  for (const bool valid : {true, false}) {
-    device.version = "any wording";
-    device.versionValid = valid;
-    EXPECT_THAT(CallsOf([&] { EXPECT_EQ(record.GetIsValidVersion(), valid); }),
-                ElementsAre("7.GetSNMPVersion", "7.IsSNMPVersionValid any wording"));
+  for (const char* version : {"any wording", ""}) {
+    for (const bool valid : {true, false}) {
+      device.version = version;
+      device.versionValid = valid;
+      EXPECT_THAT(CallsOf([&] { EXPECT_EQ(record.GetIsValidVersion(), valid); }),
+                  ElementsAre("7.GetSNMPVersion", std::string("7.IsSNMPVersionValid ") + version));
+    }
   }
 }
 

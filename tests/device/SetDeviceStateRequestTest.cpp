@@ -263,6 +263,59 @@ TEST_F(ASetDeviceStateRequest, LeaksNothingWhereverAnXmlCallThrows) {
   EXPECT_GT(runs, 25);
 }
 
+TEST_F(ASetDeviceStateRequest, IsCarriedOutToTheEndForADeviceThatWithdrawsItselfInAnyCall) {
+  Reply(kFull);
+  const Calls usual = journal.Take();
+  const std::string withdrawn = "ConSendDataToUI <DeviceDeleted><id>7</id></DeviceDeleted>";
+  for (std::size_t index = 0; usual[index] != "DmInvalidateState"; ++index) {
+    Announce(7, device);
+    device.file.clear();
+    std::size_t count = 0;
+    journal.SetHook([&](const std::string&) {
+      if (count++ == index) {
+        agent->DeleteSNMPDevice(7);
+      }
+    });
+    EXPECT_EQ(Reply(kFull), "<Success/>") << usual[index];
+    journal.SetHook(nullptr);
+    EXPECT_TRUE(State().devices.empty());
+    Calls expected = usual;
+    expected.insert(expected.begin() + static_cast<std::ptrdiff_t>(index) + 1, withdrawn);
+    EXPECT_EQ(journal.Take(), expected);
+  }
+}
+
+// Notes the making of nodes and the look for trap targets among the other calls.
+class ASetDeviceStateRequestToTheLetter : public ASetDeviceStateRequest, private devhost::XmlObserver {
+ protected:
+  Calls CallsOfRequest(const Calls& starts) {
+    devhost::SetXmlObserver(this);
+    host.Command("SetDeviceState", {{"xml", kFull}});
+    devhost::SetXmlObserver(nullptr);
+    return CallsOf(starts);
+  }
+
+ private:
+  void OnXmlCall(const char* operation, const char* name) override {
+    const std::string call = std::string(operation) + ' ' + name;
+    if (call.find("CreateXmlNode ") == 0 || call == "GetChild snmpTrapTargets") {
+      journal.Note(call);
+    }
+  }
+};
+
+TEST_F(ASetDeviceStateRequestToTheLetter, MakesItsReplyBetweenInvalidatingAndTelling) {
+  EXPECT_THAT(CallsOfRequest({"CreateXmlNode", "DmInvalidateState", "ConSendDataToUI"}),
+              ElementsAre("CreateXmlNode Fail", "DmInvalidateState", "CreateXmlNode Success", "CreateXmlNode DeviceChanged",
+                          "ConSendDataToUI <DeviceChanged><id>7</id></DeviceChanged>"));
+}
+
+TEST_F(ASetDeviceStateRequestToTheLetter, ClearsTrapTargetsBeforeItLooksForOthers) {
+  EXPECT_THAT(CallsOfRequest({"7.ClearTrap", "7.AddTrap", "GetChild"}),
+              ElementsAre("7.ClearTrapTargetSetting", "GetChild snmpTrapTargets", "7.AddTrapTargetSetting t1|c1|162",
+                          "7.AddTrapTargetSetting t2||"));
+}
+
 TEST_F(ASetDeviceStateRequest, DoesNotParseAnEmptyText) {
   struct Observer : devhost::XmlObserver {
     void OnXmlCall(const char* operation, const char*) override { calls.push_back(operation); }
