@@ -29,8 +29,7 @@ class SNMPDevice {
   unsigned long GetDeviceId() const { return m_deviceId; }
 
   // Kept in the record.
-  // AgentX time-out in seconds and number of retries, as the text found in the file. "6" and "2" until a file says
-  // otherwise.
+  // AgentX time-out in seconds and number of retries, as text: "6" and "2" at first. A file changes the time-out only.
   const std::string& GetAgentXTimeout() const { return m_agentXTimeout; }
   void SetAgentXTimeout(std::string timeout);
   const std::string& GetAgentXRetries() const { return m_agentXRetries; }
