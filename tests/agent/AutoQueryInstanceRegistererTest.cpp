@@ -98,6 +98,23 @@ TEST_F(ARegisterer, WithdrawsTheOthersWhenTheManagerThrowsForOne) {
   EXPECT_THAT(journal.Calls(), ElementsAre("UnregisterQuery A", "UnregisterQuery B"));
 }
 
+TEST_F(ARegisterer, LetsTheManagerRefuseAMissingIdentifier) {
+  struct Manager final : IInstanceManager {
+    bool RegisterQuery(const char* iid, void*) override {
+      ++asked;
+      return iid != nullptr;
+    }
+    void UnregisterQuery(const char*) override { ADD_FAILURE() << "nothing was published"; }
+    void* Query(const char*) override { return nullptr; }
+    int asked = 0;
+  } manager;
+  {
+    AutoQueryInstanceRegisterer other(manager);
+    EXPECT_FALSE(other.RegisterQuery(nullptr, &instance));
+  }
+  EXPECT_EQ(manager.asked, 1);
+}
+
 TEST_F(ARegisterer, CopiesTheIdentifierForTheTimeOfTheWithdrawal) {
   {
     const std::string name = "an identifier that is too long to be kept in place";

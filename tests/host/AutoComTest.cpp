@@ -65,6 +65,17 @@ TEST(AHandle, SurvivesBeingAssignedToItself) {
   EXPECT_EQ(handle.Get(), &object);
 }
 
+TEST(AHandle, IsEmptyAfterItWasCopiedFromAnEmptyOne) {
+  Counted object;
+  const Handle empty;
+  const Handle copy(empty);
+  EXPECT_FALSE(copy);
+  Handle handle(&object);
+  handle = empty;
+  EXPECT_FALSE(handle);
+  EXPECT_EQ(object.references, 0);
+}
+
 TEST(AHandle, GivesItsReferenceAway) {
   Counted object;
   Handle handle(&object);
