@@ -1,5 +1,6 @@
 // Devices that call back into the agent from inside every call that an operation of the agent makes into a device.
 #include <algorithm>
+#include <boost/weak_ptr.hpp>
 #include <memory>
 #include <set>
 #include <tuple>
@@ -141,9 +142,12 @@ class ADeviceThatCallsBack : public testing::TestWithParam<std::tuple<Operation,
       if (outcome.deviceCalls.size() == index + 1) {
         outcome.acted = true;
         outcome.self = DeviceOf(call);
+        const boost::weak_ptr<SNMPDevice> record(map.at(outcome.self));
         inside = true;
         action.run(world, outcome.self);
         inside = false;
+        // A record in use lives on. The signal that the agent is there does not come through one.
+        EXPECT_TRUE(!record.expired() || operation.name == std::string("Initialize"));
         for (const auto& entry : map) {
           outcome.ids.insert(entry.first);
         }
