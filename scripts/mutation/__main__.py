@@ -2,7 +2,6 @@
 
 import argparse
 import os
-import random
 import sys
 import time
 from collections import Counter
@@ -13,8 +12,13 @@ from work import ROOMS, Results, Workplace, work
 ROOT = Path(__file__).resolve().parents[2]
 EQUAL = Path(__file__).resolve().parent / 'equal.txt'
 PLACE = ROOT / 'build' / 'mutate'
-SEED = 20261121
 NOTHING_TO_NOTICE = ('no program', 'same code')
+
+
+def positive(text):
+    if not text.isdecimal() or int(text) < 1:
+        raise argparse.ArgumentTypeError('"%s" is no whole number from 1 on' % text)
+    return int(text)
 
 
 def arguments():
@@ -27,10 +31,10 @@ def arguments():
                'A run that was stopped goes on where it was when it is started again, unless sources or tests have changed.')
     parser.add_argument('--only', metavar='FILE', action='append', default=[], help='changes of this file only (repeatable)')
     parser.add_argument('--id', metavar='ID', action='append', default=[], help='this change only, and again (repeatable)')
-    parser.add_argument('--sample', metavar='N', type=int, help='N of the changes, always the same ones while they exist')
+    parser.add_argument('--sample', metavar='N', type=positive, help='N of the changes: the same ones each time, while they exist')
     parser.add_argument('--survivors', action='store_true', help='try only new ones and those that nothing noticed the last time; report on all')
     parser.add_argument('--list', action='store_true', help='list the changes, try none')
-    parser.add_argument('--jobs', metavar='N', type=int, default=os.cpu_count(), help='how many at a time (%(default)s)')
+    parser.add_argument('--jobs', metavar='N', type=positive, default=os.cpu_count(), help='how many at a time (%(default)s)')
     parser.add_argument('--report', metavar='FILE', type=Path, default=PLACE / 'report.txt',
                         help='where the report goes (build/mutate/report.txt)')
     return parser.parse_args()
@@ -69,9 +73,8 @@ def wanted(mutants, options):
     chosen = [mutant for mutant in mutants if not options.id or mutant.id in options.id]
     chosen = [mutant for mutant in chosen if not options.only or mutant.file in options.only]
     if options.sample is not None and options.sample < len(chosen):
-        order = sorted(chosen, key=lambda mutant: mutant.id)
-        random.Random(SEED).shuffle(order)
-        kept = {mutant.id for mutant in order[:options.sample]}
+        # An id is a hash, so the first ones are a fair choice, and a new change takes the place of one at most.
+        kept = set(sorted(mutant.id for mutant in chosen)[:options.sample])
         chosen = [mutant for mutant in chosen if mutant.id in kept]
     return chosen
 
