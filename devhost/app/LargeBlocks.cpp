@@ -7,7 +7,7 @@ namespace devhost {
 
 namespace {
 
-constexpr std::size_t kHugePage = 2 * 1024 * 1024;
+constexpr std::size_t kHugePage = std::size_t{2} * 1024 * 1024;
 
 }  // namespace
 
