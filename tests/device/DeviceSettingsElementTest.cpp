@@ -1,8 +1,11 @@
+#include <algorithm>
+
 #include "device/SNMPDevice.h"
 #include "tests/device/DeviceFixture.h"
 
 namespace {
 
+using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 class TheDeviceSettingsElement : public DeviceTest {
@@ -65,6 +68,23 @@ TEST_F(TheDeviceSettingsElement, AsksForEverySettingOnceInOrder) {
   device.trapTargets = {{"a", "b", "c"}, {"d", "e", "f"}};
   record.ToXml();
   EXPECT_THAT(journal.Calls(), ElementsAreArray(ElementCalls("7")));
+}
+
+TEST_F(TheDeviceSettingsElement, TakesATrapTargetInWhenItIsComplete) {
+  struct Observer final : devhost::XmlObserver {
+    void OnXmlCall(const char* operation, const char* name) override {
+      calls.push_back(std::string(operation) + ' ' + name);
+    }
+    Calls calls;
+  } observer;
+  device.trapTargets = {{"a", "b", "c"}};
+  devhost::SetXmlObserver(&observer);
+  record.ToXml();
+  devhost::SetXmlObserver(nullptr);
+  const auto made = std::find(observer.calls.begin(), observer.calls.end(), "CreateXmlNode trapTarget");
+  ASSERT_GE(observer.calls.end() - made, 5);
+  EXPECT_THAT(Calls(made, made + 5), ElementsAre("CreateXmlNode trapTarget", "AddChildString target",
+                                                 "AddChildString community", "AddChildString port", "AppendChild "));
 }
 
 TEST_F(TheDeviceSettingsElement, CarriesNeitherErasedFlagsNorTheRecordsOwnTexts) {

@@ -1,5 +1,6 @@
 #include "device/SNMPDevice.h"
 #include "host/H7XML.h"
+#include "host/ICmdMessage.h"
 #include "tests/device/DeviceFixture.h"
 #include "tests/support/XmlFaults.h"
 
@@ -285,7 +286,7 @@ TEST_F(ASetDeviceStateRequest, IsCarriedOutToTheEndForADeviceThatWithdrawsItself
   }
 }
 
-// Notes the making of nodes and the look for trap targets among the other calls.
+// Notes the making of nodes, the look for trap targets and the reading of texts among the other calls.
 class ASetDeviceStateRequestToTheLetter : public ASetDeviceStateRequest, private devhost::XmlObserver {
  protected:
   Calls CallsOfRequest(const Calls& starts) {
@@ -298,7 +299,7 @@ class ASetDeviceStateRequestToTheLetter : public ASetDeviceStateRequest, private
  private:
   void OnXmlCall(const char* operation, const char* name) override {
     const std::string call = std::string(operation) + ' ' + name;
-    if (call.find("CreateXmlNode ") == 0 || call == "GetChild snmpTrapTargets") {
+    if (call.find("CreateXmlNode ") == 0 || call == "GetChild snmpTrapTargets" || call.find("GetChildString ") == 0) {
       journal.Note(call);
     }
   }
@@ -311,9 +312,28 @@ TEST_F(ASetDeviceStateRequestToTheLetter, MakesItsReplyBetweenInvalidatingAndTel
 }
 
 TEST_F(ASetDeviceStateRequestToTheLetter, ClearsTrapTargetsBeforeItLooksForOthers) {
-  EXPECT_THAT(CallsOfRequest({"7.ClearTrap", "7.AddTrap", "GetChild"}),
+  EXPECT_THAT(CallsOfRequest({"7.ClearTrap", "7.AddTrap", "GetChild "}),
               ElementsAre("7.ClearTrapTargetSetting", "GetChild snmpTrapTargets", "7.AddTrapTargetSetting t1|c1|162",
                           "7.AddTrapTargetSetting t2||"));
+}
+
+TEST_F(ASetDeviceStateRequestToTheLetter, ReadsTargetCommunityAndPortInThisOrderThenAddsThem) {
+  EXPECT_THAT(CallsOfRequest({"GetChildString target", "GetChildString community", "GetChildString port", "7.AddTrap"}),
+              ElementsAre("GetChildString target", "GetChildString community", "GetChildString port",
+                          "7.AddTrapTargetSetting t1|c1|162", "GetChildString target", "GetChildString community",
+                          "GetChildString port", "7.AddTrapTargetSetting t2||"));
+}
+
+TEST_F(ASetDeviceStateRequest, ReadsItsTextBeforeItMakesAReply) {
+  struct Message final : ICmdMessage {
+    std::string GetString(const char*) const override {
+      EXPECT_EQ(devhost::LiveXmlObjects(), 0U);
+      return With("");
+    }
+    unsigned long GetULong(const char*) const override { return 0; }
+    bool Has(const char*) const override { return true; }
+  } const message;
+  EXPECT_EQ(Text(*agent->OnReqSetDeviceState(message)), "<Success/>");
 }
 
 TEST_F(ASetDeviceStateRequest, DoesNotParseAnEmptyText) {

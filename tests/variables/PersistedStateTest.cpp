@@ -212,6 +212,24 @@ TEST_F(ThePersistedState, AsksEachVariableOnceForItsIdsThenItsNameThenItsFlag) {
                                            "5.7.TrapEnabled"));
 }
 
+TEST_F(ThePersistedState, AsksAVariableNothingBeforeItsElementHasNameAndValue) {
+  struct Observer final : devhost::XmlObserver {
+    explicit Observer(Journal& calls) : journal(calls) {}
+    void OnXmlCall(const char* operation, const char*) override { journal.Note(operation); }
+    Journal& journal;
+  } observer(journal);
+  NotingVariable variable(journal, 5, 7);
+  VariableMap map;
+  map[VariableKey(5, 7)] = &variable;
+  const h7::auto_com<H7XML::INode> parent = H7XML::CreateXmlNode("variables", "");
+  devhost::SetXmlObserver(&observer);
+  agent->VariableMapToXml(parent.Get(), map);
+  devhost::SetXmlObserver(nullptr);
+  EXPECT_THAT(journal.Calls(),
+              ElementsAre("Create", "SetName", "SetValue", "5.7.GetIds", "SetNamedULong", "SetNamedULong", "5.7.GetName",
+                          "SetNamedString", "5.7.TrapEnabled", "SetNamedString", "AppendChild"));
+}
+
 TEST_F(ThePersistedState, IsReadFromItsAttributesAndNoOthers) {
   const h7::auto_com<H7XML::INode> state = devhost::ReadXmlNode(
       "<SNMPState version=\"1.0.0.0\"><other/><variables>"

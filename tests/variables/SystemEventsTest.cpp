@@ -159,6 +159,16 @@ TEST_F(SystemEvents, OnVariableRemovedForAnUnknownPairDoesNothing) {
   EXPECT_EQ(User(), "5.7");
 }
 
+TEST_F(SystemEvents, OnVariableRemovedWithoutBothIdsDoesNothing) {
+  Added(1, 7);
+  UserAdded(7, 1);
+  host.SendEvent("OnVariableRemoved", {{"idvariable", "7"}});
+  host.SendEvent("OnVariableRemoved", {{"iddevice", "7"}});
+  host.SendEvent("OnVariableRemoved");
+  EXPECT_EQ(Device(), "1.7");
+  EXPECT_EQ(User(), "7.1");
+}
+
 TEST_F(SystemEvents, OnVariableRemovedWithAnIdOfZeroLeavesSuchAPairAlone) {
   host.variableList = List(Listed(0, 7) + Listed(7, 0));
   host.userVariableList = List(Listed(0, 7) + Listed(7, 0));
@@ -182,13 +192,13 @@ TEST_F(SystemEvents, OnItemRemovedRemovesAllDeviceVariablesOfTheItemAndNoUserVar
 }
 
 TEST_F(SystemEvents, OnItemRemovedWithoutAnItemChangesNothing) {
-  host.variableList = List(Listed(0, 1) + Listed(5, 7));
+  host.variableList = List(Listed(0, 1) + Listed(1, 7) + Listed(5, 7));
   host.SendEvent("OnProjectLoaded");
   host.SendEvent("OnItemRemoved", {{"iditem", "0"}, {"idroom", "5"}});
   host.SendEvent("OnItemRemoved", {{"idroom", "5"}});
   host.SendEvent("OnItemRemoved", {{"iddevice", "5"}});
   host.SendEvent("OnItemRemoved");
-  EXPECT_EQ(Device(), "0.1 5.7");
+  EXPECT_EQ(Device(), "0.1 1.7 5.7");
 }
 
 TEST_F(SystemEvents, OfOtherNamesAreIgnored) {
@@ -231,6 +241,23 @@ TEST_F(SystemEvents, OfTwoParametersOfOneNameTheLaterCounts) {
   EXPECT_EQ(Device(), "5.7");
   Deliver("<e name=\"OnItemRemoved\"><p name=\"iditem\">1</p><p name=\"iditem\">5</p></e>");
   EXPECT_EQ(Device(), "");
+}
+
+TEST_F(SystemEvents, SayWhetherTheyChangedAMap) {
+  VariableMap map;
+  const auto event = [](const std::string& ids) { return devhost::ReadXmlNode("<e>" + ids + "</e>"); };
+  const h7::auto_com<H7XML::INode> pair = event("<p name=\"iddevice\">5</p><p name=\"idvariable\">7</p>");
+  const h7::auto_com<H7XML::INode> noDevice = event("<p name=\"idvariable\">7</p>");
+  const h7::auto_com<H7XML::INode> noVariable = event("<p name=\"iddevice\">5</p>");
+  EXPECT_TRUE(agent->AddVariableToMap(map, *pair));
+  EXPECT_FALSE(agent->AddVariableToMap(map, *pair)) << "it is there";
+  EXPECT_FALSE(agent->AddVariableToMap(map, *noDevice));
+  EXPECT_FALSE(agent->AddVariableToMap(map, *noVariable));
+  EXPECT_EQ(Pairs(map), "5.7");
+  EXPECT_FALSE(agent->RemoveVariableFromMap(map, *noDevice));
+  EXPECT_FALSE(agent->RemoveVariableFromMap(map, *noVariable));
+  EXPECT_TRUE(agent->RemoveVariableFromMap(map, *pair));
+  EXPECT_FALSE(agent->RemoveVariableFromMap(map, *pair)) << "it is gone";
 }
 
 TEST_F(SystemEvents, KeepTheCallersIdsForMissingParameters) {
