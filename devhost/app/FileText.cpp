@@ -1,6 +1,7 @@
 #include "devhost/app/FileText.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -52,11 +53,40 @@ int Open(const std::string& path, int flags) {
   throw FileError("cannot read " + Quoted(path) + ": " + reason);
 }
 
-}  // namespace
+// Waits until a pipe that was opened without blocking has something to read or has had a writer.
+bool HasWriterInTime(int pipe) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point deadline = Clock::now() + kPatienceWithPipes;
+  struct pollfd ready = {pipe, POLLIN, 0};
+  int count = -1;
+  do {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    count = ::poll(&ready, 1, left > 0 ? static_cast<int>(left) : 0);
+  } while (count < 0 && errno == EINTR);
+  return count != 0;
+}
 
-std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize) {
+// Makes what was opened without blocking an ordinary descriptor, and returns what was read from it meanwhile. A pipe that
+// nobody has opened for writing would keep its reader for ever.
+std::string BeginPipe(int descriptor, const std::string& path) {
+  std::string begun;
+  struct stat status = {};
+  if (::fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode) && !HasWriterInTime(descriptor)) {
+    // Only this tells a writer that takes its time from none.
+    char byte = 0;
+    const ssize_t got = ::read(descriptor, &byte, 1);
+    if (got == 0) {
+      throw FileError("cannot read " + Quoted(path) + ": it is a pipe, and nobody writes into it");
+    }
+    begun.assign(got > 0 ? 1 : 0, byte);
+  }
+  ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+  return begun;
+}
+
+// Reads on behind `text`.
+std::string ReadToEnd(int descriptor, const std::string& name, std::size_t maximumSize, std::string text) {
   constexpr std::size_t kBlock = 65536;
-  std::string text;
   struct stat status = {};
   if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
     // One more than the file holds, so that its end is seen without another doubling.
@@ -80,9 +110,15 @@ std::string ReadDescriptorText(int descriptor, const std::string& name, std::siz
   }
 }
 
+}  // namespace
+
+std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize) {
+  return ReadToEnd(descriptor, name, maximumSize, std::string());
+}
+
 std::string ReadFileText(const std::string& path, std::size_t maximumSize) {
-  const Descriptor file(Open(path, O_RDONLY));
-  return ReadDescriptorText(file.Get(), path, maximumSize);
+  const Descriptor file(Open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+  return ReadToEnd(file.Get(), path, maximumSize, BeginPipe(file.Get(), path));
 }
 
 std::string ReadRegularFile(const std::string& path, Links links) {

@@ -1,6 +1,7 @@
 #ifndef DEVHOST_APP_FILE_TEXT_H
 #define DEVHOST_APP_FILE_TEXT_H
 
+#include <chrono>
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -16,8 +17,12 @@ class FileError : public std::runtime_error {
 // The most that is read from one file. It keeps an endless one (/dev/zero, a pipe that never closes) from eating all memory.
 inline constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;
 
+// How long a pipe may be without anybody who writes into it, before its reader gives up.
+inline constexpr std::chrono::seconds kPatienceWithPipes{5};
+
 // The whole content of a file, byte for byte. Throws FileError when it is missing, a folder, unreadable or larger than
-// `maximumSize`.
+// `maximumSize`, or a pipe that nobody writes into: one without a writer is waited for a few seconds, one with a writer as
+// long as it takes.
 std::string ReadFileText(const std::string& path, std::size_t maximumSize = kMaximumFileSize);
 
 // The same for an open file descriptor, which stays open; `name` is for messages.

@@ -171,10 +171,9 @@ void Host::Impl::CheckEntry(const DriverEntry& entry) const {
   if (entry.id > std::numeric_limits<std::uint32_t>::max()) {
     throw HostError("driver \"" + entry.name + "\" has the id " + std::to_string(entry.id) + "; ids go up to 4294967295");
   }
-  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
-    if (driver->Entry().id == entry.id) {
-      throw HostError("driver \"" + entry.name + "\" has the id of " + driver->Title());
-    }
+  const std::shared_ptr<LoadedDriver> other = m_core.Find(entry.id);
+  if (other != nullptr) {
+    throw HostError("driver \"" + entry.name + "\" has the id of " + other->Title());
   }
 }
 
@@ -267,12 +266,17 @@ void Host::Impl::ReportLiveXml(std::uint64_t mark) {
 }
 
 std::shared_ptr<LoadedDriver> Host::Impl::Find(unsigned long driverId) const {
+  std::shared_ptr<LoadedDriver> found = m_core.Find(driverId);
+  if (found != nullptr) {
+    return found;
+  }
+  constexpr std::size_t kMostListed = 20;
   std::vector<std::string> known;
   for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
-    if (driver->Entry().id == driverId) {
-      return driver;
+    known.push_back(known.size() == kMostListed ? "..." : driver->Title());
+    if (known.size() > kMostListed) {
+      break;
     }
-    known.push_back(driver->Title());
   }
   throw HostError("there is no driver " + std::to_string(driverId) +
                   (known.empty() ? "; none is loaded" : "; loaded are: " + Join(known, ", ")));
@@ -385,8 +389,9 @@ void Host::Impl::SendRemoval(HostVariables::Taken taken, bool idsAreGood, const 
 
 void Host::Impl::Log(unsigned int level, const char* line) noexcept {
   try {
-    m_core.Emit(Occurrence::Kind::Log, m_core.DriverOf(LogCaller()).get(), std::to_string(level), line,
-                m_core.OwnersOf(LogCaller()));
+    const std::shared_ptr<LoadedDriver> driver = m_core.DriverOf(LogCaller());
+    const HostCore::Drivers candidates = driver != nullptr ? HostCore::Drivers() : m_core.OwnersOf(LogCaller());
+    m_core.Emit(Occurrence::Kind::Log, driver.get(), std::to_string(level), line, candidates);
   } catch (...) {
     // A line for which there is no memory is dropped.
   }

@@ -1,6 +1,7 @@
 #include "devhost/app/HostCore.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "devhost/app/LoadedDriver.h"
 #include "devhost/loader/DriverModule.h"
@@ -65,11 +66,10 @@ void HostCore::ReportCode(const LoadedDriver* driver, const void* code, const st
 
 HostCore::Drivers HostCore::OwnersOf(const void* code) const {
   Drivers owners;
-  for (const std::shared_ptr<LoadedDriver>& driver : Snapshot()) {
-    if (driver->OwnsCode(code)) {
-      owners.push_back(driver);
-    }
-  }
+  const CodePlace place(code);
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  std::copy_if(m_drivers.begin(), m_drivers.end(), std::back_inserter(owners),
+               [&](const std::shared_ptr<LoadedDriver>& driver) { return driver->OwnsCode(place); });
   return owners;
 }
 
@@ -82,15 +82,14 @@ std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
 }
 
 std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
-  const void* const called = gate.Innermost().driver;
-  std::shared_ptr<LoadedDriver> inside;
-  for (const std::shared_ptr<LoadedDriver>& driver : Snapshot()) {
-    if (driver->OwnsCode(code)) {
-      return OwnerOf(code);
-    }
-    inside = driver.get() == called ? driver : inside;
+  if (!OwnersOf(code).empty()) {
+    return OwnerOf(code);
   }
-  return inside;
+  const void* const called = gate.Innermost().driver;
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto inside = std::find_if(m_drivers.begin(), m_drivers.end(),
+                                   [&](const std::shared_ptr<LoadedDriver>& driver) { return driver.get() == called; });
+  return inside != m_drivers.end() ? *inside : nullptr;
 }
 
 HostCore::Drivers HostCore::Snapshot() const {
@@ -101,13 +100,53 @@ HostCore::Drivers HostCore::Snapshot() const {
 void HostCore::Add(const std::shared_ptr<LoadedDriver>& driver) {
   const std::lock_guard<std::mutex> lock(m_driversMutex);
   m_drivers.push_back(driver);
+  m_byId[driver->Entry().id] = {driver, m_loaded++};
 }
 
 void HostCore::Remove(const LoadedDriver& driver) {
   const std::lock_guard<std::mutex> lock(m_driversMutex);
-  m_drivers.erase(std::remove_if(m_drivers.begin(), m_drivers.end(),
-                                 [&](const std::shared_ptr<LoadedDriver>& each) { return each.get() == &driver; }),
-                  m_drivers.end());
+  // The latest goes first, as a rule.
+  const auto found = std::find_if(m_drivers.rbegin(), m_drivers.rend(),
+                                  [&](const std::shared_ptr<LoadedDriver>& each) { return each.get() == &driver; });
+  if (found != m_drivers.rend()) {
+    m_drivers.erase(std::next(found).base());
+  }
+  const auto known = m_byId.find(driver.Entry().id);
+  if (known != m_byId.end() && known->second.driver.get() == &driver) {
+    m_invalidStates.erase(known->second.number);
+    m_byId.erase(known);
+  }
+}
+
+std::shared_ptr<LoadedDriver> HostCore::Find(unsigned long driverId) const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_byId.find(driverId);
+  return found == m_byId.end() ? nullptr : found->second.driver;
+}
+
+HostCore::Drivers HostCore::WithInvalidStates() const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  Drivers drivers;
+  for (const auto& [number, driver] : m_invalidStates) {
+    drivers.push_back(driver);
+  }
+  return drivers;
+}
+
+void HostCore::NoteStateInvalid(const LoadedDriver& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_byId.find(driver.Entry().id);
+  if (found != m_byId.end()) {
+    m_invalidStates[found->second.number] = found->second.driver;
+  }
+}
+
+void HostCore::NoteStateTaken(const LoadedDriver& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_byId.find(driver.Entry().id);
+  if (found != m_byId.end()) {
+    m_invalidStates.erase(found->second.number);
+  }
 }
 
 CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code)

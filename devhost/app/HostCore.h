@@ -3,9 +3,11 @@
 
 #include <atomic>
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "devhost/app/Host.h"
@@ -50,14 +52,30 @@ class HostCore {
 
   // The drivers, in the order of loading: a copy that stays good while drivers come and go.
   Drivers Snapshot() const;
+  // The driver with that id, or null.
+  std::shared_ptr<LoadedDriver> Find(unsigned long driverId) const;
   void Add(const std::shared_ptr<LoadedDriver>& driver);
   void Remove(const LoadedDriver& driver);
 
+  // Whose persisted state is out of date, in the order of loading. A project may have many drivers, and few of them have
+  // something to keep at a time.
+  Drivers WithInvalidStates() const;
+  void NoteStateInvalid(const LoadedDriver& driver);
+  void NoteStateTaken(const LoadedDriver& driver);
+
  private:
+  struct Loaded {
+    std::shared_ptr<LoadedDriver> driver;
+    std::size_t number = 0;  // in the order of loading
+  };
+
   HostObserver& m_observer;
   std::recursive_mutex m_emitting;  // the observer may call the host
   mutable std::mutex m_driversMutex;
   Drivers m_drivers;
+  std::unordered_map<unsigned long, Loaded> m_byId;
+  std::map<std::size_t, std::shared_ptr<LoadedDriver>> m_invalidStates;  // by the order of loading
+  std::size_t m_loaded = 0;
   std::atomic<std::size_t> m_mannersCount{0};
 };
 

@@ -23,6 +23,10 @@ void HostVariables::Add(const VariableEntry& entry) {
   if (entry.deviceId > kLargest || entry.variableId > kLargest) {
     throw HostError(TitleOf(entry.deviceId, entry.variableId) + " cannot be added; ids go up to 4294967295");
   }
+  if (m_manager.All().size() == m_most && m_manager.Find(entry.deviceId, entry.variableId) == nullptr) {
+    throw HostError(TitleOf(entry.deviceId, entry.variableId) + " cannot be added; a project has up to " +
+                    std::to_string(m_most) + " variables");
+  }
   if (!m_manager.Add(entry)) {
     const VariableEntry& present = m_manager.Find(entry.deviceId, entry.variableId)->Entry();
     throw HostError("there is a " + std::string(present.user ? "user " : "") + TitleOf(entry.deviceId, entry.variableId) +

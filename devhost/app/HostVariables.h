@@ -1,6 +1,7 @@
 #ifndef DEVHOST_APP_HOST_VARIABLES_H
 #define DEVHOST_APP_HOST_VARIABLES_H
 
+#include <cstddef>
 #include <vector>
 
 #include "devhost/app/Host.h"
@@ -17,8 +18,11 @@ class HostVariables {
  public:
   using Taken = std::vector<VariableManager::Taken>;
 
+  // Drivers get to see the list as XML, which holds no more than twice as many elements.
+  static constexpr std::size_t kMostVariables = 2000000;
+
   // `manager` outlives it.
-  explicit HostVariables(VariableManager& manager) : m_manager(manager) {}
+  explicit HostVariables(VariableManager& manager, std::size_t most = kMostVariables) : m_manager(manager), m_most(most) {}
 
   void Add(const VariableEntry& entry);
   Variable& Get(unsigned long deviceId, unsigned long variableId) const;
@@ -32,6 +36,7 @@ class HostVariables {
 
  private:
   VariableManager& m_manager;
+  const std::size_t m_most;
   Taken m_retired;
 };
 

@@ -250,7 +250,7 @@ void LoadedDriver::SendDataToUI(const H7XML::INode& data) {
 void LoadedDriver::InvalidateState() {
   const ServiceCall call(*this, "DmInvalidateState");
   if (call.IsAllowed() && IsBaseInitialized("DmInvalidateState")) {
-    m_stateInvalid = true;
+    m_core.NoteStateInvalid(*this);
     m_core.Emit(Occurrence::Kind::Invalidate, this, "", "");
   }
 }

@@ -34,7 +34,7 @@ class LoadedDriver : public DriverServices, private Manners, private ServiceChec
 
   const DriverEntry& Entry() const { return m_entry; }
   std::string Title() const { return TitleOf(m_entry); }
-  bool OwnsCode(const void* code) const { return m_module.Contains(code); }
+  bool OwnsCode(const CodePlace& code) const { return m_module.Contains(code); }
   const CommandTable& Commands() const { return m_commands; }
 
   void Create();
@@ -46,10 +46,6 @@ class LoadedDriver : public DriverServices, private Manners, private ServiceChec
   void DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event);
   // "" for none.
   std::string GetPersistState(XmlStyle style);
-  // Whether the driver has called `DmInvalidateState` since this was last asked.
-  bool TakeStateInvalid() { return std::exchange(m_stateInvalid, false); }
-  // Asks the driver for its state again: what it gave was not kept.
-  void NoteStateNotKept() { m_stateInvalid = true; }
   // Whether what the driver gives may be kept: see StateKeeper.
   bool MayGiveState() const;
   // From now on there is a state that a project load which fails can spoil.
@@ -96,7 +92,6 @@ class LoadedDriver : public DriverServices, private Manners, private ServiceChec
   BaseState m_base = BaseState::None;
   bool m_hasState = false;     // it was handed a state, or has made one worth keeping
   bool m_stateIsWhole = true;  // it knows all of that state
-  bool m_stateInvalid = false;
 };
 
 }  // namespace devhost

@@ -26,14 +26,15 @@ void StateKeeper::SaveInvalid() noexcept {
   }
   m_saving = true;
   HostCore::Drivers invalid;
-  for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
-    if (driver->MayGiveState() && driver->TakeStateInvalid()) {
+  for (const std::shared_ptr<LoadedDriver>& driver : m_core.WithInvalidStates()) {
+    if (driver->MayGiveState()) {
+      m_core.NoteStateTaken(*driver);
       invalid.push_back(driver);
     }
   }
   for (const std::shared_ptr<LoadedDriver>& driver : invalid) {
     if (!Save(*driver)) {
-      driver->NoteStateNotKept();
+      m_core.NoteStateInvalid(*driver);
     }
   }
   m_saving = false;

@@ -34,6 +34,9 @@ class Splitter {
       if (AtEnd() || m_line[m_at] == '#') {
         return words;
       }
+      if (words.size() == kMostWords) {
+        throw WordError("the line has more than " + std::to_string(kMostWords) + " words; allowed: so many at most");
+      }
       words.push_back(Word());
     }
   }

@@ -42,7 +42,7 @@ std::optional<Finding> OfElement(Finding finding, const SettingsText& rendered, 
     finding.line = root.line;
     return finding;
   }
-  const SettingOrigin& origin = rendered.origins.at(finding.line - 1);
+  const SettingOrigin& origin = rendered.OriginOf(finding.line);
   if (origin.setting.empty()) {
     return std::nullopt;
   }
@@ -55,7 +55,7 @@ std::vector<Finding> Judge(const XmlElement& root, const std::string& name, bool
   const SettingsText rendered = RenderSettings(root);
   Report report(name, showSecrets);
   report.NameLines([&rendered](std::size_t line) {
-    const SettingOrigin& origin = rendered.origins.at(line - 1);
+    const SettingOrigin& origin = rendered.OriginOf(line);
     return origin.setting.empty() ? "the section's marker" : origin.setting + " in line " + std::to_string(origin.line);
   });
   JudgeText(rendered.text, report);

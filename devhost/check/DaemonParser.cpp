@@ -97,7 +97,8 @@ std::string Masked(std::string words, std::string_view line) {
     const std::size_t end = std::min(line.find_first_of(" \t\"'\r", at), line.size());
     const std::string_view word = line.substr(at, end - at);
     at = end + 1;
-    if (word.empty() || Contains(masked, word)) {
+    // The complaint first: it is short, the line may be anything.
+    if (word.empty() || !Contains(words, word) || Contains(masked, word)) {
       continue;
     }
     for (std::size_t found = words.find(word); found != std::string::npos;

@@ -100,9 +100,8 @@ void Remember(const Sight& sight, History& history) {
   if (!sight.grantKey.empty() && history.communities.size() < kMostRemembered) {
     history.communities.emplace(sight.grantKey, ReadGrant(line));
   }
-  const std::string sink = SinkKey(setting);
-  if (!sink.empty() && history.sinks.size() < kMostRemembered) {
-    history.sinks.emplace(sink, line.number);
+  if (sight.sink && history.sinks.size() < kMostRemembered) {
+    history.sinks.emplace(SinkKey(*sight.sink), line.number);
   }
 }
 
@@ -112,7 +111,8 @@ void JudgeText(std::string_view text, Report& report) {
   ForEachLine(text, [&](const ConfigLine& line) {
     const ReadBack read = line.IsInside() ? ReadLineBack(line.text) : ReadBack();
     const std::string grantKey = line.setting ? GrantKey(*line.setting) : "";
-    const Sight sight{line, read, layout, history, grantKey};
+    const std::optional<Sink> sink = line.setting ? ReadSink(*line.setting) : std::nullopt;
+    const Sight sight{line, read, layout, history, grantKey, sink};
     for (const Rule& rule : Rules()) {
       report.Begin(rule.name, rule.severity);
       rule.judge(sight, report);

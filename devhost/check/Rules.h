@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -21,6 +22,14 @@ struct Grant {
   bool writes = false;
   std::string source;  // who may use it; "" for everybody
   std::string limit;   // what it shows, "" for everything
+};
+
+// A line that says where traps go. The daemon cuts it at blanks alone.
+struct Sink {
+  std::vector<std::string> words;  // host, community, port
+  std::string host;                // without transport and port
+  std::string ownPort;             // the port in the target, "" when there is none
+  bool isBareAddress = false;      // an IPv6 address without brackets
 };
 
 // What the lines above the one under judgement have told. Lines beyond the limits of memory are not compared.
@@ -46,6 +55,8 @@ struct Sight {
   const History& above;
   // Of a line about a community: what makes it the same as another, see GrantKey; else "".
   const std::string& grantKey;
+  // Of a line that sends traps: its parts, when the daemon takes it for such a line; else none.
+  const std::optional<Sink>& sink;
 
   // The daemon's keyword in lower case, "" for a comment.
   std::string_view Keyword() const { return line.setting ? std::string_view(line.setting->keyword) : std::string_view(); }
@@ -90,7 +101,9 @@ void JudgeFirstGrantWins(const Sight& sight, Report& report);
 void JudgeNoAccess(const Sight& sight, Report& report);
 
 // About trap sinks (TrapRules.cpp).
-std::string SinkKey(const Directive& setting);
+std::optional<Sink> ReadSink(const Directive& setting);
+// The host and the port that traps go to.
+std::string SinkKey(const Sink& sink);
 void JudgeTrapTarget(const Sight& sight, Report& report);
 void JudgeTrapPortAsCommunity(const Sight& sight, Report& report);
 void JudgeTrapQuotes(const Sight& sight, Report& report);

@@ -1,6 +1,7 @@
 #include "devhost/check/SettingsText.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "devhost/check/ConfigText.h"
 
@@ -64,16 +65,22 @@ class Renderer {
   void Add(const std::string& line, const SettingOrigin& origin) {
     const auto breaks = std::count(line.begin(), line.end(), '\n');
     m_result.text.append(line).append(1, '\n');
-    m_result.origins.insert(m_result.origins.end(), static_cast<std::size_t>(breaks) + 1, origin);
+    m_result.origins.emplace_hint(m_result.origins.end(), m_line, origin);
+    m_line += static_cast<std::size_t>(breaks) + 1;
     if (breaks != 0) {
       m_result.lineBreakers.push_back(origin);
     }
   }
 
   SettingsText m_result;
+  std::size_t m_line = 1;
 };
 
 }  // namespace
+
+const SettingOrigin& SettingsText::OriginOf(std::size_t line) const {
+  return std::prev(origins.upper_bound(line))->second;
+}
 
 SettingsText RenderSettings(const XmlElement& settings) {
   Renderer renderer;

@@ -2,6 +2,7 @@
 #define DEVHOST_CHECK_SETTINGS_TEXT_H
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -17,9 +18,12 @@ struct SettingOrigin {
 
 // The lines that the settings of a device settings element become in the managed section, between its markers.
 struct SettingsText {
+  // Where a line of the text comes from, counted from 1.
+  const SettingOrigin& OriginOf(std::size_t line) const;
+
   std::string text;
-  std::vector<SettingOrigin> origins;       // one for each line of the text
-  std::vector<SettingOrigin> lineBreakers;  // the settings whose value holds a line feed
+  std::map<std::size_t, SettingOrigin> origins;  // by the first line of what comes from there
+  std::vector<SettingOrigin> lineBreakers;       // the settings whose value holds a line feed
 };
 
 // Names are looked for as the agent does: the first child of each name counts, the root's own name does not.

@@ -12,13 +12,6 @@ namespace {
 constexpr char kBlanks[] = " \t\n\v\f\r";
 constexpr std::size_t kLongestCommunity = 256;  // one more than that of a community that may ask
 
-struct Sink {
-  std::vector<std::string> words;  // host, community, port
-  std::string host;                // without transport and port
-  std::string ownPort;             // the port in the target, "" when there is none
-  bool isBareAddress = false;      // an IPv6 address without brackets
-};
-
 bool IsDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
@@ -53,9 +46,29 @@ bool IsSinkKeyword(std::string_view keyword) {
   return keyword == "trap2sink" || keyword == "trapsink" || keyword == "informsink";
 }
 
-Sink ReadSink(const Directive& setting) {
-  Sink sink;
+// The agent writes an empty target as nothing between its two pairs of spaces.
+bool LacksTarget(const Sight& sight) {
+  return sight.line.IsInside() && sight.line.text.substr(0, 13) == "trap2sink    ";
+}
+
+// The sink of a line that is judged, or null.
+const Sink* JudgedSink(const Sight& sight) {
+  return sight.sink && !LacksTarget(sight) ? &*sight.sink : nullptr;
+}
+
+bool IsQuoted(const Sink& sink) {
+  return sink.words.size() > 1 && sink.words[1].front() == '"';
+}
+
+}  // namespace
+
+std::optional<Sink> ReadSink(const Directive& setting) {
   const std::string_view rest = setting.rest;
+  // The daemon takes a value that begins with # for a comment.
+  if (!IsSinkKeyword(setting.keyword) || rest.empty() || rest.front() == '#') {
+    return std::nullopt;
+  }
+  Sink sink;
   for (std::size_t at = 0; at < rest.size() && sink.words.size() < 3;) {
     const std::size_t end = std::min(rest.find_first_of(kBlanks, at), rest.size());
     sink.words.emplace_back(rest.substr(at, end - at));
@@ -67,31 +80,7 @@ Sink ReadSink(const Directive& setting) {
   return sink;
 }
 
-// The agent writes an empty target as nothing between its two pairs of spaces.
-bool LacksTarget(const Sight& sight) {
-  return sight.line.IsInside() && sight.line.text.substr(0, 13) == "trap2sink    ";
-}
-
-// The sink of a line that is judged; the daemon takes a value that begins with # for a comment.
-std::optional<Sink> JudgedSink(const Sight& sight) {
-  if (!IsSinkKeyword(sight.Keyword()) || sight.line.setting->rest.empty() || sight.line.setting->rest.front() == '#' ||
-      LacksTarget(sight)) {
-    return std::nullopt;
-  }
-  return ReadSink(*sight.line.setting);
-}
-
-bool IsQuoted(const Sink& sink) {
-  return sink.words.size() > 1 && sink.words[1].front() == '"';
-}
-
-}  // namespace
-
-std::string SinkKey(const Directive& setting) {
-  if (!IsSinkKeyword(setting.keyword) || setting.rest.empty() || setting.rest.front() == '#') {
-    return "";
-  }
-  const Sink sink = ReadSink(setting);
+std::string SinkKey(const Sink& sink) {
   const std::string port = !sink.ownPort.empty() ? sink.ownPort : sink.words.size() > 2 ? sink.words[2] : "162";
   return sink.host + " " + port;
 }
@@ -104,16 +93,16 @@ void JudgeTrapTarget(const Sight& sight, Report& report) {
 }
 
 void JudgeTrapPortAsCommunity(const Sight& sight, Report& report) {
-  const auto sink = JudgedSink(sight);
-  if (sink && sink->words.size() == 2 && IsDigits(sink->words[1])) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && sink->words.size() == 2 && IsDigits(sink->words[1])) {
     report.Add(sight.line.number, "a trap target with a port and no community: the daemon takes the port for the community",
                "give the trap target a community, or write the port behind the host (HOST:PORT)");
   }
 }
 
 void JudgeTrapQuotes(const Sight& sight, Report& report) {
-  const auto sink = JudgedSink(sight);
-  if (!sink || !IsQuoted(*sink)) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink == nullptr || !IsQuoted(*sink)) {
     return;
   }
   const bool isOneWord = sink->words[1].size() > 1 && sink->words[1].back() == '"';
@@ -126,8 +115,8 @@ void JudgeTrapQuotes(const Sight& sight, Report& report) {
 }
 
 void JudgeTrapPort(const Sight& sight, Report& report) {
-  const auto sink = JudgedSink(sight);
-  if (!sink || IsQuoted(*sink)) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink == nullptr || IsQuoted(*sink)) {
     return;
   }
   const bool wrongField = sink->words.size() > 2 && !IsPort(sink->words[2]);
@@ -138,8 +127,8 @@ void JudgeTrapPort(const Sight& sight, Report& report) {
 }
 
 void JudgeTrapPortTwice(const Sight& sight, Report& report) {
-  const auto sink = JudgedSink(sight);
-  if (sink && !IsQuoted(*sink) && sink->words.size() > 2 && !sink->ownPort.empty()) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && !IsQuoted(*sink) && sink->words.size() > 2 && !sink->ownPort.empty()) {
     report.Add(
         sight.line.number,
         "the target holds a port, and another one follows: the daemon cannot make a target of both and sends no traps",
@@ -148,8 +137,8 @@ void JudgeTrapPortTwice(const Sight& sight, Report& report) {
 }
 
 void JudgeTrapBareAddress(const Sight& sight, Report& report) {
-  const auto sink = JudgedSink(sight);
-  if (sink && !IsQuoted(*sink) && sink->words.size() > 2 && sink->isBareAddress) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && !IsQuoted(*sink) && sink->words.size() > 2 && sink->isBareAddress) {
     report.Add(
         sight.line.number,
         "the daemon appends the port to the address, which gives no address or another one: no traps reach this target",
@@ -158,19 +147,19 @@ void JudgeTrapBareAddress(const Sight& sight, Report& report) {
 }
 
 void JudgeTrapCommunityLength(const Sight& sight, Report& report) {
-  const auto sink = JudgedSink(sight);
-  if (sink && sink->words.size() > 1 && sink->words[1].size() > kLongestCommunity) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && sink->words.size() > 1 && sink->words[1].size() > kLongestCommunity) {
     report.Add(sight.line.number, "the trap community is longer than 256 bytes: no traps reach this target",
                "take a trap community of 256 bytes at most");
   }
 }
 
 void JudgeSinkTwice(const Sight& sight, Report& report) {
-  const auto sink = JudgedSink(sight);
-  if (!sink) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink == nullptr) {
     return;
   }
-  const auto found = sight.above.sinks.find(SinkKey(*sight.line.setting));
+  const auto found = sight.above.sinks.find(SinkKey(*sink));
   if (found != sight.above.sinks.end()) {
     report.Add(sight.line.number,
                "the trap target of " + report.LineName(found->second) + " again: every trap is sent to it once more",

@@ -37,6 +37,8 @@ std::string LoaderMessage(const std::string& path) {
 
 }  // namespace
 
+CodePlace::CodePlace(const void* code) : m_base(BaseOf(code)) {}
+
 DriverModule::DriverModule(const std::string& path) : m_path(path.find('/') == std::string::npos ? "./" + path : path) {
   CheckIsFile(m_path);
   m_handle = dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -79,10 +81,6 @@ void* DriverModule::RequiredSymbol(const char* name) const {
 IDriver* DriverModule::CreateDriver(IInstanceManager& instanceManager) const {
   const DriverCreationFunc create = m_getCreationFunc();
   return create != nullptr ? create(instanceManager) : nullptr;
-}
-
-bool DriverModule::Contains(const void* code) const {
-  return m_base != nullptr && BaseOf(code) == m_base;
 }
 
 std::string ModuleFileOf(const void* code) {

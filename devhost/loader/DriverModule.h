@@ -14,6 +14,16 @@ class ModuleError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The module that holds an address: looked up once, to be compared with many.
+class CodePlace {
+ public:
+  explicit CodePlace(const void* code);
+  bool IsIn(const void* moduleBase) const { return m_base != nullptr && m_base == moduleBase; }
+
+ private:
+  const void* m_base;  // where the module begins; null when the address is in none
+};
+
 // A driver module in this process, loaded with all its symbols bound and none of its own given to others.
 class DriverModule {
  public:
@@ -31,7 +41,8 @@ class DriverModule {
   // Makes a driver; what the module throws passes through. Null when the module returned none.
   IDriver* CreateDriver(IInstanceManager& instanceManager) const;
   // Whether the address lies in this module.
-  bool Contains(const void* code) const;
+  bool Contains(const void* code) const { return Contains(CodePlace(code)); }
+  bool Contains(const CodePlace& code) const { return code.IsIn(m_base); }
 
  private:
   void Open();

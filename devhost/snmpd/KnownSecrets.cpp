@@ -1,6 +1,7 @@
 #include "devhost/snmpd/KnownSecrets.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "devhost/snmpd/Secrets.h"
 
@@ -9,6 +10,8 @@ namespace devhost {
 namespace {
 
 constexpr std::size_t kShortest = 4;
+// Far more than a community or passphrase has. Of what is longer, the beginning is learnt.
+constexpr std::size_t kLongest = 1024;
 
 bool IsWordCharacter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
@@ -21,10 +24,18 @@ bool IsEdge(std::string_view text, std::size_t at) {
 }
 
 // Comments explain: "createUser NAME [MD5 PASSPHRASE]".
-bool IsInComment(std::string_view text, std::size_t at) {
-  const std::size_t feed = text.substr(0, at).rfind('\n');
-  const std::size_t first = text.find_first_not_of(" \t", feed == std::string_view::npos ? 0 : feed + 1);
-  return text[first] == '#';
+bool IsComment(std::string_view line) {
+  const std::size_t first = line.find_first_not_of(" \t");
+  return first != std::string_view::npos && line[first] == '#';
+}
+
+bool IsQuoted(std::string_view text) {
+  return text.size() > 2 && (text.front() == '"' || text.front() == '\'') && text.front() == text.back();
+}
+
+std::size_t CommonLength(std::string_view left, std::string_view right) {
+  const auto end = left.begin() + static_cast<std::ptrdiff_t>(std::min(left.size(), right.size()));
+  return static_cast<std::size_t>(std::mismatch(left.begin(), end, right.begin()).first - left.begin());
 }
 
 // As it stands in XML.
@@ -42,21 +53,28 @@ std::string Coded(const std::string& text, std::string_view which) {
 
 }  // namespace
 
-void KnownSecrets::Learn(const std::string& secret) {
-  const bool quoted =
-      secret.size() > 2 && (secret.front() == '"' || secret.front() == '\'') && secret.front() == secret.back();
-  if (quoted) {
-    Learn(secret.substr(1, secret.size() - 2));
-  }
-  Add(secret);
-  for (const char* const which : {"&<", "&<>", "&<>\""}) {
-    Add(Coded(secret, which));
+void KnownSecrets::Learn(std::string_view secret) {
+  // Quotes within quotes are rarely meant, and a text of nothing but quotes would be learnt in every length.
+  constexpr int kMostQuotes = 4;
+  for (int quotes = 0; quotes <= kMostQuotes; ++quotes) {
+    const bool isCut = secret.size() > kLongest;
+    const std::string start(secret.substr(0, kLongest));
+    Add(start, isCut);
+    for (const char* const which : {"&<", "&<>", "&<>\""}) {
+      Add(Coded(start, which), isCut);
+    }
+    if (!IsQuoted(secret)) {
+      return;
+    }
+    secret = secret.substr(1, secret.size() - 2);
   }
 }
 
-void KnownSecrets::Add(const std::string& secret) {
-  if (secret.size() >= kShortest && secret != kMask && m_secrets.insert(secret).second) {
-    m_sizes[secret.substr(0, kShortest)].insert(secret.size());
+void KnownSecrets::Add(const std::string& secret, bool isCut) {
+  if (secret.size() >= kShortest && secret != kMask) {
+    bool& cut = m_secrets[secret.substr(0, kLongest)];
+    cut = cut || isCut || secret.size() > kLongest;
+    m_starts.insert(secret.substr(0, kShortest));
   }
 }
 
@@ -67,21 +85,39 @@ void KnownSecrets::LearnFromXml(std::string_view xml) {
 }
 
 void KnownSecrets::LearnFromConfig(std::string_view text) {
-  for (const SecretPlace& place : SecretPlacesInText(text)) {
-    if (!IsInComment(text, place.begin)) {
-      Learn(std::string(text.substr(place.begin, place.end - place.begin)));
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find('\n', at), text.size());
+    const std::string_view line = text.substr(at, end - at);
+    at = end + 1;
+    if (!IsComment(line)) {
+      for (const SecretPlace& place : SecretPlaces(line)) {
+        Learn(line.substr(place.begin, place.end - place.begin));
+      }
     }
   }
 }
 
-std::size_t KnownSecrets::EndOfSecret(const std::string& text, std::size_t begin) const {
-  const auto sizes = m_sizes.find(text.substr(begin, kShortest));
-  if (sizes != m_sizes.end()) {
-    for (const std::size_t size : sizes->second) {
-      if (size <= text.size() - begin && IsEdge(text, begin + size) && m_secrets.count(text.substr(begin, size)) != 0) {
-        return begin + size;
-      }
+std::size_t KnownSecrets::EndOfSecret(std::string_view text, std::size_t begin) const {
+  std::string_view rest = text.substr(begin, kLongest);
+  if (m_starts.count(std::string(rest.substr(0, kShortest))) == 0) {
+    return begin;
+  }
+  while (rest.size() >= kShortest) {
+    // Every secret that the rest begins with is also what the last one in front of the rest begins with.
+    const auto next = m_secrets.upper_bound(rest);
+    if (next == m_secrets.begin()) {
+      break;
     }
+    const auto& [secret, isCut] = *std::prev(next);
+    const std::size_t common = CommonLength(secret, rest);
+    const bool isWhole = common == secret.size();
+    if (isWhole && isCut) {
+      return text.size();
+    }
+    if (isWhole && IsEdge(text, begin + common)) {
+      return begin + common;
+    }
+    rest = rest.substr(0, isWhole ? common - 1 : common);
   }
   return begin;
 }

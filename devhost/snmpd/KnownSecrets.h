@@ -3,10 +3,9 @@
 
 #include <cstddef>
 #include <functional>
-#include <set>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -25,7 +24,7 @@ class KnownSecrets {
  public:
   // Very short texts are not learnt: they are no secrets, and would be found everywhere. One in quotes is learnt without
   // them, too, and each as XML writes it.
-  void Learn(const std::string& secret);
+  void Learn(std::string_view secret);
   void LearnFromXml(std::string_view xml);
   // From an snmpd.conf. Nothing is learnt from comments, which explain things with ordinary words.
   void LearnFromConfig(std::string_view text);
@@ -37,14 +36,16 @@ class KnownSecrets {
   std::string MaskKnown(const std::string& text) const;
 
  private:
-  void Add(const std::string& secret);
+  // `isCut`: it is the beginning of a longer one.
+  void Add(const std::string& secret, bool isCut);
   std::vector<SecretPlace> Places(const std::string& text) const;
-  // The end of the longest secret that begins there; `begin` when none does.
-  std::size_t EndOfSecret(const std::string& text, std::size_t begin) const;
+  // The end of the longest secret that begins there; `begin` when none does. Where the beginning of a very long one stands,
+  // all that follows may be its own.
+  std::size_t EndOfSecret(std::string_view text, std::size_t begin) const;
 
-  std::unordered_set<std::string> m_secrets;
-  // How long they are, the longest first, by their first bytes.
-  std::unordered_map<std::string, std::set<std::size_t, std::greater<std::size_t>>> m_sizes;
+  // Those of very long ones are beginnings, and marked so.
+  std::map<std::string, bool, std::less<>> m_secrets;
+  std::unordered_set<std::string> m_starts;  // their first bytes: most words of a text begin like none of them
 };
 
 }  // namespace devhost

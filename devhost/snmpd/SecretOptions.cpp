@@ -20,32 +20,37 @@ bool StartsWith(std::string_view text, std::string_view start) {
 
 }  // namespace
 
+std::optional<std::size_t> SecretOptionWalk::Step(const std::string& word) {
+  if (m_values != 0) {
+    --m_values;
+    return m_values == 0 && m_isSecret ? std::optional<std::size_t>(0) : std::nullopt;
+  }
+  if (word.size() < 2 || word.front() != '-' || word[1] == '-') {
+    return std::nullopt;
+  }
+  // Letters without a value may stand together, and the value in the same word as its letter.
+  std::size_t at = 1;
+  while (at < word.size() && !IsOneOf(kWithValue, word[at])) {
+    ++at;
+  }
+  if (at == word.size()) {
+    return std::nullopt;
+  }
+  const char letter = word[at];
+  const bool joined = at + 1 < word.size();
+  m_values = (joined ? 0 : 1) + (letter == '3' ? 1 : 0);  // -3M KEY
+  m_isSecret = letter == '3' || IsOneOf(kSecret, letter);
+  return joined && IsOneOf(kSecret, letter) ? std::optional<std::size_t>(at + 1) : std::nullopt;
+}
+
 std::vector<SecretWord> SecretOptions(const std::vector<std::string>& words) {
   std::vector<SecretWord> secrets;
+  SecretOptionWalk walk;
   for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string& word = words[i];
-    if (word.size() < 2 || word.front() != '-' || word[1] == '-') {
-      continue;
+    const std::optional<std::size_t> offset = walk.Step(words[i]);
+    if (offset) {
+      secrets.push_back({i, *offset});
     }
-    // Letters without a value may stand together, and the value in the same word as its letter.
-    std::size_t at = 1;
-    while (at < word.size() && !IsOneOf(kWithValue, word[at])) {
-      ++at;
-    }
-    if (at == word.size()) {
-      continue;
-    }
-    const char letter = word[at];
-    const bool joined = at + 1 < word.size();
-    i += joined ? 0 : 1;
-    if (IsOneOf(kSecret, letter)) {
-      secrets.push_back({i, joined ? at + 1 : 0});
-    } else if (letter == '3') {  // -3M KEY
-      secrets.push_back({++i, 0});
-    }
-  }
-  while (!secrets.empty() && secrets.back().index >= words.size()) {
-    secrets.pop_back();
   }
   return secrets;
 }

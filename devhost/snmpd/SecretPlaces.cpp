@@ -1,6 +1,7 @@
 #include "devhost/snmpd/SecretPlaces.h"
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -142,31 +143,48 @@ class Scanner {
     }
   }
 
+  // The next word behind a directive. A line may hold many directives, and none of them may read on for long: what follows a
+  // word that is too long for every use is hidden, like the word.
+  DirectiveWord Cut(WordCutter& cutter) {
+    constexpr std::size_t kLongestWord = 1024;
+    DirectiveWord word = cutter.Next();
+    if (word.end - word.begin > kLongestWord) {
+      HideFrom(word.begin);
+    }
+    return word;
+  }
+
   // The word behind so many others, and behind a context (-Cn NAME).
   void Word(std::size_t from, std::size_t others) {
     WordCutter cutter(m_line, from);
     for (std::size_t i = 0; i != others && !cutter.AtLineEnd(); ++i) {
-      if (cutter.Next().text == "-Cn" && !cutter.AtLineEnd()) {
-        cutter.Next();
-        --i;
+      if (Cut(cutter).text != "-Cn" || cutter.AtLineEnd()) {
+        continue;
+      }
+      Cut(cutter);
+      if (others++ == kMostOptions) {
+        return HideFrom(cutter.At());
       }
     }
     if (!cutter.AtLineEnd()) {
-      Hide(cutter.Next());
+      Hide(Cut(cutter));
     }
   }
 
   // TARGET [COMMUNITY [PORT]]. The daemon cuts this one at blanks only, so with quotes it is not sure which part is which.
   void Sink(std::size_t from) {
     WordCutter cutter(m_line, from);
-    while (!cutter.AtLineEnd() && IsSinkOption(cutter)) {
-      cutter.Next();
+    for (std::size_t i = 0; !cutter.AtLineEnd() && IsSinkOption(cutter); ++i) {
+      Cut(cutter);
+      if (i == kMostOptions) {
+        return HideFrom(cutter.At());
+      }
     }
     if (cutter.AtLineEnd()) {
       return;
     }
     const std::size_t gap = cutter.At() - from;
-    const DirectiveWord target = cutter.Next();
+    const DirectiveWord target = Cut(cutter);
     if (m_line.substr(target.begin, target.end - target.begin).find_first_of("\"'\\") != npos) {
       return HideFrom(target.begin);
     }
@@ -180,10 +198,10 @@ class Scanner {
     if (m_restFrom != npos || cutter.AtLineEnd()) {
       return;
     }
-    const DirectiveWord community = cutter.Next();
+    const DirectiveWord community = Cut(cutter);
     Hide(community);
     if (m_restFrom == npos && !cutter.AtLineEnd()) {
-      const std::string port = cutter.Next().text;
+      const std::string port = Cut(cutter).text;
       const bool isPort = port == kMask || std::all_of(port.begin(), port.end(), IsDigit);
       if (!isPort || !cutter.AtLineEnd()) {
         HideFrom(community.begin);
@@ -192,9 +210,9 @@ class Scanner {
   }
 
   // Takes the name of an option that has a value.
-  static bool IsSinkOption(WordCutter& cutter) {
+  bool IsSinkOption(WordCutter& cutter) {
     WordCutter ahead = cutter;
-    const std::string word = ahead.Next().text;
+    const std::string word = Cut(ahead).text;
     if ((word != "-name" && word != "-tag" && word != "-profile") || ahead.AtLineEnd()) {
       return false;
     }
@@ -207,17 +225,15 @@ class Scanner {
       return;  // they were looked for to the end of the line
     }
     m_optionsSeen = true;
-    std::vector<DirectiveWord> words;
-    std::vector<std::string> texts;
+    SecretOptionWalk walk;
     for (WordCutter cutter(m_line, from); !cutter.AtLineEnd();) {
-      words.push_back(cutter.Next());
-      texts.push_back(words.back().text);
-    }
-    for (const SecretWord& secret : SecretOptions(texts)) {
-      DirectiveWord word = words[secret.index];
-      const bool plain = m_line.substr(word.begin, word.end - word.begin) == word.text;
-      word.begin += plain ? secret.offset : 0;
-      HideWord(word);
+      DirectiveWord word = cutter.Next();
+      const std::optional<std::size_t> offset = walk.Step(word.text);
+      if (offset) {
+        const bool plain = m_line.substr(word.begin, word.end - word.begin) == word.text;
+        word.begin += plain ? *offset : 0;
+        HideWord(word);
+      }
     }
   }
 
@@ -227,9 +243,9 @@ class Scanner {
     bool named = false;
     bool protocol = true;  // is next
     for (int i = 0; i != 12 && !cutter.AtLineEnd(); ++i) {
-      const DirectiveWord word = cutter.Next();
+      const DirectiveWord word = Cut(cutter);
       if (word.text == "-e" && !cutter.AtLineEnd()) {
-        cutter.Next();
+        Cut(cutter);
       } else if (!named) {
         named = true;
       } else if (protocol && IsProtocol(word.text)) {
@@ -252,7 +268,7 @@ class Scanner {
   void StoredUser(std::size_t from) {
     WordCutter cutter(m_line, from);
     for (int i = 0; i != 16 && !cutter.AtLineEnd(); ++i) {
-      const DirectiveWord word = cutter.Next();
+      const DirectiveWord word = Cut(cutter);
       if (i == 7 || i >= 9) {
         HideWord(word);
       }
@@ -275,10 +291,13 @@ class Scanner {
   void Told(std::size_t begin, std::size_t end) {
     if (m_line.substr(begin, end - begin) == "community" && (m_before == "v1," || m_before == "v2c,")) {
       const std::size_t from = m_line.find_first_not_of(' ', end);
-      const std::size_t bar = from == npos ? npos : m_line.find('|', from);
-      if (from != npos && from < m_end) {
-        m_places.push_back({from, std::min(bar, m_end)});
+      if (from == npos || from >= m_end) {
+        return;
       }
+      if (m_bar < from) {
+        m_bar = std::min(m_line.find('|', from), m_end);
+      }
+      Place(from, m_bar);
     }
   }
 
@@ -290,19 +309,23 @@ class Scanner {
       if (NamesCommunity(name) || (name == "value" && m_namesCommunity)) {
         HideValue(equals + 1, valueEnd);
       } else if (name == "name") {
-        m_namesCommunity = NamesCommunity(m_line.substr(equals + 1, valueEnd - equals - 1));
+        const std::string_view value = m_line.substr(equals + 1, valueEnd - equals - 1);
+        m_namesCommunity = value.size() > kLongestName || NamesCommunity(value);
       }
     }
   }
 
-  std::size_t ValueEnd(std::size_t begin) const {
+  std::size_t ValueEnd(std::size_t begin) {
     const std::string_view mask = kMask;
     if (m_line.substr(begin, mask.size()) == mask) {
       return begin + mask.size();
     }
     const char quote = begin < m_end ? m_line[begin] : '\0';
     if (quote != '"' && quote != '\'') {
-      return std::min(m_line.find_first_of(" \t,;<>", begin), m_end);
+      if (m_valueEnd < begin) {
+        m_valueEnd = std::min(m_line.find_first_of(" \t,;<>", begin), m_end);
+      }
+      return std::max(begin, m_valueEnd);
     }
     std::size_t at = begin + 1;
     while (at < m_end && m_line[at] != quote) {
@@ -316,7 +339,7 @@ class Scanner {
     const bool quoted = value.size() > 1 && (value.front() == '"' || value.front() == '\'') && value.front() == value.back();
     const std::string_view inside = quoted ? value.substr(1, value.size() - 2) : value;
     if (!inside.empty() && inside != kMask) {
-      m_places.push_back({begin, end});
+      Place(begin, end);
     }
   }
 
@@ -331,31 +354,47 @@ class Scanner {
 
   bool IsUnclearFrom(std::size_t at) const { return m_lastOdd != npos && m_lastOdd >= at; }
 
+  // Directives in a row hide the same words again and again.
+  void Place(std::size_t begin, std::size_t end) {
+    if (m_places.size() == m_mostPlaces) {
+      m_places = MergedPlaces(std::move(m_places));
+      m_mostPlaces = std::max(m_mostPlaces, 2 * m_places.size());
+    }
+    m_places.push_back({begin, end});
+  }
+
   void HideWord(const DirectiveWord& word) {
     std::size_t end = std::min(word.end, m_end);
     while (end < m_end && !IsConfigBlank(m_line[end])) {
       ++end;
     }
     if (!word.text.empty() && word.begin < end) {
-      m_places.push_back({word.begin, end});
+      Place(word.begin, end);
     }
   }
 
   void HideFrom(std::size_t begin) {
     if (begin < m_end) {
-      m_places.push_back({begin, m_end});
+      Place(begin, m_end);
     }
     m_restFrom = std::min(m_restFrom, begin);
   }
 
   std::string_view m_line;
+  // More than the daemon knows. Beyond them, the rest of the line is hidden.
+  static constexpr std::size_t kMostOptions = 8;
+  static constexpr std::size_t kLongestName = 256;  // of a setting
+
   std::size_t m_end;              // without the blanks at the end
   std::size_t m_lastOdd = npos;   // the last quote, backslash or tab
   std::string_view m_before;      // the word before the one that is looked at
   bool m_namesCommunity = false;  // the last name=
   bool m_optionsSeen = false;
+  std::size_t m_bar = 0;          // the first one behind the last place where it was looked for, or the end
+  std::size_t m_valueEnd = 0;     // the same for the end of a value without quotes
   std::size_t m_restFrom = npos;  // from there on, all is secret
   std::vector<SecretPlace> m_places;
+  std::size_t m_mostPlaces = 1024;  // before they are merged
 };
 
 }  // namespace

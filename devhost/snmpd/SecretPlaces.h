@@ -2,6 +2,7 @@
 #define DEVHOST_SNMPD_SECRET_PLACES_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,17 @@ std::string Masked(std::string_view text, const std::vector<SecretPlace>& places
 struct SecretWord {
   std::size_t index = 0;
   std::size_t offset = 0;
+};
+
+// The words behind an snmp command, or behind a directive with the same options, one after the other.
+class SecretOptionWalk {
+ public:
+  // Where in the word a community or passphrase begins; nothing when it holds none.
+  std::optional<std::size_t> Step(const std::string& word);
+
+ private:
+  int m_values = 0;         // how many words to come are values of the last option
+  bool m_isSecret = false;  // the last of them is a secret
 };
 
 // Which of the words behind an snmp command, or behind a directive with the same options, hold a community or passphrase.

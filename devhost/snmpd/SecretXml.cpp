@@ -78,15 +78,15 @@ struct XmlAttribute {
 
 struct XmlTag {
   std::string_view name;
-  std::vector<XmlAttribute> attributes;
   std::size_t end = 0;   // behind the closing >, or the end of the text
   bool whole = false;    // it has one
   bool closing = false;  // </name>
   bool empty = false;    // <name/>
 };
 
-// Reads the tag that begins at `at`.
-XmlTag ReadTag(std::string_view xml, std::size_t at) {
+// Reads the tag that begins at `at`, and calls `use` with each of its attributes.
+template <class Use>
+XmlTag ReadTag(std::string_view xml, std::size_t at, Use use) {
   XmlTag tag;
   tag.closing = xml.substr(at + 1, 1) == "/";
   const auto name = [&xml](std::size_t from) {
@@ -95,6 +95,12 @@ XmlTag ReadTag(std::string_view xml, std::size_t at) {
   at += tag.closing ? 2 : 1;
   tag.name = name(at);
   at += tag.name.size();
+  XmlAttribute last;  // its value may still come
+  const auto useLast = [&] {
+    if (!last.name.empty()) {
+      use(last);
+    }
+  };
   while (at < xml.size() && xml[at] != '>') {
     if (xml[at] != '"' && xml[at] != '\'') {
       const std::string_view word = name(at);
@@ -102,18 +108,18 @@ XmlTag ReadTag(std::string_view xml, std::size_t at) {
       if (word.empty()) {
         ++at;
       } else {
-        tag.attributes.push_back({word, at, at});
+        useLast();
+        last = {word, at, at};
         at += word.size();
       }
       continue;
     }
     const std::size_t end = std::min(xml.find(xml[at], at + 1), xml.size());
-    if (!tag.attributes.empty()) {
-      tag.attributes.back().begin = at + 1;
-      tag.attributes.back().end = end;
-    }
+    last.begin = at + 1;
+    last.end = end;
     at = std::min(end + 1, xml.size());
   }
+  useLast();
   tag.whole = at < xml.size();
   tag.end = tag.whole ? at + 1 : at;
   return tag;
@@ -152,7 +158,7 @@ class XmlScanner {
   }
 
   bool IsEndOfSecret(std::size_t at) const {
-    const XmlTag tag = ReadTag(m_xml, at);
+    const XmlTag tag = ReadTag(m_xml, at, [](const XmlAttribute&) {});
     return tag.closing && IsSecretElement(tag.name);
   }
 
@@ -186,16 +192,17 @@ class XmlScanner {
 
   // Returns where to go on.
   std::size_t Tag(std::size_t begin) {
-    const XmlTag tag = ReadTag(m_xml, begin);
-    bool isSecret = IsSecretElement(tag.name);
+    bool isSecret = false;
     bool named = false;
-    for (const XmlAttribute& attribute : tag.attributes) {
+    const XmlTag tag = ReadTag(m_xml, begin, [&](const XmlAttribute& attribute) {
       if (attribute.name == "name") {
         named = attribute.begin != attribute.end && attribute.end < m_xml.size();
         isSecret = isSecret || NamesCommunity(m_xml.substr(attribute.begin, attribute.end - attribute.begin));
       }
-    }
-    for (const XmlAttribute& attribute : tag.attributes) {
+    });
+    isSecret = isSecret || IsSecretElement(tag.name);
+    // Read again rather than kept: a tag may have millions of them.
+    ReadTag(m_xml, begin, [&](const XmlAttribute& attribute) {
       // A name that was cut off may be that of a community.
       const bool isValue = attribute.name == "value" && (isSecret || (!named && !tag.whole));
       if (isValue || NamesCommunity(attribute.name)) {
@@ -203,7 +210,7 @@ class XmlScanner {
       } else {
         Text(attribute.begin, attribute.end);
       }
-    }
+    });
     return isSecret && tag.whole && !tag.closing && !tag.empty ? Inside(tag) : tag.end;
   }
 
@@ -240,10 +247,14 @@ std::vector<SecretPlace> SecretPlacesInXml(std::string_view xml) {
 
 std::vector<std::string> SecretsInXml(std::string_view xml) {
   std::vector<std::string> secrets;
+  std::size_t lineBegin = 0;
+  std::size_t searched = 0;  // in front of it, for the line
   for (const SecretPlace& place : SecretPlacesInXml(xml)) {
-    const std::size_t feed = xml.substr(0, place.begin).rfind('\n');
+    const std::size_t feed = xml.substr(searched, place.begin - searched).rfind('\n');
+    lineBegin = feed == npos ? lineBegin : searched + feed + 1;
+    searched = place.begin;
     // A comment in an snmpd.conf explains things with ordinary words.
-    if (feed == npos || xml[feed + 1] != '#') {
+    if (lineBegin == 0 || xml[lineBegin] != '#') {
       secrets.push_back(DecodedText(xml.substr(place.begin, place.end - place.begin)).Text());
     }
   }

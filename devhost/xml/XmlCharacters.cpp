@@ -61,16 +61,24 @@ std::size_t FindBadCharacter(std::string_view text) {
   return std::string_view::npos;
 }
 
-std::size_t FindBadReference(std::string_view text) {
+// Also finds the first element too many.
+std::size_t FindBadMarkup(std::string_view text, std::string& problem) {
+  std::size_t elements = 0;
   for (std::size_t i = text.find_first_of("<&"); i != std::string_view::npos; i = text.find_first_of("<&", i)) {
     if (text[i] == '<') {
       const std::size_t behind = PassOver(text, i);
+      elements += behind == i && text.substr(i + 1, 1) != "/" ? 1U : 0U;
+      if (elements > kMostXmlElements) {
+        problem = "more than " + std::to_string(kMostXmlElements) + " elements; allowed: so many at most";
+        return i;
+      }
       i = behind == i ? i + 1 : behind;
       continue;
     }
     // The longest reference is short, but its digits may have leading zeros.
     const std::size_t end = text.find_first_of(";<& \t\r\n", i + 1);
     if (end == std::string_view::npos || text[end] != ';' || !IsKnownReference(text.substr(i + 1, end - i - 1))) {
+      problem = "\"&\" begins no known reference; write \"&amp;\" for the character itself";
       return i;
     }
     i = end;
@@ -125,11 +133,7 @@ std::size_t FindXmlProblem(std::string_view text, std::string& problem) {
     problem = "a character that XML does not allow, or that is no UTF-8";
     return badCharacter;
   }
-  const std::size_t badReference = FindBadReference(text);
-  if (badReference != std::string_view::npos) {
-    problem = "\"&\" begins no known reference; write \"&amp;\" for the character itself";
-  }
-  return badReference;
+  return FindBadMarkup(text, problem);
 }
 
 }  // namespace devhost

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <pugixml.hpp>
 #include <set>
@@ -12,6 +13,9 @@
 
 namespace devhost {
 namespace {
+
+// As many as the elements that a large project and its states have, with a few attributes each.
+constexpr std::size_t kMostAttributes = 10000000;
 
 // Turns rising offsets into lines and columns in one walk over the text.
 class Places {
@@ -75,7 +79,7 @@ pugi::xml_node Following(pugi::xml_node node, pugi::xml_node top) {
   return node == top ? pugi::xml_node() : node.next_sibling();
 }
 
-// What the library lets pass: several root elements, text around them, an attribute given twice.
+// What the library lets pass: several root elements, text around them, an attribute given twice, too many of them.
 pugi::xml_node CheckedRoot(const pugi::xml_document& document, const std::string& text) {
   pugi::xml_node root;
   for (const pugi::xml_node node : document.children()) {
@@ -92,7 +96,13 @@ pugi::xml_node CheckedRoot(const pugi::xml_document& document, const std::string
   if (!root) {
     Fail(text, text.size(), "no root element");
   }
+  std::size_t attributes = 0;
   for (pugi::xml_node node = root; node; node = Following(node, root)) {
+    const auto all = node.attributes();
+    attributes += static_cast<std::size_t>(std::distance(all.begin(), all.end()));
+    if (attributes > kMostAttributes) {
+      Fail(text, OffsetOf(node), "more than " + std::to_string(kMostAttributes) + " attributes; allowed: so many at most");
+    }
     // One attribute alone, the usual case, costs nothing.
     if (node.first_attribute() != node.last_attribute() && HasTwiceTheSameAttribute(node)) {
       Fail(text, OffsetOf(node), std::string("element <") + node.name() + "> has one attribute twice");

@@ -48,7 +48,8 @@ class XmlError : public std::runtime_error {
 };
 
 // Reads a whole document (UTF-8, a byte order mark is skipped) and returns its root element. Comments, processing
-// instructions and the document type are passed over. Throws XmlError, also for elements nested more than 1000 deep.
+// instructions and the document type are passed over. Throws XmlError, also for elements nested more than 1000 deep and
+// for more than 4000000 elements or 10000000 attributes.
 XmlElement ReadXml(const std::string& text);
 
 // The same as a node for a driver; never an empty handle. Any depth.

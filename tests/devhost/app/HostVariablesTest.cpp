@@ -5,6 +5,7 @@
 #include <string>
 
 #include "devhost/app/Host.h"
+#include "devhost/app/HostVariables.h"
 #include "tests/devhost/support/RecordingObserver.h"
 
 namespace devhost {
@@ -176,6 +177,26 @@ TEST_F(AnItemOfAHost, NeedsNoVariables) {
 TEST_F(HostVariablesTest, TellsThatTheProjectHasLoaded) {
   host.LoadProject();
   EXPECT_THAT(observer.Texts(Kind::Event), ElementsAre("OnProjectLoaded"));
+}
+
+TEST(TheVariablesOfAHost, AreBounded) {
+  VariableManager manager;
+  HostVariables variables(manager, 2);
+  variables.Add({5, 1, "a"});
+  variables.Add({5, 2, "b"});
+  try {
+    variables.Add({5, 3, "c"});
+    ADD_FAILURE() << "a third one was added";
+  } catch (const HostError& error) {
+    EXPECT_STREQ(error.what(), "variable 3 of device 5 cannot be added; a project has up to 2 variables");
+  }
+  // One that is there already is told of as ever.
+  try {
+    variables.Add({5, 2, "c"});
+    ADD_FAILURE() << "a variable was added twice";
+  } catch (const HostError& error) {
+    EXPECT_THAT(error.what(), testing::StartsWith("there is a variable 2 of device 5 already"));
+  }
 }
 
 }  // namespace

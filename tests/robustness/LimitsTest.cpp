@@ -1,0 +1,114 @@
+// What is bounded, and what is said beyond the bounds.
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/robustness/Kitchen.h"
+#include "tests/robustness/Measure.h"
+
+namespace testsupport {
+namespace {
+
+using testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+const Words kRun = {"run", "--project", "project.xml", "--state", "states", "script"};
+
+void ExpectRefused(const Measured& run, const std::string& output) {
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.output, output);
+#ifdef MEASURES_MEMORY
+  EXPECT_LT(run.peak, std::size_t{200000000});
+#endif
+}
+
+TEST(ALineOfAScript, HasTwoHundredThousandWordsAtMost) {
+  const Kitchen kitchen;
+  WriteRepeated(kitchen.Path("script"), "print ", "a ", 199999, "");
+  EXPECT_EQ(Measure(kRun, kitchen.Path()).status, 0);
+  WriteRepeated(kitchen.Path("script"), "print ", "a ", 2000000, "");
+  ExpectRefused(Measure(kRun, kitchen.Path()),
+                "devhost: script:1: the line has more than 200000 words; allowed: so many at most\n");
+}
+
+TEST(Xml, HasFourMillionElementsAtMost) {
+  const Kitchen kitchen;
+  kitchen.Write("script", "command SetDeviceState xml=@settings.xml\n");
+  WriteRepeated(kitchen.Path("settings.xml"), "<a>\n", "<b/>", 5000000, "</a>");
+  const std::string problem = "the settings are no well-formed XML: more than 4000000 elements; allowed: so many at most";
+  ExpectRefused(Measure({"advise", "settings.xml"}, kitchen.Path()), "devhost: settings.xml:2:15999997: " + problem + "\n");
+  EXPECT_THAT(Measure(kRun, kitchen.Path()).output, HasSubstr("reply agent <Fail/>\n"));
+
+  WriteRepeated(kitchen.Path("states/driver-1.xml"), "<a>\n", "<b/>", 5000000, "</a>");
+  kitchen.Write("script", "print played\n");
+  EXPECT_THAT(Measure(kRun, kitchen.Path()).output,
+              testing::AllOf(HasSubstr("states/driver-1.xml:2:15999997: the state is damaged: more than 4000000 elements; "
+                                       "allowed: so many at most; kept as driver-1.xml.damaged\n"),
+                             HasSubstr("print played\n")));
+
+  WriteRepeated(kitchen.Path("project.xml"), "<project>\n", "<b/>", 5000000, "</project>");
+  ExpectRefused(
+      Measure(kRun, kitchen.Path()),
+      "devhost: project.xml:2:15999997: the project is no well-formed XML: more than 4000000 elements; allowed: so "
+      "many at most\n");
+}
+
+// Comments hold no elements, and closing tags are none.
+TEST(Xml, MayHoldWhatOnlyLooksLikeElements) {
+  const Kitchen kitchen;
+  WriteRepeated(kitchen.Path("settings.xml"), "<a><!-- ", "<b/>", 5000000, " --></a>");
+  EXPECT_EQ(Measure({"advise", "settings.xml"}, kitchen.Path()).status, 1);
+}
+
+// What is refused behind a project of millions of attributes has read them: seconds under sanitizers.
+#ifdef MEASURES_MEMORY
+TEST(Xml, HasTenMillionAttributesAtMost) {
+  const Kitchen kitchen;
+  WriteRepeated(kitchen.Path("settings.xml"), "<a>",
+                "<b a=\"\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\" j=\"\"/>", 1000001, "</a>");
+  const Measured run = Measure({"advise", "settings.xml"}, kitchen.Path());
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.output, HasSubstr("no well-formed XML: more than 10000000 attributes; allowed: so many at most\n"));
+}
+#endif
+
+TEST(XmlOfAPerson, IsAThousandLevelsDeepAtMost) {
+  const Kitchen kitchen;
+  WriteRepeated(kitchen.Path("end"), "", "</a>", 1000000, "");
+  WriteRepeated(kitchen.Path("settings.xml"), "", "<a>", 1000000, kitchen.Read("end"));
+  ExpectRefused(
+      Measure({"advise", "settings.xml"}, kitchen.Path()),
+      "devhost: settings.xml:1:3001: the settings are no well-formed XML: elements are nested more than 1000 deep\n");
+}
+
+// For a driver there is no such bound, nor does anything overflow the stack.
+TEST(XmlForADriver, MayBeHundredsOfThousandsOfLevelsDeep) {
+  const Kitchen kitchen;
+  WriteRepeated(kitchen.Path("end"), "", "</a>", 300000, "");
+  WriteRepeated(kitchen.Path("deep.xml"), "", "<a>", 300000, kitchen.Read("end"));
+  kitchen.Write("script", "command SetDeviceState xml=@deep.xml\n");
+  const Measured run = Measure(kRun, kitchen.Path());
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.output, HasSubstr("reply agent <Fail/>\n"));
+}
+
+// What looks like the beginning of so long a secret may go on as one.
+TEST(ASecretOfMoreThanAKilobyte, HidesWhatFollowsItsBeginning) {
+  const Kitchen kitchen;
+  const std::string secret(1500, 's');
+  kitchen.Write("script", "device kitchen set communityRead " + secret + "\nevent OnVariableAdded x='go " + secret +
+                              "t on' y=z\nevent OnVariableAdded x=short\n");
+  const std::string output = Measure(kRun, kitchen.Path()).output;
+  EXPECT_THAT(output, HasSubstr("event OnVariableAdded x='go *****\nevent OnVariableAdded x=short\n"));
+}
+
+TEST(ASecretInManyQuotes, IsHiddenWithoutThem) {
+  const Kitchen kitchen;
+  kitchen.Write("script",
+                "device kitchen set communityRead '\"\"\"\"secret\"\"\"\"'\nevent OnVariableAdded x='a secret thing'\n");
+  EXPECT_THAT(Measure(kRun, kitchen.Path()).output, HasSubstr("event OnVariableAdded x='a ***** thing'\n"));
+}
+
+}  // namespace
+}  // namespace testsupport
