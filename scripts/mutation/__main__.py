@@ -2,6 +2,7 @@
 
 import argparse
 import os
+import signal
 import sys
 import time
 from collections import Counter
@@ -27,12 +28,12 @@ def arguments():
         description='Changes the sources of the plug-in in small ways, one at a time, builds and runs the unit tests on each, '
                     'and lists the\nchanges that no test notices. Works in a copy of the tree under build/mutate.',
         epilog='Changes that make no difference stand in scripts/mutation/equal.txt, one a line, with the reason.\n'
-               'Exit status: 0 every other change is noticed, 1 some are not, 2 wrong arguments.\n'
+               'Exit status: 0 every other change is noticed, 1 some are not, 2 wrong arguments, 130 stopped.\n'
                'A run that was stopped goes on where it was when it is started again, unless sources or tests have changed.')
     parser.add_argument('--only', metavar='FILE', action='append', default=[], help='changes of this file only (repeatable)')
     parser.add_argument('--id', metavar='ID', action='append', default=[], help='this change only, and again (repeatable)')
     parser.add_argument('--sample', metavar='N', type=positive, help='N of the changes: the same ones each time, while they exist')
-    parser.add_argument('--survivors', action='store_true', help='try only new ones and those that nothing noticed the last time; report on all')
+    parser.add_argument('--survivors', action='store_true', help='leave out what was noticed with an earlier state of sources and tests; report on all')
     parser.add_argument('--list', action='store_true', help='list the changes, try none')
     parser.add_argument('--jobs', metavar='N', type=positive, default=os.cpu_count(), help='how many at a time (%(default)s)')
     parser.add_argument('--report', metavar='FILE', type=Path, default=PLACE / 'report.txt',
@@ -81,8 +82,8 @@ def wanted(mutants, options):
 
 def to_try(mutant, options, results, digest):
     known = results.known.get(mutant.id, {})
-    if options.survivors:
-        return known.get('state', 'unnoticed') == 'unnoticed'
+    if options.survivors and known.get('state', 'unnoticed') != 'unnoticed':
+        return False
     return bool(options.id) or known.get('digest') != digest
 
 
@@ -161,4 +162,9 @@ def main():
 
 
 if __name__ == '__main__':
-    sys.exit(main())
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    try:
+        sys.exit(main())
+    except KeyboardInterrupt:
+        print('\nmutate: stopped; what was found out is kept', file=sys.stderr)
+        sys.exit(128 + signal.SIGINT)

@@ -26,8 +26,9 @@ MEMORY = 4 << 30
 
 
 def run(command, cwd, **options):
+    # A process group of its own: a Ctrl-C that ended a test's program would be taken for a test that fails.
     return subprocess.run(command, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors='replace',
-                          **options)
+                          process_group=0, **options)
 
 
 def fail(message, output=''):
@@ -254,5 +255,11 @@ def work(workplace, mutants, results, jobs, tell):
         tell(mutant, state, by)
 
     with ThreadPoolExecutor(jobs) as pool:
-        for future in [pool.submit(one, mutant) for mutant in mutants]:
-            future.result()
+        futures = [pool.submit(one, mutant) for mutant in mutants]
+        try:
+            for future in futures:
+                future.result()
+        except BaseException:
+            for future in futures:
+                future.cancel()  # those under way come to their end
+            raise
