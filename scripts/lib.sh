@@ -7,10 +7,10 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # What the commands need, by Debian package.
 # shellcheck disable=SC2034  # used by the commands
 {
-  BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev googletest)
+  BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev libre2-dev googletest)
   RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
-  I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386)
+  I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386 libre2-dev:i386)
   ABI_PACKAGES=(clang libboost-dev g++ g++-i686-linux-gnu)
   CHECK_PACKAGES=(clang-format clang-tidy shellcheck mandoc)
   MUTATE_PACKAGES=(binutils python3 python3-clang-14)
