@@ -38,8 +38,12 @@ TEST(Xml, HasFourMillionElementsAtMost) {
   WriteRepeated(kitchen.Path("settings.xml"), "<a>\n", "<b/>", 5000000, "</a>");
   const std::string problem = "the settings are no well-formed XML: more than 4000000 elements; allowed: so many at most";
   ExpectRefused(Measure({"advise", "settings.xml"}, kitchen.Path()), "devhost: settings.xml:2:15999997: " + problem + "\n");
+#ifdef MEASURES_MEMORY
+  // Secrets are looked for in it first: many seconds under sanitizers.
   EXPECT_THAT(Measure(kRun, kitchen.Path()).output, HasSubstr("reply agent <Fail/>\n"));
+#endif
 
+  kitchen.Write("states/lock", "");
   WriteRepeated(kitchen.Path("states/driver-1.xml"), "<a>\n", "<b/>", 5000000, "</a>");
   kitchen.Write("script", "print played\n");
   EXPECT_THAT(Measure(kRun, kitchen.Path()).output,

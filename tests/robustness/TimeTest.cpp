@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Masking, SecretsInOneLine,
                                          Shape{"BehindOptions", "trapsess ", "-a x ", Kitchen::kSection, 100000},
                                          Shape{"BehindContexts", "", "com2sec -Cn ", Kitchen::kSection, 8000},
                                          Shape{"BehindOptionsOfSinks", "", "trapsink -name ", Kitchen::kSection, 8000},
-                                         Shape{"OfUsers", "", "createUser ", Kitchen::kSection, 20000},
+                                         Shape{"OfUsers", "", "createUser ", Kitchen::kSection, 5000},
                                          Shape{"BehindEscapedBlanks", "", "createUser\\ ", Kitchen::kSection, 8000},
                                          Shape{"BehindQuotes", "", "authcommunity \"", Kitchen::kSection, 20000}),
                          NameOf<Shape>);
