@@ -189,7 +189,7 @@ int Daemon::StopFailed(int status) {
 
 void Daemon::LogComplaints(const std::vector<std::string>& lines, const std::vector<std::string>& secrets) const {
   for (const std::string& line : lines) {
-    m_log(MaskSecrets(line, secrets));
+    m_log(Printable(MaskSecrets(line, secrets)));
   }
 }
 

@@ -19,20 +19,6 @@ const std::size_t kMostComplaints = 50;
 const std::size_t kLongestLine = 400;
 const std::string_view kBlanksOfNoTarget = "    ";
 
-// A line for the host's log: short and without control characters.
-std::string Printable(std::string text) {
-  if (text.size() > kLongestLine) {
-    text.resize(kLongestLine);
-    text += "...";
-  }
-  for (char& character : text) {
-    if (static_cast<unsigned char>(character) < ' ' || character == 0x7f) {
-      character = '?';
-    }
-  }
-  return text;
-}
-
 // The owner's name for a file that the daemon names relative to its working folder.
 std::string OwnersName(std::string file) {
   if (file.compare(0, 3, "../") == 0) {
@@ -54,7 +40,7 @@ std::optional<std::string> ReadComplaint(const std::string& line) {
       (line.compare(end, 9, ": Error: ") != 0 && line.compare(end, 11, ": Warning: ") != 0)) {
     return std::nullopt;
   }
-  return Printable(OwnersName(line.substr(0, at)) + ":" + line.substr(number));
+  return OwnersName(line.substr(0, at)) + ":" + line.substr(number);
 }
 
 bool IsExpected(const std::string& complaint) {
@@ -134,7 +120,7 @@ std::vector<std::string> ReadOtherLines(const std::string& log) {
   std::istringstream stream(log);
   for (std::string line; std::getline(stream, line);) {
     if (!line.empty() && !ReadComplaint(line)) {
-      lines.push_back("snmpd: " + Printable(line));
+      lines.push_back("snmpd: " + line);
     }
   }
   if (lines.size() > kMostOtherLines) {
@@ -175,6 +161,19 @@ std::string MaskSecrets(std::string line, const std::vector<std::string>& secret
     }
   }
   return line;
+}
+
+std::string Printable(std::string text) {
+  if (text.size() > kLongestLine) {
+    text.resize(kLongestLine);
+    text += "...";
+  }
+  for (char& character : text) {
+    if (static_cast<unsigned char>(character) < ' ' || character == 0x7f) {
+      character = '?';
+    }
+  }
+  return text;
 }
 
 }  // namespace drivers

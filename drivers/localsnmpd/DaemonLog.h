@@ -21,6 +21,10 @@ std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std:
 // The line with ***** for each secret that stands in it as a word, behind the file and line of a complaint.
 std::string MaskSecrets(std::string line, const std::vector<std::string>& secrets);
 
+// A line for the host's log: of 400 bytes at most and without control characters. Secrets have to be masked before: a piece
+// of one would not be found.
+std::string Printable(std::string text);
+
 }  // namespace drivers
 
 #endif

@@ -289,6 +289,13 @@ TEST_F(ADaemon, TellsWhichLinesTheDaemonRejectsWithoutTheCommunitiesInThem) {
   EXPECT_TRUE(HasLogged("snmpd.conf:5: Error: "));
 }
 
+TEST_F(ADaemon, ShowsNoPieceOfASecretThatIsLongerThanALineOfTheLog) {
+  Make();
+  const std::string secret(500, 'h');
+  EXPECT_EQ(0, m_daemon->Start(kPublic + secret + " all\n", {secret}));
+  EXPECT_EQ((Lines{"snmpd.conf:3: Warning: Unknown token: *****."}), m_log);
+}
+
 TEST_F(ADaemon, WhoseProgramIsNotInstalledSaysSoOnce) {
   Make("/no/program");
   EXPECT_EQ(drivers::kDaemonNotInstalled, m_daemon->Start(kPublic, {}));
