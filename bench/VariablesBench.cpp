@@ -218,7 +218,8 @@ void PrintTable(std::map<std::string, double>& times) {
       const double each = static_cast<double>(operation.host == nullptr ? kVariablesOfADevice : count);
       const double agent = times[NameOf(operation, "agent", count)] / each;
       const double plain = times[NameOf(operation, "map", count)] / each;
-      const double peak = static_cast<double>(PeakGrowth([&] { operation.agent(ProjectOf(count)); })) / each;
+      Project& project = ProjectOf(count);
+      const double peak = static_cast<double>(PeakGrowth([&] { operation.agent(project); })) / each;
       std::printf("%-10s %9lu %12.1f ", operation.name, count, agent);
       if (operation.host == nullptr) {
         std::printf("%12s %12.1f %11s ", "-", plain, "-");

@@ -1,8 +1,10 @@
 #include "drivers/common/ConfigFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 #include "drivers/common/FileStatus.h"
 
@@ -13,6 +15,9 @@ namespace {
 const char kName[] = "snmpd.conf";
 // One fixed name: under the folder's lock it can only be what a killed writer left, so the next one may remove it.
 const char kTemporaryName[] = ".snmpd.conf.new";
+
+const std::size_t kReadAtATime = std::size_t{256} * 1024;
+const std::size_t kWriteAtATime = std::size_t{8} * 1024 * 1024;
 
 const mode_t kPermissionBits = 07777;
 const mode_t kPrivate = 0600;  // communities are secrets
@@ -97,27 +102,26 @@ int ConfigFile::ReadOpened(int descriptor, std::string& text) const {
   if (attributes.st_size > static_cast<off_t>(kMaximumSize)) {
     return FileStatusOfErrno(EFBIG);
   }
-  // One byte more than expected finds the end in the first round; a file that grows meanwhile is read on.
-  std::string content(static_cast<std::size_t>(attributes.st_size) + 1, '\0');
-  std::size_t used = 0;
+  // Read by blocks that stay in the processor's cache, which a large text does not, and one byte more than the file has:
+  // that finds its end without a further block. A file that grows meanwhile is read on.
+  const auto size = static_cast<std::size_t>(attributes.st_size);
+  std::vector<char> block(std::min(size + 1, kReadAtATime));
+  std::string content;
+  content.reserve(size);
   for (;;) {
-    if (used == content.size()) {
-      content.resize(2 * content.size());
-    }
-    const ssize_t count = m_calls->Read(descriptor, &content[used], content.size() - used);
+    const ssize_t count = m_calls->Read(descriptor, block.data(), block.size());
     if (count == 0) {
       break;
     }
     if (count > 0) {
-      used += static_cast<std::size_t>(count);
+      content.append(block.data(), static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
       return LastStatus();
     }
-    if (used > kMaximumSize) {
+    if (content.size() > kMaximumSize) {
       return FileStatusOfErrno(EFBIG);
     }
   }
-  content.resize(used);
   text = std::move(content);
   return 0;
 }
@@ -219,9 +223,13 @@ int ConfigFile::FillTemporary(int descriptor, const std::string& text, const For
 int ConfigFile::WriteAll(int descriptor, const std::string& text) const {
   std::size_t written = 0;
   while (written != text.size()) {
-    const ssize_t count = m_calls->Write(descriptor, text.data() + written, text.size() - written);
+    const std::size_t size = std::min(text.size() - written, kWriteAtATime);
+    const ssize_t count = m_calls->Write(descriptor, text.data() + written, size);
     if (count > 0) {
       written += static_cast<std::size_t>(count);
+      if (written != text.size()) {
+        m_calls->StartWriteBack(descriptor);  // what fails here fails in Sync too
+      }
     } else if (count == 0) {
       return FileStatusOfErrno(EIO);
     } else if (errno != EINTR) {
