@@ -11,6 +11,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
   RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
   I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386 libre2-dev:i386)
+  ARMHF_PACKAGES=(g++-arm-linux-gnueabihf libpugixml-dev:armhf libre2-dev:armhf qemu-user)
   ABI_PACKAGES=(clang libboost-dev g++ g++-i686-linux-gnu)
   CHECK_PACKAGES=(clang-format clang-tidy shellcheck mandoc)
   MUTATE_PACKAGES=(binutils python3 python3-clang-14)
