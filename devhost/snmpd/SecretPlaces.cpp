@@ -297,7 +297,9 @@ class Scanner {
       if (m_bar < from) {
         m_bar = std::min(m_line.find('|', from), m_end);
       }
-      Place(from, m_bar);
+      if (from < m_bar) {
+        Place(from, m_bar);
+      }
     }
   }
 

@@ -113,6 +113,7 @@ constexpr Example kElsewhere[] = {
     {"settings kitchen communityWrite=public", "settings kitchen communityWrite=*****"},
     {"trapTarget=10.0.0.5 community=\"a\\\" b\" port=162", "trapTarget=10.0.0.5 community=***** port=162"},
     {"name=communityRead value=''", "name=communityRead value=''"},
+    {"TRAP|UDP|TRAP, SNMP v1, community |.1.3 = 4", "TRAP|UDP|TRAP, SNMP v1, community |.1.3 = 4"},
 };
 INSTANTIATE_TEST_SUITE_P(InOtherTexts, ALineOfAConfiguration, testing::ValuesIn(kElsewhere));
 
