@@ -1,7 +1,6 @@
 #include "tests/robustness/Measure.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -12,14 +11,15 @@
 #include <chrono>
 #include <fstream>
 #include <stdexcept>
+#include <string_view>
+
+#include "tests/support/ReadPipe.h"
 
 extern char** environ;
 
 namespace testsupport {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 double Seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
@@ -30,25 +30,6 @@ void Shorten(std::string& output) {
   constexpr std::size_t kEnds = 100000;
   if (output.size() > 4 * kEnds) {
     output.erase(kEnds, output.size() - 2 * kEnds);
-  }
-}
-
-// Everything until the end of the pipe; false when that takes too long.
-bool ReadAll(int from, std::string& output) {
-  const Clock::time_point deadline = Clock::now() + std::chrono::minutes(2);
-  char block[65536];
-  for (;;) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    struct pollfd ready = {from, POLLIN, 0};
-    if (left <= 0 || ::poll(&ready, 1, static_cast<int>(left)) == 0) {
-      return false;
-    }
-    const ssize_t got = ::read(from, block, sizeof(block));
-    if (got <= 0) {
-      return true;
-    }
-    output.append(block, static_cast<std::size_t>(got));
-    Shorten(output);
   }
 }
 
@@ -103,7 +84,11 @@ MeasuredRun::~MeasuredRun() {
 
 Measured MeasuredRun::Wait() {
   Measured result;
-  if (!ReadAll(m_from, result.output)) {
+  const bool ended = ReadPipe(m_from, std::chrono::minutes(2), [&](std::string_view block) {
+    result.output += block;
+    Shorten(result.output);
+  });
+  if (!ended) {
     throw std::runtime_error("devhost does not come to an end");
   }
   int status = 0;

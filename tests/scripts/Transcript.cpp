@@ -1,7 +1,6 @@
 #include "tests/scripts/Transcript.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <stdlib.h>
@@ -12,7 +11,9 @@
 #include <regex>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
+#include "tests/support/ReadPipe.h"
 #include "tests/support/ScratchFolder.h"
 
 extern char** environ;
@@ -20,8 +21,6 @@ extern char** environ;
 namespace testsupport {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 void Replace(std::string& text, const std::string& what, const std::string& by) {
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
@@ -80,24 +79,6 @@ pid_t Spawn(const std::string& command, int output) {
   return child;
 }
 
-// Everything that comes out of a pipe until its end; false when that takes too long.
-bool ReadAll(int from, std::string& text) {
-  const Clock::time_point deadline = Clock::now() + std::chrono::minutes(1);
-  char block[65536];
-  for (;;) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    struct pollfd ready = {from, POLLIN, 0};
-    if (left <= 0 || ::poll(&ready, 1, static_cast<int>(left)) == 0) {
-      return false;
-    }
-    const ssize_t got = ::read(from, block, sizeof(block));
-    if (got <= 0) {
-      return true;
-    }
-    text.append(block, static_cast<std::size_t>(got));
-  }
-}
-
 }  // namespace
 
 ShellResult RunShell(const std::string& command, const std::string& folder) {
@@ -108,7 +89,7 @@ ShellResult RunShell(const std::string& command, const std::string& folder) {
   const pid_t child = Spawn("cd '" + folder + "' && { " + command + "\n}", ends[1]);
   ::close(ends[1]);
   ShellResult result;
-  const bool ended = ReadAll(ends[0], result.output);
+  const bool ended = ReadPipe(ends[0], std::chrono::minutes(1), [&](std::string_view block) { result.output += block; });
   ::close(ends[0]);
   if (!ended) {
     ::kill(-child, SIGKILL);
