@@ -1,7 +1,6 @@
 #ifndef DEVHOST_APP_PATTERN_H
 #define DEVHOST_APP_PATTERN_H
 
-#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -20,8 +19,11 @@ class PatternError : public std::runtime_error {
 
 // A POSIX extended regular expression over bytes, in which \d, \s, \w and \b may stand too. ^ and $ also match at the lines
 // of a longer text, and a match lies within one of them. Of several matches at one place the longest counts. Searching takes
-// time in proportion to the text, and compiling a bounded amount of memory, whatever the expression: scripts come from
-// anywhere, and expressions of the C library and of the standard library can take all time, all memory or the stack.
+// time in proportion to the text, and length and size of an expression are bounded: scripts come from anywhere, and
+// expressions of the C library and of the standard library can take all time, all memory or the stack.
+//
+// What would be compiled, and match something else than people expect who know such expressions from elsewhere, is refused:
+// a line feed, [=a=] and [.a.], \< and \>, {,N}. A backslash escapes inside brackets, too.
 class Pattern {
  public:
   // Throws PatternError.
@@ -36,8 +38,6 @@ class Pattern {
   std::string ReplaceIn(const std::string& text, const std::string& replacement) const;
 
  private:
-  bool Find(const std::string& text, std::size_t from, std::size_t& start, std::size_t& end) const;
-
   std::unique_ptr<const re2::RE2> m_expression;
 };
 

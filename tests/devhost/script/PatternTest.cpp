@@ -56,8 +56,13 @@ std::string Nested(std::size_t depth, const std::string& repeat) {
 }
 
 TEST(APattern, MayBeDeep) {
-  EXPECT_TRUE(Pattern(Nested(100000, "")).IsIn("aaa"));
-  EXPECT_TRUE(Pattern(Nested(100000, "+")).IsIn("aaa"));
+  EXPECT_TRUE(Pattern(Nested(4000, "")).IsIn("aaa"));
+  EXPECT_TRUE(Pattern(Nested(3000, "+")).IsIn("aaa"));
+}
+
+TEST(APattern, IsNotLongerThanItsLimit) {
+  EXPECT_EQ(RefusalOf(std::string(10000, 'a')), "");
+  EXPECT_EQ(RefusalOf(std::string(10001, 'a')), "an expression of 10001 bytes is too long; allowed: up to 10000");
 }
 
 // Each took the C library's compiler seconds to minutes, or gigabytes.
@@ -78,6 +83,12 @@ TEST(APatternThatWouldTakeAllMemory, IsRefused) {
     many += ".{1000}";
   }
   EXPECT_THAT(RefusalOf(many), testing::HasSubstr("an expression of 3500 bytes is too large a regular expression; let its"));
+  std::string slow;
+  for (int length = 500; length != 900; length += 8) {
+    slow += "|1[01]{" + std::to_string(length) + "}";
+  }
+  EXPECT_THAT(RefusalOf("(1" + slow + ")z"), testing::HasSubstr("is too large a regular expression"));
+  EXPECT_EQ(RefusalOf("a{1000}[^b]{300}.{300}"), "");
   EXPECT_EQ(RefusalOf("([0-9]{1,3}\\.){3}[0-9]{1,3}(a*b+c?){10}[(](x|y)"), "");
 }
 
@@ -86,6 +97,23 @@ TEST(APattern, TakesBytesThatAreNoUtf8) {
       Pattern("a.b").IsIn("a\xffz a\xe9"
                           "b"));
   EXPECT_TRUE(Pattern("\xe9").IsIn("caf\xe9"));
+}
+
+TEST(APattern, FindsAlternativesThatBeginWithTheSameByte) {
+  EXPECT_TRUE(Pattern("K\u00e4se|K\u00fcche").IsIn("die K\u00fcche"));
+  EXPECT_TRUE(Pattern("(\u00e4|\u00fc)che").IsIn("die K\u00fcche"));
+  EXPECT_TRUE(Pattern("\u00b0F|\u00b0C").IsIn("21 \u00b0C"));
+  EXPECT_FALSE(Pattern("\u00b0F|\u00b0C").IsIn("21 \u00b0K"));
+}
+
+TEST(APattern, CountsInBytes) {
+  EXPECT_TRUE(Pattern("^K..che$").IsIn("K\u00fcche"));
+  EXPECT_TRUE(Pattern("^[^a-z]$").IsIn("\xff"));
+  EXPECT_TRUE(Pattern("^[\\x80-\\xff]{3}$").IsIn("\x80\xbf\xff"));
+}
+
+TEST(APattern, ReplacesAmongBytesThatAreNotAscii) {
+  EXPECT_EQ(Pattern("\u00fc|x").ReplaceIn("\xff\u00e4x\u00fc\x80", "\xee"), "\xff\u00e4\xee\xee\x80");
 }
 
 TEST(APattern, KnowsTheShortNamesOfClasses) {
@@ -99,7 +127,23 @@ TEST(APattern, LiesWithinOneLine) {
   EXPECT_THAT(RefusalOf("a\nb"), testing::HasSubstr("holds a line feed; allowed: what lies within one line"));
   EXPECT_THAT(RefusalOf("a\\nb"), testing::HasSubstr("holds a line feed"));
   EXPECT_THAT(RefusalOf("a\\\nb"), testing::HasSubstr("holds a line feed"));
+  EXPECT_THAT(RefusalOf("a\\x0ab"), testing::HasSubstr("holds a line feed"));
+  EXPECT_THAT(RefusalOf("a\\012b"), testing::HasSubstr("holds a line feed"));
+  EXPECT_THAT(RefusalOf("[^x]\\n"), testing::HasSubstr("holds a line feed"));
+  EXPECT_THAT(RefusalOf("[^[:alpha:]x]\n"), testing::HasSubstr("holds a line feed"));
   EXPECT_TRUE(Pattern("a\\\\nb").IsIn("a\\nb"));
+  EXPECT_TRUE(Pattern("^[^\\n]+$").IsIn("a\nb"));
+  EXPECT_TRUE(Pattern("^[^]\n]+$").IsIn("a\nb"));
+}
+
+TEST(APatternThatMeansSomethingElseElsewhere, IsRefused) {
+  EXPECT_THAT(RefusalOf("[[=a=]]"), testing::HasSubstr("holds [= or [. inside brackets; allowed: characters, ranges"));
+  EXPECT_THAT(RefusalOf("[[:digit:][.a.]]"), testing::HasSubstr("holds [= or [. inside brackets"));
+  EXPECT_THAT(RefusalOf("a{,3}b"), testing::HasSubstr("holds {,N}; write {0,N}"));
+  EXPECT_THAT(RefusalOf("\\<foo"), testing::HasSubstr("write \\b for an edge, < and > for themselves"));
+  EXPECT_THAT(RefusalOf("foo\\>"), testing::HasSubstr("write \\b for an edge"));
+  EXPECT_TRUE(Pattern("[=a.[]+\\\\<[\\<]{,b}").IsIn("[=.\\<<{,b}"));
+  EXPECT_THAT(RefusalOf("(a)\\1"), testing::HasSubstr("is no extended regular expression: invalid escape sequence"));
 }
 
 TEST(APattern, TakesTheLongestOfSeveralMatches) {
