@@ -16,6 +16,7 @@ const char kName[] = "snmpd.conf";
 // One fixed name: under the folder's lock it can only be what a killed writer left, so the next one may remove it.
 const char kTemporaryName[] = ".snmpd.conf.new";
 
+const std::size_t kReadAtLeast = std::size_t{16} * 1024;
 const std::size_t kReadAtATime = std::size_t{256} * 1024;
 const std::size_t kWriteAtATime = std::size_t{8} * 1024 * 1024;
 
@@ -103,9 +104,9 @@ int ConfigFile::ReadOpened(int descriptor, std::string& text) const {
     return FileStatusOfErrno(EFBIG);
   }
   // Read by blocks that stay in the processor's cache, which a large text does not, and one byte more than the file has:
-  // that finds its end without a further block. A file that grows meanwhile is read on.
+  // that finds its end without a further block. A file that grows meanwhile, or does not say its size, is read on.
   const auto size = static_cast<std::size_t>(attributes.st_size);
-  std::vector<char> block(std::min(size + 1, kReadAtATime));
+  std::vector<char> block(std::clamp(size + 1, kReadAtLeast, kReadAtATime));
   std::string content;
   content.reserve(size);
   for (;;) {

@@ -116,6 +116,10 @@ std::string DaemonFolder::ReadLog() const {
     }
     text.append(part.data(), static_cast<std::size_t>(count));
   }
+  if (text.size() >= kMostOfLog) {
+    // A secret that is cut off would not be found in the last line.
+    text.resize(text.rfind('\n') + 1);
+  }
   return text;
 }
 

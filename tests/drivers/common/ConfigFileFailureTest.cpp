@@ -162,6 +162,24 @@ TEST(AReading, GoesOnAfterInterruptionsAndShortReadsAndFollowsAGrowingFile) {
   EXPECT_EQ(content + content + content + "end", text);
 }
 
+TEST(AReading, OfAFileThatWasEmptyTakesNoMoreCallsThanOfALargeOne) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "");
+  const std::string content(1000000, 'y');
+  bool grown = false;
+  const auto calls = Scripted([&](const std::string& name, std::size_t) {
+    if (name == "Read" && !grown) {
+      grown = true;
+      folder.Write("snmpd.conf", content);
+    }
+    return 0;
+  });
+  std::string text;
+  EXPECT_EQ(0, ConfigFile(folder.Path(), calls).Read(text));
+  EXPECT_EQ(content, text);
+  EXPECT_LT(std::count(calls->names.begin(), calls->names.end(), "Read"), 100);
+}
+
 TEST(AFileSizeLimit, KeepsTheOldFile) {
   const TemporaryFolder folder;
   folder.Write("snmpd.conf", "old");
