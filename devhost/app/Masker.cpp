@@ -29,7 +29,7 @@ void Masker::Learn(const Parameters& parameters) {
   }
   for (const auto& [name, value] : parameters) {
     if (IsSecret(name, parameters)) {
-      m_known.Learn(value);
+      LearnQuoted(m_known, value);
     } else {
       m_known.LearnFromXml(value);
     }
@@ -50,7 +50,7 @@ void Masker::LearnFromConfig(std::string_view text) {
 
 void Masker::LearnFromCommandLine(const std::vector<std::string>& words) {
   for (const std::string& secret : SecretsInCommandLine(words)) {
-    m_known.Learn(secret);
+    LearnQuoted(m_known, secret);
   }
 }
 
@@ -91,6 +91,14 @@ std::string Masker::CommandLine(const std::vector<std::string>& words) const {
   }
   // A secret with blanks may be several words.
   return m_showSecrets ? line : m_known.MaskKnown(line);
+}
+
+void LearnQuoted(KnownSecrets& secrets, std::string_view secret) {
+  secrets.Learn(secret);
+  secrets.Learn(OneLine(secret));
+  if (secret.size() > kMostQuoted) {
+    secrets.Learn(OneLine(secret.substr(0, kMostQuoted)));
+  }
 }
 
 bool IsSecretSetting(std::string_view name) {

@@ -40,6 +40,9 @@ class Masker {
   KnownSecrets m_known;
 };
 
+// Learns a secret as it is, and as messages quote it: on one line, and cut.
+void LearnQuoted(KnownSecrets& secrets, std::string_view secret);
+
 // Whether the setting of that name is a community.
 bool IsSecretSetting(std::string_view name);
 

@@ -69,8 +69,10 @@ std::string ReadablePath(const std::string& folder, const std::string& file,
 ScriptParameter ParseParameter(const std::string& word, const std::string& folder) {
   const std::size_t equals = word.find('=');
   if (equals == std::string::npos) {
-    throw ActionError("the parameter " + Quoted(word) + " has no value: write " + OneLine(word.substr(0, 60)) +
-                      "=VALUE, or " + OneLine(word.substr(0, 60)) + "= for an empty one");
+    // As a whole or not at all: it may be a part of a secret with blanks.
+    const std::string name = word.size() <= 60 ? OneLine(word) : "NAME";
+    throw ActionError("the parameter " + Quoted(word) + " has no value: write " + name + "=VALUE, or " + name +
+                      "= for an empty one");
   }
   if (equals == 0) {
     throw ActionError("the parameter " + Quoted(word) + " has no name: write NAME=VALUE");

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "devhost/app/FileText.h"
+#include "devhost/app/Masker.h"
 #include "devhost/app/ScriptActions.h"
 #include "devhost/app/Words.h"
 #include "devhost/snmpd/KnownSecrets.h"
@@ -22,9 +23,10 @@ std::string Shown(const std::string& problem, std::string_view line) {
   KnownSecrets secrets;
   if (onSecrets) {
     const std::vector<std::string> words = SplitWords(line);
-    const std::size_t first = !words.empty() && words.front() == "expect" ? 5 : 3;
-    for (std::size_t i = first; i < words.size(); ++i) {
-      secrets.Learn(words[i].substr(words[i].find('=') + 1));
+    const bool expects = !words.empty() && words.front() == "expect";
+    const bool compares = expects && words.size() > 4 && (words[4] == "is" || words[4] == "matches" || words[4] == "golden");
+    for (std::size_t i = compares ? 5 : expects ? 4 : 3; i < words.size(); ++i) {
+      LearnQuoted(secrets, words[i].substr(words[i].find('=') + 1));
     }
   }
   return secrets.Mask(problem);

@@ -179,11 +179,10 @@ std::string AsWord(std::string_view text) {
 }
 
 std::string Quoted(std::string_view text) {
-  constexpr std::size_t kLongest = 200;
-  if (text.size() <= kLongest) {
+  if (text.size() <= kMostQuoted) {
     return "\"" + Shown(text, "") + "\"";
   }
-  return "\"" + Shown(text.substr(0, kLongest), "") + "...\" (" + std::to_string(text.size()) + " bytes)";
+  return "\"" + Shown(text.substr(0, kMostQuoted), "") + "...\" (" + std::to_string(text.size()) + " bytes)";
 }
 
 std::string OneLine(std::string_view text) {

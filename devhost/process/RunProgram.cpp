@@ -217,6 +217,10 @@ class Running {
       const std::size_t room = m_run.longestOutput - m_result.output.size();
       m_result.output.append(block, std::min(static_cast<std::size_t>(got), room));
       m_result.tooLong = static_cast<std::size_t>(got) > room;
+      if (m_result.tooLong) {
+        // A secret that is cut off would not be found in the last line.
+        m_result.output.resize(m_result.output.rfind('\n') + 1);
+      }
     }
   }
 

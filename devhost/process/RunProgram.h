@@ -25,7 +25,8 @@ struct ProgramResult {
   int signal = 0;        // that ended it, or 0
   bool late = false;     // killed at the deadline
   bool tooLong = false;  // killed because it wrote too much
-  std::string output;    // standard output and standard error, in the order in which they were written
+  std::string
+      output;  // standard output and standard error, in the order in which they were written; whole lines, if too long
 };
 
 // A program that could not be started: what and why, in one line.

@@ -56,17 +56,23 @@ std::string Coded(const std::string& text, std::string_view which) {
 void KnownSecrets::Learn(std::string_view secret) {
   // Quotes within quotes are rarely meant, and a text of nothing but quotes would be learnt in every length.
   constexpr int kMostQuotes = 4;
-  for (int quotes = 0; quotes <= kMostQuotes; ++quotes) {
-    const bool isCut = secret.size() > kLongest;
-    const std::string start(secret.substr(0, kLongest));
-    Add(start, isCut);
-    for (const char* const which : {"&<", "&<>", "&<>\""}) {
-      Add(Coded(start, which), isCut);
-    }
-    if (!IsQuoted(secret)) {
-      return;
-    }
+  for (int quotes = 0; quotes != kMostQuotes && IsQuoted(secret); ++quotes) {
+    AddAsWritten(secret);
     secret = secret.substr(1, secret.size() - 2);
+  }
+  AddAsWritten(secret);
+  while (IsQuoted(secret)) {
+    secret = secret.substr(1, secret.size() - 2);
+  }
+  AddAsWritten(secret);
+}
+
+void KnownSecrets::AddAsWritten(std::string_view secret) {
+  const bool isCut = secret.size() > kLongest;
+  const std::string start(secret.substr(0, kLongest));
+  Add(start, isCut);
+  for (const char* const which : {"&<", "&<>", "&<>\""}) {
+    Add(Coded(start, which), isCut);
   }
 }
 

@@ -36,6 +36,8 @@ class KnownSecrets {
   std::string MaskKnown(const std::string& text) const;
 
  private:
+  // As it is, and as XML writes it.
+  void AddAsWritten(std::string_view secret);
   // `isCut`: it is the beginning of a longer one.
   void Add(const std::string& secret, bool isCut);
   std::vector<SecretPlace> Places(const std::string& text) const;

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include "devhost/app/Words.h"
+
 namespace devhost {
 namespace {
 
@@ -15,6 +17,14 @@ TEST(AMasker, HidesWhatAMessageSaysOfASecretThatHasComeBy) {
   masker.Learn({{"xml", "<community>hidden5</community>"}});
   EXPECT_EQ(masker.Text("hidden one, hidden2, hidden3, hidden4 and hidden5 at 10.0.0.5"),
             "*****, *****, *****, ***** and ***** at 10.0.0.5");
+}
+
+TEST(AMasker, HidesWhatAMessageQuotesOfALongSecret) {
+  Masker masker(false);
+  const std::string secret = "a\tb" + std::string(300, 's');
+  masker.Learn({{"name", "communityWrite"}, {"value", secret}});
+  EXPECT_EQ(masker.Text(Quoted(secret)), "\"*****...\" (303 bytes)");
+  EXPECT_EQ(masker.Text(OneLine(secret)), "*****");
 }
 
 TEST(AMasker, HidesACommandsSecretsAndNothingElse) {

@@ -311,6 +311,13 @@ TEST(AWrongLine, IsNamedWithoutTheSecretThatItSpills) {
             "a.devhost:1: the parameter \"*****\" has no value: write *****=VALUE, or *****= for an empty one");
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches '(" + std::string(1100, 'x') + "'"),
               testing::AllOf(StartsWith("a.devhost:1: "), testing::Not(HasSubstr("xxx"))));
+  const std::string spilt(300, 's');
+  EXPECT_EQ(ErrorOf("command SetSetting name=communityRead " + spilt),
+            "a.devhost:1: the parameter \"*****...\" (300 bytes) has no value: write NAME=VALUE, or NAME= for an empty one");
+  EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches \"ab\\tcdSECRET(\""),
+              testing::AllOf(HasSubstr("\"*****\" is no extended"), testing::Not(HasSubstr("SECRET"))));
+  EXPECT_THAT(ErrorOf("expect setting kitchen communityRead SECRET x"),
+              testing::AllOf(HasSubstr("cannot compare with \"*****\""), testing::Not(HasSubstr("SECRET"))));
   EXPECT_THAT(ErrorOf("command SetSetting name=sysName value=my house"), HasSubstr("\"house\""));
   EXPECT_EQ(ErrorOf(std::string("print 'community \0", 18)), "a.devhost:1: the line holds a NUL byte: a script is text");
 }

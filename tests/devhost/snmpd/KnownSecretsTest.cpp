@@ -55,6 +55,12 @@ TEST(AKnownSecret, ComesFromAConfigurationWithOrWithoutItsQuotes) {
   EXPECT_EQ(known.Mask("my house, \"my house\", cellar kitchen stairs"), "*****, *****, ***** kitchen stairs");
 }
 
+TEST(AKnownSecret, IsMaskedWithoutItsQuotesHoweverManyThereAre) {
+  KnownSecrets known;
+  known.Learn("\"\"\"\"\"\"'kitchen'\"\"\"\"\"\"");
+  EXPECT_EQ(known.Mask("told kitchen"), "told *****");
+}
+
 TEST(AKnownSecret, DoesNotComeFromACommentOfAConfigurationInXml) {
   KnownSecrets known;
   known.LearnFromXml("<known>-\n# createUser NAME MD5 passphrase\nrocommunity public\n-</known>");
