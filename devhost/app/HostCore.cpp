@@ -73,23 +73,28 @@ HostCore::Drivers HostCore::OwnersOf(const void* code) const {
   return owners;
 }
 
-std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
+std::shared_ptr<LoadedDriver> HostCore::CalledOf(const Drivers& drivers) const {
   const void* const called = gate.Innermost().driver;
-  const Drivers owners = OwnersOf(code);
-  const auto isCalled = [&](const std::shared_ptr<LoadedDriver>& owner) { return owner.get() == called; };
-  const auto found = owners.size() == 1 ? owners.begin() : std::find_if(owners.begin(), owners.end(), isCalled);
-  return found != owners.end() ? *found : nullptr;
+  const auto found = std::find_if(drivers.begin(), drivers.end(),
+                                  [&](const std::shared_ptr<LoadedDriver>& driver) { return driver.get() == called; });
+  return found != drivers.end() ? *found : nullptr;
+}
+
+std::shared_ptr<LoadedDriver> HostCore::OneOf(const Drivers& owners) const {
+  return owners.size() == 1 ? owners.front() : CalledOf(owners);
+}
+
+std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
+  return OneOf(OwnersOf(code));
 }
 
 std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
-  if (!OwnersOf(code).empty()) {
-    return OwnerOf(code);
+  const Drivers owners = OwnersOf(code);
+  if (!owners.empty()) {
+    return OneOf(owners);
   }
-  const void* const called = gate.Innermost().driver;
   const std::lock_guard<std::mutex> lock(m_driversMutex);
-  const auto inside = std::find_if(m_drivers.begin(), m_drivers.end(),
-                                   [&](const std::shared_ptr<LoadedDriver>& driver) { return driver.get() == called; });
-  return inside != m_drivers.end() ? *inside : nullptr;
+  return CalledOf(m_drivers);
 }
 
 HostCore::Drivers HostCore::Snapshot() const {

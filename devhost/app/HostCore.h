@@ -69,6 +69,11 @@ class HostCore {
     std::size_t number = 0;  // in the order of loading
   };
 
+  // The one of them that is being called, or null.
+  std::shared_ptr<LoadedDriver> CalledOf(const Drivers& drivers) const;
+  // The only one, or the one that is being called, or null.
+  std::shared_ptr<LoadedDriver> OneOf(const Drivers& owners) const;
+
   HostObserver& m_observer;
   std::recursive_mutex m_emitting;  // the observer may call the host
   mutable std::mutex m_driversMutex;

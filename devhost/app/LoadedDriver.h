@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "devhost/app/Host.h"
 #include "devhost/base/DriverServices.h"
