@@ -67,8 +67,11 @@ bool StartsWithOneOf(std::string_view text, std::initializer_list<std::string_vi
 
 // {,N}
 bool IsRepeatWithoutLowerEnd(std::string_view text) {
+  if (!StartsWithOneOf(text, {"{,"})) {
+    return false;
+  }
   const std::size_t end = text.find_first_not_of("0123456789", 2);
-  return StartsWithOneOf(text, {"{,"}) && end != std::string_view::npos && end > 2 && text[end] == '}';
+  return end != std::string_view::npos && end > 2 && text[end] == '}';
 }
 
 // Behind the brackets that begin a set: behind ^, and behind a ] that belongs to it.
@@ -124,7 +127,8 @@ std::string Reason(const re2::RE2& expression) {
   return reason.substr(0, reason.rfind(": " + expression.error_arg()));
 }
 
-const std::string& NotMisleading(const std::string& expression) {
+// The expression itself, when it may be compiled: a long one would take too long for the library to refuse it.
+const std::string& Checked(const std::string& expression) {
   if (expression.size() > kLongest) {
     throw PatternError(Named(expression) + " is too long; allowed: up to " + std::to_string(kLongest));
   }
@@ -138,7 +142,7 @@ const std::string& NotMisleading(const std::string& expression) {
 }  // namespace
 
 Pattern::Pattern(const std::string& expression)
-    : m_expression(std::make_unique<re2::RE2>(Widened(NotMisleading(expression)), OptionsOfPatterns())) {
+    : m_expression(std::make_unique<re2::RE2>(Widened(Checked(expression)), OptionsOfPatterns())) {
   if (m_expression->error_code() == re2::RE2::ErrorPatternTooLarge || m_expression->ProgramSize() > kMostInstructions) {
     throw PatternError(Named(expression) + " is too large a regular expression; let its repeats repeat less");
   }

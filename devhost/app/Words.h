@@ -27,8 +27,10 @@ std::vector<std::string> SplitWords(std::string_view line);
 // `text` as one word that SplitWords reads back as `text`; bare when it needs no quotes.
 std::string AsWord(std::string_view text);
 
-// `text` in double quotes for a message: control characters are made visible, a text of more than kMostQuoted bytes is cut.
+// Of a longer text, Quoted shows so many bytes.
 inline constexpr std::size_t kMostQuoted = 200;
+
+// `text` in double quotes for a message: control characters are made visible, a long text is cut.
 std::string Quoted(std::string_view text);
 
 // `text` on one line: control characters become \n, \t and so on, or \xNN; everything else stays.

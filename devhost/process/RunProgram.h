@@ -25,8 +25,8 @@ struct ProgramResult {
   int signal = 0;        // that ended it, or 0
   bool late = false;     // killed at the deadline
   bool tooLong = false;  // killed because it wrote too much
-  std::string
-      output;  // standard output and standard error, in the order in which they were written; whole lines, if too long
+  // Standard output and standard error, in the order in which they were written; of too much, the first whole lines.
+  std::string output;
 };
 
 // A program that could not be started: what and why, in one line.

@@ -56,12 +56,10 @@ std::string Coded(const std::string& text, std::string_view which) {
 void KnownSecrets::Learn(std::string_view secret) {
   // Quotes within quotes are rarely meant, and a text of nothing but quotes would be learnt in every length.
   constexpr int kMostQuotes = 4;
-  for (int quotes = 0; quotes != kMostQuotes && IsQuoted(secret); ++quotes) {
-    AddAsWritten(secret);
-    secret = secret.substr(1, secret.size() - 2);
-  }
-  AddAsWritten(secret);
-  while (IsQuoted(secret)) {
+  for (int quotes = 0; IsQuoted(secret); ++quotes) {
+    if (quotes <= kMostQuotes) {
+      AddAsWritten(secret);
+    }
     secret = secret.substr(1, secret.size() - 2);
   }
   AddAsWritten(secret);

@@ -318,6 +318,8 @@ TEST(AWrongLine, IsNamedWithoutTheSecretThatItSpills) {
               testing::AllOf(HasSubstr("\"*****\" is no extended"), testing::Not(HasSubstr("SECRET"))));
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead SECRET x"),
               testing::AllOf(HasSubstr("cannot compare with \"*****\""), testing::Not(HasSubstr("SECRET"))));
+  EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches SECRET x"),
+              testing::AllOf(HasSubstr("matches"), testing::Not(HasSubstr("SECRET"))));
   EXPECT_THAT(ErrorOf("command SetSetting name=sysName value=my house"), HasSubstr("\"house\""));
   EXPECT_EQ(ErrorOf(std::string("print 'community \0", 18)), "a.devhost:1: the line holds a NUL byte: a script is text");
 }
