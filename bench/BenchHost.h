@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "devhost/base/DriverServices.h"
-#include "devhost/base/VariableManager.h"
+#include "devhost/driver/DriverServices.h"
+#include "devhost/driver/VariableManager.h"
 #include "host/IDriverManager.h"
 #include "host/IInstanceManager.h"
 #include "host/UICmdDispatcher.h"

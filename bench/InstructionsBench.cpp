@@ -14,7 +14,7 @@
 #include "bench/BenchHost.h"
 #include "bench/BenchTexts.h"
 #include "bench/LoadedAgent.h"
-#include "devhost/ui/CommandMessage.h"
+#include "devhost/driver/CommandMessage.h"
 #include "devhost/xml/XmlReader.h"
 #include "device/DeviceSettingsElement.h"
 #include "device/SNMPDevice.h"

@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "devhost/app/Words.h"
 #include "devhost/check/Rules.h"
-#include "devhost/process/PrivateFolder.h"
-#include "devhost/process/RunProgram.h"
-#include "devhost/snmpd/Secrets.h"
+#include "devhost/secrets/Secrets.h"
+#include "devhost/system/PrivateFolder.h"
+#include "devhost/system/RunProgram.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "devhost/app/Words.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 

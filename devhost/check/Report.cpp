@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "devhost/app/Words.h"
-#include "devhost/snmpd/Secrets.h"
+#include "devhost/secrets/Secrets.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 

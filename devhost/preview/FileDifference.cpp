@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <string_view>
 
-#include "devhost/app/Words.h"
-#include "devhost/process/PrivateFolder.h"
-#include "devhost/process/RunProgram.h"
-#include "devhost/snmpd/Secrets.h"
+#include "devhost/secrets/Secrets.h"
+#include "devhost/system/PrivateFolder.h"
+#include "devhost/system/RunProgram.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "devhost/app/FileText.h"
-#include "devhost/app/Words.h"
+#include "devhost/system/FileText.h"
+#include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
 namespace devhost {

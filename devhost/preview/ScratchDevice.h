@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "devhost/app/Host.h"
-#include "devhost/process/PrivateFolder.h"
+#include "devhost/engine/Host.h"
+#include "devhost/system/PrivateFolder.h"
 
 namespace devhost {
 

@@ -9,8 +9,8 @@
 #include <system_error>
 #include <utility>
 
-#include "devhost/app/FileText.h"
-#include "devhost/app/Words.h"
+#include "devhost/system/FileText.h"
+#include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
 namespace devhost {

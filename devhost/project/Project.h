@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "devhost/app/Host.h"
+#include "devhost/driver/DriverEntry.h"
+#include "devhost/driver/VariableEntry.h"
 
 namespace devhost {
 

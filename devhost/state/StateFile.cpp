@@ -8,8 +8,9 @@
 #include <cstdio>
 #include <system_error>
 
-#include "devhost/app/FileText.h"
 #include "devhost/state/StateStore.h"
+#include "devhost/system/FileDescriptor.h"
+#include "devhost/system/FileText.h"
 
 namespace devhost {
 
@@ -55,12 +56,6 @@ void WriteNewFile(int folder, const std::string& name, const std::string& text) 
 }
 
 }  // namespace
-
-FileDescriptor::~FileDescriptor() {
-  if (IsOpen()) {
-    ::close(m_descriptor);
-  }
-}
 
 std::optional<std::string> ReadStateFile(int folder, const std::string& name) {
   // Not blocking: what stands there may be a pipe.

@@ -3,25 +3,8 @@
 
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace devhost {
-
-// Owns a file descriptor, or none.
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int descriptor = -1) noexcept : m_descriptor(descriptor) {}
-  FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-  ~FileDescriptor();
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-  bool IsOpen() const noexcept { return m_descriptor >= 0; }
-  int Get() const noexcept { return m_descriptor; }
-
- private:
-  int m_descriptor;
-};
 
 // The files of a state folder, each named relative to the folder's open descriptor, so that they stay in the folder that was
 // locked, whatever becomes of its path. All throw StateError with the reason only: the caller knows the place.

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "devhost/state/StateFile.h"
 #include "devhost/state/StateStore.h"
+#include "devhost/system/FileDescriptor.h"
 
 namespace devhost {
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "devhost/base/TypedText.h"
+#include "devhost/text/TypedText.h"
 #include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlNodeList.h"
 #include "host/ToString.h"

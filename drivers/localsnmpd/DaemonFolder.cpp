@@ -22,15 +22,16 @@ std::string Reason() {
 }
 
 // Makes a new file; what had its name is removed, a link itself and not what it leads to.
-Descriptor MakeFile(int folder, const char* name) {
+devhost::FileDescriptor MakeFile(int folder, const char* name) {
   if (::unlinkat(folder, name, 0) != 0 && errno != ENOENT) {
-    return Descriptor();
+    return devhost::FileDescriptor();
   }
-  return Descriptor(::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_APPEND | O_CLOEXEC, 0600));
+  return devhost::FileDescriptor(
+      ::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_APPEND | O_CLOEXEC, 0600));
 }
 
 bool WriteFile(int folder, const char* name, const std::string& text) {
-  const Descriptor file = MakeFile(folder, name);
+  const devhost::FileDescriptor file = MakeFile(folder, name);
   std::size_t written = 0;
   while (file.IsOpen() && written != text.size()) {
     const ssize_t count = ::write(file.Get(), text.data() + written, text.size() - written);
@@ -46,11 +47,11 @@ bool WriteFile(int folder, const char* name, const std::string& text) {
 }
 
 // Opens a folder, made where it is missing.
-Descriptor OpenFolder(int parent, const char* name) {
+devhost::FileDescriptor OpenFolder(int parent, const char* name) {
   if (::mkdirat(parent, name, 0700) != 0 && errno != EEXIST) {
-    return Descriptor();
+    return devhost::FileDescriptor();
   }
-  return Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  return devhost::FileDescriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 std::string Join(const std::string& folder, const char* name) {
@@ -70,7 +71,7 @@ IncludePaths DaemonFolder::GetIncludePaths() const {
 }
 
 std::string DaemonFolder::Prepare() {
-  const Descriptor parent(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const devhost::FileDescriptor parent(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!parent.IsOpen()) {
     return "cannot use " + m_folder + ": " + Reason();
   }
@@ -99,7 +100,7 @@ std::string DaemonFolder::Prepare() {
 }
 
 std::string DaemonFolder::WriteServed(const std::string& text) const {
-  const Descriptor parent(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const devhost::FileDescriptor parent(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!parent.IsOpen() || !WriteFile(parent.Get(), kServedName, text)) {
     return "cannot write " + Join(m_folder, kServedName) + ": " + Reason();
   }

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "drivers/localsnmpd/Descriptor.h"
+#include "devhost/system/FileDescriptor.h"
 #include "drivers/localsnmpd/ServedConfig.h"
 
 namespace drivers {
@@ -37,8 +37,8 @@ class DaemonFolder {
   std::string ReadLog() const;
 
   // Open from Prepare on.
-  const Descriptor& GetFolder() const { return m_daemon; }
-  const Descriptor& GetLog() const { return m_log; }
+  const devhost::FileDescriptor& GetFolder() const { return m_daemon; }
+  const devhost::FileDescriptor& GetLog() const { return m_log; }
 
   // The absolute path of daemon/.
   std::string GetPath() const;
@@ -46,8 +46,8 @@ class DaemonFolder {
 
  private:
   std::string m_folder;
-  Descriptor m_daemon;
-  Descriptor m_log;
+  devhost::FileDescriptor m_daemon;
+  devhost::FileDescriptor m_log;
 };
 
 }  // namespace drivers

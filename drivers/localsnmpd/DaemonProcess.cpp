@@ -14,7 +14,7 @@
 #include <cerrno>
 #include <system_error>
 
-#include "drivers/localsnmpd/Descriptor.h"
+#include "devhost/system/FileDescriptor.h"
 
 namespace drivers {
 
@@ -168,8 +168,8 @@ void DaemonProcess::Keep(const Image& image) {
     m_error = errno;
     return Enter(State::NotStarted);
   }
-  Descriptor errors(ends[0]);
-  Descriptor errorsOfChild(ends[1]);
+  devhost::FileDescriptor errors(ends[0]);
+  devhost::FileDescriptor errorsOfChild(ends[1]);
   m_pid = ::fork();
   if (m_pid < 0) {
     m_error = errno;

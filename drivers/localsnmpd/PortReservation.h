@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "drivers/localsnmpd/Descriptor.h"
+#include "devhost/system/FileDescriptor.h"
 
 namespace drivers {
 
@@ -20,7 +20,7 @@ class PortReservation {
   std::uint16_t GetPort() const { return m_port; }
 
  private:
-  Descriptor m_name;
+  devhost::FileDescriptor m_name;
   std::uint16_t m_port = 0;
 };
 

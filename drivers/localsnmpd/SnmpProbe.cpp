@@ -44,8 +44,8 @@ sockaddr_in LocalAddress(std::uint16_t port) {
   return address;
 }
 
-Descriptor OpenUdpSocket() {
-  return Descriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+devhost::FileDescriptor OpenUdpSocket() {
+  return devhost::FileDescriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
 
 bool CallWithAddress(int (*call)(int, const sockaddr*, socklen_t), int socket, std::uint16_t port) {
@@ -108,7 +108,7 @@ bool SnmpProbe::Ask(std::chrono::milliseconds wait) const {
 }
 
 bool IsUdpPortFree(std::uint16_t port) {
-  const Descriptor socket = OpenUdpSocket();
+  const devhost::FileDescriptor socket = OpenUdpSocket();
   return socket.IsOpen() && CallWithAddress(&::bind, socket.Get(), port);
 }
 

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <cstdint>
 
-#include "drivers/localsnmpd/Descriptor.h"
+#include "devhost/system/FileDescriptor.h"
 
 namespace drivers {
 
@@ -21,7 +21,7 @@ class SnmpProbe {
   bool Ask(std::chrono::milliseconds wait) const;
 
  private:
-  Descriptor m_socket;
+  devhost::FileDescriptor m_socket;
 };
 
 // Whether nobody has the UDP port, on 127.0.0.1 or on all addresses.

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "devhost/base/TypedText.h"
+#include "devhost/text/TypedText.h"
 #include "fuzz/agent/ReferenceSection.h"
 #include "host/ICmdMessage.h"
 #include "host/IDriverManager.h"

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "devhost/base/DriverServices.h"
+#include "devhost/driver/DriverServices.h"
 #include "fuzz/support/Clock.h"
 #include "tests/support/Journal.h"
 #include "tests/support/RecordingDevice.h"

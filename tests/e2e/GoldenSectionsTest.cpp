@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "devhost/process/RunProgram.h"
+#include "devhost/system/RunProgram.h"
 #include "tests/docs/DocumentBlocks.h"
 #include "tests/e2e/World.h"
 #include "tests/support/ScratchFolder.h"

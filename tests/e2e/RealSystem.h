@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "devhost/app/Host.h"
+#include "devhost/engine/Host.h"
 #include "devhost/state/StateStore.h"
 #include "device/TrapTarget.h"
 #include "tests/devhost/support/RecordingObserver.h"

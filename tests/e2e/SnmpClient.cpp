@@ -4,7 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "devhost/process/RunProgram.h"
+#include "devhost/system/RunProgram.h"
 
 namespace e2e {
 namespace {

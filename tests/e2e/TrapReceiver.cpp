@@ -9,7 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "devhost/process/RunProgram.h"
+#include "devhost/system/RunProgram.h"
 #include "tests/e2e/Wait.h"
 
 namespace e2e {

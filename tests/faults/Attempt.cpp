@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "devhost/ui/CommandMessage.h"
+#include "devhost/driver/CommandMessage.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/H7XML.h"
 

@@ -47,12 +47,14 @@ TEST(TheArrows, LetRoomsSeeWhatStandsBelowThem) {
 }
 
 TEST(TheArrows, LetNoRoomSeeAnythingElse) {
-  for (const char* wrong :
-       {"device/A.cpp config/B.h", "device/A.h agent/SNMPConfigurationAgent.h",
-        "config/SectionReader.cpp agent/SNMPConfigurationAgent.h", "config/A.cpp variables/B.h",
-        "config/ConfigTransfer.cpp agent/DeviceMap.h", "variables/A.cpp device/B.h", "agent/A.cpp devhost/base/B.h",
-        "agent/A.cpp tests/B.h", "devhost/A.cpp agent/B.h", "devhost/A.cpp drivers/B.h",
-        "drivers/A.cpp agent/SNMPConfigurationAgent.h", "drivers/A.cpp devhost/B.h"}) {
+  for (const char* wrong : {"device/A.cpp config/B.h", "device/A.h agent/SNMPConfigurationAgent.h",
+                            "config/SectionReader.cpp agent/SNMPConfigurationAgent.h", "config/A.cpp variables/B.h",
+                            "config/ConfigTransfer.cpp agent/DeviceMap.h", "variables/A.cpp device/B.h",
+                            "agent/A.cpp devhost/engine/B.h", "agent/A.cpp tests/B.h", "devhost/engine/A.cpp agent/B.h",
+                            "devhost/engine/A.cpp drivers/common/B.h", "devhost/text/A.cpp devhost/system/B.h",
+                            "devhost/engine/A.cpp devhost/report/B.h", "devhost/script/A.cpp devhost/commands/B.h",
+                            "devhost/check/A.cpp devhost/preview/B.h", "drivers/common/A.cpp agent/SNMPConfigurationAgent.h",
+                            "drivers/common/A.cpp devhost/engine/B.h", "drivers/simulated/A.cpp drivers/localsnmpd/B.h"}) {
     const std::string text = wrong;
     const std::size_t space = text.find(' ');
     EXPECT_THAT(Verdict(text.substr(0, space), '"' + text.substr(space + 1) + '"'),
@@ -62,7 +64,7 @@ TEST(TheArrows, LetNoRoomSeeAnythingElse) {
 }
 
 TEST(TheXmlLibrary, IsSeenByTheXmlRoomOnly) {
-  for (const char* file : {"devhost/app/A.cpp", "devhost/project/A.cpp", "agent/A.cpp", "tests/A.cpp", "drivers/A.h"}) {
+  for (const char* file : {"devhost/engine/A.cpp", "devhost/project/A.cpp", "agent/A.cpp", "tests/A.cpp", "drivers/A.h"}) {
     EXPECT_THAT(Verdict(file, "<pugixml.hpp>"), HasSubstr("which only devhost/xml/* may")) << file;
     EXPECT_THAT(Verdict(file, "\"pugixml.hpp\""), HasSubstr("which only devhost/xml/* may")) << file;
   }
@@ -71,7 +73,36 @@ TEST(TheXmlLibrary, IsSeenByTheXmlRoomOnly) {
 TEST(APathThatIsNotFromTheRoot, IsRefused) {
   const testsupport::ScratchFolder tree;
   tree.Write("agent/A.cpp", "#include \"agent/Missing.h\"\n");
-  EXPECT_THAT(Check(tree.Path()).output, HasSubstr("no path from the project's root"));
+  EXPECT_THAT(Check(tree.Path()).output, HasSubstr("not a path from the project's root"));
+}
+
+TEST(ARoomWithoutARule, IsRefused) {
+  EXPECT_THAT(Verdict("devhost/A.cpp", "\"devhost/text/B.h\""), HasSubstr("no rule in scripts/include-rules.txt"));
+}
+
+// Arrows that the rules allow one by one may still close a circle.
+TEST(RoomsThatIncludeEachOther, AreNamed) {
+  const testsupport::ScratchFolder tree;
+  tree.Write("tests/A.h", "#include \"bench/B.h\"\n");
+  tree.Write("bench/B.h", "\n");
+  EXPECT_EQ(Check(tree.Path()).output, "");
+  tree.Write("bench/C.h", "#include \"tests/D.h\"\n");
+  tree.Write("tests/D.h", "\n");
+  const ShellResult result = Check(tree.Path());
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, StartsWith("rooms include each other in a circle:"));
+  EXPECT_THAT(result.output, testing::AllOf(HasSubstr(" tests/*"), HasSubstr(" bench/*")));
+}
+
+TEST(FilesThatIncludeEachOther, AreNamed) {
+  const testsupport::ScratchFolder tree;
+  tree.Write("host/A.h", "#include \"host/B.h\"\n");
+  tree.Write("host/B.h", "#include \"host/C.h\"\n");
+  tree.Write("host/C.h", "#include \"host/A.h\"\n");
+  const ShellResult result = Check(tree.Path());
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, StartsWith("files include each other in a circle:"));
+  EXPECT_THAT(result.output, testing::AllOf(HasSubstr(" host/A.h"), HasSubstr(" host/B.h"), HasSubstr(" host/C.h")));
 }
 
 TEST(AFolderWithoutRooms, IsNoSuccess) {

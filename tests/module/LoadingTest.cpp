@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "agent/ISNMPConfigurationAgent.h"
-#include "devhost/loader/DriverModule.h"
+#include "devhost/driver/DriverModule.h"
 #include "devhost/xml/XmlObserver.h"
 #include "host/H7XML.h"
 #include "tests/module/Shell.h"

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "agent/ISNMPConfigurationAgent.h"
-#include "devhost/loader/DriverModule.h"
+#include "devhost/driver/DriverModule.h"
 #include "host/H7BaseAgentDriver.h"
 #include "host/H7XML.h"
 #include "tests/module/Shell.h"

@@ -6,8 +6,8 @@
 #include "agent/Exports.h"
 #include "agent/ISNMPConfigurationAgent.h"
 #include "agent/SNMPConfigurationAgent.h"
-#include "devhost/base/EventListeners.h"
-#include "devhost/ui/CommandMessage.h"
+#include "devhost/driver/CommandMessage.h"
+#include "devhost/driver/EventListeners.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/H7XML.h"
 

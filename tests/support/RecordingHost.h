@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "devhost/base/DriverServices.h"
+#include "devhost/driver/DriverServices.h"
 #include "host/IDriver.h"
 #include "host/IDriverManager.h"
 #include "host/IInstanceManager.h"

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "devhost/process/RunProgram.h"
+#include "devhost/system/RunProgram.h"
 #include "tests/e2e/TrapReceiver.h"
 #include "tests/e2e/Wait.h"
 

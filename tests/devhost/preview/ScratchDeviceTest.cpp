@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "devhost/app/FileText.h"
+#include "devhost/system/FileText.h"
 #include "devhost/xml/XmlReader.h"
 #include "tests/support/ScratchFolder.h"
 

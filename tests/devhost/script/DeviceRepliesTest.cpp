@@ -1,4 +1,4 @@
-#include "devhost/app/DeviceReplies.h"
+#include "devhost/script/DeviceReplies.h"
 
 #include <gmock/gmock.h>
 

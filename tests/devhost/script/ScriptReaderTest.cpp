@@ -1,13 +1,13 @@
-#include "devhost/app/ScriptReader.h"
+#include "devhost/script/ScriptReader.h"
 
 #include <gmock/gmock.h>
 
 #include <chrono>
 #include <string>
 
-#include "devhost/app/FileText.h"
-#include "devhost/app/ScriptActions.h"
-#include "devhost/app/ScriptPrograms.h"
+#include "devhost/script/ScriptActions.h"
+#include "devhost/script/ScriptPrograms.h"
+#include "devhost/system/FileText.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace devhost {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "devhost/app/Host.h"
+#include "devhost/engine/Host.h"
 #include "devhost/state/StateFolder.h"
 #include "devhost/xml/XmlObserver.h"
 #include "devhost/xml/XmlReader.h"

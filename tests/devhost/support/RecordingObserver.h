@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "devhost/app/Host.h"
+#include "devhost/engine/Host.h"
 
 // Keeps what happens in a host, in order.
 class RecordingObserver : public devhost::HostObserver {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <malloc.h>
 
-#include "devhost/loader/DriverModule.h"
+#include "devhost/driver/DriverModule.h"
 #include "devhost/xml/XmlObserver.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/H7XML.h"

@@ -14,15 +14,15 @@
 #include <thread>
 #include <vector>
 
-#include "drivers/localsnmpd/Descriptor.h"
+#include "devhost/system/FileDescriptor.h"
 #include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/Processes.h"
 #include "tests/drivers/support/TemporaryFolder.h"
 
 namespace {
 
+using devhost::FileDescriptor;
 using drivers::DaemonProcess;
-using drivers::Descriptor;
 
 const std::chrono::milliseconds kLong(30000);
 const std::chrono::milliseconds kNow(0);
@@ -47,8 +47,8 @@ class ADaemonProcess : public testing::Test {
   }
 
   TemporaryFolder m_folder;
-  Descriptor m_directory;
-  Descriptor m_output;
+  FileDescriptor m_directory;
+  FileDescriptor m_output;
   int m_error = 0;
 };
 
@@ -76,7 +76,7 @@ TEST_F(ADaemonProcess, HasNoSignalSettingsOfTheHost) {
 }
 
 TEST_F(ADaemonProcess, HasNoDescriptorsOfTheHostAndKeepsItsFilesToItself) {
-  const Descriptor open(::open("/dev/null", O_RDONLY));
+  const FileDescriptor open(::open("/dev/null", O_RDONLY));
   // ls has one descriptor of its own, for the folder.
   EXPECT_EQ("0\n1\n2\n3\n0077\n", Output("ls /proc/self/fd; umask"));
 }

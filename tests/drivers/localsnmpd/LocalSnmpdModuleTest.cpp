@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "devhost/app/Host.h"
+#include "devhost/engine/Host.h"
 #include "devhost/state/StateStore.h"
 #include "devhost/xml/XmlObserver.h"
 #include "tests/drivers/support/Processes.h"

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "devhost/base/DriverServices.h"
+#include "devhost/driver/DriverServices.h"
 #include "host/ICmdMessage.h"
 #include "host/UICmdDispatcher.h"
 #include "host/auto_com.h"

@@ -1,0 +1,32 @@
+#include "devhost/driver/CallGate.h"
+
+#include <algorithm>
+
+namespace devhost {
+
+bool CallGate::Enter(const Call& call, Call& innermost) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  if (!m_calls.empty() && !IsInside()) {
+    innermost = m_calls.back();
+    return false;
+  }
+  m_calls.push_back(call);
+  m_owner = std::this_thread::get_id();
+  return true;
+}
+
+void CallGate::Leave() noexcept {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_calls.pop_back();
+  if (m_calls.empty()) {
+    m_owner = std::thread::id();
+  }
+}
+
+CallGate::Call CallGate::Innermost() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  const auto found = std::find_if(m_calls.rbegin(), m_calls.rend(), [](const Call& call) { return call.driver != nullptr; });
+  return found != m_calls.rend() ? *found : m_calls.empty() ? Call{nullptr, ""} : m_calls.back();
+}
+
+}  // namespace devhost

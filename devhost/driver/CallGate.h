@@ -1,0 +1,40 @@
+#ifndef DEVHOST_DRIVER_CALL_GATE_H
+#define DEVHOST_DRIVER_CALL_GATE_H
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace devhost {
+
+// Lets one thread at a time into the drivers; calls of that thread may nest.
+class CallGate {
+ public:
+  // A call into a driver that is under way.
+  struct Call {
+    const void* driver;       // the host's record of it; null: none in particular
+    std::string description;  // command "X" to driver 1 "agent"
+  };
+
+  // False when another thread is inside; `innermost` is then filled with what that one is doing.
+  bool Enter(const Call& call, Call& innermost);
+  void Leave() noexcept;
+
+  // Whether a call is under way on this thread.
+  bool IsInside() const { return m_owner.load() == std::this_thread::get_id(); }
+  // Whether one is under way on another thread.
+  bool IsOtherInside() const { return m_owner.load() != std::thread::id() && !IsInside(); }
+  // The innermost call into a driver that is under way, on whatever thread; with an empty description when there is none.
+  Call Innermost() const;
+
+ private:
+  mutable std::mutex m_mutex;
+  std::atomic<std::thread::id> m_owner{std::thread::id()};  // none when nobody is inside
+  std::vector<Call> m_calls;
+};
+
+}  // namespace devhost
+
+#endif

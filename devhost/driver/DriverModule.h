@@ -1,0 +1,63 @@
+#ifndef DEVHOST_DRIVER_DRIVER_MODULE_H
+#define DEVHOST_DRIVER_DRIVER_MODULE_H
+
+#include <stdexcept>
+#include <string>
+
+#include "host/IDriver.h"
+
+namespace devhost {
+
+// A module that cannot be loaded; the text names it and says why, in one line.
+class ModuleError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The module that holds an address: looked up once, to be compared with many.
+class CodePlace {
+ public:
+  explicit CodePlace(const void* code);
+  bool IsIn(const void* moduleBase) const { return m_base != nullptr && m_base == moduleBase; }
+
+ private:
+  const void* m_base;  // where the module begins; null when the address is in none
+};
+
+// A driver module in this process, loaded with all its symbols bound and none of its own given to others.
+class DriverModule {
+ public:
+  // Throws ModuleError, with nothing left loaded. A path without a slash is taken from the current directory, never
+  // searched.
+  explicit DriverModule(const std::string& path);
+  // Unloads it. Nothing of the module's may be in use any more.
+  ~DriverModule();
+  DriverModule(const DriverModule&) = delete;
+  DriverModule& operator=(const DriverModule&) = delete;
+
+  const std::string& Path() const { return m_path; }
+  // The text behind the module's `versionString`, which goes with the module.
+  const char* Version() const { return m_version; }
+  // Makes a driver; what the module throws passes through. Null when the module returned none.
+  IDriver* CreateDriver(IInstanceManager& instanceManager) const;
+  // Whether the address lies in this module.
+  bool Contains(const void* code) const { return Contains(CodePlace(code)); }
+  bool Contains(const CodePlace& code) const { return code.IsIn(m_base); }
+
+ private:
+  void Open();
+  void* RequiredSymbol(const char* name) const;
+
+  std::string m_path;
+  void* m_handle = nullptr;
+  const void* m_base = nullptr;
+  GetCreationFuncFunc m_getCreationFunc = nullptr;
+  const char* m_version = nullptr;
+};
+
+// The file of the module or program that holds the address; "" when none does.
+std::string ModuleFileOf(const void* code);
+
+}  // namespace devhost
+
+#endif

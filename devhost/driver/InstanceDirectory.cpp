@@ -1,0 +1,96 @@
+#include "devhost/driver/InstanceDirectory.h"
+
+#include <algorithm>
+
+#include "devhost/driver/DriverServices.h"
+
+namespace devhost {
+
+bool InstanceDirectory::Publish(unsigned long driverId, const std::string& iid, void* instance) {
+  std::vector<Publication>& publications = m_publications[iid];
+  for (const Publication& publication : publications) {
+    if (publication.driverId == driverId) {
+      return false;
+    }
+  }
+  publications.push_back({driverId, instance});
+  return true;
+}
+
+void InstanceDirectory::Withdraw(unsigned long driverId, const std::string& iid) {
+  const auto found = m_publications.find(iid);
+  if (found == m_publications.end()) {
+    return;
+  }
+  std::vector<Publication>& publications = found->second;
+  publications.erase(std::remove_if(publications.begin(), publications.end(),
+                                    [&](const Publication& publication) { return publication.driverId == driverId; }),
+                     publications.end());
+}
+
+void* InstanceDirectory::Find(const std::string& iid) const {
+  const auto found = m_publications.find(iid);
+  return found == m_publications.end() || found->second.empty() ? nullptr : found->second.front().instance;
+}
+
+std::vector<std::string> InstanceDirectory::WithdrawAll(unsigned long driverId) {
+  std::vector<std::string> withdrawn;
+  for (const auto& [iid, publications] : m_publications) {
+    for (const Publication& publication : publications) {
+      if (publication.driverId == driverId) {
+        withdrawn.push_back(iid);
+      }
+    }
+  }
+  for (const std::string& iid : withdrawn) {
+    Withdraw(driverId, iid);
+  }
+  return withdrawn;
+}
+
+std::vector<void*> InstanceDirectory::List(const std::string& iid) const {
+  const auto found = m_publications.find(iid);
+  if (found == m_publications.end()) {
+    return {};
+  }
+  std::vector<Publication> publications = found->second;
+  std::sort(publications.begin(), publications.end(),
+            [](const Publication& left, const Publication& right) { return left.driverId < right.driverId; });
+  std::vector<void*> instances;
+  instances.reserve(publications.size());
+  for (const Publication& publication : publications) {
+    instances.push_back(publication.instance);
+  }
+  return instances;
+}
+
+bool InstanceManager::RegisterQuery(const char* iid, void* instance) {
+  const ServiceCall call(m_check, "RegisterQuery", ServiceCheck::From::Initialize);
+  return call.IsAllowed() && iid != nullptr && instance != nullptr && std::string(iid) != DriverServices_IID &&
+         m_directory.Publish(m_driverId, iid, instance);
+}
+
+void InstanceManager::UnregisterQuery(const char* iid) {
+  const ServiceCall call(m_check, "UnregisterQuery");
+  if (call.IsAllowed() && iid != nullptr) {
+    m_directory.Withdraw(m_driverId, iid);
+  }
+}
+
+void* InstanceManager::Query(const char* iid) {
+  const ServiceCall call(m_check, "Query");
+  if (!call.IsAllowed() || iid == nullptr) {
+    return nullptr;
+  }
+  return std::string(iid) == DriverServices_IID ? m_services : m_directory.Find(iid);
+}
+
+void InstanceManager::FindDrivers(unsigned long, const char* iid, std::vector<void*>& instances) {
+  instances.clear();
+  const ServiceCall call(m_check, "FindDrivers");
+  if (call.IsAllowed() && iid != nullptr) {
+    instances = m_directory.List(iid);
+  }
+}
+
+}  // namespace devhost

@@ -1,0 +1,49 @@
+#ifndef DEVHOST_DRIVER_MANNERS_H
+#define DEVHOST_DRIVER_MANNERS_H
+
+#include <string>
+
+namespace devhost {
+
+// Hears of drivers that break the host's rules.
+class Manners {
+ public:
+  virtual ~Manners() = default;
+  // `what` says in one line what was done; who did it is known from the way the report came.
+  virtual void Report(const std::string& what) = 0;
+};
+
+// Keeps calls out of the host's tables that come from a second thread, or too early in a driver's life.
+class ServiceCheck {
+ public:
+  enum class From { Construction, Initialize };  // from when on a driver may call an operation
+
+  virtual ~ServiceCheck() = default;
+  // False when the call must do nothing: it has been reported then. Otherwise other threads are kept out until Leave.
+  virtual bool Enter(const char* operation, From from) = 0;
+  virtual void Leave() noexcept = 0;
+};
+
+// A call of a driver to a service of the host, for as long as it works on the host's tables.
+class ServiceCall {
+ public:
+  ServiceCall(ServiceCheck& check, const char* operation, ServiceCheck::From from = ServiceCheck::From::Construction)
+      : m_check(check), m_allowed(check.Enter(operation, from)) {}
+  ~ServiceCall() {
+    if (m_allowed) {
+      m_check.Leave();
+    }
+  }
+  ServiceCall(const ServiceCall&) = delete;
+  ServiceCall& operator=(const ServiceCall&) = delete;
+
+  bool IsAllowed() const { return m_allowed; }
+
+ private:
+  ServiceCheck& m_check;
+  const bool m_allowed;
+};
+
+}  // namespace devhost
+
+#endif

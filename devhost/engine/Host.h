@@ -1,0 +1,97 @@
+#ifndef DEVHOST_ENGINE_HOST_H
+#define DEVHOST_ENGINE_HOST_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "devhost/driver/DriverEntry.h"
+#include "devhost/driver/VariableEntry.h"
+#include "devhost/engine/HostError.h"
+#include "devhost/engine/Occurrence.h"
+#include "devhost/text/Parameters.h"
+
+namespace devhost {
+
+class StateStore;
+
+// One life of a development host: drivers are loaded, spoken to and unloaded. This is the facade that the program, tests,
+// benchmarks and fuzzers share.
+//
+// Calls into drivers never overlap: a call from a second thread while one is under way is refused with HostError and
+// reported as Manners; nested calls pass. A driver's exception never leaves the host uncaught: it becomes a HostError that
+// names the driver, the call and the exception's text.
+//
+// With a store, drivers are handed what was kept for them, and asked for their state when they have called
+// `DmInvalidateState`, as soon as the outermost call of this class has returned from the drivers, and before a stop.
+class Host {
+ public:
+  // `observer` and `states` must outlive the host. One host at a time in a process. Without a store (null) no state is kept.
+  explicit Host(HostObserver& observer, StateStore* states = nullptr);
+  // Stops first when that has not been done; problems then are reported to the observer only.
+  ~Host();
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+
+  // Loads a module (all symbols bound, local), makes its driver, initialises it and lets it register its commands. Throws
+  // HostError, with nothing left loaded, when the file is missing or no module, lacks `GetCreationFunc` or `versionString`,
+  // or the driver throws while it is made.
+  void Load(const DriverEntry& entry);
+
+  // Asks the drivers for their states, destroys them in the reverse order of loading, checks what each left behind, then
+  // unloads the modules. What the drivers invalidate meanwhile is not asked for any more.
+  void Stop();
+
+  // Sends a command to the driver with that id and returns the reply as compact XML ("" when the driver returned no node).
+  // Throws HostError when there is no such driver, it has not registered the command, or it throws.
+  std::string Command(unsigned long driverId, const std::string& name, const Parameters& parameters);
+  // The same to the one driver that has registered the command. Throws HostError, naming the candidates, when none or
+  // several have.
+  std::string Command(const std::string& name, const Parameters& parameters);
+
+  // Sends a system event, by its name, to the listeners of its id, in the order of registration. Throws HostError for a name
+  // that no id is known for. A listener that throws does not keep the others from hearing it; the first exception is thrown
+  // at the end.
+  void SendEvent(const std::string& name, const Parameters& parameters);
+
+  // Asks a driver for its state, as compact XML ("" for none). It is not kept.
+  std::string GetPersistState(unsigned long driverId);
+
+  // The variables of the project. All of these throw HostError where a variable is missing, or in the way of a new one.
+
+  // Adds a variable without an event, as part of a project that is not loaded yet.
+  void DefineVariable(const VariableEntry& entry);
+  // Adds a variable and sends "OnVariableAdded" or "OnUserVariableAdded".
+  void AddVariable(const VariableEntry& entry);
+  // Removes a variable or user variable and sends "OnVariableRemoved". It is out of the variable manager before the event,
+  // and freed after it; where a listener failed, or one of the ids is 0, which listeners take for a missing one, only
+  // after the drivers are gone.
+  void RemoveVariable(unsigned long deviceId, unsigned long variableId, bool user);
+  // Removes an item of the project with its variables, in the same order, and sends "OnItemRemoved" alone. User variables of
+  // the device stay: they belong to the project.
+  void RemoveItem(unsigned long itemId, unsigned long roomId);
+  // Sends "OnProjectLoaded".
+  void LoadProject();
+  // The flag of a variable, as a user of the project sees and sets it. No event.
+  bool TrapEnabled(unsigned long deviceId, unsigned long variableId) const;
+  void SetTrapEnabled(unsigned long deviceId, unsigned long variableId, bool enabled);
+  // All variables, by their ids, with the flags that they have or those that they were made with.
+  enum class Flags { Current, Initial };
+  std::vector<VariableEntry> Variables(Flags flags) const;
+
+  // The drivers loaded, in the order of loading.
+  std::vector<DriverEntry> Drivers() const;
+  // The commands that a driver has registered, in the order of registration.
+  std::vector<std::string> Commands(unsigned long driverId) const;
+  // How often drivers broke the rules since the host was made.
+  std::size_t MannersCount() const;
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace devhost
+
+#endif

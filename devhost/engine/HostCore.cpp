@@ -1,0 +1,178 @@
+#include "devhost/engine/HostCore.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "devhost/driver/DriverModule.h"
+#include "devhost/engine/LoadedDriver.h"
+
+namespace devhost {
+
+namespace {
+
+std::string Names(const HostCore::Drivers& drivers) {
+  std::string names;
+  for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
+    names += (names.empty() ? "" : "|") + driver->Entry().name;
+  }
+  return names;
+}
+
+void Erase(std::string& text, const std::string& part) {
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
+    text.erase(at, part.size());
+  }
+}
+
+}  // namespace
+
+void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text,
+                    const Drivers& candidates) {
+  Occurrence occurrence;
+  occurrence.kind = kind;
+  if (driver != nullptr) {
+    occurrence.driverId = driver->Entry().id;
+    occurrence.driverName = driver->Entry().name;
+  } else {
+    occurrence.driverName = Names(candidates);
+  }
+  occurrence.name = name;
+  occurrence.text = text;
+  const std::lock_guard<std::recursive_mutex> lock(m_emitting);
+  m_observer.OnOccurrence(occurrence);
+}
+
+void HostCore::Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates) {
+  ++m_mannersCount;
+  const CallGate::Call call = gate.Innermost();
+  const std::string place = call.description.empty() ? "" : ", during " + call.description;
+  std::string text = (driver == nullptr && !candidates.empty() ? "one of them: " : "") + what + place;
+  if (driver != nullptr) {
+    // The report carries its driver: only others are named in its text.
+    Erase(text, " of " + driver->Title());
+  }
+  Emit(Occurrence::Kind::Manners, driver, "", text, candidates);
+}
+
+void HostCore::ReportCode(const LoadedDriver* driver, const void* code, const std::string& what) {
+  // Where several drivers share the module, the one that is being called need not be the one that did it.
+  const Drivers owners = OwnersOf(code);
+  const LoadedDriver* const culprit = owners.size() > 1 ? nullptr : driver;
+  const std::string file = !owners.empty()      ? owners.front()->Entry().module
+                           : culprit != nullptr ? culprit->Entry().module
+                                                : ModuleFileOf(code);
+  Report(culprit, what + ", by module \"" + file + "\"", owners);
+}
+
+HostCore::Drivers HostCore::OwnersOf(const void* code) const {
+  Drivers owners;
+  const CodePlace place(code);
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  std::copy_if(m_drivers.begin(), m_drivers.end(), std::back_inserter(owners),
+               [&](const std::shared_ptr<LoadedDriver>& driver) { return driver->OwnsCode(place); });
+  return owners;
+}
+
+std::shared_ptr<LoadedDriver> HostCore::CalledOf(const Drivers& drivers) const {
+  const void* const called = gate.Innermost().driver;
+  const auto found = std::find_if(drivers.begin(), drivers.end(),
+                                  [&](const std::shared_ptr<LoadedDriver>& driver) { return driver.get() == called; });
+  return found != drivers.end() ? *found : nullptr;
+}
+
+std::shared_ptr<LoadedDriver> HostCore::OneOf(const Drivers& owners) const {
+  return owners.size() == 1 ? owners.front() : CalledOf(owners);
+}
+
+std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
+  return OneOf(OwnersOf(code));
+}
+
+std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
+  const Drivers owners = OwnersOf(code);
+  if (!owners.empty()) {
+    return OneOf(owners);
+  }
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  return CalledOf(m_drivers);
+}
+
+HostCore::Drivers HostCore::Snapshot() const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  return m_drivers;
+}
+
+void HostCore::Add(const std::shared_ptr<LoadedDriver>& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  m_drivers.push_back(driver);
+  m_byId[driver->Entry().id] = {driver, m_loaded++};
+}
+
+void HostCore::Remove(const LoadedDriver& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  // The latest goes first, as a rule.
+  const auto found = std::find_if(m_drivers.rbegin(), m_drivers.rend(),
+                                  [&](const std::shared_ptr<LoadedDriver>& each) { return each.get() == &driver; });
+  if (found != m_drivers.rend()) {
+    m_drivers.erase(std::next(found).base());
+  }
+  const auto known = m_byId.find(driver.Entry().id);
+  if (known != m_byId.end() && known->second.driver.get() == &driver) {
+    m_invalidStates.erase(known->second.number);
+    m_byId.erase(known);
+  }
+}
+
+std::shared_ptr<LoadedDriver> HostCore::Find(unsigned long driverId) const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_byId.find(driverId);
+  return found == m_byId.end() ? nullptr : found->second.driver;
+}
+
+HostCore::Drivers HostCore::WithInvalidStates() const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  Drivers drivers;
+  for (const auto& [number, driver] : m_invalidStates) {
+    drivers.push_back(driver);
+  }
+  return drivers;
+}
+
+void HostCore::NoteStateInvalid(const LoadedDriver& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_byId.find(driver.Entry().id);
+  if (found != m_byId.end()) {
+    m_invalidStates[found->second.number] = found->second.driver;
+  }
+}
+
+void HostCore::NoteStateTaken(const LoadedDriver& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_byId.find(driver.Entry().id);
+  if (found != m_byId.end()) {
+    m_invalidStates.erase(found->second.number);
+  }
+}
+
+CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code)
+    : m_core(core) {
+  const std::string title = driver != nullptr ? description + " of " + driver->Title() : description;
+  CallGate::Call innermost;
+  if (m_core.gate.Enter({driver, title}, innermost)) {
+    return;
+  }
+  const std::string what =
+      title + " came from a second thread while " + innermost.description + " is under way; it was refused";
+  if (code != nullptr) {
+    m_core.ReportCode(m_core.OwnerOf(code).get(), code, what);
+  } else {
+    m_core.Report(driver, what);
+  }
+  throw HostError(what);
+}
+
+CallScope::~CallScope() {
+  m_core.gate.Leave();
+}
+
+}  // namespace devhost

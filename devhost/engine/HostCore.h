@@ -1,0 +1,103 @@
+#ifndef DEVHOST_ENGINE_HOST_CORE_H
+#define DEVHOST_ENGINE_HOST_CORE_H
+
+#include <atomic>
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "devhost/driver/CallGate.h"
+#include "devhost/driver/EventListeners.h"
+#include "devhost/driver/InstanceDirectory.h"
+#include "devhost/driver/VariableManager.h"
+#include "devhost/engine/Host.h"
+
+namespace devhost {
+
+class LoadedDriver;
+
+// What all drivers of one host share, and the way from them to the observer.
+class HostCore {
+ public:
+  using Drivers = std::vector<std::shared_ptr<LoadedDriver>>;
+
+  explicit HostCore(HostObserver& observer) : m_observer(observer) {}
+
+  InstanceDirectory directory;
+  EventListeners listeners;
+  VariableManager variables;
+  CallGate gate;
+
+  // `driver` may be null in all of these: none is known.
+  // Where none is known for sure, all `candidates` are named.
+  void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text,
+            const Drivers& candidates = {});
+  // Reports a driver that broke the rules; the call that is under way is named with it.
+  void Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates = {});
+  // The same, with the name of the module that the code at that address stands in.
+  void ReportCode(const LoadedDriver* driver, const void* code, const std::string& what);
+  std::size_t MannersCount() const { return m_mannersCount; }
+
+  // The driver whose module holds that code; where several share the module, the one that is being called, or null.
+  std::shared_ptr<LoadedDriver> OwnerOf(const void* code) const;
+  // The same on the thread of the call that is under way: code of no driver's module counts for the driver that is being
+  // called, because a driver's last act may have been a jump.
+  std::shared_ptr<LoadedDriver> DriverOf(const void* code) const;
+  // All drivers whose module holds that code, in the order of loading.
+  Drivers OwnersOf(const void* code) const;
+
+  // The drivers, in the order of loading: a copy that stays good while drivers come and go.
+  Drivers Snapshot() const;
+  // The driver with that id, or null.
+  std::shared_ptr<LoadedDriver> Find(unsigned long driverId) const;
+  void Add(const std::shared_ptr<LoadedDriver>& driver);
+  void Remove(const LoadedDriver& driver);
+
+  // Whose persisted state is out of date, in the order of loading. A project may have many drivers, and few of them have
+  // something to keep at a time.
+  Drivers WithInvalidStates() const;
+  void NoteStateInvalid(const LoadedDriver& driver);
+  void NoteStateTaken(const LoadedDriver& driver);
+
+ private:
+  struct Loaded {
+    std::shared_ptr<LoadedDriver> driver;
+    std::size_t number = 0;  // in the order of loading
+  };
+
+  // The one of them that is being called, or null.
+  std::shared_ptr<LoadedDriver> CalledOf(const Drivers& drivers) const;
+  // The only one, or the one that is being called, or null.
+  std::shared_ptr<LoadedDriver> OneOf(const Drivers& owners) const;
+
+  HostObserver& m_observer;
+  std::recursive_mutex m_emitting;  // the observer may call the host
+  mutable std::mutex m_driversMutex;
+  Drivers m_drivers;
+  std::unordered_map<unsigned long, Loaded> m_byId;
+  std::map<std::size_t, std::shared_ptr<LoadedDriver>> m_invalidStates;  // by the order of loading
+  std::size_t m_loaded = 0;
+  std::atomic<std::size_t> m_mannersCount{0};
+};
+
+// A call that is under way, for as long as the scope lives.
+class CallScope {
+ public:
+  // `driver` may be null. When another thread is inside, the call is reported, as done by the code at that address (null: by
+  // `driver` itself), and HostError is thrown.
+  CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code);
+  ~CallScope();
+  CallScope(const CallScope&) = delete;
+  CallScope& operator=(const CallScope&) = delete;
+
+ private:
+  HostCore& m_core;
+};
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,72 @@
+#include "devhost/engine/HostVariables.h"
+
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <utility>
+
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+std::string TitleOf(unsigned long deviceId, unsigned long variableId) {
+  return "variable " + std::to_string(variableId) + " of device " + std::to_string(deviceId);
+}
+
+}  // namespace
+
+void HostVariables::Add(const VariableEntry& entry) {
+  constexpr unsigned long kLargest = std::numeric_limits<std::uint32_t>::max();
+  if (entry.deviceId > kLargest || entry.variableId > kLargest) {
+    throw HostError(TitleOf(entry.deviceId, entry.variableId) + " cannot be added; ids go up to 4294967295");
+  }
+  if (m_manager.All().size() == m_most && m_manager.Find(entry.deviceId, entry.variableId) == nullptr) {
+    throw HostError(TitleOf(entry.deviceId, entry.variableId) + " cannot be added; a project has up to " +
+                    std::to_string(m_most) + " variables");
+  }
+  if (!m_manager.Add(entry)) {
+    const VariableEntry& present = m_manager.Find(entry.deviceId, entry.variableId)->Entry();
+    throw HostError("there is a " + std::string(present.user ? "user " : "") + TitleOf(entry.deviceId, entry.variableId) +
+                    " already, " + Quoted(present.name) + "; allowed: each pair of ids once, user variables included");
+  }
+}
+
+Variable& HostVariables::Get(unsigned long deviceId, unsigned long variableId) const {
+  Variable* const variable = m_manager.Find(deviceId, variableId);
+  if (variable == nullptr) {
+    throw HostError("there is no " + TitleOf(deviceId, variableId));
+  }
+  return *variable;
+}
+
+std::vector<VariableEntry> HostVariables::List(Host::Flags flags) const {
+  std::vector<VariableEntry> entries;
+  entries.reserve(m_manager.All().size());
+  for (const auto& [key, variable] : m_manager.All()) {
+    entries.push_back(variable.Entry());
+    if (flags == Host::Flags::Initial) {
+      entries.back().trapEnabled = variable.InitialFlag();
+    }
+  }
+  return entries;
+}
+
+HostVariables::Taken HostVariables::Take(unsigned long deviceId, unsigned long variableId, bool user) {
+  if (Get(deviceId, variableId).Entry().user != user) {
+    throw HostError(TitleOf(deviceId, variableId) + (user ? " is no user variable" : " is a user variable"));
+  }
+  Taken taken;
+  taken.push_back(m_manager.Take(deviceId, variableId));
+  return taken;
+}
+
+void HostVariables::Release(Taken taken, bool heard) {
+  if (!heard) {
+    m_retired.insert(m_retired.end(), std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end()));
+  }
+}
+
+}  // namespace devhost

@@ -1,0 +1,285 @@
+#include "devhost/engine/LoadedDriver.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <utility>
+
+#include "devhost/driver/CommandMessage.h"
+#include "devhost/engine/HostCore.h"
+#include "devhost/xml/XmlReader.h"
+#include "host/ISystemEventCallback.h"
+#include "host/SystemEventId.h"
+
+namespace devhost {
+namespace {
+
+// Names the driver when its destructor throws: the language ends the process then, whatever the host does.
+class TerminateNote {
+ public:
+  explicit TerminateNote(const std::string& title) : m_outerTitle(s_title), m_handler(std::set_terminate(&Terminate)) {
+    if (m_handler != &Terminate) {
+      s_next = m_handler;
+    }
+    s_title = title.c_str();
+  }
+  ~TerminateNote() {
+    s_title = m_outerTitle;
+    std::set_terminate(m_handler);
+  }
+  TerminateNote(const TerminateNote&) = delete;
+  TerminateNote& operator=(const TerminateNote&) = delete;
+
+ private:
+  [[noreturn]] static void Terminate() {
+    std::fprintf(stderr, "devhost: %s ended the process while it was destroyed: its destructor threw\n", s_title);
+    if (s_next != nullptr) {
+      s_next();
+    }
+    std::abort();
+  }
+
+  static const char* s_title;
+  static std::terminate_handler s_next;
+  const char* m_outerTitle;
+  std::terminate_handler m_handler;
+};
+
+const char* TerminateNote::s_title = "";
+std::terminate_handler TerminateNote::s_next = nullptr;
+
+// A driver that ends the process takes the rest of the script with it, and its own status must not pass for success.
+class ExitNote {
+ public:
+  explicit ExitNote(const std::string& call) : m_call(call), m_outer(s_innermost.exchange(this)) {
+    static const int s_registered = std::atexit(&OnExit);
+    static_cast<void>(s_registered);
+  }
+  ~ExitNote() { s_innermost = m_outer; }
+  ExitNote(const ExitNote&) = delete;
+  ExitNote& operator=(const ExitNote&) = delete;
+
+ private:
+  static void OnExit() {
+    const ExitNote* const innermost = s_innermost;
+    if (innermost != nullptr) {
+      std::fprintf(stderr, "devhost: the process was ended during %s; drivers return from every call\n",
+                   innermost->m_call.c_str());
+      ::_exit(1);
+    }
+  }
+
+  static std::atomic<const ExitNote*> s_innermost;
+  const std::string m_call;
+  const ExitNote* const m_outer;
+};
+
+std::atomic<const ExitNote*> ExitNote::s_innermost{nullptr};
+
+}  // namespace
+
+LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
+    : m_core(core),
+      m_entry(entry),
+      m_module(entry.module),
+      m_commands(*this, *this),
+      m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
+
+template <class Action>
+auto LoadedDriver::Call(const std::string& description, Action action) {
+  const CallScope scope(m_core, this, description, nullptr);
+  const ExitNote note(description + " of " + Title());
+  std::string problem;
+  try {
+    return action();
+  } catch (const std::exception& exception) {
+    problem = exception.what();
+  } catch (...) {
+    problem = "something that is no std::exception";
+  }
+  // Thrown behind the handlers: the driver's exception object is gone before its module can be.
+  throw HostError("an exception came out of " + description + " of " + Title() + ": " + problem);
+}
+
+void LoadedDriver::Create() {
+  Call("creation", [this] { m_driver = m_module.CreateDriver(m_instances); });
+  if (m_driver == nullptr) {
+    throw HostError(Title() + " was not made: its module \"" + m_entry.module + "\" returned none");
+  }
+}
+
+void LoadedDriver::Initialize(H7XML::INode& config, H7XML::INode* persisted) {
+  m_hasState = persisted != nullptr;
+  m_stateIsWhole = !m_hasState;
+  m_initializing = true;
+  const int result = Call("Initialize", [&] { return m_driver->Initialize(m_entry.id, config, persisted); });
+  if (m_base == BaseState::Constructed) {
+    Report("its Initialize did not call the base's Initialize");
+    m_base = BaseState::Initialized;
+  }
+  if (result != 0) {
+    m_core.Emit(Occurrence::Kind::Failure, this, "",
+                Title() + (m_entry.origin.empty() ? "" : " (" + m_entry.origin + ")") +
+                    " could not start: its Initialize returned " + std::to_string(result) + "; allowed: 0 for success");
+  }
+}
+
+void LoadedDriver::MakeRegisterCommands() {
+  Call("RegisterCommands", [this] { m_driver->RegisterCommands(); });
+}
+
+std::string LoadedDriver::Command(const std::string& name, const Parameters& parameters) {
+  const std::shared_ptr<const CommandTable::Handler> handler = m_commands.Find(name);
+  if (handler == nullptr) {
+    std::string known;
+    for (const std::string& each : m_commands.Names()) {
+      known += (known.empty() ? "; it has: " : ", ") + each;
+    }
+    throw HostError(Title() + " has no command \"" + name + "\"" + (known.empty() ? "; it has none" : known));
+  }
+  m_core.Emit(Occurrence::Kind::Command, this, name, TextOf(name, parameters));
+  const CommandMessage message(parameters);
+  std::string replyName;
+  std::string reply;
+  Call("command \"" + name + "\"", [&] {
+    const h7::auto_com<H7XML::INode> node = (*handler)(message);
+    if (node) {
+      reply = XmlText(*node, XmlStyle::Compact);
+      replyName = node->GetName();
+    }
+  });
+  m_core.Emit(Occurrence::Kind::Reply, this, replyName, reply);
+  return reply;
+}
+
+void LoadedDriver::DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event) {
+  // Every listener gets a node of its own, so that none sees what another one did to it.
+  const h7::auto_com<H7XML::INode> node = MakeXmlNode(event);
+  Call("event \"" + name + "\"", [&] { listener.OnSystemEvent(*node); });
+}
+
+std::string LoadedDriver::GetPersistState(XmlStyle style) {
+  return Call("GetPersistState", [this, style] {
+    const h7::auto_com<H7XML::INode> state = m_driver->GetPersistState(0);
+    return state ? XmlText(*state, style) : std::string();
+  });
+}
+
+void LoadedDriver::Destroy() noexcept {
+  try {
+    const CallScope scope(m_core, this, "destruction", nullptr);
+    const std::string title = Title();
+    const TerminateNote note(title);
+    const ExitNote exitNote("destruction of " + title);
+    m_commands.Clear();
+    delete std::exchange(m_driver, nullptr);
+    ReportLeftovers();
+  } catch (const std::exception& exception) {
+    std::fprintf(stderr, "devhost: %s\n", exception.what());
+  }
+}
+
+void LoadedDriver::ReportLeftovers() {
+  for (const std::string& name : m_commands.Names()) {
+    Report("left command \"" + name + "\" behind: it was registered during the destruction");
+  }
+  m_commands.Clear();
+  for (const EventListeners::Registration& registration : m_core.listeners.RemoveAll(m_entry.id)) {
+    Report("left a listener for " + SystemEventTitle(registration.eventId) + " behind");
+  }
+  for (const std::string& iid : m_core.directory.WithdrawAll(m_entry.id)) {
+    Report("left its registration under \"" + iid + "\" behind");
+  }
+  if (m_base == BaseState::Constructed || m_base == BaseState::Initialized) {
+    Report("was destroyed without its base");
+  }
+}
+
+void LoadedDriver::BaseConstructed(H7BaseDriver&, DriverMultiplicity) {
+  m_base = BaseState::Constructed;
+}
+
+void LoadedDriver::BaseInitialized(unsigned long driverId) {
+  m_base = BaseState::Initialized;
+  if (driverId != m_entry.id) {
+    Report("passed the id " + std::to_string(driverId) + " to its base's Initialize");
+  }
+}
+
+void LoadedDriver::BaseDestroyed() noexcept {
+  m_base = BaseState::Destroyed;
+}
+
+IVariableManager* LoadedDriver::GetVariableManager() {
+  const ServiceCall call(*this, "GetVariableManager");
+  return call.IsAllowed() ? &m_core.variables : nullptr;
+}
+
+bool LoadedDriver::MayGiveState() const {
+  return m_driver != nullptr && (m_stateIsWhole || !m_core.listeners.Listens(m_entry.id, SystemEvent_OnProjectLoaded));
+}
+
+void LoadedDriver::RegisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) {
+  const ServiceCall call(*this, "RegisterListener");
+  if (call.IsAllowed()) {
+    m_core.listeners.Add(m_entry.id, listener, eventId, reserved);
+  }
+}
+
+void LoadedDriver::UnregisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) {
+  const ServiceCall call(*this, "UnregisterListener");
+  if (call.IsAllowed()) {
+    m_core.listeners.Remove(m_entry.id, listener, eventId, reserved);
+  }
+}
+
+void LoadedDriver::SendDataToUI(const H7XML::INode& data) {
+  const ServiceCall call(*this, "ConSendDataToUI");
+  if (call.IsAllowed() && IsBaseInitialized("ConSendDataToUI")) {
+    m_core.Emit(Occurrence::Kind::Notification, this, data.GetName(), XmlText(data, XmlStyle::Compact));
+  }
+}
+
+void LoadedDriver::InvalidateState() {
+  const ServiceCall call(*this, "DmInvalidateState");
+  if (call.IsAllowed() && IsBaseInitialized("DmInvalidateState")) {
+    m_core.NoteStateInvalid(*this);
+    m_core.Emit(Occurrence::Kind::Invalidate, this, "", "");
+  }
+}
+
+void LoadedDriver::Report(const std::string& what) {
+  m_core.Report(this, what);
+}
+
+bool LoadedDriver::Enter(const char* operation, From from) {
+  // No driver is being called: what the host itself is doing meanwhile is still the call that is under way.
+  CallGate::Call innermost;
+  if (!m_core.gate.Enter({nullptr, operation + (" of " + Title())}, innermost)) {
+    Report(std::string(operation) + " came from a second thread; it was refused");
+    return false;
+  }
+  if (from == From::Initialize && !m_initializing) {
+    Leave();
+    Report(std::string("called ") + operation + " before Initialize; nothing was done");
+    return false;
+  }
+  return true;
+}
+
+void LoadedDriver::Leave() noexcept {
+  m_core.gate.Leave();
+}
+
+bool LoadedDriver::IsBaseInitialized(const char* operation) {
+  if (m_base != BaseState::Initialized) {
+    const char* const when = m_base == BaseState::Destroyed ? " after its base was destroyed" : " before Initialize";
+    Report(std::string("called ") + operation + when + "; nothing was done");
+  }
+  return m_base == BaseState::Initialized;
+}
+
+}  // namespace devhost

@@ -1,0 +1,95 @@
+#ifndef DEVHOST_ENGINE_LOADED_DRIVER_H
+#define DEVHOST_ENGINE_LOADED_DRIVER_H
+
+#include <memory>
+#include <string>
+
+#include "devhost/driver/CommandTable.h"
+#include "devhost/driver/DriverModule.h"
+#include "devhost/driver/DriverServices.h"
+#include "devhost/driver/InstanceDirectory.h"
+#include "devhost/driver/Manners.h"
+#include "devhost/engine/Host.h"
+#include "devhost/xml/XmlReader.h"
+
+namespace devhost {
+
+class HostCore;
+
+// One driver from the loading of its module to the unloading: the host's record of it, and the services behind its base.
+//
+// All calls into the driver go through here. An exception of the driver comes out as HostError.
+class LoadedDriver : public DriverServices, private Manners, private ServiceCheck {
+ public:
+  // Loads the module. Throws ModuleError. `core` outlives the driver.
+  LoadedDriver(HostCore& core, const DriverEntry& entry);
+  // The driver has been destroyed; unloads the module.
+  ~LoadedDriver() override = default;
+  LoadedDriver(const LoadedDriver&) = delete;
+  LoadedDriver& operator=(const LoadedDriver&) = delete;
+
+  const DriverEntry& Entry() const { return m_entry; }
+  std::string Title() const { return TitleOf(m_entry); }
+  bool OwnsCode(const CodePlace& code) const { return m_module.Contains(code); }
+  const CommandTable& Commands() const { return m_commands; }
+
+  void Create();
+  // Both are borrowed for the call; `persisted` is null when there is none.
+  void Initialize(H7XML::INode& config, H7XML::INode* persisted);
+  void MakeRegisterCommands();
+  // The reply as compact XML.
+  std::string Command(const std::string& name, const Parameters& parameters);
+  void DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event);
+  // "" for none.
+  std::string GetPersistState(XmlStyle style);
+  // Whether what the driver gives may be kept: see StateKeeper.
+  bool MayGiveState() const;
+  // From now on there is a state that a project load which fails can spoil.
+  void NoteStateKept() { m_hasState = true; }
+  // `heard`: whether all its listeners heard the last "OnProjectLoaded" without an exception.
+  void NoteProjectLoaded(bool heard) {
+    m_stateIsWhole = heard || !m_hasState;
+    m_hasState = m_hasState || heard;
+  }
+  // Drops the handlers, destroys the driver when there is one, and reports and drops what it left behind.
+  void Destroy() noexcept;
+
+  // The services behind the driver's base.
+  void BaseConstructed(H7BaseDriver& driver, DriverMultiplicity multiplicity) override;
+  void BaseInitialized(unsigned long driverId) override;
+  void BaseDestroyed() noexcept override;
+  IInstanceManager& GetInstanceManager() override { return m_instances; }
+  IDriverManager& GetDriverManager() override { return m_instances; }
+  IVariableManager* GetVariableManager() override;
+  UICmdDispatcher& GetUICmdDispatcher() override { return m_commands; }
+  void RegisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) override;
+  void UnregisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved) override;
+  void SendDataToUI(const H7XML::INode& data) override;
+  void InvalidateState() override;
+
+ private:
+  enum class BaseState { None, Constructed, Initialized, Destroyed };
+
+  void Report(const std::string& what) override;
+  bool Enter(const char* operation, From from) override;
+  void Leave() noexcept override;
+  bool IsBaseInitialized(const char* operation);
+  void ReportLeftovers();
+  template <class Action>
+  auto Call(const std::string& description, Action action);
+
+  HostCore& m_core;
+  const DriverEntry m_entry;
+  const DriverModule m_module;
+  CommandTable m_commands;
+  InstanceManager m_instances;
+  IDriver* m_driver = nullptr;
+  bool m_initializing = false;  // its Initialize has been called
+  BaseState m_base = BaseState::None;
+  bool m_hasState = false;     // it was handed a state, or has made one worth keeping
+  bool m_stateIsWhole = true;  // it knows all of that state
+};
+
+}  // namespace devhost
+
+#endif

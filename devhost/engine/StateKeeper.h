@@ -1,0 +1,47 @@
+#ifndef DEVHOST_ENGINE_STATE_KEEPER_H
+#define DEVHOST_ENGINE_STATE_KEEPER_H
+
+#include <string>
+
+#include "host/INode.h"
+#include "host/auto_com.h"
+
+namespace devhost {
+
+class HostCore;
+class LoadedDriver;
+class StateStore;
+
+// Carries the drivers' states between the drivers of a host and a store. What goes wrong is reported to the observer.
+//
+// A driver that listens to "OnProjectLoaded" knows a state that it was handed in full only once the project has loaded: what
+// it gave before would be kept in place of what nobody has read yet. So it is not asked before it has heard that event. When
+// a later one fails half-way, it knows only a part again, and is not asked before one has succeeded. What the project has
+// nothing to do with, a driver that does not listen gives at any time.
+class StateKeeper {
+ public:
+  // Both outlive the keeper. Without a store (null) no driver is asked or handed anything.
+  StateKeeper(HostCore& core, StateStore* store) : m_core(core), m_store(store) {}
+
+  // The state to hand to a driver; an empty handle when there is none.
+  h7::auto_com<H7XML::INode> Load(const LoadedDriver& driver);
+
+  // Asks the drivers that have called `DmInvalidateState`, each once, however often it did. What a driver invalidates while
+  // it is asked waits for the next time, and so does what could not be kept.
+  void SaveInvalid() noexcept;
+  // Asks all drivers.
+  void SaveAll() noexcept;
+
+ private:
+  // False, with a report, when the state is not kept.
+  bool Save(LoadedDriver& driver) noexcept;
+  void Report(const LoadedDriver& driver, const std::string& problem) noexcept;
+
+  HostCore& m_core;
+  StateStore* const m_store;
+  bool m_saving = false;
+};
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,72 @@
+#include "devhost/script/ScriptPrograms.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "devhost/script/ScriptActions.h"
+#include "devhost/system/FileText.h"
+#include "devhost/system/RunProgram.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+// Why a program cannot be run from that folder, or "".
+std::string WhyNotRun(const std::string& program, const std::string& folder) {
+  if (program.find('/') == std::string::npos) {
+    return FindProgram(program).empty() ? "it is not in PATH, /usr/local/sbin, /usr/sbin or /sbin" : "";
+  }
+  const std::string path = PathIn(folder, program);
+  const std::string reason = WhyNoRegularFile(path);
+  if (reason.empty() && ::access(path.c_str(), X_OK) != 0) {
+    return std::generic_category().message(errno);
+  }
+  return reason;
+}
+
+}  // namespace
+
+std::string WithAddresses(const std::string& word, const std::function<std::string(const std::string& driver)>& address) {
+  const std::string open = "{address:";
+  std::string replaced;
+  std::size_t copied = 0;
+  for (;;) {
+    const std::size_t begin = word.find(open, copied);
+    const std::size_t end = begin == std::string::npos ? begin : word.find('}', begin);
+    if (end == std::string::npos) {
+      return replaced.append(word, copied, std::string::npos);
+    }
+    replaced.append(word, copied, begin - copied);
+    replaced += address(word.substr(begin + open.size(), end - begin - open.size()));
+    copied = end + 1;
+  }
+}
+
+Action ParseRun(const std::vector<std::string>& words, const std::string& folder, const DriverNames& names) {
+  if (words.size() < 2 || words[1].empty()) {
+    throw ActionError("\"run\" names no program; allowed: run PROGRAM [WORD]...");
+  }
+  const std::string reason = WhyNotRun(words[1], folder);
+  if (!reason.empty()) {
+    throw ActionError("cannot run " + Quoted(words[1]) + ": " + reason);
+  }
+  RunAction action;
+  action.words.assign(words.begin() + 1, words.end());
+  action.folder = folder == "." ? std::string() : folder;
+  for (const std::string& word : action.words) {
+    WithAddresses(word, [&names](const std::string& driver) {
+      try {
+        names.Find(driver);
+      } catch (const std::runtime_error& error) {
+        throw ActionError(error.what());
+      }
+      return std::string();
+    });
+  }
+  return action;
+}
+
+}  // namespace devhost

@@ -1,0 +1,99 @@
+#include "devhost/script/ScriptReader.h"
+
+#include <unistd.h>
+
+#include <string_view>
+
+#include "devhost/script/ScriptActions.h"
+#include "devhost/secrets/KnownSecrets.h"
+#include "devhost/secrets/Masker.h"
+#include "devhost/system/FileText.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+// What is wrong with the words of a line, without the secrets that a line with a wrong number of words or quotes may spill
+// into it.
+std::string Shown(const std::string& problem, std::string_view line) {
+  const bool onSecrets = line.find("ommunity") != std::string_view::npos || line.find("add-trap") != std::string_view::npos;
+  KnownSecrets secrets;
+  if (onSecrets) {
+    const std::vector<std::string> words = SplitWords(line);
+    const bool expects = !words.empty() && words.front() == "expect";
+    const bool compares = expects && words.size() > 4 && (words[4] == "is" || words[4] == "matches" || words[4] == "golden");
+    for (std::size_t i = compares ? 5 : expects ? 4 : 3; i < words.size(); ++i) {
+      LearnQuoted(secrets, words[i].substr(words[i].find('=') + 1));
+    }
+  }
+  return secrets.Mask(problem);
+}
+
+}  // namespace
+
+Script LoadScript(const std::string& path) {
+  Script script;
+  if (path == "-") {
+    script.name = "standard input";
+    script.folder = ".";
+    script.text = ReadDescriptorText(STDIN_FILENO, script.name);
+  } else {
+    script.name = path;
+    script.folder = FolderOf(path);
+    script.text = ReadFileText(path);
+  }
+  // What some editors put in front of a text says nothing.
+  constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+  if (script.text.compare(0, 3, kByteOrderMark) == 0) {
+    script.text.erase(0, 3);
+  }
+  return script;
+}
+
+ScriptReader::ScriptReader(const Script& script, const DriverNames& names) : m_script(script), m_names(names) {}
+
+std::string ScriptReader::Position() const {
+  return m_script.name + ":" + std::to_string(m_line);
+}
+
+bool ScriptReader::Next(Action& action) {
+  const std::string_view text = m_script.text;
+  while (m_at < text.size()) {
+    const std::size_t feed = text.find('\n', m_at);
+    const std::size_t end = feed == std::string_view::npos ? text.size() : feed;
+    std::string_view line = text.substr(m_at, end - m_at);
+    m_at = feed == std::string_view::npos ? end : feed + 1;
+    ++m_line;
+    if (!line.empty() && line.back() == '\r') {
+      line.remove_suffix(1);
+    }
+    try {
+      if (line.find('\0') != std::string_view::npos) {
+        throw WordError("the line holds a NUL byte: a script is text");
+      }
+      const std::vector<std::string> words = SplitWords(line);
+      if (!words.empty()) {
+        action = ParseAction(words, m_script.folder, m_names);
+        return true;
+      }
+    } catch (const WordError& error) {
+      throw ScriptError(Position() + ": " + error.what());
+    } catch (const ActionError& error) {
+      throw ScriptError(Position() + ": " + Shown(error.what(), line));
+    }
+  }
+  return false;
+}
+
+std::size_t CheckScript(const Script& script, const DriverNames& names) {
+  ScriptReader reader(script, names);
+  Action action;
+  std::size_t count = 0;
+  while (reader.Next(action)) {
+    ++count;
+  }
+  return count;
+}
+
+}  // namespace devhost

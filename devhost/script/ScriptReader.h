@@ -1,0 +1,45 @@
+#ifndef DEVHOST_SCRIPT_SCRIPT_READER_H
+#define DEVHOST_SCRIPT_SCRIPT_READER_H
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+#include "devhost/project/DriverNames.h"
+#include "devhost/script/Script.h"
+
+namespace devhost {
+
+// What is wrong in a script, in one line: "FILE:LINE: what is wrong; what is allowed".
+class ScriptError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Reads a script one action after the other. Only the action at hand is kept, so a script costs its text and no more, and a
+// script is checked by reading it once to its end. Script and names must outlive the reader.
+class ScriptReader {
+ public:
+  ScriptReader(const Script& script, const DriverNames& names);
+
+  // Reads on to the next action; false at the end of the script. Throws ScriptError for a line that is wrong, also when it
+  // names a file that cannot be read.
+  bool Next(Action& action);
+
+  // The line of the action that Next gave, counted from 1, and the same as "FILE:LINE".
+  std::size_t Line() const { return m_line; }
+  std::string Position() const;
+
+ private:
+  const Script& m_script;
+  const DriverNames& m_names;
+  std::size_t m_at = 0;
+  std::size_t m_line = 0;
+};
+
+// Reads the whole script and throws the first ScriptError in it. Returns how many actions it holds.
+std::size_t CheckScript(const Script& script, const DriverNames& names);
+
+}  // namespace devhost
+
+#endif

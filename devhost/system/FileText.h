@@ -1,0 +1,49 @@
+#ifndef DEVHOST_SYSTEM_FILE_TEXT_H
+#define DEVHOST_SYSTEM_FILE_TEXT_H
+
+#include <chrono>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace devhost {
+
+// A file that cannot be read; the text names the file and the reason, in one line.
+class FileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The most that is read from one file. It keeps an endless one (/dev/zero, a pipe that never closes) from eating all memory.
+inline constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;
+
+// How long a pipe may be without anybody who writes into it, before its reader gives up.
+inline constexpr std::chrono::seconds kPatienceWithPipes{5};
+
+// The whole content of a file, byte for byte. Throws FileError when it is missing, a folder, unreadable or larger than
+// `maximumSize`, or a pipe that nobody writes into: one without a writer is waited for a few seconds, one with a writer as
+// long as it takes.
+std::string ReadFileText(const std::string& path, std::size_t maximumSize = kMaximumFileSize);
+
+// The same for an open file descriptor, which stays open; `name` is for messages.
+std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize = kMaximumFileSize);
+
+// The same for what has to be a regular file: a pipe, which may keep its reader waiting for ever, and all else are refused
+// at once. With Links::Refused, so is a symbolic link of that name.
+enum class Links { Followed, Refused };
+std::string ReadRegularFile(const std::string& path, Links links = Links::Followed);
+
+// Why `path` could not be read, or "" when it looks readable. The file is not opened: a pipe stays untouched.
+std::string WhyUnreadable(const std::string& path);
+// The same for what has to be a regular file.
+std::string WhyNoRegularFile(const std::string& path);
+
+// The part of `path` in front of its last slash, "." when it has none.
+std::string FolderOf(const std::string& path);
+
+// `path` as seen from `folder`: unchanged when it is absolute.
+std::string PathIn(const std::string& folder, const std::string& path);
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,80 @@
+#include "devhost/driver/DriverModule.h"
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+
+namespace devhost {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+std::string Module(const std::string& name) {
+  return std::string(TEST_MODULE_FOLDER) + "/" + name + ".so";
+}
+
+std::string ErrorOf(const std::string& path) {
+  try {
+    const DriverModule module(path);
+  } catch (const ModuleError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+bool IsInProcess(const std::string& path) {
+  void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+  if (handle != nullptr) {
+    dlclose(handle);
+  }
+  return handle != nullptr;
+}
+
+TEST(ADriverModule, IsLoadedForAsLongAsItLives) {
+  {
+    const DriverModule module(Module("well_behaved"));
+    EXPECT_STREQ(module.Version(), "1.2.3.4");
+    EXPECT_TRUE(module.Contains(module.Version()));
+    EXPECT_FALSE(module.Contains(reinterpret_cast<const void*>(&IsInProcess)));
+    EXPECT_FALSE(module.Contains(nullptr));
+    EXPECT_EQ(ModuleFileOf(module.Version()), Module("well_behaved"));
+    EXPECT_TRUE(IsInProcess(Module("well_behaved")));
+  }
+  EXPECT_FALSE(IsInProcess(Module("well_behaved")));
+}
+
+TEST(ADriverModule, KeepsItsSymbolsToItself) {
+  const DriverModule module(Module("well_behaved"));
+  EXPECT_EQ(dlsym(RTLD_DEFAULT, "GetCreationFunc"), nullptr);
+}
+
+TEST(AMissingModule, IsNamed) {
+  EXPECT_EQ(ErrorOf("/nowhere/x.so"), "module \"/nowhere/x.so\" cannot be loaded: No such file or directory");
+}
+
+TEST(AModuleWithoutAFolder, IsNotSearchedFor) {
+  EXPECT_THAT(ErrorOf("libc.so.6"), HasSubstr("No such file"));
+}
+
+TEST(AFolder, IsNoModule) {
+  EXPECT_THAT(ErrorOf("/tmp"), HasSubstr("it is no file"));
+}
+
+TEST(ATextFile, IsNoModule) {
+  EXPECT_THAT(ErrorOf("/etc/passwd"), AllOf(HasSubstr("\"/etc/passwd\" cannot be loaded"), HasSubstr("ELF")));
+}
+
+TEST(AModuleWithAnOpenSymbol, IsRefusedWithTheSymbolsName) {
+  EXPECT_THAT(ErrorOf(Module("unresolved")), AllOf(HasSubstr("undefined symbol"), HasSubstr("NobodyOffersThis")));
+  EXPECT_FALSE(IsInProcess(Module("unresolved")));
+}
+
+TEST(AModuleWithoutAnExport, IsRefusedWithTheExportsName) {
+  EXPECT_THAT(ErrorOf(Module("no_factory")), HasSubstr("is no driver module: it does not export \"GetCreationFunc\""));
+  EXPECT_THAT(ErrorOf(Module("no_version")), HasSubstr("is no driver module: it does not export \"versionString\""));
+  EXPECT_FALSE(IsInProcess(Module("no_factory")));
+  EXPECT_FALSE(IsInProcess(Module("no_version")));
+}
+
+}  // namespace
+}  // namespace devhost

@@ -1,0 +1,51 @@
+#include "host/LogXMessage.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "devhost/driver/DriverModule.h"
+#include "devhost/driver/DriverServices.h"
+#include "devhost/driver/LogCaller.h"
+
+namespace devhost {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class TheLog : public testing::Test, public LogSink {
+ protected:
+  TheLog() { SetLogSink(this); }
+  ~TheLog() override { SetLogSink(nullptr); }
+  void Log(unsigned int level, const char* line) noexcept override {
+    lines.push_back(std::to_string(level) + ":" + line);
+    caller = ModuleFileOf(LogCaller());
+  }
+  std::vector<std::string> lines;
+  std::string caller;
+};
+
+TEST_F(TheLog, GetsTheFormattedLineAndItsCaller) {
+  LogXMessage(3, "%s=%lu%%", "x", 4294967295UL);
+  EXPECT_THAT(lines, ElementsAre("3:x=4294967295%"));
+  EXPECT_THAT(caller, HasSubstr("devhost_driver_test"));
+  EXPECT_EQ(LogCaller(), nullptr);
+}
+
+TEST_F(TheLog, TakesLinesOfAnyLength) {
+  const std::string text(100000, 'x');
+  LogXMessage(1, "%s", text.c_str());
+  EXPECT_THAT(lines, ElementsAre("1:" + text));
+}
+
+TEST_F(TheLog, GoesToStandardErrorWithoutASink) {
+  EXPECT_EQ(SetLogSink(nullptr), static_cast<LogSink*>(this));
+  testing::internal::CaptureStderr();
+  LogXMessage(2, "%d", 5);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "log 2: 5\n");
+}
+
+}  // namespace
+}  // namespace devhost

@@ -1,0 +1,104 @@
+#include "devhost/system/FileText.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+using testing::HasSubstr;
+
+std::string ErrorOf(const std::string& path, std::size_t maximumSize = kMaximumFileSize) {
+  try {
+    ReadFileText(path, maximumSize);
+  } catch (const FileError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(AFile, IsReadByteForByte) {
+  const testsupport::ScratchFolder folder;
+  const std::string text("a\0\r\n\xff", 5);
+  EXPECT_EQ(ReadFileText(folder.Write("a", text)), text);
+  EXPECT_EQ(ReadFileText(folder.Write("empty", "")), "");
+  const std::string large(300000, 'x');
+  EXPECT_EQ(ReadFileText(folder.Write("large", large)), large);
+}
+
+TEST(AFileThatCannotBeRead, IsNamedWithTheReason) {
+  const testsupport::ScratchFolder folder;
+  EXPECT_EQ(ErrorOf("/no/such/file"), "cannot read \"/no/such/file\": No such file or directory");
+  EXPECT_EQ(ErrorOf(folder.Path()), "cannot read \"" + folder.Path() + "\": Is a directory");
+}
+
+TEST(AFileThatNeverEnds, IsRefused) {
+  EXPECT_THAT(ErrorOf("/dev/zero", 100000), HasSubstr("larger than the 100000 bytes"));
+}
+
+TEST(AFileOfTheLargestSize, IsRead) {
+  const testsupport::ScratchFolder folder;
+  EXPECT_EQ(ErrorOf(folder.Write("a", "12345"), 5), "");
+  EXPECT_THAT(ErrorOf(folder.Write("b", "123456"), 5), HasSubstr("larger"));
+}
+
+TEST(AskingWhyAFileIsUnreadable, LeavesAPipeAlone) {
+  const testsupport::ScratchFolder folder;
+  ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(WhyUnreadable(folder.Path("pipe")), "");
+  EXPECT_EQ(WhyUnreadable(folder.Path()), "Is a directory");
+  EXPECT_EQ(WhyUnreadable(folder.Path("missing")), "No such file or directory");
+}
+
+std::string RegularErrorOf(const std::string& path, Links links = Links::Followed) {
+  try {
+    ReadRegularFile(path, links);
+  } catch (const FileError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(WhatHasToBeARegularFile, IsRefusedAtOnceWhenItIsNone) {
+  const testsupport::ScratchFolder folder;
+  ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+  EXPECT_THAT(RegularErrorOf(folder.Path("pipe")), HasSubstr("it is no regular file"));
+  EXPECT_THAT(RegularErrorOf(folder.Path()), HasSubstr("Is a directory"));
+  EXPECT_THAT(RegularErrorOf(folder.Path("missing")), HasSubstr("No such file"));
+  EXPECT_EQ(WhyNoRegularFile(folder.Path("pipe")), "it is no regular file");
+  EXPECT_EQ(WhyNoRegularFile(folder.Write("a", "text")), "");
+  EXPECT_EQ(ReadRegularFile(folder.Path("a")), "text");
+}
+
+TEST(ASymbolicLink, IsFollowedOnlyWhereItMayBe) {
+  const testsupport::ScratchFolder folder;
+  folder.Write("a", "text");
+  ASSERT_EQ(::symlink("a", folder.Path("link").c_str()), 0);
+  EXPECT_EQ(ReadRegularFile(folder.Path("link")), "text");
+  EXPECT_THAT(RegularErrorOf(folder.Path("link"), Links::Refused), HasSubstr("it is a symbolic link"));
+}
+
+TEST(APathWithANulByte, IsRefused) {
+  const testsupport::ScratchFolder folder;
+  const std::string path = folder.Write("a", "text") + std::string("\0b", 2);
+  EXPECT_THAT(ErrorOf(path), HasSubstr("the name holds a NUL byte"));
+  EXPECT_THAT(RegularErrorOf(path), HasSubstr("the name holds a NUL byte"));
+  EXPECT_EQ(WhyUnreadable(path), "the name holds a NUL byte");
+}
+
+TEST(APath, IsSeenFromItsFolder) {
+  EXPECT_EQ(FolderOf("a/b/c"), "a/b");
+  EXPECT_EQ(FolderOf("c"), ".");
+  EXPECT_EQ(FolderOf("/c"), "/");
+  EXPECT_EQ(PathIn("a/b", "c/d"), "a/b/c/d");
+  EXPECT_EQ(PathIn("/", "c"), "/c");
+  EXPECT_EQ(PathIn(".", "c"), "c");
+  EXPECT_EQ(PathIn("a", "/c"), "/c");
+}
+
+}  // namespace
+}  // namespace devhost
