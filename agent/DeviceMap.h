@@ -4,7 +4,7 @@
 #include <boost/shared_ptr.hpp>
 #include <map>
 
-#include "variables/WalkByKey.h"
+#include "reentry/WalkByKey.h"
 
 class SNMPDevice;
 

@@ -3,7 +3,7 @@
 #include "host/H7XML.h"
 #include "host/IVariable.h"
 #include "host/ToString.h"
-#include "variables/WalkByKey.h"
+#include "reentry/WalkByKey.h"
 
 h7::auto_com<H7XML::INode> SNMPConfigurationAgent::GetPersistState(unsigned long) {
   h7::auto_com<H7XML::INode> state = H7XML::CreateXmlNode("SNMPState", "");

@@ -4,7 +4,7 @@
 #include "host/H7XML.h"
 #include "host/IVariable.h"
 #include "host/IVariableManager.h"
-#include "variables/WalkByKey.h"
+#include "reentry/WalkByKey.h"
 
 void SNMPConfigurationAgent::BuildVariableList(VariableMap& map, bool userVariables, bool includeHidden) {
   map.clear();

@@ -13,12 +13,12 @@ from hashlib import sha256
 from pathlib import Path
 
 COPIED = ['CMakeLists.txt', 'CMakePresets.json', 'agent', 'bench', 'cmake', 'config', 'devhost', 'device', 'drivers', 'fuzz',
-          'host', 'tests', 'variables']
-ROOMS = ['agent', 'config', 'device', 'variables']
+          'host', 'reentry', 'tests', 'variables']
+ROOMS = ['agent', 'config', 'device', 'reentry', 'variables']
 # The unit tests, and which of them are asked first about a room's mutants: the rest only when those notice nothing.
 FIRST = {'agent': ['agent_test'], 'config': ['section_test', 'config_test'], 'device': ['device_test'],
-         'variables': ['variables_test'], 'host': ['host_test']}
-PROGRAMS = ['host_test', 'section_test', 'variables_test', 'device_test', 'rootless_document_test', 'other_host_test',
+         'reentry': ['reentry_test'], 'variables': ['variables_test'], 'host': ['host_test']}
+PROGRAMS = ['host_test', 'reentry_test', 'section_test', 'variables_test', 'device_test', 'rootless_document_test', 'other_host_test',
             'config_test', 'agent_test', 'faults_test']
 CPU_SECONDS = 10     # what a program may use on one mutant, many times what it needs
 WALL_SECONDS = 1200  # for a program that waits; a busy machine must not be taken for one

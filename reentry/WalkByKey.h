@@ -1,5 +1,5 @@
-#ifndef VARIABLES_WALK_BY_KEY_H
-#define VARIABLES_WALK_BY_KEY_H
+#ifndef REENTRY_WALK_BY_KEY_H
+#define REENTRY_WALK_BY_KEY_H
 
 // Calls `visit(key, value)` with a copy of each entry of an ordered map, in the order of the keys. `visit` may call out, and
 // what it calls may change the map: no iterator is held meanwhile, and the walk goes on at the next higher key that the map
