@@ -1,12 +1,6 @@
 #include <unistd.h>
 
-#include <algorithm>
-#include <optional>
-#include <utility>
-
-#include "devhost/check/Report.h"
-#include "devhost/check/Rules.h"
-#include "devhost/check/SettingsText.h"
+#include "devhost/check/Advice.h"
 #include "devhost/commands/CheckCommand.h"
 #include "devhost/commands/PrintFindings.h"
 #include "devhost/system/FileText.h"
@@ -16,78 +10,19 @@
 
 namespace devhost {
 
-namespace {
-
-constexpr int kUnreadable = 2;
-
-std::optional<XmlElement> ReadSettings(const std::string& path, const std::string& name, Output& errors) {
+int RunAdvise(const AdviseOptions& options, Output& out, Output& errors) {
+  const bool isInput = options.settings == "-";
+  const std::string name = isInput ? "standard input" : options.settings;
   try {
-    return ReadXml(path == "-" ? ReadDescriptorText(STDIN_FILENO, name) : ReadFileText(path));
+    const std::string settings = isInput ? ReadDescriptorText(STDIN_FILENO, name) : ReadFileText(name);
+    return PrintFindings(Advise(settings, name, options.showSecrets), name, options.json, out) ? 1 : 0;
   } catch (const FileError& error) {
     errors.Write("devhost: " + OneLine(error.what()) + "\n");
   } catch (const XmlError& error) {
     errors.Write("devhost: " + OneLine(name) + ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column()) +
                  ": the settings are no well-formed XML: " + OneLine(error.what()) + "\n");
   }
-  return std::nullopt;
-}
-
-// The finding about a line of the section, told of the element that the line comes from. Nothing for the markers' lines, and
-// nothing for notes: a device that is being set holds its settings.
-std::optional<Finding> OfElement(Finding finding, const SettingsText& rendered, const XmlElement& root) {
-  if (finding.severity == Severity::Note) {
-    return std::nullopt;
-  }
-  if (finding.line == 0) {
-    finding.line = root.line;
-    return finding;
-  }
-  const SettingOrigin& origin = rendered.OriginOf(finding.line);
-  if (origin.setting.empty()) {
-    return std::nullopt;
-  }
-  finding.line = origin.line;
-  finding.reason.insert(0, origin.setting + ": ");
-  return finding;
-}
-
-std::vector<Finding> Judge(const XmlElement& root, const std::string& name, bool showSecrets) {
-  const SettingsText rendered = RenderSettings(root);
-  Report report(name, showSecrets);
-  report.NameLines([&rendered](std::size_t line) {
-    const SettingOrigin& origin = rendered.OriginOf(line);
-    return origin.setting.empty() ? "the section's marker" : origin.setting + " in line " + std::to_string(origin.line);
-  });
-  JudgeText(rendered.text, report);
-  std::vector<Finding> findings;
-  for (Finding& finding : report.Take()) {
-    if (auto told = OfElement(std::move(finding), rendered, root)) {
-      findings.push_back(std::move(*told));
-    }
-  }
-  Report breaks(name, showSecrets);
-  breaks.Begin(kLineFeedRule, Severity::Error);
-  for (const SettingOrigin& origin : rendered.lineBreakers) {
-    breaks.Add(origin.line, origin.setting + ": a line feed: what follows it becomes a line of its own in snmpd.conf",
-               "take a value of one line");
-  }
-  for (Finding& finding : breaks.Take()) {
-    findings.push_back(std::move(finding));
-  }
-  std::stable_sort(findings.begin(), findings.end(),
-                   [](const Finding& left, const Finding& right) { return left.line < right.line; });
-  return findings;
-}
-
-}  // namespace
-
-int RunAdvise(const AdviseOptions& options, Output& out, Output& errors) {
-  const std::string name = options.settings == "-" ? "standard input" : options.settings;
-  const std::optional<XmlElement> root = ReadSettings(options.settings, name, errors);
-  if (!root) {
-    return kUnreadable;
-  }
-  return PrintFindings(Judge(*root, name, options.showSecrets), name, options.json, out) ? 1 : 0;
+  return 2;
 }
 
 }  // namespace devhost

@@ -1,13 +1,10 @@
 #include "devhost/commands/CheckCommand.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 
-#include "devhost/check/DaemonParser.h"
-#include "devhost/check/Report.h"
-#include "devhost/check/Rules.h"
+#include "devhost/check/CheckFile.h"
 #include "devhost/commands/PrintFindings.h"
 #include "devhost/system/FileText.h"
 #include "devhost/system/Output.h"
@@ -20,32 +17,22 @@ namespace {
 constexpr int kUnreadable = 2;
 
 // One file. Exit status as of the whole command.
-int CheckFile(const std::string& path, const CheckOptions& options, Output& out, Output& errors) {
+int CheckOne(const std::string& path, const CheckOptions& options, Output& out, Output& errors) {
   const bool isInput = path == "-";
   const std::string name = isInput ? "standard input" : path;
-  Report report(name, options.showSecrets);
-  int status = 0;
+  const CheckMeans means{options.daemon, options.showSecrets};
   try {
-    const std::string text = isInput ? ReadDescriptorText(STDIN_FILENO, name) : ReadFileText(path);
-    struct stat file = {};
-    const bool isRegular = !isInput && ::stat(path.c_str(), &file) == 0 && S_ISREG(file.st_mode);
-    if (isRegular) {
-      report.Begin(kFileModeRule, Severity::Warning);
-      JudgeFileMode(file.st_mode, report);
+    const CheckResult result =
+        isInput ? CheckText(ReadDescriptorText(STDIN_FILENO, name), name, means) : CheckFile(path, means);
+    if (!result.daemonError.empty()) {
+      errors.Write("devhost: " + result.daemonError + "\n");
     }
-    JudgeText(text, report);
-    if (options.daemon) {
-      AskDaemon(isRegular ? path : "", name, text, report);
-    }
+    const bool found = PrintFindings(result.findings, name, options.json, out);
+    return !result.daemonError.empty() ? kUnreadable : found ? 1 : 0;
   } catch (const FileError& error) {
     errors.Write("devhost: " + OneLine(error.what()) + "\n");
     return kUnreadable;
-  } catch (const DaemonParserError& error) {
-    errors.Write("devhost: " + OneLine(error.what()) + "\n");
-    status = kUnreadable;
   }
-  const bool found = PrintFindings(report.Take(), name, options.json, out);
-  return status != 0 ? status : found ? 1 : 0;
 }
 
 }  // namespace
@@ -53,7 +40,7 @@ int CheckFile(const std::string& path, const CheckOptions& options, Output& out,
 int RunCheck(const CheckOptions& options, Output& out, Output& errors) {
   int status = 0;
   for (const std::string& path : options.files) {
-    status = std::max(status, CheckFile(path, options, out, errors));
+    status = std::max(status, CheckOne(path, options, out, errors));
   }
   return status;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "devhost/commands/FindingText.h"
 #include "devhost/system/Output.h"
 #include "devhost/text/Words.h"
 

@@ -4,6 +4,7 @@
 
 #include "devhost/check/Rules.h"
 #include "devhost/check/SettingsText.h"
+#include "devhost/commands/FindingText.h"
 #include "fuzz/support/Input.h"
 
 namespace {

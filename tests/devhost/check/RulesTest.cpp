@@ -7,6 +7,7 @@
 #include <fstream>
 #include <set>
 
+#include "devhost/commands/FindingText.h"
 #include "tests/devhost/check/Examples.h"
 
 namespace devhost {

@@ -113,15 +113,6 @@ TEST_F(CheckCommand, WritesJsonLinesAndNothingElse) {
   EXPECT_EQ(Check({File("snmpd.conf", "rocommunity  reader\n")}, true).out, "");
 }
 
-TEST_F(CheckCommand, FindsAFileThatOthersMayRead) {
-  const std::string file = File("snmpd.conf", "rocommunity  reader\n");
-  ::chmod(file.c_str(), 0644);
-  const Outcome outcome = Check({file});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.out, HasSubstr(file + ": warning: the file's mode is 0644: others than its owner and group may read"));
-  EXPECT_THAT(outcome.out, HasSubstr("[file-mode]"));
-}
-
 // A file as the agent writes it is clean, though a device that has lost its settings would misread it.
 TEST_F(CheckCommand, TellsNotesLastAndDoesNotCountThemAsFindings) {
   const std::string section =
@@ -148,15 +139,6 @@ TEST_F(CheckCommand, GoesOnAfterAFileThatItCannotRead) {
   EXPECT_THAT(outcome.out, HasSubstr(file + ":1: error"));
 }
 
-TEST_F(CheckCommand, ChangesNoByte) {
-  const std::string text = Example("marker-in-text") + std::string("\0\xFF\r", 3);
-  const std::string file = File("snmpd.conf", text);
-  const auto time = std::filesystem::last_write_time(file);
-  Check({file}, false, true);
-  EXPECT_EQ(ScratchFolder::ReadFile(file), text);
-  EXPECT_EQ(std::filesystem::last_write_time(file), time);
-}
-
 TEST_F(CheckCommand, ReadsStandardInput) {
   const int input = ::dup(STDIN_FILENO);
   const int file = ::open(File("piped", kMisread).c_str(), O_RDONLY | O_CLOEXEC);
@@ -180,55 +162,10 @@ TEST_F(CheckCommand, TellsWhatTheDaemonSays) {
   EXPECT_EQ(outcome.errors, "");
 }
 
-TEST_F(CheckCommand, TellsTheDaemonsWordsOnce) {
-  const std::string out = Check({File("snmpd.conf", "rocommunity  reader\nrouser\n")}, false, true).out;
-  EXPECT_EQ(out.find("Blank line"), out.rfind("Blank line")) << out;
-}
-
-TEST_F(CheckCommand, DoesNotTellOfPortsThatTheDaemonCallsDeprecated) {
-  const Outcome outcome =
-      Check({File("snmpd.conf", "rocommunity  reader\ntrap2sink  127.0.0.1  trapper  162\n")}, false, true);
-  EXPECT_EQ(outcome.status, 0) << outcome.out;
-}
-
-TEST_F(CheckCommand, AsksTheDaemonAboutAFileWithACommaInItsName) {
-  const std::string file = File("a,b.conf", "rocommunity  reader\nrouser\n");
-  EXPECT_THAT(Check({file}, false, true).out, HasSubstr(file + ":2: error: the daemon says: "));
-}
-
-TEST_F(CheckCommand, MasksCommunitiesInTheDaemonsWords) {
-  // The daemon repeats the host, which is where the community comes to stand when the host is missing.
-  const std::string file = File("snmpd.conf", "rocommunity  reader\ntrap2sink    127.0.0.1:s3cret  162\n");
-  EXPECT_THAT(Check({file}, false, true).out, HasSubstr("the daemon says: Error: cannot create sink: ***** [daemon]"));
-  EXPECT_THAT(Check({file}, false, true, true).out, HasSubstr("cannot create sink: 127.0.0.1:s3cret [daemon]"));
-}
-
-TEST_F(CheckCommand, LeavesNoTemporaryFolderBehind) {
-  const std::string temporary = folder.Path("tmp");
-  std::filesystem::create_directory(temporary);
-  const char* const before = ::getenv("TMPDIR");
-  const std::string old = before == nullptr ? "" : before;
-  ::setenv("TMPDIR", temporary.c_str(), 1);
-  Check({File("snmpd.conf", kMisread)}, false, true);
-  const bool empty = std::filesystem::is_empty(temporary);
-  before == nullptr ? ::unsetenv("TMPDIR") : ::setenv("TMPDIR", old.c_str(), 1);
-  EXPECT_TRUE(empty);
-}
-
 TEST_F(AdviseCommand, SaysThatSaneSettingsHaveNoFindings) {
   const Outcome outcome = AdviseOn(
       "<managedDevice><snmpCommunityReadSetting>reader</snmpCommunityReadSetting>"
       "<snmpSysContactSetting>Ada, ground floor</snmpSysContactSetting></managedDevice>");
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.out, folder.Path("settings.xml") + ": no findings\n");
-}
-
-TEST_F(AdviseCommand, LeavesOutWhatConcernsOnlyADeviceThatHasLostItsSettings) {
-  const Outcome outcome = AdviseOn(
-      "<managedDevice><snmpCommunityReadSetting>two words</snmpCommunityReadSetting>"
-      "<snmpSysNameSetting>box sysName</snmpSysNameSetting><snmpTrapTargets>"
-      "<trapTarget><target>192.0.2.5</target><community>trapper</community><port>162</port></trapTarget>"
-      "</snmpTrapTargets></managedDevice>");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, folder.Path("settings.xml") + ": no findings\n");
 }
@@ -246,40 +183,6 @@ TEST_F(AdviseCommand, TellsTheElementAndItsLine) {
   EXPECT_THAT(outcome.out, HasSubstr(file + ": 2 errors, 0 warnings\n"));
 }
 
-TEST_F(AdviseCommand, NamesOtherSettingsByTheirElements) {
-  const Outcome outcome = AdviseOn(
-      "<managedDevice>\n<snmpCommunityWriteSetting>both</snmpCommunityWriteSetting>\n"
-      "<snmpCommunityReadSetting>both</snmpCommunityReadSetting>\n</managedDevice>\n");
-  EXPECT_THAT(outcome.out, HasSubstr(":2: error: snmpCommunityWriteSetting: the write community is the read community of "
-                                     "snmpCommunityReadSetting in line 3 again"));
-}
-
-TEST_F(AdviseCommand, FindsALineFeedAndWhatItMakes) {
-  const Outcome outcome = AdviseOn(
-      "<managedDevice><snmpCommunityReadSetting>reader</snmpCommunityReadSetting>\n"
-      "<snmpSysContactSetting>Ada\nextend evil /bin/true</snmpSysContactSetting></managedDevice>");
-  EXPECT_THAT(outcome.out, HasSubstr(":2: error: snmpSysContactSetting: a line feed"));
-  EXPECT_THAT(outcome.out, HasSubstr("[line-feed]"));
-  EXPECT_THAT(outcome.out, HasSubstr("[foreign-line-in-section]"));
-}
-
-TEST_F(AdviseCommand, JudgesEachTrapTargetAtItsLine) {
-  const Outcome outcome = AdviseOn(
-      "<managedDevice><snmpCommunityReadSetting>reader</snmpCommunityReadSetting><snmpTrapTargets>\n"
-      "<trapTarget><target>192.0.2.5</target><community/><port>162</port></trapTarget>\n"
-      "<trapTarget><target/><community>trapper</community><port/></trapTarget>\n"
-      "<trapTarget><target>::1</target><community>trapper</community><port>162</port></trapTarget>\n"
-      "</snmpTrapTargets></managedDevice>");
-  EXPECT_THAT(outcome.out, HasSubstr(":2: error: snmpTrapTargets: a trap target with a port and no community"));
-  EXPECT_THAT(outcome.out, HasSubstr(":3: error: snmpTrapTargets: a trap target without a host"));
-  EXPECT_THAT(outcome.out, HasSubstr(":4: error: snmpTrapTargets: the daemon appends the port"));
-}
-
-TEST_F(AdviseCommand, SaysWhenNobodyIsLetIn) {
-  const Outcome outcome = AdviseOn("\n<managedDevice><snmpSysNameSetting>box</snmpSysNameSetting></managedDevice>", true);
-  EXPECT_THAT(outcome.out, HasSubstr("\"line\":2,\"severity\":\"warning\",\"rule\":\"no-access\""));
-}
-
 TEST_F(AdviseCommand, RefusesWhatIsNoXml) {
   const Outcome outcome = AdviseOn("<managedDevice>\n<snmpSysNameSetting>\n</managedDevice>");
   EXPECT_EQ(outcome.status, 2);
@@ -292,14 +195,6 @@ TEST_F(AdviseCommand, RefusesAFileThatIsMissing) {
   const Outcome outcome = Advise(folder.Path("missing"));
   EXPECT_EQ(outcome.status, 2);
   EXPECT_THAT(outcome.errors, HasSubstr("devhost: cannot read "));
-}
-
-TEST_F(AdviseCommand, ShowsNoCommunityUnlessAsked) {
-  const std::string xml =
-      "<managedDevice><snmpCommunityReadSetting>s3'cret</snmpCommunityReadSetting>"
-      "<snmpCommunityWriteSetting>\"s3cret\"</snmpCommunityWriteSetting></managedDevice>";
-  EXPECT_THAT(AdviseOn(xml).out, Not(HasSubstr("s3")));
-  EXPECT_THAT(AdviseOn(xml, false, true).out, HasSubstr("s3'cret"));
 }
 
 }  // namespace

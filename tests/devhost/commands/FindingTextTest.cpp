@@ -1,4 +1,4 @@
-#include "devhost/check/Finding.h"
+#include "devhost/commands/FindingText.h"
 
 #include <gtest/gtest.h>
 

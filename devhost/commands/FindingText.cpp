@@ -1,4 +1,4 @@
-#include "devhost/check/Finding.h"
+#include "devhost/commands/FindingText.h"
 
 #include <cstdio>
 #include <string_view>

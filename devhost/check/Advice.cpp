@@ -1,0 +1,65 @@
+#include "devhost/check/Advice.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "devhost/check/Report.h"
+#include "devhost/check/Rules.h"
+#include "devhost/check/SettingsText.h"
+
+namespace devhost {
+
+namespace {
+
+// The finding about a line of the section, told of the element that the line comes from. Nothing for the markers' lines, and
+// nothing for notes: a device that is being set holds its settings.
+std::optional<Finding> OfElement(Finding finding, const SettingsText& rendered, const XmlElement& root) {
+  if (finding.severity == Severity::Note) {
+    return std::nullopt;
+  }
+  if (finding.line == 0) {
+    finding.line = root.line;
+    return finding;
+  }
+  const SettingOrigin& origin = rendered.OriginOf(finding.line);
+  if (origin.setting.empty()) {
+    return std::nullopt;
+  }
+  finding.line = origin.line;
+  finding.reason.insert(0, origin.setting + ": ");
+  return finding;
+}
+
+}  // namespace
+
+std::vector<Finding> Advise(const std::string& settings, const std::string& name, bool showSecrets) {
+  const XmlElement root = ReadXml(settings);
+  const SettingsText rendered = RenderSettings(root);
+  Report report(name, showSecrets);
+  report.NameLines([&rendered](std::size_t line) {
+    const SettingOrigin& origin = rendered.OriginOf(line);
+    return origin.setting.empty() ? "the section's marker" : origin.setting + " in line " + std::to_string(origin.line);
+  });
+  JudgeText(rendered.text, report);
+  std::vector<Finding> findings;
+  for (Finding& finding : report.Take()) {
+    if (auto told = OfElement(std::move(finding), rendered, root)) {
+      findings.push_back(std::move(*told));
+    }
+  }
+  Report breaks(name, showSecrets);
+  breaks.Begin(kLineFeedRule, Severity::Error);
+  for (const SettingOrigin& origin : rendered.lineBreakers) {
+    breaks.Add(origin.line, origin.setting + ": a line feed: what follows it becomes a line of its own in snmpd.conf",
+               "take a value of one line");
+  }
+  for (Finding& finding : breaks.Take()) {
+    findings.push_back(std::move(finding));
+  }
+  std::stable_sort(findings.begin(), findings.end(),
+                   [](const Finding& left, const Finding& right) { return left.line < right.line; });
+  return findings;
+}
+
+}  // namespace devhost

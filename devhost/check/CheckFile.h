@@ -1,0 +1,31 @@
+#ifndef DEVHOST_CHECK_CHECK_FILE_H
+#define DEVHOST_CHECK_CHECK_FILE_H
+
+#include <string>
+#include <vector>
+
+#include "devhost/check/Finding.h"
+
+namespace devhost {
+
+// How to check a file.
+struct CheckMeans {
+  bool askDaemon = false;    // have the daemon's own parser read it, too
+  bool showSecrets = false;  // findings may quote communities
+};
+
+// What the check of one file found.
+struct CheckResult {
+  std::vector<Finding> findings;
+  std::string daemonError;  // why the daemon could not be asked, in one line; "" when it was asked or need not be
+};
+
+// Checks the file and, when it is a regular file, who may read and change it. Throws FileError when it cannot be read.
+CheckResult CheckFile(const std::string& path, const CheckMeans& means);
+
+// Checks a text that has no file; `name` is for findings and messages.
+CheckResult CheckText(const std::string& text, const std::string& name, const CheckMeans& means);
+
+}  // namespace devhost
+
+#endif

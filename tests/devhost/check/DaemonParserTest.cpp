@@ -1,0 +1,66 @@
+// What snmpd itself complains of.
+#include "devhost/check/DaemonParser.h"
+
+#include <gmock/gmock.h>
+#include <stdlib.h>
+
+#include <filesystem>
+
+#include "devhost/check/Rules.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+using testing::ElementsAre;
+using testsupport::ScratchFolder;
+
+// The findings, as "LINE: REASON".
+std::vector<std::string> Said(const std::string& path, const std::string& text, bool showSecrets = false) {
+  Report report("snmpd.conf", showSecrets);
+  AskDaemon(path, "snmpd.conf", text, report);
+  std::vector<std::string> said;
+  for (const Finding& finding : report.Take()) {
+    EXPECT_EQ(finding.rule, kDaemonRule);
+    EXPECT_EQ(finding.severity, Severity::Error);
+    said.push_back(std::to_string(finding.line) + ": " + finding.reason);
+  }
+  return said;
+}
+
+TEST(TheDaemon, NamesTheLineThatItRejects) {
+  EXPECT_THAT(Said("", "rocommunity  reader\nsysObjectID  bogus\n# a comment\nrouser\n"),
+              ElementsAre("2: the daemon says: Error: sysobjectid token not a parsable OID:",
+                          "4: the daemon says: Error: Blank line following rouser token."));
+}
+
+TEST(TheDaemon, DoesNotReportPortsThatItCallsDeprecated) {
+  EXPECT_THAT(Said("", "rocommunity  reader\ntrap2sink  127.0.0.1  trapper  162\n"), ElementsAre());
+}
+
+TEST(TheDaemon, ReadsAFileWithACommaInItsName) {
+  const ScratchFolder folder;
+  const std::string text = "rocommunity  reader\nrouser\n";
+  EXPECT_THAT(Said(folder.Write("a,b.conf", text), text),
+              ElementsAre("2: the daemon says: Error: Blank line following rouser token."));
+}
+
+TEST(TheDaemon, IsQuotedWithoutCommunities) {
+  // The daemon repeats the host, which is where the community comes to stand when the host is missing.
+  const std::string text = "rocommunity  reader\ntrap2sink    127.0.0.1:s3cret  162\n";
+  EXPECT_THAT(Said("", text), ElementsAre("2: the daemon says: Error: cannot create sink: *****"));
+  EXPECT_THAT(Said("", text, true), ElementsAre("2: the daemon says: Error: cannot create sink: 127.0.0.1:s3cret"));
+}
+
+TEST(TheDaemon, LeavesNoTemporaryFolderBehind) {
+  const ScratchFolder folder;
+  const char* const before = ::getenv("TMPDIR");
+  const std::string old = before == nullptr ? "" : before;
+  ::setenv("TMPDIR", folder.Path().c_str(), 1);
+  Said("", "rouser\n");
+  before == nullptr ? ::unsetenv("TMPDIR") : ::setenv("TMPDIR", old.c_str(), 1);
+  EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+}
+
+}  // namespace
+}  // namespace devhost
