@@ -52,7 +52,7 @@ struct Message {
   Message(const Message&) = delete;
   Message& operator=(const Message&) = delete;
 
-  const devhost::CommandMessage::Parameters parameters;
+  const devhost::Parameters parameters;
   const devhost::CommandMessage message;
 };
 
@@ -114,6 +114,23 @@ void CountSetDeviceState() {
   CountWarm("SetDeviceState: notify", [&] { system.agent.MySendDataToUI("DeviceChanged", 5, -1); });
 }
 
+// Devices that hold their targets already. The instructions for each line stay the same, however many lines there are.
+void CountTrapLines() {
+  System system(1);
+  BenchDevice& device = *system.devices.front();
+  const boost::shared_ptr<SNMPDevice> record = system.access.devices[1];
+  for (const unsigned long count : {1000UL, 10000UL}) {
+    std::string lines;
+    for (unsigned long i = 0; i != count; ++i) {
+      lines += "trap2sink  10.0.0.5  public  162\n";
+    }
+    device.SetTrapTargetsSetting(std::vector<TrapTarget>(count, TrapTarget("10.0.0.5", "public", "162")));
+    record->SetConfig("# Halvoren Section Start\n" + lines + "# Halvoren Section End\n");
+    const std::string name = "MergeFromConfig: trap lines/" + std::to_string(count);
+    CountWarm(name.c_str(), [&] { system.agent.MergeFromConfig(record); });
+  }
+}
+
 void CountRegistry() {
   System system(1000);
   BenchDevice late("");
@@ -167,6 +184,7 @@ int main(int argc, char** argv) {
   }
   CountLoad(argv[1]);
   CountRegistry();
+  CountTrapLines();
   CountSetDeviceState();
   CountVariables();
   CountLists();

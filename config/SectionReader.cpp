@@ -105,9 +105,27 @@ TrapTarget ParseTrap(const std::string& line) {
   return trap;
 }
 
+// The trap targets of the file, and whether the device wants them: it is asked once, at the first line that holds one.
+// Asking at each line would copy the device's list each time, and a list may be long.
+struct CollectedTraps {
+  bool isKnown = false;
+  bool isWanted = false;
+  std::vector<TrapTarget> targets;
+};
+
+void CollectTrap(const std::string& line, SNMPDevice& device, CollectedTraps& traps) {
+  if (!traps.isKnown) {
+    traps.isWanted = !device.GetWasTrapTargetsSettingErased() && device.GetTrapTargetsSetting().empty();
+    traps.isKnown = true;
+  }
+  if (traps.isWanted) {
+    traps.targets.push_back(ParseTrap(line));
+  }
+}
+
 // The first keyword that the line holds decides; no other is tried after it. A keyword counts wherever it stands, in
 // comments and values too: kept, because hand-written lines in the field are read in this way.
-void FillFromLine(const std::string& line, SNMPDevice& device, std::vector<TrapTarget>& traps) {
+void FillFromLine(const std::string& line, SNMPDevice& device, CollectedTraps& traps) {
   if (FillWord(line, kCommunities, device)) {
     return;
   }
@@ -118,9 +136,7 @@ void FillFromLine(const std::string& line, SNMPDevice& device, std::vector<TrapT
   } else if (FillWord(line, kSystemTexts, device)) {
     return;
   } else if (Contains(line, "trap2sink")) {
-    if (!device.GetWasTrapTargetsSettingErased() && device.GetTrapTargetsSetting().empty()) {
-      traps.push_back(ParseTrap(line));
-    }
+    CollectTrap(line, device, traps);
   }
 }
 
@@ -153,15 +169,15 @@ std::string LinesInside(const std::string& text) {
 void Fill(const std::string& text, SNMPDevice& device) {
   // The device may have the record's text replaced from inside any call, so the lines are taken out first.
   const std::string lines = LinesInside(text);
-  std::vector<TrapTarget> traps;
+  CollectedTraps traps;
   // Lines are found, not cut by a tokenizer that looks at every character: that took three quarters of a device's reading.
   std::size_t end = 0;
   for (std::size_t start = 0; start < lines.size(); start = end + 1) {
     end = std::min(lines.find('\n', start), lines.size());
     FillFromLine(lines.substr(start, end - start), device, traps);
   }
-  if (!traps.empty()) {
-    device.SetTrapTargetsSetting(traps);
+  if (!traps.targets.empty()) {
+    device.SetTrapTargetsSetting(traps.targets);
   }
 }
 

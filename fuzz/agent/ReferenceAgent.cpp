@@ -377,18 +377,18 @@ int ReferenceAgent::Read(Record& record) {
   if (status != 0) {
     return status;
   }
-  std::vector<TrapTarget> traps;
+  Traps traps;
   for (const std::string& line : section_models::LinesInside(record.config)) {
     FillLine(record, line, traps);
   }
-  if (!traps.empty()) {
-    record.device->SetTrapTargetsSetting(traps);
+  if (!traps.targets.empty()) {
+    record.device->SetTrapTargetsSetting(traps.targets);
   }
   return 0;
 }
 
 // Each line is read by itself, as if it stood alone in a section, to see when the device is asked what.
-void ReferenceAgent::FillLine(Record& record, const std::string& line, std::vector<TrapTarget>& traps) {
+void ReferenceAgent::FillLine(Record& record, const std::string& line, Traps& traps) {
   ISupportSNMP& device = *record.device;
   section_models::Device read;
   read.agentXTimeout = record.agentXTimeout;
@@ -419,8 +419,11 @@ void ReferenceAgent::FillLine(Record& record, const std::string& line, std::vect
       device.SetSysNameSetting(read.sysName.value);
     }
   } else if (has("trap2sink")) {
-    if (!device.GetWasTrapTargetsSettingErased() && device.GetTrapTargetsSetting().empty()) {
-      traps.push_back(read.traps.at(0));
+    if (!traps.wanted) {
+      traps.wanted = !device.GetWasTrapTargetsSettingErased() && device.GetTrapTargetsSetting().empty();
+    }
+    if (*traps.wanted) {
+      traps.targets.push_back(read.traps.at(0));
     }
   }
 }

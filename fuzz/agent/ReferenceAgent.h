@@ -3,6 +3,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -56,6 +57,12 @@ class ReferenceAgent : public H7BaseAgentDriver, public ISNMPConfigurationAgent,
  private:
   using Node = h7::auto_com<H7XML::INode>;
 
+  // The trap targets of one file, and whether the device wants them: unknown until the first line that holds one.
+  struct Traps {
+    std::optional<bool> wanted;
+    std::vector<TrapTarget> targets;
+  };
+
   RecordPointer Find(unsigned long deviceId) const;
   void Notify(const std::string& name, unsigned long deviceId);
   Node GetDeviceList();
@@ -65,7 +72,7 @@ class ReferenceAgent : public H7BaseAgentDriver, public ISNMPConfigurationAgent,
   devhost::XmlElement Settings(Record& record);
   int Read(Record& record);
   int Write(Record& record);
-  void FillLine(Record& record, const std::string& line, std::vector<TrapTarget>& traps);
+  void FillLine(Record& record, const std::string& line, Traps& traps);
   void BuildList(Variables& variables, bool user);
   void Add(Variables& variables, const Key& key);
 
