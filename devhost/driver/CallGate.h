@@ -24,8 +24,6 @@ class CallGate {
 
   // Whether a call is under way on this thread.
   bool IsInside() const { return m_owner.load() == std::this_thread::get_id(); }
-  // Whether one is under way on another thread.
-  bool IsOtherInside() const { return m_owner.load() != std::thread::id() && !IsInside(); }
   // The innermost call into a driver that is under way, on whatever thread; with an empty description when there is none.
   Call Innermost() const;
 

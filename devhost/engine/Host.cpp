@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <limits>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <utility>
@@ -133,7 +132,6 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
  private:
   void Log(unsigned int level, const char* line) noexcept override;
   void OnXmlMisuse(const std::string& what, const void* code) override;
-  void OnXmlThread(const char* operation, const void* code) noexcept override;
 
   void SendRemoval(HostVariables::Taken taken, bool idsAreGood, const std::string& name, const Parameters& parameters,
                    const void* code);
@@ -152,8 +150,6 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
   XmlMisuseSink* const m_outerMisuse;
   const std::uint64_t m_xmlMark;
   bool m_stopping = false;
-  std::mutex m_overlapsMutex;
-  std::set<std::pair<std::string, std::string>> m_overlaps;  // modules and the calls that they overlapped with XML
 };
 
 void Host::Impl::CheckEntry(const DriverEntry& entry) const {
@@ -391,26 +387,6 @@ void Host::Impl::Log(unsigned int level, const char* line) noexcept {
 
 void Host::Impl::OnXmlMisuse(const std::string& what, const void* code) {
   m_core.ReportCode(m_core.DriverOf(code).get(), code, what);
-}
-
-// XML objects know no driver that a call could be refused to, and a missing node would harm whoever asked for it: the call
-// is done, one thread at a time, and its module is reported once for the call that it overlaps.
-void Host::Impl::OnXmlThread(const char* operation, const void* code) noexcept {
-  if (!m_core.gate.IsOtherInside()) {
-    return;
-  }
-  try {
-    const std::string module = ModuleFileOf(code);
-    {
-      const std::lock_guard<std::mutex> lock(m_overlapsMutex);
-      if (!m_overlaps.emplace(module, m_core.gate.Innermost().description).second) {
-        return;
-      }
-    }
-    m_core.ReportCode(m_core.OwnerOf(code).get(), code, std::string(operation) + " came from a second thread; it was done");
-  } catch (...) {
-    // A report that finds no memory is lost.
-  }
 }
 
 Host::Host(HostObserver& observer, StateStore* states) : m_impl(std::make_unique<Impl>(observer, states)) {}

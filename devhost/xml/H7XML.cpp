@@ -2,7 +2,6 @@
 
 #include <atomic>
 
-#include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlDocument.h"
 #include "devhost/xml/XmlNode.h"
 #include "devhost/xml/XmlObserver.h"
@@ -33,17 +32,17 @@ void TellXmlObserver(const char* operation, const char* name) {
 namespace H7XML {
 
 h7::auto_com<INode> CreateXmlNode(const std::string& name, const std::string& value) {
-  const devhost::XmlCall call("CreateXmlNode", name, DEVHOST_CALLER);
+  devhost::TellXmlObserver("CreateXmlNode", name.c_str());
   return (new devhost::XmlNode(name, value))->HandOut(DEVHOST_CALLER);
 }
 
 h7::auto_com<INode> CreateXmlNode(const std::string& name, unsigned long value) {
-  const devhost::XmlCall call("CreateXmlNode", name, DEVHOST_CALLER);
+  devhost::TellXmlObserver("CreateXmlNode", name.c_str());
   return (new devhost::XmlNode(name, h7::ToString(value)))->HandOut(DEVHOST_CALLER);
 }
 
 h7::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
-  const devhost::XmlCall call("CreateXmlDocument", text, DEVHOST_CALLER);
+  devhost::TellXmlObserver("CreateXmlDocument", text.c_str());
   try {
     const devhost::XmlTree tree = devhost::ParseXmlTree(text);
     return devhost::XmlDocument::Create(tree.Root(), DEVHOST_CALLER);
@@ -53,7 +52,7 @@ h7::auto_com<IDocument> CreateXmlDocument(const std::string& text) {
 }
 
 void Create(INode** node) {
-  const devhost::XmlCall call("Create", "", DEVHOST_CALLER);
+  devhost::TellXmlObserver("Create", "");
   if (node != nullptr) {
     *node = (new devhost::XmlNode())->HandOut(DEVHOST_CALLER).Detach();
   }

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <mutex>
 
-#include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlMisuse.h"
 #include "devhost/xml/XmlObserver.h"
 
@@ -56,8 +55,6 @@ class XmlLiveList {
     m_oldestRetired = (m_oldestRetired + 1) % m_quarantine.size();
   }
 
-  static void Delete(const XmlCounted& object) noexcept { delete &object; }
-
  private:
   const XmlCounted* m_newest = nullptr;
   std::size_t m_size = 0;
@@ -68,58 +65,19 @@ class XmlLiveList {
 
 namespace {
 
-// Without a destructor: handles may still be dropped while the process ends.
+// Neither has a destructor: handles may still be dropped while the process ends.
 XmlLiveList s_live;
+std::mutex s_mutex;  // held for no call out of this file
 std::atomic<XmlMisuseSink*> s_sink{nullptr};
-std::recursive_mutex s_mutex;
-thread_local int t_depth = 0;
 
-// What code inside the library does for an operation is no call of its own.
-void TellXmlSink(const char* operation, const void* code) noexcept {
-  XmlMisuseSink* const sink = s_sink;
-  if (sink != nullptr && t_depth == 0) {
-    sink->OnXmlThread(operation, code);
-  }
-}
+using Lock = std::unique_lock<std::mutex>;
 
 }  // namespace
 
-void TellXmlObserver(const char* operation, const char* name);
-
-XmlLock::XmlLock() noexcept {
-  s_mutex.lock();
-  ++t_depth;
-}
-
-XmlLock::~XmlLock() {
-  --t_depth;
-  s_mutex.unlock();
-}
-
-XmlUnlock::XmlUnlock() noexcept : m_depth(t_depth) {
-  for (; t_depth != 0; --t_depth) {
-    s_mutex.unlock();
-  }
-}
-
-XmlUnlock::~XmlUnlock() {
-  for (; t_depth != m_depth; ++t_depth) {
-    s_mutex.lock();
-  }
-}
-
-XmlTold::XmlTold(const char* operation, const char* name, const void* code) {
-  TellXmlSink(operation, code);
-  TellXmlObserver(operation, name);
-}
-
-XmlTold::XmlTold(const char* operation, const void* code) noexcept {
-  TellXmlSink(operation, code);
-}
-
 void XmlCounted::Hold(const void* code) const noexcept {
-  const XmlLock lock;
+  Lock lock(s_mutex);
   if (m_retired) {
+    lock.unlock();
     Report("was given a reference after its last one was released", code);
     return;
   }
@@ -133,8 +91,9 @@ void XmlCounted::Hold(const void* code) const noexcept {
 }
 
 void XmlCounted::Drop(const void* code) const noexcept {
-  const XmlLock lock;
+  Lock lock(s_mutex);
   if (m_handles == 0) {
+    lock.unlock();
     Report("was released once more than it was referenced", code);
     return;
   }
@@ -142,14 +101,23 @@ void XmlCounted::Drop(const void* code) const noexcept {
     return;
   }
   s_live.Remove(*this);
-  if (m_pins == 0) {
+  const bool unused = m_pins == 0;
+  lock.unlock();
+  if (unused) {
     OnUnused();
   }
 }
 
+void XmlCounted::Pin() const noexcept {
+  const Lock lock(s_mutex);
+  ++m_pins;
+}
+
 void XmlCounted::Unpin() const noexcept {
-  const XmlLock lock;
-  if (--m_pins == 0 && m_handles == 0) {
+  Lock lock(s_mutex);
+  const bool unused = --m_pins == 0 && m_handles == 0;
+  lock.unlock();
+  if (unused) {
     OnUnused();
   }
 }
@@ -163,10 +131,11 @@ bool XmlCounted::CheckUsable(const char* operation, const void* code) const {
 
 void XmlCounted::Retire() const noexcept {
   if (m_mark == 0) {
-    XmlLiveList::Delete(*this);
+    delete this;
     return;
   }
   Clear();
+  const Lock lock(s_mutex);
   m_retired = true;
   s_live.Quarantine(*this);
 }
@@ -180,7 +149,6 @@ void XmlCounted::Report(const char* what, const void* code) const noexcept {
 }
 
 void ReportXmlMisuse(const std::string& what, const void* code) {
-  const XmlUnlock unlock;
   XmlMisuseSink* const sink = s_sink;
   if (sink != nullptr) {
     sink->OnXmlMisuse(what, code);
@@ -194,17 +162,17 @@ XmlMisuseSink* SetXmlMisuseSink(XmlMisuseSink* sink) noexcept {
 }
 
 std::size_t LiveXmlObjects() noexcept {
-  const XmlLock lock;
+  const Lock lock(s_mutex);
   return s_live.Size();
 }
 
 std::uint64_t XmlMark() noexcept {
-  const XmlLock lock;
+  const Lock lock(s_mutex);
   return s_live.Mark();
 }
 
 std::vector<LiveXmlObject> LiveXmlObjectsSince(std::uint64_t mark) {
-  const XmlLock lock;
+  const Lock lock(s_mutex);
   return s_live.Since(mark);
 }
 

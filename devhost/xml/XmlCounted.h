@@ -13,6 +13,9 @@ namespace devhost {
 //
 // An object that was ever handed out is not deleted at once: its memory waits in a small quarantine, so that one release too
 // many, or a use after the last release, is told to the misuse sink instead of being a crash somewhere else.
+//
+// All objects share one list of what is held, so counting is locked: two drivers with threads of their own may work on
+// objects of their own. Everything else is not: one thread at a time works on a tree.
 class XmlCounted {
  public:
   XmlCounted(const XmlCounted&) = delete;
@@ -20,7 +23,7 @@ class XmlCounted {
 
   void Hold(const void* code) const noexcept;
   void Drop(const void* code) const noexcept;
-  void Pin() const noexcept { ++m_pins; }
+  void Pin() const noexcept;
   void Unpin() const noexcept;
 
   bool IsUsed() const noexcept { return m_handles != 0 || m_pins != 0; }
@@ -55,6 +58,9 @@ class XmlCounted {
   mutable const XmlCounted* m_newer = nullptr;
   mutable const XmlCounted* m_older = nullptr;
 };
+
+// The code that called the function in which this stands.
+#define DEVHOST_CALLER __builtin_return_address(0)
 
 // Tells the misuse sink.
 void ReportXmlMisuse(const std::string& what, const void* code);

@@ -1,6 +1,6 @@
 #include "devhost/xml/XmlDocument.h"
 
-#include "devhost/xml/XmlCall.h"
+#include "devhost/xml/XmlObserver.h"
 
 namespace devhost {
 
@@ -11,17 +11,15 @@ h7::auto_com<H7XML::IDocument> XmlDocument::Create(const XmlNode& root, const vo
 }
 
 void XmlDocument::AddRef() const {
-  const XmlCall call("AddRef", DEVHOST_CALLER);
   Hold(DEVHOST_CALLER);
 }
 
 void XmlDocument::Release() const {
-  const XmlCall call("Release", DEVHOST_CALLER);
   Drop(DEVHOST_CALLER);
 }
 
 h7::auto_com<H7XML::INode> XmlDocument::GetRootElement() const {
-  const XmlCall call("GetRootElement", "", DEVHOST_CALLER);
+  TellXmlObserver("GetRootElement", "");
   if (!CheckUsable("GetRootElement", DEVHOST_CALLER)) {
     return {};
   }

@@ -13,9 +13,6 @@ class XmlMisuseSink {
   virtual ~XmlMisuseSink() = default;
   // `what` says in one line what was done to which object; `code` is an address in the code that did it.
   virtual void OnXmlMisuse(const std::string& what, const void* code) = 0;
-  // First in every operation of the interfaces of `H7XML`, AddRef and Release included, on whatever thread; the operation is
-  // done all the same.
-  virtual void OnXmlThread(const char* operation, const void* code) noexcept = 0;
 };
 
 // One sink for the process; null (the initial state) sends a line to standard error. Returns the one that was set before.

@@ -3,16 +3,16 @@
 #include <memory>
 
 #include "devhost/text/TypedText.h"
-#include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlNodeList.h"
+#include "devhost/xml/XmlObserver.h"
 #include "host/ToString.h"
 
 // First in every operation; an object out of use answers with what stands for "nothing".
-#define DEVHOST_ENTER(operation, name, nothing)        \
-  const XmlCall call(operation, name, DEVHOST_CALLER); \
-  if (!CheckUsable(operation, DEVHOST_CALLER)) {       \
-    return nothing;                                    \
-  }                                                    \
+#define DEVHOST_ENTER(operation, name, nothing)  \
+  TellXmlObserver(operation, name);              \
+  if (!CheckUsable(operation, DEVHOST_CALLER)) { \
+    return nothing;                              \
+  }                                              \
   static_assert(true, "asks for the semicolon behind it")
 
 namespace devhost {
@@ -25,12 +25,10 @@ const char* OrEmpty(const char* text) {
 }  // namespace
 
 void XmlNode::AddRef() const {
-  const XmlCall call("AddRef", DEVHOST_CALLER);
   Hold(DEVHOST_CALLER);
 }
 
 void XmlNode::Release() const {
-  const XmlCall call("Release", DEVHOST_CALLER);
   Drop(DEVHOST_CALLER);
 }
 
@@ -40,7 +38,7 @@ std::string XmlNode::GetName() const {
 }
 
 void XmlNode::SetName(const std::string& name) {
-  DEVHOST_ENTER("SetName", name, );
+  DEVHOST_ENTER("SetName", name.c_str(), );
   m_name = name;
 }
 
@@ -50,7 +48,7 @@ std::string XmlNode::GetValue() const {
 }
 
 void XmlNode::SetValue(const std::string& value) {
-  DEVHOST_ENTER("SetValue", value, );
+  DEVHOST_ENTER("SetValue", value.c_str(), );
   m_value = value;
 }
 
@@ -122,7 +120,7 @@ h7::auto_com<H7XML::INode> XmlNode::GetChild(const char* name) const {
 }
 
 h7::auto_com<H7XML::INodeList> XmlNode::GetChildren() const {
-  const XmlCall call("GetChildren", "", DEVHOST_CALLER);
+  TellXmlObserver("GetChildren", "");
   // The list of a node out of use is an empty one: the result is never an empty handle.
   const XmlNode* const parent = CheckUsable("GetChildren", DEVHOST_CALLER) ? this : nullptr;
   return XmlNodeList::Create(parent, DEVHOST_CALLER);

@@ -1,6 +1,6 @@
 #include "devhost/xml/XmlNodeList.h"
 
-#include "devhost/xml/XmlCall.h"
+#include "devhost/xml/XmlObserver.h"
 
 namespace devhost {
 
@@ -17,17 +17,15 @@ h7::auto_com<H7XML::INodeList> XmlNodeList::Create(const XmlNode* parent, const 
 }
 
 void XmlNodeList::AddRef() const {
-  const XmlCall call("AddRef", DEVHOST_CALLER);
   Hold(DEVHOST_CALLER);
 }
 
 void XmlNodeList::Release() const {
-  const XmlCall call("Release", DEVHOST_CALLER);
   Drop(DEVHOST_CALLER);
 }
 
 h7::auto_com<H7XML::INode> XmlNodeList::First() {
-  const XmlCall call("First", "", DEVHOST_CALLER);
+  TellXmlObserver("First", "");
   if (!CheckUsable("First", DEVHOST_CALLER) || m_parent == nullptr) {
     return {};
   }
@@ -35,7 +33,7 @@ h7::auto_com<H7XML::INode> XmlNodeList::First() {
 }
 
 h7::auto_com<H7XML::INode> XmlNodeList::Next() {
-  const XmlCall call("Next", "", DEVHOST_CALLER);
+  TellXmlObserver("Next", "");
   if (!CheckUsable("Next", DEVHOST_CALLER) || m_last == nullptr) {
     return {};
   }

@@ -15,6 +15,9 @@ class XmlObserver {
   virtual void OnXmlCall(const char* operation, const char* name) = 0;
 };
 
+// Calls the observer, when there is one; a null name counts as "". First in every operation that it hears of.
+void TellXmlObserver(const char* operation, const char* name);
+
 // One observer for the process; null (the initial state) for none. Returns the one that was set before.
 XmlObserver* SetXmlObserver(XmlObserver* observer) noexcept;
 

@@ -1,6 +1,5 @@
 #include "devhost/xml/XmlReader.h"
 
-#include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlParser.h"
 #include "devhost/xml/XmlTree.h"
 
@@ -60,12 +59,10 @@ XmlElement ReadXml(const std::string& text) {
 }
 
 h7::auto_com<H7XML::INode> ReadXmlNode(const std::string& text) {
-  const XmlLock lock;
   return ParseXmlTree(text).Root().HandOut(DEVHOST_CALLER);
 }
 
 h7::auto_com<H7XML::INode> MakeXmlNode(const XmlElement& element) {
-  const XmlLock lock;
   return MakeXmlTree(element).Root().HandOut(DEVHOST_CALLER);
 }
 

@@ -1,7 +1,6 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "devhost/xml/XmlCall.h"
 #include "devhost/xml/XmlCharacters.h"
 #include "devhost/xml/XmlNode.h"
 #include "devhost/xml/XmlReader.h"
@@ -183,7 +182,6 @@ std::string XmlText(const H7XML::INode& node, XmlStyle style) {
   if (own == nullptr) {
     throw std::invalid_argument("the XML node was not made by this host");
   }
-  const XmlLock lock;
   return Writer(style).Write(*own);
 }
 

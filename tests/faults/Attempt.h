@@ -62,7 +62,6 @@ class Attempt {
     Misuses(const Misuses&) = delete;
     Misuses& operator=(const Misuses&) = delete;
     void OnXmlMisuse(const std::string&, const void*) override { ++count; }
-    void OnXmlThread(const char*, const void*) noexcept override {}
 
     unsigned int count = 0;
 

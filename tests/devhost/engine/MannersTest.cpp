@@ -217,12 +217,6 @@ TEST_F(ARudeDriver, GetsNoVariableManagerFromASecondThread) {
   EXPECT_THAT(observer.Texts(Kind::Log), IsEmpty());
 }
 
-TEST_F(ARudeDriver, IsNamedOnceForAnyWorkOnXmlFromOtherThreadsAndNothingBreaks) {
-  Load(5, "rude");
-  host.Command(5, "XmlFromThreads", {});
-  ExpectOneReport("came from a second thread; it was done, by module \"" + Module("rude") + "\"");
-}
-
 TEST_F(ARudeDriver, CannotEndTheProcessWithSuccess) {
   Load(5, "rude");
   EXPECT_EXIT(host.Command(5, "Exit", {}), testing::ExitedWithCode(1),

@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "host/H7BaseAgentDriver.h"
 #include "host/H7XML.h"
@@ -83,7 +82,6 @@ class Rude : public H7BaseAgentDriver, public ISystemEventCallback {
         }
       }).join();
     });
-    Register("XmlFromThreads", [] { WorkOnXmlFromThreads(); });
     Register("InvalidateFromThread", [this] { std::thread([this] { DmInvalidateState(); }).join(); });
     Register("ListenFromThread",
              [this] { std::thread([this] { RegisterListener(*this, SystemEvent_OnProjectLoaded, 0); }).join(); });
@@ -122,25 +120,6 @@ class Rude : public H7BaseAgentDriver, public ISystemEventCallback {
       action();
       return Reply();
     });
-  }
-
-  // Objects of its own in every thread, and one that all share.
-  static void WorkOnXmlFromThreads() {
-    const h7::auto_com<H7XML::INode> shared = H7XML::CreateXmlNode("Shared", "");
-    std::vector<std::thread> threads;
-    for (int i = 0; i != 4; ++i) {
-      threads.emplace_back([&shared] {
-        for (int round = 0; round != 2000; ++round) {
-          const h7::auto_com<H7XML::INode> node = H7XML::CreateXmlNode("Own", "x");
-          const h7::auto_com<H7XML::INode> copy = shared;
-          node->AddChildString("a", shared->GetName());
-          shared->SetValue("a value that needs memory of its own");
-        }
-      });
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
   }
 
   // Calls the test back in the middle of a command.

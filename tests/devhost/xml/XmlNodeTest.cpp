@@ -202,7 +202,6 @@ class CountingSink : public XmlMisuseSink {
   CountingSink() : m_outer(SetXmlMisuseSink(this)) {}
   ~CountingSink() override { SetXmlMisuseSink(m_outer); }
   void OnXmlMisuse(const std::string& what, const void*) override { reports.push_back(what); }
-  void OnXmlThread(const char*, const void*) noexcept override {}
   std::vector<std::string> reports;
 
  private:

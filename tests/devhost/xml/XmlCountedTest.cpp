@@ -1,9 +1,13 @@
-#include "devhost/xml/XmlMisuse.h"
+#include "devhost/xml/XmlCounted.h"
 
 #include <gmock/gmock.h>
 #include <malloc.h>
 
+#include <thread>
+#include <vector>
+
 #include "devhost/driver/DriverModule.h"
+#include "devhost/xml/XmlMisuse.h"
 #include "devhost/xml/XmlObserver.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/H7XML.h"
@@ -24,7 +28,6 @@ class MisusedXml : public testing::Test, public XmlMisuseSink {
     reports.push_back(what);
     culprits.push_back(ModuleFileOf(code));
   }
-  void OnXmlThread(const char*, const void*) noexcept override {}
   void TearDown() override {
     EXPECT_EQ(LiveXmlObjects(), before);
     for (const std::string& culprit : culprits) {
@@ -102,6 +105,24 @@ TEST_F(MisusedXml, HoldsOnlySoManyReleasedObjectsBack) {
   }
   // A thousand empty objects or so, not a hundred thousand.
   EXPECT_LT(mallinfo2().uordblks, used + 1000000);
+  EXPECT_THAT(reports, IsEmpty());
+}
+
+TEST_F(MisusedXml, IsCountedRightWhenSeveralThreadsTakeAndReleaseHandles) {
+  const Node shared = H7XML::CreateXmlNode("shared", "");
+  std::vector<std::thread> threads;
+  for (int i = 0; i != 4; ++i) {
+    threads.emplace_back([&shared] {
+      for (int round = 0; round != 20000; ++round) {
+        const Node own = H7XML::CreateXmlNode("own", "");
+        const Node copy = shared;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(LiveXmlObjects(), before + 1);
   EXPECT_THAT(reports, IsEmpty());
 }
 
