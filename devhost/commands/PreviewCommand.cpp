@@ -8,9 +8,8 @@
 #include "devhost/engine/Host.h"
 #include "devhost/preview/FileDifference.h"
 #include "devhost/preview/ScratchDevice.h"
+#include "devhost/project/DriverNames.h"
 #include "devhost/project/Project.h"
-#include "devhost/script/Script.h"
-#include "devhost/script/ScriptReader.h"
 #include "devhost/secrets/Secrets.h"
 #include "devhost/state/StateFolder.h"
 #include "devhost/system/FileText.h"
@@ -76,7 +75,7 @@ const DriverEntry& FindAgent(const Project& project, const PreviewOptions& optio
 
 // The text of the settings element, which has to be for that device: the agent goes by the element's id.
 std::string ReadSettings(const PreviewOptions& options, const DriverEntry& device) {
-  const Script file = LoadScript(options.settings);
+  const NamedText file = ReadNamedText(options.settings);
   XmlElement root;
   try {
     root = ReadXml(file.text);

@@ -1,8 +1,7 @@
 #include "devhost/script/ScriptReader.h"
 
-#include <unistd.h>
-
 #include <string_view>
+#include <utility>
 
 #include "devhost/script/ScriptActions.h"
 #include "devhost/secrets/KnownSecrets.h"
@@ -33,22 +32,8 @@ std::string Shown(const std::string& problem, std::string_view line) {
 }  // namespace
 
 Script LoadScript(const std::string& path) {
-  Script script;
-  if (path == "-") {
-    script.name = "standard input";
-    script.folder = ".";
-    script.text = ReadDescriptorText(STDIN_FILENO, script.name);
-  } else {
-    script.name = path;
-    script.folder = FolderOf(path);
-    script.text = ReadFileText(path);
-  }
-  // What some editors put in front of a text says nothing.
-  constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
-  if (script.text.compare(0, 3, kByteOrderMark) == 0) {
-    script.text.erase(0, 3);
-  }
-  return script;
+  NamedText read = ReadNamedText(path);
+  return Script{std::move(read.name), FolderOf(path), std::move(read.text)};
 }
 
 ScriptReader::ScriptReader(const Script& script, const DriverNames& names) : m_script(script), m_names(names) {}

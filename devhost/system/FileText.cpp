@@ -106,6 +106,16 @@ std::string ReadFileText(const std::string& path, std::size_t maximumSize) {
   return ReadToEnd(file.Get(), path, maximumSize, BeginPipe(file.Get(), path));
 }
 
+NamedText ReadNamedText(const std::string& path) {
+  NamedText read{path == "-" ? "standard input" : path, ""};
+  read.text = path == "-" ? ReadDescriptorText(STDIN_FILENO, read.name) : ReadFileText(path);
+  constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+  if (read.text.compare(0, 3, kByteOrderMark) == 0) {
+    read.text.erase(0, 3);
+  }
+  return read;
+}
+
 std::string ReadRegularFile(const std::string& path, Links links) {
   const FileDescriptor file(Open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | (links == Links::Refused ? O_NOFOLLOW : 0)));
   struct stat status = {};

@@ -28,8 +28,17 @@ std::string ReadFileText(const std::string& path, std::size_t maximumSize = kMax
 // The same for an open file descriptor, which stays open; `name` is for messages.
 std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize = kMaximumFileSize);
 
-// The same for what has to be a regular file: a pipe, which may keep its reader waiting for ever, and all else are refused
-// at once. With Links::Refused, so is a symbolic link of that name.
+// A text that somebody names on a command line.
+struct NamedText {
+  std::string name;  // for messages: the path as it was given, or "standard input"
+  std::string text;  // without the UTF-8 byte order mark that some editors put in front of it
+};
+
+// Reads a file, as ReadFileText does, or standard input for "-". Throws FileError.
+NamedText ReadNamedText(const std::string& path);
+
+// As ReadFileText for what has to be a regular file: a pipe, which may keep its reader waiting for ever, and all else are
+// refused at once. With Links::Refused, so is a symbolic link of that name.
 enum class Links { Followed, Refused };
 std::string ReadRegularFile(const std::string& path, Links links = Links::Followed);
 

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "devhost/system/FileDescriptor.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace devhost {
@@ -28,6 +29,34 @@ TEST(AFile, IsReadByteForByte) {
   EXPECT_EQ(ReadFileText(folder.Write("empty", "")), "");
   const std::string large(300000, 'x');
   EXPECT_EQ(ReadFileText(folder.Write("large", large)), large);
+}
+
+TEST(ANamedText, IsAFileWithoutItsByteOrderMark) {
+  const testsupport::ScratchFolder folder;
+  const std::string path = folder.Write("a",
+                                        "\xef\xbb\xbf"
+                                        "b\xef\xbb\xbf\n");
+  const NamedText read = ReadNamedText(path);
+  EXPECT_EQ(read.name, path);
+  EXPECT_EQ(read.text, "b\xef\xbb\xbf\n");
+  EXPECT_EQ(ReadNamedText(folder.Write("cut", "\xef\xbb")).text, "\xef\xbb");
+  EXPECT_THROW(ReadNamedText(folder.Path("none")), FileError);
+}
+
+TEST(ANamedText, IsStandardInputForADash) {
+  const testsupport::ScratchFolder folder;
+  const FileDescriptor outer(::dup(STDIN_FILENO));
+  const FileDescriptor given(::open(folder
+                                        .Write("a",
+                                               "\xef\xbb\xbf"
+                                               "b")
+                                        .c_str(),
+                                    O_RDONLY));
+  ASSERT_EQ(::dup2(given.Get(), STDIN_FILENO), STDIN_FILENO);
+  const NamedText read = ReadNamedText("-");
+  ::dup2(outer.Get(), STDIN_FILENO);
+  EXPECT_EQ(read.name, "standard input");
+  EXPECT_EQ(read.text, "b");
 }
 
 TEST(AFileThatCannotBeRead, IsNamedWithTheReason) {
