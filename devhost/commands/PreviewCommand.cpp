@@ -38,7 +38,8 @@ class Complaints : public HostObserver {
     const bool failed = occurrence.kind == Kind::Failure || occurrence.kind == Kind::Manners;
     m_failed = m_failed || failed;
     if (failed || occurrence.kind == Kind::Log) {
-      m_lines.push_back((occurrence.driverName.empty() ? "" : occurrence.driverName + ": ") + occurrence.text);
+      const std::string driver = DriverOf(occurrence);
+      m_lines.push_back((driver.empty() ? "" : driver + ": ") + TextOf(occurrence));
     }
   }
   bool Failed() const { return m_failed; }

@@ -26,7 +26,7 @@ void CallGate::Leave() noexcept {
 CallGate::Call CallGate::Innermost() const {
   const std::lock_guard<std::mutex> lock(m_mutex);
   const auto found = std::find_if(m_calls.rbegin(), m_calls.rend(), [](const Call& call) { return call.driver != nullptr; });
-  return found != m_calls.rend() ? *found : m_calls.empty() ? Call{nullptr, ""} : m_calls.back();
+  return found != m_calls.rend() ? *found : m_calls.empty() ? Call() : m_calls.back();
 }
 
 }  // namespace devhost

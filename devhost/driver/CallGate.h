@@ -14,8 +14,12 @@ class CallGate {
  public:
   // A call into a driver that is under way.
   struct Call {
-    const void* driver;       // the host's record of it; null: none in particular
-    std::string description;  // command "X" to driver 1 "agent"
+    const void* driver = nullptr;  // the host's record of it; null: none in particular
+    std::string operation;         // command "X"; empty: no call
+    std::string title;             // driver 1 "agent"; empty when no driver is concerned
+
+    // command "X" of driver 1 "agent"
+    std::string Description() const { return title.empty() ? operation : operation + " of " + title; }
   };
 
   // False when another thread is inside; `innermost` is then filled with what that one is doing.
@@ -24,7 +28,7 @@ class CallGate {
 
   // Whether a call is under way on this thread.
   bool IsInside() const { return m_owner.load() == std::this_thread::get_id(); }
-  // The innermost call into a driver that is under way, on whatever thread; with an empty description when there is none.
+  // The innermost call into a driver that is under way, on whatever thread; without an operation when there is none.
   Call Innermost() const;
 
  private:

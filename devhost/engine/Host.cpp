@@ -23,6 +23,8 @@
 namespace devhost {
 namespace {
 
+constexpr char kLoading[] = "loading";
+
 std::atomic<bool> s_hostExists{false};
 
 // The claim to be the process's only host.
@@ -42,9 +44,14 @@ h7::auto_com<H7XML::INode> ConfigNode(const DriverEntry& entry) {
   try {
     return ReadXmlNode(entry.configXml.empty() ? "<config/>" : entry.configXml);
   } catch (const XmlError& error) {
-    throw HostError(TitleOf(entry) + ": line " + std::to_string(error.Line()) +
-                    " of its configuration element is no XML: " + error.what());
+    const std::string problem =
+        "line " + std::to_string(error.Line()) + " of its configuration element is no XML: " + error.what();
+    throw HostError(TitleOf(entry) + ": " + problem, &entry, kLoading, problem);
   }
+}
+
+[[noreturn]] void Refuse(const DriverEntry& entry, const std::string& problem) {
+  throw HostError("driver \"" + entry.name + "\" " + problem, &entry, kLoading, problem);
 }
 
 std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
@@ -125,7 +132,7 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
   void AddVariable(const VariableEntry& entry, const void* code);
   void RemoveVariable(unsigned long deviceId, unsigned long variableId, bool user, const void* code);
   void RemoveItem(unsigned long itemId, unsigned long roomId, const void* code);
-  std::shared_ptr<LoadedDriver> Find(unsigned long driverId) const;
+  std::shared_ptr<LoadedDriver> Find(unsigned long driverId, const std::string& call) const;
   const HostCore& Core() const { return m_core; }
   HostVariables& Variables() { return m_variables; }
 
@@ -154,14 +161,14 @@ class Host::Impl : private LogSink, private XmlMisuseSink {
 
 void Host::Impl::CheckEntry(const DriverEntry& entry) const {
   if (m_stopping) {
-    throw HostError("driver \"" + entry.name + "\" cannot be loaded while the host stops");
+    Refuse(entry, "cannot be loaded while the host stops");
   }
   if (entry.id > std::numeric_limits<std::uint32_t>::max()) {
-    throw HostError("driver \"" + entry.name + "\" has the id " + std::to_string(entry.id) + "; ids go up to 4294967295");
+    Refuse(entry, "has the id " + std::to_string(entry.id) + "; ids go up to 4294967295");
   }
   const std::shared_ptr<LoadedDriver> other = m_core.Find(entry.id);
   if (other != nullptr) {
-    throw HostError("driver \"" + entry.name + "\" has the id of " + other->Title());
+    Refuse(entry, "has the id of " + other->Title());
   }
 }
 
@@ -174,7 +181,7 @@ void Host::Impl::Load(const DriverEntry& entry, const void* code) {
   try {
     driver = std::make_shared<LoadedDriver>(m_core, entry);
   } catch (const ModuleError& error) {
-    throw HostError(TitleOf(entry) + ": " + error.what());
+    throw HostError(TitleOf(entry) + ": " + error.what(), &entry, kLoading, error.what());
   }
   m_core.Add(driver);
   try {
@@ -197,7 +204,7 @@ void Host::Impl::Start(LoadedDriver& driver, H7XML::INode& config) {
 
 void Host::Impl::Stop(const void* code) {
   if (m_core.gate.IsInside()) {
-    throw HostError("the host cannot be stopped from inside " + m_core.gate.Innermost().description);
+    throw HostError("the host cannot be stopped from inside " + m_core.gate.Innermost().Description(), "stop");
   }
   const CallScope scope(m_core, nullptr, "stop", code);
   m_states.SaveAll();
@@ -253,7 +260,7 @@ void Host::Impl::ReportLiveXml(std::uint64_t mark) {
   }
 }
 
-std::shared_ptr<LoadedDriver> Host::Impl::Find(unsigned long driverId) const {
+std::shared_ptr<LoadedDriver> Host::Impl::Find(unsigned long driverId, const std::string& call) const {
   std::shared_ptr<LoadedDriver> found = m_core.Find(driverId);
   if (found != nullptr) {
     return found;
@@ -267,17 +274,20 @@ std::shared_ptr<LoadedDriver> Host::Impl::Find(unsigned long driverId) const {
     }
   }
   throw HostError("there is no driver " + std::to_string(driverId) +
-                  (known.empty() ? "; none is loaded" : "; loaded are: " + Join(known, ", ")));
+                      (known.empty() ? "; none is loaded" : "; loaded are: " + Join(known, ", ")),
+                  call);
 }
 
 std::string Host::Impl::Command(unsigned long driverId, const std::string& name, const Parameters& parameters,
                                 const void* code) {
-  const HostCall call(m_core, m_states, "command \"" + name + "\"", code);
-  return Find(driverId)->Command(name, parameters);
+  const std::string what = "command \"" + name + "\"";
+  const HostCall call(m_core, m_states, what, code);
+  return Find(driverId, what)->Command(name, parameters);
 }
 
 std::string Host::Impl::Command(const std::string& name, const Parameters& parameters, const void* code) {
-  const HostCall call(m_core, m_states, "command \"" + name + "\"", code);
+  const std::string what = "command \"" + name + "\"";
+  const HostCall call(m_core, m_states, what, code);
   HostCore::Drivers owners;
   std::vector<std::string> titles;
   for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
@@ -287,11 +297,12 @@ std::string Host::Impl::Command(const std::string& name, const Parameters& param
     }
   }
   if (owners.empty()) {
-    throw HostError("no driver has registered the command " + Quoted(name) + "; the commands are: " + KnownCommands());
+    throw HostError("no driver has registered the command " + Quoted(name) + "; the commands are: " + KnownCommands(), what);
   }
   if (owners.size() != 1) {
-    throw HostError("several drivers have registered the command " + Quoted(name) + ": " + Join(titles, ", ") +
-                    "; name one of them");
+    throw HostError(
+        "several drivers have registered the command " + Quoted(name) + ": " + Join(titles, ", ") + "; name one of them",
+        what);
   }
   return owners.front()->Command(name, parameters);
 }
@@ -310,12 +321,15 @@ std::string Host::Impl::KnownCommands() const {
 }
 
 void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters, const void* code) {
-  const HostCall call(m_core, m_states, "event \"" + name + "\"", code);
+  const std::string what = "event \"" + name + "\"";
+  const HostCall call(m_core, m_states, what, code);
   const unsigned int eventId = SystemEventIdOf(name);
   if (eventId == 0) {
-    throw HostError("there is no system event \"" + name + "\"; known are: " + SystemEventNames());
+    throw HostError("there is no system event \"" + name + "\"; known are: " + SystemEventNames(), what);
   }
-  m_core.Emit(Occurrence::Kind::Event, nullptr, name, TextOf(name, parameters));
+  Occurrence occurrence{Occurrence::Kind::Event, 0, "", name, ""};
+  occurrence.parameters = parameters;
+  m_core.Emit(nullptr, std::move(occurrence));
   const XmlElement event = EventElement(name, parameters);
   // A driver that is loaded by whoever hears the event has not heard it.
   const HostCore::Drivers drivers = eventId == SystemEvent_OnProjectLoaded ? m_core.Snapshot() : HostCore::Drivers();
@@ -323,26 +337,26 @@ void Host::Impl::SendEvent(const std::string& name, const Parameters& parameters
     driver->NoteProjectLoaded(false);
   }
   std::set<unsigned long> failed;
-  std::string firstProblem;
+  std::optional<HostError> first;
   m_core.listeners.Deliver(eventId, [&](const EventListeners::Registration& registration) {
     try {
-      Find(registration.driverId)->DeliverEvent(*registration.listener, name, event);
+      Find(registration.driverId, what)->DeliverEvent(*registration.listener, name, event);
     } catch (const HostError& error) {
       failed.insert(registration.driverId);
-      firstProblem = firstProblem.empty() ? error.what() : firstProblem;
+      first = first ? first : error;
     }
   });
   for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
     driver->NoteProjectLoaded(failed.count(driver->Entry().id) == 0);
   }
-  if (!firstProblem.empty()) {
-    throw HostError(firstProblem);
+  if (first) {
+    throw HostError(*first);
   }
 }
 
 std::string Host::Impl::GetPersistState(unsigned long driverId, const void* code) {
   const HostCall call(m_core, m_states, "GetPersistState", code);
-  return Find(driverId)->GetPersistState(XmlStyle::Compact);
+  return Find(driverId, "GetPersistState")->GetPersistState(XmlStyle::Compact);
 }
 
 void Host::Impl::AddVariable(const VariableEntry& entry, const void* code) {
@@ -379,7 +393,9 @@ void Host::Impl::Log(unsigned int level, const char* line) noexcept {
   try {
     const std::shared_ptr<LoadedDriver> driver = m_core.DriverOf(LogCaller());
     const HostCore::Drivers candidates = driver != nullptr ? HostCore::Drivers() : m_core.OwnersOf(LogCaller());
-    m_core.Emit(Occurrence::Kind::Log, driver.get(), std::to_string(level), line, candidates);
+    Occurrence occurrence{Occurrence::Kind::Log, 0, "", "", line};
+    occurrence.level = level;
+    m_core.Emit(driver.get(), std::move(occurrence), candidates);
   } catch (...) {
     // A line for which there is no memory is dropped.
   }
@@ -458,7 +474,7 @@ std::vector<DriverEntry> Host::Drivers() const {
 }
 
 std::vector<std::string> Host::Commands(unsigned long driverId) const {
-  return m_impl->Find(driverId)->Commands().Names();
+  return m_impl->Find(driverId, "")->Commands().Names();
 }
 
 std::size_t Host::MannersCount() const {

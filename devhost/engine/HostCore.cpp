@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "devhost/driver/DriverModule.h"
 #include "devhost/engine/LoadedDriver.h"
@@ -9,14 +10,6 @@
 namespace devhost {
 
 namespace {
-
-std::string Names(const HostCore::Drivers& drivers) {
-  std::string names;
-  for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
-    names += (names.empty() ? "" : "|") + driver->Entry().name;
-  }
-  return names;
-}
 
 void Erase(std::string& text, const std::string& part) {
   for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
@@ -26,18 +19,15 @@ void Erase(std::string& text, const std::string& part) {
 
 }  // namespace
 
-void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text,
-                    const Drivers& candidates) {
-  Occurrence occurrence;
-  occurrence.kind = kind;
+void HostCore::Emit(const LoadedDriver* driver, Occurrence occurrence, const Drivers& candidates) {
   if (driver != nullptr) {
     occurrence.driverId = driver->Entry().id;
     occurrence.driverName = driver->Entry().name;
   } else {
-    occurrence.driverName = Names(candidates);
+    for (const std::shared_ptr<LoadedDriver>& candidate : candidates) {
+      occurrence.candidates.push_back(candidate->Entry().name);
+    }
   }
-  occurrence.name = name;
-  occurrence.text = text;
   const std::lock_guard<std::recursive_mutex> lock(m_emitting);
   m_observer.OnOccurrence(occurrence);
 }
@@ -45,13 +35,16 @@ void HostCore::Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std
 void HostCore::Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates) {
   ++m_mannersCount;
   const CallGate::Call call = gate.Innermost();
-  const std::string place = call.description.empty() ? "" : ", during " + call.description;
-  std::string text = (driver == nullptr && !candidates.empty() ? "one of them: " : "") + what + place;
+  Occurrence occurrence{Occurrence::Kind::Manners, 0, "", "", what};
+  occurrence.call = call.Description();
   if (driver != nullptr) {
     // The report carries its driver: only others are named in its text.
-    Erase(text, " of " + driver->Title());
+    Erase(occurrence.text, " of " + driver->Title());
+    Erase(occurrence.call, " of " + driver->Title());
+  } else if (!candidates.empty()) {
+    occurrence.text.insert(0, "one of them: ");
   }
-  Emit(Occurrence::Kind::Manners, driver, "", text, candidates);
+  Emit(driver, std::move(occurrence), candidates);
 }
 
 void HostCore::ReportCode(const LoadedDriver* driver, const void* code, const std::string& what) {
@@ -156,19 +149,19 @@ void HostCore::NoteStateTaken(const LoadedDriver& driver) {
 
 CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code)
     : m_core(core) {
-  const std::string title = driver != nullptr ? description + " of " + driver->Title() : description;
+  const CallGate::Call call{driver, description, driver != nullptr ? driver->Title() : ""};
   CallGate::Call innermost;
-  if (m_core.gate.Enter({driver, title}, innermost)) {
+  if (m_core.gate.Enter(call, innermost)) {
     return;
   }
-  const std::string what =
-      title + " came from a second thread while " + innermost.description + " is under way; it was refused";
+  const std::string problem = "came from a second thread while " + innermost.Description() + " is under way; it was refused";
+  const std::string what = call.Description() + " " + problem;
   if (code != nullptr) {
     m_core.ReportCode(m_core.OwnerOf(code).get(), code, what);
   } else {
     m_core.Report(driver, what);
   }
-  throw HostError(what);
+  throw HostError(what, driver != nullptr ? &driver->Entry() : nullptr, description, problem);
 }
 
 CallScope::~CallScope() {

@@ -33,9 +33,11 @@ class HostCore {
   CallGate gate;
 
   // `driver` may be null in all of these: none is known.
-  // Where none is known for sure, all `candidates` are named.
-  void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text,
-            const Drivers& candidates = {});
+  // Tells the observer. Where no driver is known for sure, all `candidates` are named.
+  void Emit(const LoadedDriver* driver, Occurrence occurrence, const Drivers& candidates = {});
+  void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text) {
+    Emit(driver, {kind, 0, "", name, text});
+  }
   // Reports a driver that broke the rules; the call that is under way is named with it.
   void Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates = {});
   // The same, with the name of the module that the code at that address stands in.

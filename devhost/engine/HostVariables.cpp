@@ -12,6 +12,9 @@ namespace devhost {
 
 namespace {
 
+constexpr char kAdding[] = "adding of a variable";
+constexpr char kRemoval[] = "removal of a variable";
+
 std::string TitleOf(unsigned long deviceId, unsigned long variableId) {
   return "variable " + std::to_string(variableId) + " of device " + std::to_string(deviceId);
 }
@@ -21,23 +24,25 @@ std::string TitleOf(unsigned long deviceId, unsigned long variableId) {
 void HostVariables::Add(const VariableEntry& entry) {
   constexpr unsigned long kLargest = std::numeric_limits<std::uint32_t>::max();
   if (entry.deviceId > kLargest || entry.variableId > kLargest) {
-    throw HostError(TitleOf(entry.deviceId, entry.variableId) + " cannot be added; ids go up to 4294967295");
+    throw HostError(TitleOf(entry.deviceId, entry.variableId) + " cannot be added; ids go up to 4294967295", kAdding);
   }
   if (m_manager.All().size() == m_most && m_manager.Find(entry.deviceId, entry.variableId) == nullptr) {
     throw HostError(TitleOf(entry.deviceId, entry.variableId) + " cannot be added; a project has up to " +
-                    std::to_string(m_most) + " variables");
+                        std::to_string(m_most) + " variables",
+                    kAdding);
   }
   if (!m_manager.Add(entry)) {
     const VariableEntry& present = m_manager.Find(entry.deviceId, entry.variableId)->Entry();
     throw HostError("there is a " + std::string(present.user ? "user " : "") + TitleOf(entry.deviceId, entry.variableId) +
-                    " already, " + Quoted(present.name) + "; allowed: each pair of ids once, user variables included");
+                        " already, " + Quoted(present.name) + "; allowed: each pair of ids once, user variables included",
+                    kAdding);
   }
 }
 
-Variable& HostVariables::Get(unsigned long deviceId, unsigned long variableId) const {
+Variable& HostVariables::Get(unsigned long deviceId, unsigned long variableId, const std::string& call) const {
   Variable* const variable = m_manager.Find(deviceId, variableId);
   if (variable == nullptr) {
-    throw HostError("there is no " + TitleOf(deviceId, variableId));
+    throw HostError("there is no " + TitleOf(deviceId, variableId), call);
   }
   return *variable;
 }
@@ -55,8 +60,8 @@ std::vector<VariableEntry> HostVariables::List(Host::Flags flags) const {
 }
 
 HostVariables::Taken HostVariables::Take(unsigned long deviceId, unsigned long variableId, bool user) {
-  if (Get(deviceId, variableId).Entry().user != user) {
-    throw HostError(TitleOf(deviceId, variableId) + (user ? " is no user variable" : " is a user variable"));
+  if (Get(deviceId, variableId, kRemoval).Entry().user != user) {
+    throw HostError(TitleOf(deviceId, variableId) + (user ? " is no user variable" : " is a user variable"), kRemoval);
   }
   Taken taken;
   taken.push_back(m_manager.Take(deviceId, variableId));

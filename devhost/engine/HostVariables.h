@@ -2,6 +2,7 @@
 #define DEVHOST_ENGINE_HOST_VARIABLES_H
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "devhost/driver/VariableManager.h"
@@ -25,7 +26,8 @@ class HostVariables {
   explicit HostVariables(VariableManager& manager, std::size_t most = kMostVariables) : m_manager(manager), m_most(most) {}
 
   void Add(const VariableEntry& entry);
-  Variable& Get(unsigned long deviceId, unsigned long variableId) const;
+  // `call` is what the error names when there is no such variable.
+  Variable& Get(unsigned long deviceId, unsigned long variableId, const std::string& call = "") const;
   std::vector<VariableEntry> List(Host::Flags flags) const;
 
   Taken Take(unsigned long deviceId, unsigned long variableId, bool user);

@@ -101,13 +101,15 @@ auto LoadedDriver::Call(const std::string& description, Action action) {
     problem = "something that is no std::exception";
   }
   // Thrown behind the handlers: the driver's exception object is gone before its module can be.
-  throw HostError("an exception came out of " + description + " of " + Title() + ": " + problem);
+  throw HostError("an exception came out of " + description + " of " + Title() + ": " + problem, &m_entry, description,
+                  "an exception came out: " + problem);
 }
 
 void LoadedDriver::Create() {
   Call("creation", [this] { m_driver = m_module.CreateDriver(m_instances); });
   if (m_driver == nullptr) {
-    throw HostError(Title() + " was not made: its module \"" + m_entry.module + "\" returned none");
+    const std::string problem = "was not made: its module \"" + m_entry.module + "\" returned none";
+    throw HostError(Title() + " " + problem, &m_entry, "creation", problem);
   }
 }
 
@@ -121,9 +123,12 @@ void LoadedDriver::Initialize(H7XML::INode& config, H7XML::INode* persisted) {
     m_base = BaseState::Initialized;
   }
   if (result != 0) {
-    m_core.Emit(Occurrence::Kind::Failure, this, "",
-                Title() + (m_entry.origin.empty() ? "" : " (" + m_entry.origin + ")") +
-                    " could not start: its Initialize returned " + std::to_string(result) + "; allowed: 0 for success");
+    Occurrence failure{Occurrence::Kind::Failure, 0, "", "",
+                       Title() + (m_entry.origin.empty() ? "" : " (" + m_entry.origin + ")") +
+                           " could not start: its Initialize returned " + std::to_string(result) +
+                           "; allowed: 0 for success"};
+    failure.call = "Initialize";
+    m_core.Emit(this, std::move(failure));
   }
 }
 
@@ -132,19 +137,23 @@ void LoadedDriver::MakeRegisterCommands() {
 }
 
 std::string LoadedDriver::Command(const std::string& name, const Parameters& parameters) {
+  const std::string call = "command \"" + name + "\"";
   const std::shared_ptr<const CommandTable::Handler> handler = m_commands.Find(name);
   if (handler == nullptr) {
     std::string known;
     for (const std::string& each : m_commands.Names()) {
       known += (known.empty() ? "; it has: " : ", ") + each;
     }
-    throw HostError(Title() + " has no command \"" + name + "\"" + (known.empty() ? "; it has none" : known));
+    const std::string problem = "has no command \"" + name + "\"" + (known.empty() ? "; it has none" : known);
+    throw HostError(Title() + " " + problem, &m_entry, call, problem);
   }
-  m_core.Emit(Occurrence::Kind::Command, this, name, TextOf(name, parameters));
+  Occurrence occurrence{Occurrence::Kind::Command, 0, "", name, ""};
+  occurrence.parameters = parameters;
+  m_core.Emit(this, std::move(occurrence));
   const CommandMessage message(parameters);
   std::string replyName;
   std::string reply;
-  Call("command \"" + name + "\"", [&] {
+  Call(call, [&] {
     const h7::auto_com<H7XML::INode> node = (*handler)(message);
     if (node) {
       reply = XmlText(*node, XmlStyle::Compact);
@@ -258,7 +267,7 @@ void LoadedDriver::Report(const std::string& what) {
 bool LoadedDriver::Enter(const char* operation, From from) {
   // No driver is being called: what the host itself is doing meanwhile is still the call that is under way.
   CallGate::Call innermost;
-  if (!m_core.gate.Enter({nullptr, operation + (" of " + Title())}, innermost)) {
+  if (!m_core.gate.Enter({nullptr, operation, Title()}, innermost)) {
     Report(std::string(operation) + " came from a second thread; it was refused");
     return false;
   }

@@ -60,27 +60,28 @@ std::string Joined(const std::string& left, const std::string& right) {
 }  // namespace
 
 void Printer::Print(const Occurrence& occurrence, const std::string& where) {
-  const std::string driver = occurrence.driverName.empty() ? "-" : occurrence.driverName;
+  const std::string known = DriverOf(occurrence);
+  const std::string driver = known.empty() ? "-" : known;
   switch (occurrence.kind) {
     case Occurrence::Kind::Load:
       return Line("load", driver + " " + std::to_string(occurrence.driverId) + " " + occurrence.text);
     case Occurrence::Kind::Unload:
       return Line("unload", driver);
     case Occurrence::Kind::Command:
-      return Line("command", Joined(driver, occurrence.text));
+      return Line("command", Joined(driver, TextOf(occurrence)));
     case Occurrence::Kind::Reply:
       m_masker.LearnFromXml(occurrence.text);
       return Xml("reply", driver, occurrence.text);
     case Occurrence::Kind::Notification:
       return Xml("notification", driver, occurrence.text);
     case Occurrence::Kind::Event:
-      return Line("event", m_masker.Text(occurrence.text));
+      return Line("event", m_masker.Text(TextOf(occurrence)));
     case Occurrence::Kind::Log:
-      return Line("log", Joined(Joined(driver, occurrence.name), m_masker.Text(occurrence.text)));
+      return Line("log", Joined(Joined(driver, std::to_string(occurrence.level)), m_masker.Text(occurrence.text)));
     case Occurrence::Kind::Invalidate:
       return Line("invalidate", driver);
     case Occurrence::Kind::Manners:
-      return Line("manners", Joined(driver, m_masker.Text(occurrence.text)) + " (" + where + ")");
+      return Line("manners", Joined(driver, m_masker.Text(TextOf(occurrence))) + " (" + where + ")");
     case Occurrence::Kind::Failure:
     case Occurrence::Kind::StateProblem:
       return Line("error", where + ": " + m_masker.Text(occurrence.text));

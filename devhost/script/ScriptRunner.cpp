@@ -26,14 +26,14 @@ Parameters ReadParameters(const std::vector<ScriptParameter>& given) {
   return parameters;
 }
 
-// A command as the script has it: a file's text can be long and is not what one wants to see here.
-std::string CommandText(const CommandAction& action, const Masker& secrets) {
+// A command's parameters as the script has them: a file's text can be long and is not what one wants to see here.
+Parameters ShownParameters(const CommandAction& action, const Masker& secrets) {
   Parameters shown;
   for (const ScriptParameter& parameter : action.parameters) {
     const bool marked = parameter.isFile || parameter.value.compare(0, 1, "@") == 0;
     shown.emplace_back(parameter.name, (marked ? "@" : "") + parameter.value);
   }
-  return TextOf(action.name, secrets.CommandParameters(shown));
+  return secrets.CommandParameters(shown);
 }
 
 // The start of a text that may be a whole file.
@@ -137,7 +137,7 @@ void ScriptRunner::OnOccurrence(const Occurrence& occurrence) {
   }
   if (kind == Occurrence::Kind::Command && m_command) {
     Occurrence shown = occurrence;
-    shown.text = *std::exchange(m_command, std::nullopt);
+    shown.parameters = *std::exchange(m_command, std::nullopt);
     m_printer.Print(shown, m_where);
     return;
   }
@@ -172,7 +172,7 @@ void ScriptRunner::Do(const CommandAction& action) {
   BeginAction();
   const Parameters parameters = ReadParameters(action.parameters);
   m_printer.Secrets().Learn(parameters);
-  m_command = CommandText(action, m_printer.Secrets());
+  m_command = ShownParameters(action, m_printer.Secrets());
   const std::string reply = action.driverId ? m_host->Command(*action.driverId, action.name, parameters)
                                             : m_host->Command(action.name, parameters);
   if (action.mustSucceed) {

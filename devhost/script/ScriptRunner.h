@@ -89,8 +89,8 @@ class ScriptRunner : private HostObserver {
   StateStore& m_states;
   Printer& m_printer;
   std::unique_ptr<Host> m_host;
-  std::string m_where;                   // what is being done: "FILE:LINE"
-  std::optional<std::string> m_command;  // how the command that goes out next is shown
+  std::string m_where;                  // what is being done: "FILE:LINE"
+  std::optional<Parameters> m_command;  // how those of the command that goes out next are shown
   bool m_asking = false;
   bool m_givenUp = false;
   std::optional<std::string> m_reply;

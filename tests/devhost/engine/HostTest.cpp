@@ -82,7 +82,7 @@ TEST_F(AHost, BringsACommandAndItsReply) {
   EXPECT_THAT(observer.Kinds(), ElementsAre(Kind::Command, Kind::Reply));
   EXPECT_EQ(observer.all[0].name, "Echo");
   EXPECT_EQ(observer.all[0].driverId, 7U);
-  EXPECT_THAT(observer.all[0].text, testing::StartsWith("Echo text="));
+  EXPECT_EQ(observer.all[0].parameters, (Parameters{{"text", "a b"}, {"number", " 12 "}}));
   EXPECT_EQ(observer.all[1].name, "Echo");
 }
 
@@ -134,7 +134,7 @@ TEST_F(AHost, PassesOnLogNotificationAndInvalidation) {
   observer.all.clear();
   host.Command(7, "Say", {{"text", "100%"}});
   EXPECT_THAT(observer.Kinds(), ElementsAre(Kind::Command, Kind::Log, Kind::Notification, Kind::Invalidate, Kind::Reply));
-  EXPECT_EQ(observer.all[1].name, "3");
+  EXPECT_EQ(observer.all[1].level, 3U);
   EXPECT_EQ(observer.all[1].text, "hi says 100%");
   EXPECT_EQ(observer.all[1].driverId, 7U);
   EXPECT_EQ(observer.all[2].text, "<Said>100%</Said>");
@@ -148,7 +148,8 @@ TEST_F(AHost, BringsEventsToTheListenersOfTheirIdInOrderOfRegistration) {
   host.SendEvent("OnItemRemoved", {{"iditem", "5"}, {"idroom", "0"}});
   host.SendEvent("OnVariableAdded", {});
   EXPECT_THAT(observer.Kinds(), ElementsAre(Kind::Event, Kind::Notification, Kind::Notification, Kind::Event));
-  EXPECT_EQ(observer.all[0].text, "OnItemRemoved iditem=5 idroom=0");
+  EXPECT_EQ(observer.all[0].name, "OnItemRemoved");
+  EXPECT_EQ(observer.all[0].parameters, (Parameters{{"iditem", "5"}, {"idroom", "0"}}));
   EXPECT_EQ(observer.all[1].text, "<Heard>OnItemRemoved iditem:5 idroom:0</Heard>");
   EXPECT_EQ(observer.all[1].driverId, 7U);
   EXPECT_EQ(observer.all[2].text, "<Heard>OnItemRemoved iditem:5 idroom:0</Heard>");
@@ -256,6 +257,7 @@ TEST_F(AHost, IsNotStoppedFromInsideACall) {
 TEST_F(AHost, ReportsAFailedInitializeAndGoesOn) {
   host.Load(Entry(7, "seven", "well_behaved", "<config greeting='hi' result='5'/>"));
   EXPECT_THAT(observer.Texts(Kind::Failure), ElementsAre(HasSubstr("could not start: its Initialize returned 5")));
+  EXPECT_EQ(observer.all[1].call, "Initialize");
   EXPECT_EQ(host.Command(7, "GreetFirst", {}), "<Greeting>hi</Greeting>");
 }
 

@@ -22,7 +22,9 @@ std::string Printed(const Occurrence& occurrence, PrintStyle style = PrintStyle(
 }
 
 Occurrence Make(Occurrence::Kind kind, const std::string& name, const std::string& text) {
-  return Occurrence{kind, 12, "kitchen", name, text};
+  Occurrence occurrence{kind, 12, "kitchen", name, text};
+  occurrence.level = 3;
+  return occurrence;
 }
 
 PrintStyle Pretty() {
@@ -56,11 +58,24 @@ TEST(AReplyInPrettyStyleThatCannotBeLaidOut, IsPrintedAsItCame) {
 }
 
 TEST(ALogLine, CarriesItsLevelAndShowsControlCharacters) {
-  EXPECT_EQ(Printed(Make(Occurrence::Kind::Log, "3", "a\nb\x1b[31m")), "log kitchen 3 a\\nb\\x1b[31m\n");
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Log, "", "a\nb\x1b[31m")), "log kitchen 3 a\\nb\\x1b[31m\n");
 }
 
 TEST(ALogLineOfNobody, HasADashForItsDriver) {
-  EXPECT_EQ(Printed(Occurrence{Occurrence::Kind::Log, 0, "", "3", "a"}), "log - 3 a\n");
+  EXPECT_EQ(Printed(Occurrence{Occurrence::Kind::Log, 0, "", "", "a"}), "log - 0 a\n");
+}
+
+TEST(ACommand, IsPrintedAsAScriptWritesIt) {
+  Occurrence command{Occurrence::Kind::Command, 12, "kitchen", "Echo", ""};
+  command.parameters = {{"text", "a b"}, {"number", "12"}};
+  EXPECT_EQ(Printed(command), "command kitchen Echo text='a b' number=12\n");
+}
+
+TEST(BadManners, NameTheCandidatesAndTheCall) {
+  Occurrence manners{Occurrence::Kind::Manners, 0, "", "", "too early"};
+  manners.candidates = {"kitchen", "cellar"};
+  manners.call = "stop";
+  EXPECT_EQ(Printed(manners), "manners kitchen|cellar too early, during stop (a.devhost:7)\n");
 }
 
 TEST(BadManners, NameWhatTheScriptWasDoing) {
@@ -78,17 +93,23 @@ TEST(WhatMayHoldASecret, IsPrintedWithoutIt) {
     EXPECT_EQ(Printed(Make(kind, "", xml)), std::string(word) + " kitchen <a><community>*****</community></a>\n");
   }
   const std::string line = "rocommunity hidden";
-  for (const Occurrence::Kind kind : {Occurrence::Kind::Event, Occurrence::Kind::Log, Occurrence::Kind::Manners,
-                                      Occurrence::Kind::Failure, Occurrence::Kind::StateProblem}) {
-    EXPECT_THAT(Printed(Make(kind, "3", line)),
+  for (const Occurrence::Kind kind :
+       {Occurrence::Kind::Log, Occurrence::Kind::Manners, Occurrence::Kind::Failure, Occurrence::Kind::StateProblem}) {
+    EXPECT_THAT(Printed(Make(kind, "", line)),
                 testing::AllOf(testing::HasSubstr("rocommunity *****"), testing::Not(testing::HasSubstr("hidden"))));
   }
+}
+
+TEST(WhatMayHoldASecret, IsHiddenInAnEventToo) {
+  Occurrence event{Occurrence::Kind::Event, 0, "", "OnItemRemoved", ""};
+  event.parameters = {{"community", "hidden"}};
+  EXPECT_EQ(Printed(event), "event OnItemRemoved community=*****\n");
 }
 
 TEST(WhatMayHoldASecret, IsPrintedAsItIsOnRequest) {
   PrintStyle style;
   style.showSecrets = true;
-  EXPECT_EQ(Printed(Make(Occurrence::Kind::Log, "3", "rocommunity hidden"), style), "log kitchen 3 rocommunity hidden\n");
+  EXPECT_EQ(Printed(Make(Occurrence::Kind::Log, "", "rocommunity hidden"), style), "log kitchen 3 rocommunity hidden\n");
   EXPECT_EQ(Printed(Make(Occurrence::Kind::Reply, "", "<community>hidden</community>"), style),
             "reply kitchen <community>hidden</community>\n");
 }

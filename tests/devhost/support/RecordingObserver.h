@@ -17,12 +17,12 @@ class RecordingObserver : public devhost::HostObserver {
     }
   }
 
-  // The texts of one kind, in order.
+  // The lines of text of one kind, in order.
   std::vector<std::string> Texts(devhost::Occurrence::Kind kind) const {
     std::vector<std::string> texts;
     for (const devhost::Occurrence& occurrence : all) {
       if (occurrence.kind == kind) {
-        texts.push_back(occurrence.text);
+        texts.push_back(TextOf(occurrence));
       }
     }
     return texts;

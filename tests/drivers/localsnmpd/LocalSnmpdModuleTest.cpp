@@ -71,7 +71,7 @@ class TheModule : public testing::Test, private devhost::HostObserver {
 
   void OnOccurrence(const Occurrence& occurrence) override {
     if (occurrence.kind == Occurrence::Kind::Manners) {
-      m_manners += occurrence.text + "\n";
+      m_manners += TextOf(occurrence) + "\n";
     }
   }
 

@@ -62,10 +62,10 @@ class ASimulatedDevice : public testing::Test, private devhost::HostObserver {
 
   void OnOccurrence(const Occurrence& occurrence) override {
     if (occurrence.kind == Occurrence::Kind::Log) {
-      m_log.push_back(occurrence.name + ": " + occurrence.text);
+      m_log.push_back(std::to_string(occurrence.level) + ": " + occurrence.text);
     } else if (occurrence.kind == Occurrence::Kind::Manners) {
       ++m_manners;
-      m_mannersText += occurrence.text + "\n";
+      m_mannersText += TextOf(occurrence) + "\n";
     }
   }
 
