@@ -42,15 +42,6 @@ class H7_HOST_API DriverServices {
 // Under this identifier a driver's instance manager answers with its `DriverServices*`.
 inline constexpr char DriverServices_IID[] = "devhost.DriverServices";
 
-// Where `LogXMessage` goes. One sink for the process; null (the initial state) sends lines to standard error. Returns the
-// sink that was set before. The sink is called with the formatted line, without a line feed, and must not throw.
-class LogSink {
- public:
-  virtual ~LogSink() = default;
-  virtual void Log(unsigned int level, const char* line) noexcept = 0;
-};
-LogSink* SetLogSink(LogSink* sink) noexcept;
-
 }  // namespace devhost
 
 #endif

@@ -81,10 +81,14 @@ unsigned int SystemEventIdOf(const std::string& name) {
   return 0;
 }
 
+std::string SystemEventTitle(const std::string& name) {
+  return "event \"" + name + "\"";
+}
+
 std::string SystemEventTitle(unsigned int eventId) {
   for (const NamedEvent& event : kEvents) {
     if (eventId == static_cast<unsigned int>(event.id)) {
-      return "event \"" + std::string(event.name) + "\"";
+      return SystemEventTitle(event.name);
     }
   }
   return "system event " + std::to_string(eventId);

@@ -42,6 +42,7 @@ class EventListeners {
 // The id under which an event of that name goes out; 0 when the name is not known.
 unsigned int SystemEventIdOf(const std::string& name);
 // How messages name an event: event "OnItemRemoved", or system event 99 when the id is not known.
+std::string SystemEventTitle(const std::string& name);
 std::string SystemEventTitle(unsigned int eventId);
 // The known names, for messages.
 std::string SystemEventNames();

@@ -1,29 +1,17 @@
 #include "host/LogXMessage.h"
 
+#include <atomic>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <string>
 
-#include "devhost/driver/DriverServices.h"
-#include "devhost/driver/LogCaller.h"
+#include "devhost/driver/LogSink.h"
 
 namespace devhost {
 namespace {
 
-LogSink* s_logSink = nullptr;
-thread_local const void* t_logCaller = nullptr;
-
-void Write(unsigned int level, const char* line, const void* caller) noexcept {
-  if (s_logSink == nullptr) {
-    std::fprintf(stderr, "log %u: %s\n", level, line);
-    return;
-  }
-  const void* const outer = t_logCaller;
-  t_logCaller = caller;
-  s_logSink->Log(level, line);
-  t_logCaller = outer;
-}
+std::atomic<LogSink*> s_sink{nullptr};
 
 // False when the format cannot be followed or there is no memory for the line.
 bool Format(std::string& line, const char* format, std::va_list arguments) noexcept {
@@ -46,19 +34,14 @@ bool Format(std::string& line, const char* format, std::va_list arguments) noexc
 }  // namespace
 
 LogSink* SetLogSink(LogSink* sink) noexcept {
-  LogSink* const before = s_logSink;
-  s_logSink = sink;
-  return before;
-}
-
-const void* LogCaller() noexcept {
-  return t_logCaller;
+  return s_sink.exchange(sink);
 }
 
 }  // namespace devhost
 
 void LogXMessage(unsigned int level, const char* format, ...) {
-  if (format == nullptr) {
+  devhost::LogSink* const sink = devhost::s_sink;
+  if (format == nullptr || sink == nullptr) {
     return;
   }
   std::string line;
@@ -67,6 +50,6 @@ void LogXMessage(unsigned int level, const char* format, ...) {
   const bool formatted = devhost::Format(line, format, arguments);
   va_end(arguments);
   if (formatted) {
-    devhost::Write(level, line.c_str(), __builtin_return_address(0));
+    sink->Log(level, line.c_str(), __builtin_return_address(0));
   }
 }

@@ -4,7 +4,6 @@
 #include <iterator>
 #include <utility>
 
-#include "devhost/driver/DriverModule.h"
 #include "devhost/engine/LoadedDriver.h"
 
 namespace devhost {
@@ -47,16 +46,6 @@ void HostCore::Report(const LoadedDriver* driver, const std::string& what, const
   Emit(driver, std::move(occurrence), candidates);
 }
 
-void HostCore::ReportCode(const LoadedDriver* driver, const void* code, const std::string& what) {
-  // Where several drivers share the module, the one that is being called need not be the one that did it.
-  const Drivers owners = OwnersOf(code);
-  const LoadedDriver* const culprit = owners.size() > 1 ? nullptr : driver;
-  const std::string file = !owners.empty()      ? owners.front()->Entry().module
-                           : culprit != nullptr ? culprit->Entry().module
-                                                : ModuleFileOf(code);
-  Report(culprit, what + ", by module \"" + file + "\"", owners);
-}
-
 HostCore::Drivers HostCore::OwnersOf(const void* code) const {
   Drivers owners;
   const CodePlace place(code);
@@ -73,21 +62,13 @@ std::shared_ptr<LoadedDriver> HostCore::CalledOf(const Drivers& drivers) const {
   return found != drivers.end() ? *found : nullptr;
 }
 
-std::shared_ptr<LoadedDriver> HostCore::OneOf(const Drivers& owners) const {
-  return owners.size() == 1 ? owners.front() : CalledOf(owners);
-}
-
-std::shared_ptr<LoadedDriver> HostCore::OwnerOf(const void* code) const {
-  return OneOf(OwnersOf(code));
-}
-
 std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
   const Drivers owners = OwnersOf(code);
-  if (!owners.empty()) {
-    return OneOf(owners);
+  if (owners.size() == 1) {
+    return owners.front();
   }
   const std::lock_guard<std::mutex> lock(m_driversMutex);
-  return CalledOf(m_drivers);
+  return CalledOf(owners.empty() ? m_drivers : owners);
 }
 
 HostCore::Drivers HostCore::Snapshot() const {
@@ -147,21 +128,16 @@ void HostCore::NoteStateTaken(const LoadedDriver& driver) {
   }
 }
 
-CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code)
-    : m_core(core) {
-  const CallGate::Call call{driver, description, driver != nullptr ? driver->Title() : ""};
+CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::string& operation) : m_core(core) {
+  const CallGate::Call call{driver, operation, driver != nullptr ? driver->Title() : ""};
   CallGate::Call innermost;
   if (m_core.gate.Enter(call, innermost)) {
     return;
   }
   const std::string problem = "came from a second thread while " + innermost.Description() + " is under way; it was refused";
   const std::string what = call.Description() + " " + problem;
-  if (code != nullptr) {
-    m_core.ReportCode(m_core.OwnerOf(code).get(), code, what);
-  } else {
-    m_core.Report(driver, what);
-  }
-  throw HostError(what, driver != nullptr ? &driver->Entry() : nullptr, description, problem);
+  m_core.Report(driver, what);
+  throw HostError(what, driver != nullptr ? &driver->Entry() : nullptr, operation, problem);
 }
 
 CallScope::~CallScope() {

@@ -40,13 +40,10 @@ class HostCore {
   }
   // Reports a driver that broke the rules; the call that is under way is named with it.
   void Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates = {});
-  // The same, with the name of the module that the code at that address stands in.
-  void ReportCode(const LoadedDriver* driver, const void* code, const std::string& what);
   std::size_t MannersCount() const { return m_mannersCount; }
 
-  // The driver whose module holds that code; where several share the module, the one that is being called, or null.
-  std::shared_ptr<LoadedDriver> OwnerOf(const void* code) const;
-  // The same on the thread of the call that is under way: code of no driver's module counts for the driver that is being
+  // The driver whose code that is, on the thread of the call that is under way; null when nobody is known. Where several
+  // share the module, it is the one that is being called. Code of no driver's module counts for the driver that is being
   // called, because a driver's last act may have been a jump.
   std::shared_ptr<LoadedDriver> DriverOf(const void* code) const;
   // All drivers whose module holds that code, in the order of loading.
@@ -73,8 +70,6 @@ class HostCore {
 
   // The one of them that is being called, or null.
   std::shared_ptr<LoadedDriver> CalledOf(const Drivers& drivers) const;
-  // The only one, or the one that is being called, or null.
-  std::shared_ptr<LoadedDriver> OneOf(const Drivers& owners) const;
 
   HostObserver& m_observer;
   std::recursive_mutex m_emitting;  // the observer may call the host
@@ -89,9 +84,8 @@ class HostCore {
 // A call that is under way, for as long as the scope lives.
 class CallScope {
  public:
-  // `driver` may be null. When another thread is inside, the call is reported, as done by the code at that address (null: by
-  // `driver` itself), and HostError is thrown.
-  CallScope(HostCore& core, const LoadedDriver* driver, const std::string& description, const void* code);
+  // `driver` may be null. When another thread is inside, the call is reported and HostError is thrown.
+  CallScope(HostCore& core, const LoadedDriver* driver, const std::string& operation);
   ~CallScope();
   CallScope(const CallScope&) = delete;
   CallScope& operator=(const CallScope&) = delete;

@@ -1,10 +1,8 @@
 #include "devhost/engine/HostVariables.h"
 
 #include <cstdint>
-#include <iterator>
 #include <limits>
 #include <string>
-#include <utility>
 
 #include "devhost/text/Words.h"
 
@@ -63,15 +61,9 @@ HostVariables::Taken HostVariables::Take(unsigned long deviceId, unsigned long v
   if (Get(deviceId, variableId, kRemoval).Entry().user != user) {
     throw HostError(TitleOf(deviceId, variableId) + (user ? " is no user variable" : " is a user variable"), kRemoval);
   }
-  Taken taken;
-  taken.push_back(m_manager.Take(deviceId, variableId));
+  const Taken taken = m_taken.emplace(m_taken.end());
+  m_taken.back().push_back(m_manager.Take(deviceId, variableId));
   return taken;
-}
-
-void HostVariables::Release(Taken taken, bool heard) {
-  if (!heard) {
-    m_retired.insert(m_retired.end(), std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end()));
-  }
 }
 
 }  // namespace devhost

@@ -2,6 +2,7 @@
 #define DEVHOST_ENGINE_HOST_VARIABLES_H
 
 #include <cstddef>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,8 @@ namespace devhost {
 // it any more; then the event is sent, while the variable still stands; then it is released.
 class HostVariables {
  public:
-  using Taken = std::vector<VariableManager::Taken>;
+  // Variables that were taken out, and still stand where they were.
+  using Taken = std::list<std::vector<VariableManager::Taken>>::const_iterator;
 
   // Drivers get to see the list as XML, which holds no more than twice as many elements.
   static constexpr std::size_t kMostVariables = 2000000;
@@ -30,16 +32,16 @@ class HostVariables {
   Variable& Get(unsigned long deviceId, unsigned long variableId, const std::string& call = "") const;
   std::vector<VariableEntry> List(Host::Flags flags) const;
 
+  // Each takes variables out. They stand, unseen, until they are freed or the host is gone.
   Taken Take(unsigned long deviceId, unsigned long variableId, bool user);
-  Taken TakeDevice(unsigned long deviceId) { return m_manager.TakeDevice(deviceId); }
-  // Frees what was taken out. With `heard` false some driver may not have dropped its pointer, and the variables stay,
-  // unseen, until the host is gone.
-  void Release(Taken taken, bool heard);
+  Taken TakeDevice(unsigned long deviceId) { return m_taken.insert(m_taken.end(), m_manager.TakeDevice(deviceId)); }
+  // Only when every driver has dropped its pointers.
+  void Free(Taken taken) { m_taken.erase(taken); }
 
  private:
   VariableManager& m_manager;
   const std::size_t m_most;
-  Taken m_retired;
+  std::list<std::vector<VariableManager::Taken>> m_taken;
 };
 
 }  // namespace devhost

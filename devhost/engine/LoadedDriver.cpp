@@ -1,86 +1,16 @@
 #include "devhost/engine/LoadedDriver.h"
 
-#include <unistd.h>
-
-#include <atomic>
-#include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <utility>
 
 #include "devhost/driver/CommandMessage.h"
+#include "devhost/engine/EndNote.h"
 #include "devhost/engine/HostCore.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/ISystemEventCallback.h"
 #include "host/SystemEventId.h"
 
 namespace devhost {
-namespace {
-
-// Names the driver when its destructor throws: the language ends the process then, whatever the host does.
-class TerminateNote {
- public:
-  explicit TerminateNote(const std::string& title) : m_outerTitle(s_title), m_handler(std::set_terminate(&Terminate)) {
-    if (m_handler != &Terminate) {
-      s_next = m_handler;
-    }
-    s_title = title.c_str();
-  }
-  ~TerminateNote() {
-    s_title = m_outerTitle;
-    std::set_terminate(m_handler);
-  }
-  TerminateNote(const TerminateNote&) = delete;
-  TerminateNote& operator=(const TerminateNote&) = delete;
-
- private:
-  [[noreturn]] static void Terminate() {
-    std::fprintf(stderr, "devhost: %s ended the process while it was destroyed: its destructor threw\n", s_title);
-    if (s_next != nullptr) {
-      s_next();
-    }
-    std::abort();
-  }
-
-  static const char* s_title;
-  static std::terminate_handler s_next;
-  const char* m_outerTitle;
-  std::terminate_handler m_handler;
-};
-
-const char* TerminateNote::s_title = "";
-std::terminate_handler TerminateNote::s_next = nullptr;
-
-// A driver that ends the process takes the rest of the script with it, and its own status must not pass for success.
-class ExitNote {
- public:
-  explicit ExitNote(const std::string& call) : m_call(call), m_outer(s_innermost.exchange(this)) {
-    static const int s_registered = std::atexit(&OnExit);
-    static_cast<void>(s_registered);
-  }
-  ~ExitNote() { s_innermost = m_outer; }
-  ExitNote(const ExitNote&) = delete;
-  ExitNote& operator=(const ExitNote&) = delete;
-
- private:
-  static void OnExit() {
-    const ExitNote* const innermost = s_innermost;
-    if (innermost != nullptr) {
-      std::fprintf(stderr, "devhost: the process was ended during %s; drivers return from every call\n",
-                   innermost->m_call.c_str());
-      ::_exit(1);
-    }
-  }
-
-  static std::atomic<const ExitNote*> s_innermost;
-  const std::string m_call;
-  const ExitNote* const m_outer;
-};
-
-std::atomic<const ExitNote*> ExitNote::s_innermost{nullptr};
-
-}  // namespace
-
 LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
     : m_core(core),
       m_entry(entry),
@@ -90,8 +20,8 @@ LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
 
 template <class Action>
 auto LoadedDriver::Call(const std::string& description, Action action) {
-  const CallScope scope(m_core, this, description, nullptr);
-  const ExitNote note(description + " of " + Title());
+  const CallScope scope(m_core, this, description);
+  const EndNote note(description + " of " + Title());
   std::string problem;
   try {
     return action();
@@ -167,7 +97,7 @@ std::string LoadedDriver::Command(const std::string& name, const Parameters& par
 void LoadedDriver::DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event) {
   // Every listener gets a node of its own, so that none sees what another one did to it.
   const h7::auto_com<H7XML::INode> node = MakeXmlNode(event);
-  Call("event \"" + name + "\"", [&] { listener.OnSystemEvent(*node); });
+  Call(SystemEventTitle(name), [&] { listener.OnSystemEvent(*node); });
 }
 
 std::string LoadedDriver::GetPersistState(XmlStyle style) {
@@ -179,15 +109,13 @@ std::string LoadedDriver::GetPersistState(XmlStyle style) {
 
 void LoadedDriver::Destroy() noexcept {
   try {
-    const CallScope scope(m_core, this, "destruction", nullptr);
-    const std::string title = Title();
-    const TerminateNote note(title);
-    const ExitNote exitNote("destruction of " + title);
+    const CallScope scope(m_core, this, "destruction");
+    const EndNote note("destruction of " + Title());
     m_commands.Clear();
     delete std::exchange(m_driver, nullptr);
     ReportLeftovers();
-  } catch (const std::exception& exception) {
-    std::fprintf(stderr, "devhost: %s\n", exception.what());
+  } catch (...) {
+    // A second thread that is inside has been reported; a report for which there is no memory is lost.
   }
 }
 

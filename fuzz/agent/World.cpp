@@ -1,6 +1,7 @@
 #include "fuzz/agent/World.h"
 
 #include "agent/ISNMPConfigurationAgent.h"
+#include "devhost/driver/DriverServices.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/H7XML.h"
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "devhost/driver/DriverServices.h"
+#include "devhost/driver/LogSink.h"
 #include "fuzz/support/Clock.h"
 #include "tests/support/Journal.h"
 #include "tests/support/RecordingDevice.h"

@@ -164,7 +164,7 @@ void RecordingHost::RegisterUICmd(const std::string& name, Handler handler) {
   m_handlers[name] = std::move(handler);
 }
 
-void RecordingHost::Log(unsigned int level, const char* line) noexcept {
+void RecordingHost::Log(unsigned int level, const char* line, const void*) noexcept {
   try {
     m_journal.Note("Log " + std::to_string(level) + ' ' + line);
   } catch (...) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "devhost/driver/DriverServices.h"
+#include "devhost/driver/LogSink.h"
 #include "host/IDriver.h"
 #include "host/IDriverManager.h"
 #include "host/IInstanceManager.h"
@@ -114,7 +115,7 @@ class RecordingHost : private devhost::DriverServices,
   IVariable* FindVariable(unsigned long deviceId, unsigned long variableId) override;
   void ListVariables(std::string& xml, bool userVariables) override;
   void RegisterUICmd(const std::string& name, Handler handler) override;
-  void Log(unsigned int level, const char* line) noexcept override;
+  void Log(unsigned int level, const char* line, const void* caller) noexcept override;
 
   Journal& m_journal;
   std::vector<Listener> m_listeners;

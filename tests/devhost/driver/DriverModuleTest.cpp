@@ -3,15 +3,13 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include "tests/devhost/support/TestModules.h"
+
 namespace devhost {
 namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
-
-std::string Module(const std::string& name) {
-  return std::string(TEST_MODULE_FOLDER) + "/" + name + ".so";
-}
 
 std::string ErrorOf(const std::string& path) {
   try {
@@ -22,29 +20,21 @@ std::string ErrorOf(const std::string& path) {
   return "";
 }
 
-bool IsInProcess(const std::string& path) {
-  void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
-  if (handle != nullptr) {
-    dlclose(handle);
-  }
-  return handle != nullptr;
-}
-
 TEST(ADriverModule, IsLoadedForAsLongAsItLives) {
   {
-    const DriverModule module(Module("well_behaved"));
+    const DriverModule module(TestModule("well_behaved"));
     EXPECT_STREQ(module.Version(), "1.2.3.4");
     EXPECT_TRUE(module.Contains(module.Version()));
-    EXPECT_FALSE(module.Contains(reinterpret_cast<const void*>(&IsInProcess)));
+    EXPECT_FALSE(module.Contains(reinterpret_cast<const void*>(&ErrorOf)));
     EXPECT_FALSE(module.Contains(nullptr));
-    EXPECT_EQ(ModuleFileOf(module.Version()), Module("well_behaved"));
-    EXPECT_TRUE(IsInProcess(Module("well_behaved")));
+    EXPECT_EQ(ModuleFileOf(module.Version()), TestModule("well_behaved"));
+    EXPECT_TRUE(IsInProcess("well_behaved"));
   }
-  EXPECT_FALSE(IsInProcess(Module("well_behaved")));
+  EXPECT_FALSE(IsInProcess("well_behaved"));
 }
 
 TEST(ADriverModule, KeepsItsSymbolsToItself) {
-  const DriverModule module(Module("well_behaved"));
+  const DriverModule module(TestModule("well_behaved"));
   EXPECT_EQ(dlsym(RTLD_DEFAULT, "GetCreationFunc"), nullptr);
 }
 
@@ -65,15 +55,15 @@ TEST(ATextFile, IsNoModule) {
 }
 
 TEST(AModuleWithAnOpenSymbol, IsRefusedWithTheSymbolsName) {
-  EXPECT_THAT(ErrorOf(Module("unresolved")), AllOf(HasSubstr("undefined symbol"), HasSubstr("NobodyOffersThis")));
-  EXPECT_FALSE(IsInProcess(Module("unresolved")));
+  EXPECT_THAT(ErrorOf(TestModule("unresolved")), AllOf(HasSubstr("undefined symbol"), HasSubstr("NobodyOffersThis")));
+  EXPECT_FALSE(IsInProcess("unresolved"));
 }
 
 TEST(AModuleWithoutAnExport, IsRefusedWithTheExportsName) {
-  EXPECT_THAT(ErrorOf(Module("no_factory")), HasSubstr("is no driver module: it does not export \"GetCreationFunc\""));
-  EXPECT_THAT(ErrorOf(Module("no_version")), HasSubstr("is no driver module: it does not export \"versionString\""));
-  EXPECT_FALSE(IsInProcess(Module("no_factory")));
-  EXPECT_FALSE(IsInProcess(Module("no_version")));
+  EXPECT_THAT(ErrorOf(TestModule("no_factory")), HasSubstr("is no driver module: it does not export \"GetCreationFunc\""));
+  EXPECT_THAT(ErrorOf(TestModule("no_version")), HasSubstr("is no driver module: it does not export \"versionString\""));
+  EXPECT_FALSE(IsInProcess("no_factory"));
+  EXPECT_FALSE(IsInProcess("no_version"));
 }
 
 }  // namespace

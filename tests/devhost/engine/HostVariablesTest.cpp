@@ -1,12 +1,10 @@
 // The variables of a host: what drivers see of them, and when they go.
-#include <gmock/gmock.h>
+#include "devhost/engine/HostVariables.h"
 
 #include <limits>
 #include <string>
 
-#include "devhost/engine/Host.h"
-#include "devhost/engine/HostVariables.h"
-#include "tests/devhost/support/RecordingObserver.h"
+#include "tests/devhost/support/HostFixture.h"
 
 namespace devhost {
 namespace {
@@ -15,25 +13,15 @@ using Kind = Occurrence::Kind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class HostVariablesTest : public testing::Test {
+class HostVariablesTest : public HostFixture {
  protected:
   HostVariablesTest() {
-    host.Load({1, "keeper", std::string(TEST_MODULE_FOLDER) + "/keeper.so", "<config/>"});
+    Load(1, "keeper");
     observer.all.clear();
   }
   void TearDown() override {
-    host.Stop();
-    EXPECT_THAT(observer.Texts(Kind::Manners), IsEmpty());
-  }
-
-  template <class Action>
-  static std::string ErrorOf(Action action) {
-    try {
-      action();
-    } catch (const HostError& error) {
-      return error.what();
-    }
-    return "";
+    HostFixture::TearDown();
+    EXPECT_THAT(Reports(), IsEmpty());
   }
 
   void Hold(unsigned long device, unsigned long variable) {
@@ -51,9 +39,6 @@ class HostVariablesTest : public testing::Test {
     }
     return listed;
   }
-
-  RecordingObserver observer;
-  Host host{observer};
 };
 
 using AVariableOfAHost = HostVariablesTest;

@@ -122,9 +122,9 @@ class Rude : public H7BaseAgentDriver, public ISystemEventCallback {
     });
   }
 
-  // Calls the test back in the middle of a command.
+  // Calls the test back, by the address of its std::function, in the middle of a command.
   Reply OnCallBack(ICmdMessage const& message) {
-    reinterpret_cast<void (*)()>(std::stoull(message.GetString("function")))();
+    (*reinterpret_cast<const std::function<void()>*>(std::stoull(message.GetString("function"))))();
     return Reply();
   }
 

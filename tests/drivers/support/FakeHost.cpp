@@ -41,7 +41,7 @@ std::string FakeHost::Command(const std::string& name, const std::map<std::strin
   return ToText(*m_dispatcher.handlers.at(name)(Message(parameters)));
 }
 
-void FakeHost::Log(unsigned int level, const char* line) noexcept {
+void FakeHost::Log(unsigned int level, const char* line, const void*) noexcept {
   log.push_back(std::to_string(level) + ": " + line);
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "devhost/driver/DriverServices.h"
+#include "devhost/driver/LogSink.h"
 #include "host/ICmdMessage.h"
 #include "host/UICmdDispatcher.h"
 #include "host/auto_com.h"
@@ -50,7 +51,7 @@ class FakeHost : private devhost::DriverServices, private devhost::LogSink {
   void UnregisterListener(ISystemEventCallback&, unsigned int, unsigned long) override {}
   void SendDataToUI(const H7XML::INode&) override {}
   void InvalidateState() override { ++invalidations; }
-  void Log(unsigned int level, const char* line) noexcept override;
+  void Log(unsigned int level, const char* line, const void* caller) noexcept override;
 
   FakeInstanceManager m_instances;
   struct Dispatcher m_dispatcher;

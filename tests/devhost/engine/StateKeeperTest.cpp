@@ -1,4 +1,6 @@
 // When the host asks drivers for their states, keeps them and hands them out.
+#include "devhost/engine/StateKeeper.h"
+
 #include <gmock/gmock.h>
 
 #include <string>
@@ -8,6 +10,7 @@
 #include "devhost/xml/XmlObserver.h"
 #include "devhost/xml/XmlReader.h"
 #include "tests/devhost/support/RecordingObserver.h"
+#include "tests/devhost/support/TestModules.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace devhost {
@@ -39,16 +42,17 @@ class CountingStore : public StateMemory {
 class AKeptState : public testing::Test {
  protected:
   static void LoadKeeper(Host& host, unsigned long id, const std::string& config = "<config/>") {
-    host.Load({id, "keeper" + std::to_string(id), std::string(TEST_MODULE_FOLDER) + "/keeper.so", config});
+    host.Load(TestDriver(id, "keeper", config));
   }
   static std::string Set(Host& host, const std::string& text, const std::string& times) {
     return host.Command(7, "Set", {{"text", text}, {"times", times}});
   }
   void TearDown() override {
     EXPECT_THAT(observer.Texts(Kind::Manners), IsEmpty());
-    EXPECT_EQ(LiveXmlObjects(), 0U);
+    EXPECT_EQ(LiveXmlObjects(), liveAtStart);
   }
 
+  const std::size_t liveAtStart = LiveXmlObjects();
   RecordingObserver observer;
   CountingStore store;
 };
