@@ -14,7 +14,7 @@ AutoQueryInstanceRegisterer::~AutoQueryInstanceRegisterer() {
 }
 
 bool AutoQueryInstanceRegisterer::RegisterQuery(const char* iid, void* instance) {
-  // Room for the name comes first: what is published must not be forgotten for want of memory.
+  // The name is stored first: without memory for it, a published instance would never be withdrawn.
   std::string name(iid == nullptr ? "" : iid);
   m_names.reserve(m_names.size() + 1);
   const bool registered = m_manager.RegisterQuery(iid, instance);

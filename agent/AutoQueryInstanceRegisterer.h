@@ -8,19 +8,19 @@ class IInstanceManager;
 
 // Publishes interfaces with an instance manager and withdraws them when it is destroyed.
 //
-// The manager is not owned and outlives this object; so do the instances, until they are withdrawn.
+// It owns neither the manager nor the instances. The manager outlives it; each instance lives until it is withdrawn.
 class AutoQueryInstanceRegisterer {
  public:
   explicit AutoQueryInstanceRegisterer(IInstanceManager& manager);
   AutoQueryInstanceRegisterer(const AutoQueryInstanceRegisterer&) = delete;
   AutoQueryInstanceRegisterer& operator=(const AutoQueryInstanceRegisterer&) = delete;
 
-  // Withdraws what was published, in the order of publication. A manager that throws for one identifier is still asked to
-  // withdraw the others.
+  // Withdraws what was published, in the order of publication. When the manager throws for one identifier, the others are
+  // withdrawn all the same.
   ~AutoQueryInstanceRegisterer();
 
-  // Publishes `instance`, a pointer to exactly the interface that `iid` names. Returns the manager's answer; what the
-  // manager refuses is not withdrawn later.
+  // Publishes `instance`, a pointer to exactly the interface that `iid` names. Returns the manager's answer. When the
+  // manager refuses, nothing is withdrawn later.
   bool RegisterQuery(const char* iid, void* instance);
 
  private:

@@ -4,7 +4,7 @@
 #include "host/HostApi.h"
 #include "host/IDriver.h"
 
-// All that the module shows to the host.
+// All that the module exports to the host.
 extern "C" {
 
 // Returns `SNMPConfigurationAgent::Create`.

@@ -3,25 +3,25 @@
 
 class ISupportSNMP;
 
-// What the SNMP configuration agent offers to SNMP-capable device drivers. Published with the host's instance manager under
-// `ISNMPConfigurationAgent_IID` from the agent's first `Initialize` until its destruction: look it up before each use and
+// What the SNMP configuration agent offers to SNMP-capable device drivers. The host's instance manager publishes it under
+// `ISNMPConfigurationAgent_IID` from the agent's first `Initialize` until its destruction. Look it up before each use and
 // convert the pointer back to exactly this interface.
 //
-// Callable from inside any call that the agent makes into a device; not from another thread. The order of the operations is
-// a binary contract.
+// A device may call it from inside any call that the agent makes into the device, but not from another thread. The order of
+// the operations is a binary contract.
 class ISNMPConfigurationAgent {
  public:
-  // Announces a device. `deviceId` is the driver's id in the project. `device` is not owned; it must stay valid until
-  // `DeleteSNMPDevice`. A null device is logged and ignored. While an id is registered, a second announcement does not
-  // replace the first device; the tool is told "DeviceAdded" all the same.
+  // Announces a device. `deviceId` is the driver's id in the project. The agent does not own `device`, which must stay valid
+  // until `DeleteSNMPDevice`. A null device is logged and ignored. While an id is registered, a second announcement does not
+  // replace the first device, but the tool still gets "DeviceAdded".
   /* 1 */ virtual void AddSNMPDevice(unsigned long deviceId, ISupportSNMP* device) = 0;
 
-  // Withdraws a device; the tool is told "DeviceDeleted", also when the id was never announced. An operation on the device
-  // that is under way when this is called, further up the stack, still finishes.
+  // Withdraws a device. The tool gets "DeviceDeleted", even when the id was never announced. When an operation on the device
+  // is running further up the stack, it still finishes.
   /* 2 */ virtual void DeleteSNMPDevice(unsigned long deviceId) = 0;
 
   // Brings the device's snmpd.conf up to date with its settings: reads the file, fills settings that are empty, rewrites the
-  // managed section, hands the file back. False when the id is unknown or a copy failed.
+  // managed section and passes the file back. Returns false when the id is unknown or a copy failed.
   /* 3 */ virtual bool SetDeviceState(unsigned long deviceId) = 0;
 
  protected:

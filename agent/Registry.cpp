@@ -8,7 +8,7 @@
 
 void SNMPConfigurationAgent::AddSNMPDevice(unsigned long deviceId, ISupportSNMP* device) {
   if (device == nullptr) {
-    // The letter behind the conversion is printed: operators look for the line as it has always been.
+    // The "l" behind "%u" is printed as a letter. It stays, because operators search for the line as it has always been.
     LogXMessage(3, "Unable to add SNMP device %ul.", static_cast<unsigned int>(deviceId));
     return;
   }

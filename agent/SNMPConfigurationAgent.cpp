@@ -34,7 +34,7 @@ SNMPConfigurationAgent::SNMPConfigurationAgent(IInstanceManager& instanceManager
     }
     m_sectionTexts = managed_section::FixedTexts();
   } catch (...) {
-    // The host must not be left with a listener that never came to be.
+    // The host must not keep a listener whose constructor has failed.
     while (listened != 0) {
       --listened;
       Quietly([this, listened] { UnregisterListener(*this, kListenedEvents[listened], 0); });
@@ -63,12 +63,12 @@ int SNMPConfigurationAgent::Initialize(unsigned long driverId, H7XML::INode& con
     try {
       m_registerer->RegisterQuery(ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(this));
     } catch (...) {
-      // Nobody said no, so the next initialisation tries again; else no driver would ever find the agent.
+      // The host did not refuse, so the next initialisation tries again; otherwise no driver would ever find the agent.
       m_registerer.reset();
       throw;
     }
   }
-  // The list is a copy: drivers may announce and publish themselves while they are told. The host destroys none meanwhile.
+  // The list is a copy, because drivers may announce and publish themselves during the calls. The host destroys none then.
   const std::vector<ISupportSNMP*> drivers = GetDriverManager().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID);
   for (ISupportSNMP* const driver : drivers) {
     driver->AgentAvailable();

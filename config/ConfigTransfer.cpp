@@ -35,7 +35,7 @@ void SNMPConfigurationAgent::MergeToConfig(boost::shared_ptr<SNMPDevice> device)
   settings.sysLocation = device->GetSysLocationSetting();
   settings.sysName = device->GetSysNameSetting();
   settings.trapTargets = device->GetTrapTargetsSetting();
-  // The record's text is looked at last: a device may have had it replaced from inside one of the calls above.
+  // The record's text is read last, because a device may have replaced it from inside one of the calls above.
   device->SetConfig(
       managed_section::Merge(managed_section::Write(m_sectionTexts, settings, timeStamp), device->GetConfig()));
 }

@@ -14,7 +14,7 @@ const std::string kWorkingPath("/etc/snmp/snmpd.conf.local");
 
 Texts FixedTexts() {
   Texts texts;
-  // The time stamp follows directly, so the last line is left open.
+  // The time stamp follows directly, so the last line has no line feed.
   texts.header = RULE_LINE
       "#\n"
       "# snmpd.conf\n"

@@ -6,11 +6,11 @@
 // The managed section of a device's snmpd.conf: the block that the agent owns. docs/managed-section.md describes it.
 namespace managed_section {
 
-// The lines that hold these texts open and close the section.
+// The lines that contain these texts open and close the section.
 extern const char kStartMarker[];
 extern const char kEndMarker[];
 
-// The only path that is ever handed to a device together with the text of its file.
+// The path that is passed to every device together with the text of its file.
 extern const std::string kWorkingPath;
 
 // The section's fixed blocks of comment, in the order in which they are written.

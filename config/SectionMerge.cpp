@@ -7,10 +7,11 @@
 namespace managed_section {
 namespace {
 
-// Where the text begins that a new section leaves in place, when `endMarker` is where the old section's end marker stands.
-// That is at the line feed which ends the first line after the marker's line that is no comment, the line itself being
-// dropped: in a file that the agent wrote it is the blank line below the trailer. A setting that follows the trailer
-// directly is lost in this way; the format has always behaved so.
+// Returns where the text begins that is kept below a new section. `endMarker` is the position of the old end marker.
+//
+// The first line below the marker's line that is not a comment is dropped, and the kept text begins at the line feed that
+// ends it. In a file that the agent wrote, this is the blank line below the trailer. A setting directly below the trailer is
+// lost in this way; the format has always behaved so.
 std::size_t KeptFrom(const std::string& text, std::size_t endMarker) {
   std::size_t lineEnd = text.find('\n', endMarker);
   while (lineEnd != std::string::npos) {

@@ -5,12 +5,12 @@
 
 namespace managed_section {
 
-// The new text of a file: `section`, then what is kept of `oldText`.
+// Returns the new text of a file: `section`, then what is kept of `oldText`.
 //
-// Without a complete section in `oldText` (a start marker alone does not make one) all of it is kept, below one more line
-// feed. With one, everything up to and including the first line that holds the end marker is replaced, text above the old
-// section included; so are the comment lines after it and the first line that is none: the blank line after the trailer, in
-// a file that the agent has written.
+// Without a complete section in `oldText` (a start marker alone does not make one), all of it is kept, below one more line
+// feed. With one, these are replaced: everything up to the first line with the end marker, even text above the old section;
+// the comment lines below that line; and the first line below them. In a file that the agent has written, that last line is
+// the blank line after the trailer.
 std::string Merge(std::string section, const std::string& oldText);
 
 }  // namespace managed_section

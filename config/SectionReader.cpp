@@ -21,7 +21,7 @@ bool Contains(const std::string& line, const char* keyword) {
   return line.find(keyword) != std::string::npos;
 }
 
-// Everything on the line but the keyword, inner spacing and quotes kept: quotes go to the device as they stand in the file.
+// Returns the line without the keyword. Inner spaces and quotes are kept: the device gets quotes as they stand in the file.
 std::string WordValue(const std::string& line, const char* keyword) {
   std::string value;
   for (const std::string& token : Tokens(line, Separator(" ", " ", boost::keep_empty_tokens))) {
@@ -33,7 +33,7 @@ std::string WordValue(const std::string& line, const char* keyword) {
   return value;
 }
 
-// One text setting of the device: its keyword in the file and the way to it.
+// One text setting of the device: its keyword in the file, and the operations that read and write it.
 struct WordSetting {
   const char* keyword;
   bool (SNMPDevice::*wasErased)();
@@ -56,7 +56,7 @@ const WordSetting kSystemTexts[] = {
     {"sysName", &SNMPDevice::GetWasSysNameSettingErased, &SNMPDevice::GetSysNameSetting, &SNMPDevice::SetSysNameSetting},
 };
 
-// True when the line is about one of the settings, whether or not the device let it be filled.
+// Returns whether the line is about one of the settings, even if the setting was not filled.
 template <std::size_t Count>
 bool FillWord(const std::string& line, const WordSetting (&settings)[Count], SNMPDevice& device) {
   for (const WordSetting& setting : settings) {
@@ -79,8 +79,8 @@ void FillField(const std::string& line, SNMPDevice& device, void (SNMPDevice::*s
   }
 }
 
-// Only a quoted community ends before the port. Without quotes, everything behind the target is the community, blanks and
-// port included. Kept as it is: what devices in the field hold was read in this way.
+// Only a quoted community ends before the port. Without quotes, everything behind the target is the community, including
+// blanks and port. This stays, because what devices in the field hold was read in this way.
 TrapTarget ParseTrap(const std::string& line) {
   TrapTarget trap("", "", "");
   bool communityClosed = false;
@@ -105,8 +105,8 @@ TrapTarget ParseTrap(const std::string& line) {
   return trap;
 }
 
-// The trap targets of the file, and whether the device wants them: it is asked once, at the first line that holds one.
-// Asking at each line would copy the device's list each time, and a list may be long.
+// The trap targets of the file, and whether the device wants them. The device is asked once, at the first line with a trap
+// target, because each question copies the device's list, and a list may be long.
 struct CollectedTraps {
   bool isKnown = false;
   bool isWanted = false;
@@ -123,8 +123,8 @@ void CollectTrap(const std::string& line, SNMPDevice& device, CollectedTraps& tr
   }
 }
 
-// The first keyword that the line holds decides; no other is tried after it. A keyword counts wherever it stands, in
-// comments and values too: kept, because hand-written lines in the field are read in this way.
+// The first keyword in this order that the line contains decides; no other is tried after it. A keyword counts wherever it
+// stands, even in comments and values. This stays, because hand-written lines in the field are read in this way.
 void FillFromLine(const std::string& line, SNMPDevice& device, CollectedTraps& traps) {
   if (FillWord(line, kCommunities, device)) {
     return;
@@ -167,10 +167,10 @@ std::string LinesInside(const std::string& text) {
 }
 
 void Fill(const std::string& text, SNMPDevice& device) {
-  // The device may have the record's text replaced from inside any call, so the lines are taken out first.
+  // A call to the device may replace the record's text, so the lines are taken out first.
   const std::string lines = LinesInside(text);
   CollectedTraps traps;
-  // Lines are found, not cut by a tokenizer that looks at every character: that took three quarters of a device's reading.
+  // A search finds the line ends. A tokenizer, which looks at every character, took three quarters of the time of a reading.
   std::size_t end = 0;
   for (std::size_t start = 0; start < lines.size(); start = end + 1) {
     end = std::min(lines.find('\n', start), lines.size());

@@ -3,7 +3,7 @@
 namespace managed_section {
 namespace {
 
-// The arc under 1.3.6.1.4.1 comes from the build (cache variable SNMP_ENTERPRISE_NUMBER).
+// The number under 1.3.6.1.4.1 comes from the build (cache variable SNMP_ENTERPRISE_NUMBER).
 const char kSysObjectIdLine[] = "sysObjectID  1.3.6.1.4.1." SNMP_ENTERPRISE_NUMBER "\n";
 
 // A community is quoted when it holds a space; a tab does not count.
@@ -23,7 +23,7 @@ void AppendCommunityLine(std::string& out, const char* keyword, const std::strin
   }
 }
 
-// Never quoted, also with spaces: unlike a community, the daemon takes the rest of the line as the value.
+// The value is never quoted, even with spaces: here the daemon takes the rest of the line as the value.
 void AppendSystemLine(std::string& out, const char* keyword, const std::string& value) {
   if (!value.empty()) {
     out.append(keyword).append("  ").append(value).append(1, '\n');
@@ -61,7 +61,7 @@ std::string Write(const Texts& texts, const Settings& settings, const std::strin
   AppendCommunityLine(out, "rocommunity", settings.communityRead);
   AppendCommunityLine(out, "rwcommunity", settings.communityWrite);
 
-  // The AgentX lines stand even with an empty value.
+  // The AgentX lines are written even with an empty value.
   out.append("\n").append(texts.agentMode).append("master  agentx\n");
   out.append("agentXTimeout  ").append(settings.agentXTimeout).append("\n");
   out.append("agentXRetries  ").append(settings.agentXRetries).append("\n");

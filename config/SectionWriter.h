@@ -10,7 +10,7 @@
 
 namespace managed_section {
 
-// What one section is made from, each value as the device holds it.
+// The values from which one section is made, as the device holds them.
 struct Settings {
   std::string communityRead;
   std::string communityWrite;
@@ -22,12 +22,12 @@ struct Settings {
   std::vector<TrapTarget> trapTargets;
 };
 
-// `now` in local time, as the section's header carries it: "Saturday, November, 21 2026 at 14:05:09". Day and month are in
-// the language of the process's locale. The comma after the month belongs to the format.
+// Returns `now` in local time, as it stands in the section's header: "Saturday, November, 21 2026 at 14:05:09". Day and
+// month are in the language of the process's locale. The comma after the month belongs to the format.
 std::string TimeStamp(std::time_t now);
 
-// The complete section, from the header's rule line to the trailer's last line feed. Values are written as they are, without
-// any check or escape.
+// Returns the complete section, from the first line of the header to the trailer's last line feed. Values are written as
+// they are, without checks or escapes.
 std::string Write(const Texts& texts, const Settings& settings, const std::string& timeStamp);
 
 }  // namespace managed_section

@@ -9,7 +9,7 @@ h7::auto_com<H7XML::INode> SNMPConfigurationAgent::OnReqGetDeviceList(ICmdMessag
     if (!device || !device->GetIsValidVersion()) {
       return;
     }
-    // A device whose file cannot be read is listed all the same, with what it holds.
+    // A device whose file cannot be read is listed, too, with the settings that it holds.
     ReadConfig(device);
     list->AppendChild(*device->ToXml());
   });

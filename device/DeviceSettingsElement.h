@@ -5,8 +5,8 @@
 
 class SNMPDevice;
 
-// The names of the device settings element and of the list of such elements: the form in which a device's settings travel to
-// the configuration tool and back. `SNMPDevice::ToXml` writes it; docs/device-settings.md describes it.
+// The names of the device settings element and of the list of such elements. The configuration tool gets a device's settings
+// in this form and sends them back. `SNMPDevice::ToXml` writes the element; docs/device-settings.md describes it.
 namespace device_settings {
 
 extern const char kManagedDevices[];
@@ -29,9 +29,9 @@ extern const char kCommunity[];
 extern const char kPort[];
 extern const char kDeviceId[];
 
-// Pushes every setting of an edited element into the device, in the order of the element, then replaces the trap targets.
-// Nothing is checked: an absent child applies as false or as the empty text, and without trap targets the device is left
-// with none. "snmpIsConfigDirty" and "deviceId" are not applied.
+// Applies every setting of an edited element to the device, in the order of the element, then replaces the trap targets.
+// Nothing is checked. An absent child is applied as false or as the empty text. Without trap targets, the device has none
+// afterwards. "snmpIsConfigDirty" and "deviceId" are not applied.
 void Apply(const H7XML::INode& settings, SNMPDevice& device);
 
 }  // namespace device_settings

@@ -11,8 +11,8 @@ void SNMPDevice::SetAgentXTimeout(std::string timeout) {
   m_agentXTimeout = std::move(timeout);
 }
 
-// The assignment runs from the record to the argument: the value that was passed is lost. Files in the field carry the
-// retries that result from this, so it stays.
+// The assignment goes from the record to the argument, so the passed value is lost. Files in the field contain the retries
+// that result from this, so it stays.
 void SNMPDevice::SetAgentXRetries(std::string retries) {
   retries = m_agentXRetries;
 }

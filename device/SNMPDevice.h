@@ -10,16 +10,16 @@
 
 class ISupportSNMP;
 
-// The agent's record of one SNMP-capable device: a thin facade in front of the device's `ISupportSNMP`.
+// The agent's record of one SNMP-capable device: a thin layer over the device's `ISupportSNMP`.
 //
-// The device stays the only holder of its settings: every operation below the heading "Passed on" is one call to the
-// operation of the same name (host/ISupportSNMP.h says what each means), with arguments, result and exceptions passed
-// through unchanged. The record keeps four things of its own: the id, the two AgentX values as text, and the text of the
-// device's snmpd.conf while it is being read or written.
+// Only the device holds its settings. Every operation below the heading "Passed on" calls the operation of the same name
+// (host/ISupportSNMP.h describes each) and passes arguments, result and exceptions through unchanged. The record keeps four
+// things of its own: the id, the two AgentX values as text, and the text of the device's snmpd.conf while it is being read
+// or written.
 //
-// The device is not owned, never null, and is not touched by construction or destruction. Records are shared: the registry
-// holds one reference, every operation that works on a device holds another, so a record outlives its removal from the
-// registry while it is in use.
+// The record does not own the device, which is never null. Construction and destruction do not call it. Records are shared:
+// the registry holds one reference, and every operation that works on a device holds another. So a removed record lives
+// until its last user is done.
 class SNMPDevice {
  public:
   SNMPDevice(unsigned long deviceId, ISupportSNMP* device);
@@ -29,27 +29,27 @@ class SNMPDevice {
   unsigned long GetDeviceId() const { return m_deviceId; }
 
   // Kept in the record.
-  // AgentX time-out in seconds and number of retries, as text: "6" and "2" at first. A file changes the time-out only.
+  // AgentX time-out in seconds and number of retries, as text: "6" and "2" at first. A file changes only the time-out.
   const std::string& GetAgentXTimeout() const { return m_agentXTimeout; }
   void SetAgentXTimeout(std::string timeout);
   const std::string& GetAgentXRetries() const { return m_agentXRetries; }
-  // Leaves the record as it is: the retries stay what the record was made with. Kept on purpose, files in the field rely on
-  // the value that is written.
+  // Changes nothing: the retries stay as they are at first. This is kept on purpose, because files in the field rely on the
+  // value that is written.
   void SetAgentXRetries(std::string retries);
-  // The whole text of snmpd.conf. Meaningful from a CopyFrom to the reading that follows, and from the writing of a new
-  // section to the CopyTo that follows. The reference holds until the next SetConfig or CopyFrom.
+  // The whole text of snmpd.conf. It is meaningful from a CopyFrom until it has been read, and from the writing of a new
+  // section until the CopyTo that follows. The reference is valid until the next SetConfig or CopyFrom.
   const std::string& GetConfig() const { return m_config; }
   void SetConfig(std::string config);
 
-  // Fills the record's text with the device's current snmpd.conf / installs the record's text as the device's snmpd.conf.
-  // Returns the device's status, 0 for success.
+  // `CopyFrom` fills the record's text with the device's current snmpd.conf; `CopyTo` installs the record's text as the
+  // device's snmpd.conf. Both return the device's status, 0 for success.
   int CopyFrom(const std::string& path);
   int CopyTo(const std::string& path);
 
-  // Asks the device for its version text and returns the device's own verdict on it.
+  // Asks the device for its version, and returns whether the device says that the agent can manage it.
   bool GetIsValidVersion();
 
-  // The device settings element of this device, freshly made (docs/device-settings.md). Never an empty handle.
+  // Makes the device settings element of this device (docs/device-settings.md). Never an empty handle.
   h7::auto_com<H7XML::INode> ToXml();
 
   // Passed on.

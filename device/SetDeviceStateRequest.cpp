@@ -8,7 +8,7 @@
 
 namespace {
 
-// The one status besides success that does not stop a change of settings. What it means is the device's business.
+// Apart from success, only this status does not stop a change of settings. The device decides what it means.
 const int kToleratedStatus = -9;
 
 }  // namespace

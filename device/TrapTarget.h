@@ -3,8 +3,8 @@
 
 #include <string>
 
-// One trap destination: a plain value of three texts. Lists of them cross `ISupportSNMP` by value, so the order of the
-// members is a binary contract.
+// One trap destination: a value of three texts. Lists of them cross `ISupportSNMP` by value, so the order of the members is
+// a binary contract.
 class TrapTarget {
  public:
   TrapTarget(const std::string& targetText, const std::string& communityText, const std::string& portText)
@@ -12,7 +12,7 @@ class TrapTarget {
 
   std::string target;     // host or address that receives the traps
   std::string community;  // sent with each trap
-  std::string port;       // UDP port, kept as the text that it was entered as
+  std::string port;       // UDP port, as the text that somebody entered
 };
 
 #endif

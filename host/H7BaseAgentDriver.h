@@ -5,8 +5,8 @@
 #include "host/HostApi.h"
 #include "host/IDriver.h"
 
-// The base of drivers of the agent kind, which belong to the project and not to one of its devices. Its bodies are the
-// host's. `H7BaseDriver` stands first, so a driver's first address is not the `IDriver` that its factory returns.
+// The base of drivers of the agent kind, which belong to the project and not to one of its devices. The host defines the
+// bodies. `H7BaseDriver` stands first, so a driver's first address is not the `IDriver` that its factory returns.
 class H7_HOST_API H7BaseAgentDriver : public H7BaseDriver, public IDriver {
  public:
   ~H7BaseAgentDriver() override;

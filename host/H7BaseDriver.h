@@ -12,17 +12,17 @@ class ISystemEventCallback;
 class IVariableManager;
 class UICmdDispatcher;
 
-// The base of all drivers; its bodies are the host's. The order of the virtual operations is a binary contract.
+// The base of all drivers. The host defines the bodies. The order of the virtual operations is a binary contract.
 //
-// A driver derives from this class and from `IDriver` (`H7BaseAgentDriver` has done so already) and overrides what it needs,
-// calling the base's `Initialize` first. The protected operations are the driver's way to its host. Calling one of those
+// A driver derives from this class and from `IDriver` (`H7BaseAgentDriver` already does both) and overrides what it needs.
+// Its `Initialize` calls the base's first. Through the protected operations, the driver calls its host. Calling one that is
 // marked "from Initialize on" earlier is bad manners: the host reports it and does nothing else.
 class H7_HOST_API H7BaseDriver {
  public:
   virtual ~H7BaseDriver();
-  // As in `IDriver`. The base takes note of the id and returns 0.
+  // As in `IDriver`. The base remembers the id and returns 0.
   virtual int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted);
-  // The base keeps nothing: an empty handle.
+  // The base keeps nothing and returns an empty handle.
   virtual h7::auto_com<H7XML::INode> GetPersistState(unsigned long reserved);
   // The base has no commands.
   virtual void RegisterCommands();
@@ -32,22 +32,22 @@ class H7_HOST_API H7BaseDriver {
   H7BaseDriver(const H7BaseDriver&) = delete;
   H7BaseDriver& operator=(const H7BaseDriver&) = delete;
 
-  // The managers are the host's and outlive the driver.
+  // The managers belong to the host and outlive the driver.
   IInstanceManager& GetInstanceManager() const;
   IDriverManager& GetDriverManager() const;
   IVariableManager* GetVariableManager() const;
   UICmdDispatcher& GetUICmdDispatcher() const;
 
-  // Delivers every event of `eventId` (see host/SystemEventId.h) to `listener`, until it is unregistered with the same
-  // arguments. The listener is not owned. The last argument is reserved and 0.
+  // Delivers every event with the id `eventId` (see host/SystemEventId.h) to `listener`, until it is unregistered with the
+  // same arguments. The host does not own the listener. The last argument is reserved and 0.
   void RegisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved);
   void UnregisterListener(ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved);
 
   // From Initialize on: sends a notification to the configuration tool. The node is borrowed for the call.
   void ConSendDataToUI(const H7XML::INode& data);
 
-  // From Initialize on: tells the host that what `GetPersistState` gives has changed. The host asks for it later, never
-  // before the call into drivers that is under way has returned.
+  // From Initialize on: tells the host that the result of `GetPersistState` has changed. The host asks for it later, when
+  // the current call into drivers has returned.
   void DmInvalidateState();
 
  private:

@@ -7,8 +7,8 @@
 
 namespace H7XML {
 
-// A parsed XML document. Implemented by the host, used by drivers, counted. The order of the operations is a binary
-// contract.
+// A parsed XML document. The host implements it, drivers use it, and references are counted. The order of the operations is
+// a binary contract.
 class H7_HOST_API IDocument {
  public:
   /* 1 */ virtual void AddRef() const = 0;

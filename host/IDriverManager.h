@@ -6,13 +6,13 @@
 
 #include "host/HostApi.h"
 
-// Tells which drivers of the project implement an interface. Implemented by the host, valid as long as the driver that asks.
-// The order of the operations is a binary contract.
+// Lists the drivers of the project that implement an interface. Implemented by the host; valid as long as the driver that
+// asks. The order of the operations is a binary contract.
 class H7_HOST_API IDriverManager {
  public:
-  // Fills `instances` (emptied first) with what the drivers published under `iid`, ordered by driver id. The pointers are
-  // borrowed, good until the call into drivers that is under way returns, and each is a pointer to the interface that `iid`
-  // names. `scope` is 0: the whole project.
+  // Replaces the content of `instances` with what the drivers have published under `iid`, ordered by driver id. Each is a
+  // pointer to the interface that `iid` names. The pointers are borrowed and valid until the current call into drivers
+  // returns. `scope` is 0: the whole project.
   /* 1 */ virtual void FindDrivers(unsigned long scope, const char* iid, std::vector<void*>& instances) = 0;
 
   // The same, as a vector of that interface.

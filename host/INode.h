@@ -10,20 +10,20 @@ namespace H7XML {
 
 class INodeList;
 
-// One XML element. Implemented by the host, used by drivers, counted: see host/auto_com.h for who owns what.
+// One XML element. The host implements it, drivers use it, and references are counted: host/auto_com.h says who owns what.
 //
-// Two families of named access stand side by side and never mix:
+// There are two separate families of named access:
 //  - named values are the element's attributes (system events, variable lists, persisted state);
 //  - named children are child elements (settings exchanged with the configuration tool, notifications).
-// A name or text passed in is borrowed for the call. A text that comes out is a copy. Names are matched exactly; where an
-// element has several children of one name, the first one answers.
+// A name or text passed in is borrowed for the call. A returned text is a copy. Names are matched exactly. When an element
+// has several children of one name, the first one is read.
 //
-// Typed readers never fail: what is absent or does not read as the type gives false, 0 or the empty text. A bool reads as
-// true from "true" or "1". An unsigned number is decimal, of at most 32 bits, white space around it allowed; anything else
-// reads as 0.
+// Typed readers never fail: a value that is absent or of another type reads as false, 0 or the empty text. "true" and "1"
+// read as true. An unsigned number is decimal, has at most 32 bits and may have white space around it; anything else reads
+// as 0.
 //
-// A node stays valid while a handle holds it, also when the tree around it is gone. Everything here may throw
-// std::bad_alloc except AddRef and Release.
+// A node stays valid while a handle holds it, even when the tree around it is gone. Every operation except AddRef and
+// Release may throw std::bad_alloc.
 //
 // The order of the operations is a binary contract.
 class H7_HOST_API INode {
@@ -51,12 +51,12 @@ class H7_HOST_API INode {
   /* 15 */ virtual std::string GetChildString(const char* name) const = 0;
   /* 16 */ virtual unsigned long GetChildULong(const char* name) const = 0;
   /* 17 */ virtual bool GetChildBool(const char* name) const = 0;
-  // The first child of that name; an empty handle when there is none.
+  // Returns the first child of that name, or an empty handle.
   /* 18 */ virtual h7::auto_com<INode> GetChild(const char* name) const = 0;
-  // All child elements in document order, whatever their names. Never an empty handle.
+  // Returns all child elements in document order, whatever their names. Never an empty handle.
   /* 19 */ virtual h7::auto_com<INodeList> GetChildren() const = 0;
-  // Makes `child` the last child of this element; it leaves the place that it had. The caller's handle stays valid and
-  // goes on naming the same element.
+  // Makes `child` the last child of this element, and removes it from where it was. The caller's handle stays valid and
+  // still refers to the same element.
   /* 20 */ virtual void AppendChild(INode& child) = 0;
 
  protected:

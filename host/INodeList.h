@@ -7,7 +7,7 @@
 
 namespace H7XML {
 
-// A walk over the child elements of one node. Implemented by the host, used by drivers, counted.
+// A walk over the child elements of one node. The host implements it, drivers use it, and references are counted.
 //
 // `for (auto child = list->First(); child; child = list->Next())` visits every child element once, in document order. The
 // list keeps its parent alive. The order of the operations is a binary contract.
@@ -15,9 +15,9 @@ class H7_HOST_API INodeList {
  public:
   /* 1 */ virtual void AddRef() const = 0;
   /* 2 */ virtual void Release() const = 0;
-  // The first child element, and the start of a new walk; an empty handle when there is none.
+  // Starts a new walk and returns the first child element, or an empty handle when there are no children.
   /* 3 */ virtual h7::auto_com<INode> First() = 0;
-  // The element after the one that was handed out last; an empty handle after the last one, and before First().
+  // Returns the element after the one that was returned last; an empty handle after the last one, and before First().
   /* 4 */ virtual h7::auto_com<INode> Next() = 0;
 
  protected:

@@ -11,27 +11,28 @@ class TrapTarget;
 // What an SNMP-capable device driver offers to the SNMP configuration agent. Implemented by device drivers, published under
 // `ISupportSNMP_IID`, called by the agent on the host's driver thread.
 //
-// The device is the single holder of its SNMP settings: the agent asks anew each time and keeps no copy. Texts and lists are
-// passed by value. An implementation may call back into the agent from inside any of these operations, also to withdraw
-// itself. A device that has withdrawn is not called again, other than to finish the operation under way, and with
-// `AgentAvailable` as long as it is published; so one that withdraws itself stays alive until that operation has returned.
+// Only the device holds its SNMP settings: the agent asks each time and keeps no copy. Texts and lists are passed by value.
 //
-// "Was erased" flags: true when somebody deliberately emptied the setting on the device. The agent fills an empty setting
-// from snmpd.conf only while its flag is false. Only the device sets and clears these flags.
+// An implementation may call back into the agent from inside any of these operations, even to withdraw itself. The agent
+// calls a device that has withdrawn only to finish the current operation, and with `AgentAvailable` as long as the device is
+// published. So a device that withdraws itself must stay alive until that operation has returned.
 //
-// An operation may throw; the exception goes through the agent to whoever called it.
+// "Was erased" flags are true when somebody has emptied the setting on the device on purpose. The agent fills an empty
+// setting from snmpd.conf only while its flag is false. Only the device sets and clears these flags.
 //
-// The 40 slots and their order are a binary contract; there is no virtual destructor, and nobody deletes through this
-// interface. `TrapTarget` is declared in device/TrapTarget.h.
+// An operation may throw; the exception passes through the agent to its caller.
+//
+// The 40 slots and their order are a binary contract. The interface has no virtual destructor, and nobody deletes through
+// it. device/TrapTarget.h declares `TrapTarget`.
 class H7_HOST_API ISupportSNMP {
  public:
-  // The agent manages this device's snmpd.conf.
+  // Whether the agent manages this device's snmpd.conf.
   /*  1 */ virtual bool GetIsManagedDevice() = 0;
   /*  2 */ virtual void SetIsManagedDevice(bool managed) = 0;
-  // Settings were changed and are not yet written to snmpd.conf.
+  // Whether settings were changed and are not yet written to snmpd.conf.
   /*  3 */ virtual bool GetIsConfigDirty() = 0;
   /*  4 */ virtual void SetIsConfigDirty(bool dirty) = 0;
-  // SNMP is switched on.
+  // Whether SNMP is switched on.
   /*  5 */ virtual bool GetEnabledSetting() = 0;
   /*  6 */ virtual void SetEnabledSetting(bool enabled) = 0;
 
@@ -71,25 +72,25 @@ class H7_HOST_API ISupportSNMP {
   /* 31 */ virtual void AddTrapTargetSetting(std::string target, std::string community, std::string port) = 0;
   /* 32 */ virtual bool GetWasTrapTargetsSettingErased() = 0;
 
-  // The agent is there: time to look `ISNMPConfigurationAgent` up and to announce the device with `AddSNMPDevice`. Called on
+  // The agent is there: the device looks `ISNMPConfigurationAgent` up and announces itself with `AddSNMPDevice`. Called on
   // every published device each time the agent is initialised.
   /* 33 */ virtual void AgentAvailable() = 0;
 
-  // Fills `config` with the whole text of the device's snmpd.conf / installs `config` as the device's snmpd.conf. `path` is
-  // the agent's name for the working copy, always the same text. 0 is success, anything else a failure of the device's own
-  // numbering; a change of settings tolerates -9, for a device that cannot be reached now and keeps the text for later, say.
-  // `config` keeps or loses its text as the device sees fit when `CopyFrom` fails. It is valid for the call, and it is the
-  // agent's own text: a call back into the agent from here may change it.
+  // `CopyFrom` fills `config` with the whole text of the device's snmpd.conf; `CopyTo` installs `config` as the device's
+  // snmpd.conf. `path` is the agent's name for the working copy, always the same text. Returns 0 for success; the device
+  // chooses the numbers of its failures. A change of settings tolerates -9, which can mean that the device cannot be reached
+  // now and keeps the text for later. When `CopyFrom` fails, the device may leave `config` as it was or change it. `config`
+  // is valid for the call. It is the agent's own text: a call back into the agent from here may change it.
   /* 34 */ virtual int CopyFrom(const std::string& path, std::string& config) = 0;
   /* 35 */ virtual int CopyTo(const std::string& path, const std::string& config) = 0;
 
-  // Actions on the controller behind the device; 0 is success. They need not wait for the controller to come back.
+  // Actions on the controller behind the device. Return 0 for success. They need not wait for the controller to come back.
   /* 36 */ virtual int RebootController() = 0;
   /* 37 */ virtual int StopMasterAgent() = 0;
   /* 38 */ virtual int StartMasterAgent() = 0;
 
-  // The version of the device's SNMP support, in the device's own wording / whether the agent can manage a device of that
-  // version: the device's own verdict.
+  // `GetSNMPVersion` returns the version of the device's SNMP support, as a text that the device chooses.
+  // `IsSNMPVersionValid` returns whether the agent can manage a device of that version; the device decides.
   /* 39 */ virtual std::string GetSNMPVersion() = 0;
   /* 40 */ virtual bool IsSNMPVersionValid(const std::string& version) = 0;
 

@@ -4,16 +4,16 @@
 #include "host/DualKey.h"
 #include "host/HostApi.h"
 
-// One variable of the project. Implemented and owned by the host; a driver that keeps the pointer does not
-// follow it any more after "OnVariableRemoved", "OnItemRemoved" (all variables of that device) or "OnProjectLoaded". The
-// order of the operations is a binary contract.
+// One variable of the project. The host implements and owns it. A driver that keeps the pointer must not use it after
+// "OnVariableRemoved", "OnItemRemoved" (all variables of that device) or "OnProjectLoaded". The order of the operations is a
+// binary contract.
 class H7_HOST_API IVariable {
  public:
-  // (device id, variable id).
+  // The pair (device id, variable id).
   /* 1 */ virtual DualKey<unsigned long, unsigned long> GetIds() const = 0;
-  // UTF-8, ended by NUL, the variable's own storage: copy it before the next call into the host.
+  // UTF-8, ended by NUL. The variable owns the storage: copy the text before the next call into the host.
   /* 2 */ virtual const char* GetName() const = 0;
-  // The trap-enabled flag itself, to read and to write.
+  // The trap-enabled flag itself, for reading and writing.
   /* 3 */ virtual bool& TrapEnabled() = 0;
 
  protected:

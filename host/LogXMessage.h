@@ -3,8 +3,8 @@
 
 #include "host/HostApi.h"
 
-// Writes one line to the host's log. `format` and what follows are as for printf; the host ends the line itself. A driver
-// reports what an operator should know at level 3. Never throws; a line that the host cannot format is dropped.
+// Writes one line to the host's log. `format` and what follows are as for printf; the host ends the line. Use level 3 for
+// what an operator should know. Never throws; a line that the host cannot format is dropped.
 H7_HOST_API void LogXMessage(unsigned int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 #endif

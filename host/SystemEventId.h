@@ -1,8 +1,8 @@
 #ifndef HOST_SYSTEM_EVENT_ID_H
 #define HOST_SYSTEM_EVENT_ID_H
 
-// The ids under which a listener registers for system events. A listener hears of an event only under its id; it tells
-// events apart by the name that the event carries.
+// The ids under which a listener registers for system events. A listener gets only the events of its ids. It tells events
+// apart by the name that each event carries.
 enum SystemEventId : unsigned int {
   SystemEvent_OnProjectLoaded = 5,      // no parameters
   SystemEvent_OnItemRemoved = 11,       // "iditem", "idroom"

@@ -5,13 +5,13 @@
 
 #include "host/HostApi.h"
 
-// The host's conversions to text. The typed readers of `H7XML::INode` accept what these write.
+// The host's conversions to text. The typed readers of `H7XML::INode` accept their results.
 namespace h7 {
 
-// "true" or "false".
+// Returns "true" or "false".
 H7_HOST_API std::string ToString(bool value);
 
-// Unsigned decimal, without sign, blanks or leading zeros.
+// Returns the number in decimal, without sign, blanks or leading zeros.
 H7_HOST_API std::string ToString(unsigned long value);
 
 }  // namespace h7

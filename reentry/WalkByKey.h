@@ -1,9 +1,9 @@
 #ifndef REENTRY_WALK_BY_KEY_H
 #define REENTRY_WALK_BY_KEY_H
 
-// Calls `visit(key, value)` with a copy of each entry of an ordered map, in the order of the keys. `visit` may call out, and
-// what it calls may change the map: no iterator is held meanwhile, and the walk goes on at the next higher key that the map
-// holds then.
+// Calls `visit(key, value)` with a copy of each entry of an ordered map, in the order of the keys. `visit` may change the
+// map, even through calls to others: no iterator is held during the call, and the walk continues at the next higher key that
+// the map then has.
 template <class Map, class Visit>
 void WalkByKey(const Map& map, Visit visit) {
   typename Map::const_iterator entry = map.begin();

@@ -24,14 +24,14 @@ void SNMPConfigurationAgent::ToXml(H7XML::INode* root) {
 void SNMPConfigurationAgent::VariableMapToXml(H7XML::INode* parent, VariableMap& map) {
   WalkByKey(map, [parent](const VariableKey&, IVariable* variable) {
     if (variable == nullptr) {
-      // The host did not know the variable, so there is nothing to write about it.
+      // The host did not know the variable, so there is nothing to write.
       return;
     }
     h7::auto_com<H7XML::INode> element;
     H7XML::Create(element.Receive());
     element->SetName("variable");
     element->SetValue("");
-    // The variable's own word on its ids, not the key's.
+    // The ids are those that the variable gives, not the key's.
     const VariableKey ids = variable->GetIds();
     element->SetNamedULong("deviceid", ids.first);
     element->SetNamedULong("variableid", ids.second);
@@ -51,7 +51,7 @@ void SNMPConfigurationAgent::FromXml(H7XML::INode* state) {
   for (h7::auto_com<H7XML::INode> child = children->First(); child; child = children->Next()) {
     const unsigned long deviceId = child->GetNamedULong("deviceid");
     const unsigned long variableId = child->GetNamedULong("variableid");
-    // Read before the entry is made: a reader that throws must not leave a flag that nobody saved.
+    // The flag is read before the entry is made: a reader that throws must not leave an entry that nobody saved.
     const bool enabled = child->GetNamedBool("snmpTrapEnabled");
     m_savedTrapFlags[VariableKey(deviceId, variableId)] = enabled;
   }

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Stores the values of two parameters; the last of several with one name wins, a missing one changes nothing.
+// Stores the values of two parameters. Of several with one name the last one counts; a missing one changes nothing.
 void ReadIds(const H7XML::INode& event, const char* firstName, unsigned long& first, const char* secondName,
              unsigned long& second) {
   const h7::auto_com<H7XML::INodeList> parameters = event.GetChildren();
@@ -39,7 +39,7 @@ void SNMPConfigurationAgent::OnSystemEvent(H7XML::INode& event) {
     unsigned long roomId = 0;
     GetIDsFromItemNode(event, itemId, roomId);
     if (itemId != 0) {
-      // An item that has variables is a device. User variables stay as they are; their pointers are never followed.
+      // An item that has variables is a device. User variables stay as they are; their pointers are never used.
       RemoveFromMap(m_deviceVariables, itemId);
     }
   }

@@ -7,10 +7,11 @@
 
 class IVariable;
 
-// (device id, variable id). Every map runs device by device, variables ascending within a device.
+// (device id, variable id). Every map is ordered by device, and by variable within a device.
 typedef DualKey<unsigned long, unsigned long> VariableKey;
 
-// The host's variables. The pointers are not owned; one is null when the host did not know the variable when it was added.
+// The host's variables. The pointers are not owned. A null pointer means that the host did not know the variable when it was
+// added.
 typedef std::map<VariableKey, IVariable*> VariableMap;
 
 // Saved trap-enabled flags.
