@@ -6,7 +6,7 @@ add_library(project_warnings INTERFACE)
 target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast
                        -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
 
-# Where long has 32 bits, files beyond 2 GB and inodes beyond 32 bits need this.
+# Needed for files of more than 2 GB and for large inode numbers on systems where long has 32 bits.
 add_compile_definitions(_FILE_OFFSET_BITS=64)
 
 if(AGENT_SANITIZE)
@@ -28,8 +28,8 @@ function(plugin_room name)
   set_target_properties(${name} PROPERTIES CXX_STANDARD 14 CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
-# driver_module(NAME SOURCES...): a module that a driver host loads. It exports its factory and nothing else; what the host
-# offers stays open until it is loaded.
+# driver_module(NAME SOURCES...): a module that a driver host loads. It exports its factory and nothing else. The symbols of
+# the host are resolved when it is loaded.
 function(driver_module name)
   add_library(${name} MODULE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX ".so" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON

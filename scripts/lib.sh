@@ -1,4 +1,4 @@
-# Shared by the commands in this folder. Source it; it goes to the project's root.
+# Shared by the commands in this folder. Source it; it changes to the project's root.
 # shellcheck shell=bash
 
 set -euo pipefail
@@ -31,7 +31,7 @@ die() {
   exit 1
 }
 
-# as_root COMMAND...: runs it as root.
+# as_root COMMAND...: runs the command as root.
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"
@@ -39,19 +39,19 @@ as_root() {
     sudo "$@"
   else
     die "root is needed for: $*
-Run this command as root, install sudo, or ask somebody who may to run it."
+Run this command as root, install sudo, or ask somebody who can run it."
   fi
 }
 
-# need_architecture NAME: lets the distribution's packages for that processor be installed beside those of this machine.
+# need_architecture NAME: enables the distribution's packages for that processor beside those of this machine.
 need_architecture() {
   command -v dpkg >/dev/null || die "this command needs the $1 packages of Debian 12"
   { dpkg --print-architecture && dpkg --print-foreign-architectures; } | grep -qx "$1" || as_root dpkg --add-architecture "$1"
 }
 
-# need_packages PACKAGE...: installs those that are missing, from the distribution, and says so.
+# need_packages PACKAGE...: installs missing packages from the distribution, and says so.
 need_packages() {
-  command -v dpkg-query >/dev/null || die "this command installs what it needs on Debian 12; here, install by hand: $*"
+  command -v dpkg-query >/dev/null || die "this command can install what it needs only on Debian 12; here, install by hand: $*"
   local missing=() package
   for package in "$@"; do
     dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
@@ -59,16 +59,16 @@ need_packages() {
   [ ${#missing[@]} -eq 0 ] && return
   printf 'Installing %s\n' "${missing[*]}"
   mkdir -p build
-  as_root apt-get update >build/install.log 2>&1 || true  # an old list may do; the next line says when it does not
+  as_root apt-get update >build/install.log 2>&1 || true  # an old list may be enough; if not, the next line fails
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}" >>build/install.log 2>&1 ||
-    { cat build/install.log >&2; die "could not install: ${missing[*]} (the installer's words stand above)"; }
+    { cat build/install.log >&2; die "could not install: ${missing[*]} (above: the installer's output)"; }
 }
 
-# build PRESET [TARGET...]: configures when that has not been done and builds; silent unless it fails.
+# build PRESET [TARGET...]: configures and builds; silent unless it fails.
 build() {
   local preset=$1 log="build/$1.log"
   shift
   mkdir -p build
   { cmake --preset "$preset" && cmake --build "build/$preset" ${1:+--target "$@"}; } >"$log" 2>&1 ||
-    { tail -n 60 "$log" >&2; die "the build \"$preset\" failed; the whole of what it said is in $log"; }
+    { tail -n 60 "$log" >&2; die "the build \"$preset\" failed; its whole output is in $log"; }
 }

@@ -18,7 +18,7 @@ NOTHING_TO_NOTICE = ('no program', 'same code')
 
 def positive(text):
     if not text.isdecimal() or int(text) < 1:
-        raise argparse.ArgumentTypeError('"%s" is no whole number from 1 on' % text)
+        raise argparse.ArgumentTypeError('"%s" is not a whole number of 1 or more' % text)
     return int(text)
 
 
@@ -27,17 +27,17 @@ def arguments():
         prog='scripts/mutate', formatter_class=argparse.RawDescriptionHelpFormatter,
         description='Changes the sources of the plug-in in small ways, one at a time, builds and runs the unit tests on each, '
                     'and lists the\nchanges that no test notices. Works in a copy of the tree under build/mutate.',
-        epilog='Changes that make no difference stand in scripts/mutation/equal.txt, one a line, with the reason.\n'
-               'Exit status: 0 every other change is noticed, 1 some are not, 2 wrong arguments, 130 stopped.\n'
-               'A run that was stopped goes on where it was when it is started again, unless sources or tests have changed.')
-    parser.add_argument('--only', metavar='FILE', action='append', default=[], help='changes of this file only (repeatable)')
-    parser.add_argument('--id', metavar='ID', action='append', default=[], help='this change only, and again (repeatable)')
-    parser.add_argument('--sample', metavar='N', type=positive, help='N of the changes: the same ones each time, while they exist')
-    parser.add_argument('--survivors', action='store_true', help='leave out what was noticed with an earlier state of sources and tests; report on all')
-    parser.add_argument('--list', action='store_true', help='list the changes, try none')
-    parser.add_argument('--jobs', metavar='N', type=positive, default=os.cpu_count(), help='how many at a time (%(default)s)')
+        epilog='Changes that make no difference stand in scripts/mutation/equal.txt, one on a line, with the reason.\n'
+               'Exit status: 0 when every other change is noticed, 1 when some are not, 2 for wrong arguments, 130 when stopped.\n'
+               'When a stopped run is started again, it continues where it was, unless sources or tests have changed.')
+    parser.add_argument('--only', metavar='FILE', action='append', default=[], help='only changes of this file (repeatable)')
+    parser.add_argument('--id', metavar='ID', action='append', default=[], help='only this change, even if it was tried before (repeatable)')
+    parser.add_argument('--sample', metavar='N', type=positive, help='N of the changes, the same ones each time as long as they exist')
+    parser.add_argument('--survivors', action='store_true', help='leave out changes that an earlier state of sources and tests noticed; report on all')
+    parser.add_argument('--list', action='store_true', help='list the changes and try none')
+    parser.add_argument('--jobs', metavar='N', type=positive, default=os.cpu_count(), help='how many changes to try at a time (%(default)s)')
     parser.add_argument('--report', metavar='FILE', type=Path, default=PLACE / 'report.txt',
-                        help='where the report goes (build/mutate/report.txt)')
+                        help='where to write the report (build/mutate/report.txt)')
     return parser.parse_args()
 
 
@@ -49,32 +49,32 @@ def sources():
 
 
 def read_equal():
-    """The changes that make no difference: id to reason."""
+    """Returns the changes that make no difference, as a map from id to reason."""
     reasons = {}
     for number, line in enumerate(EQUAL.read_text().splitlines(), 1):
         if not line.strip() or line.startswith('#'):
             continue
         name, _, reason = line.partition(' ')
         if len(name) != 8 or not reason.strip() or name in reasons:
-            raise SystemExit('mutate: %s:%d: give an id that no other line has, a space, file and change, and the reason'
+            raise SystemExit('mutate: %s:%d: write an id that no other line has, a space, the file and the reason'
                              % (EQUAL.relative_to(ROOT), number))
         reasons[name] = reason.strip()
     return reasons
 
 
 def wanted(mutants, options):
-    """Those that the options ask for."""
+    """Returns the changes that the options ask for."""
     known = {mutant.id for mutant in mutants}
     for name in options.id:
         if name not in known:
             raise SystemExit('mutate: no change has the id "%s"; --list shows them all' % name)
     for name in options.only:
         if name not in sources():
-            raise SystemExit('mutate: "%s" is no source of the plug-in; there are: %s' % (name, ' '.join(sources())))
+            raise SystemExit('mutate: "%s" is not a source of the plug-in; allowed: %s' % (name, ' '.join(sources())))
     chosen = [mutant for mutant in mutants if not options.id or mutant.id in options.id]
     chosen = [mutant for mutant in chosen if not options.only or mutant.file in options.only]
     if options.sample is not None and options.sample < len(chosen):
-        # An id is a hash, so the first ones are a fair choice, and a new change takes the place of one at most.
+        # An id is a hash, so the first ones are a fair choice, and a new change replaces at most one of them.
         kept = set(sorted(mutant.id for mutant in chosen)[:options.sample])
         chosen = [mutant for mutant in chosen if mutant.id in kept]
     return chosen
@@ -94,7 +94,7 @@ def shown(mutant):
 
 
 class Progress:
-    """One line on a terminal, nothing elsewhere."""
+    """Shows the progress in one line on a terminal, and nothing elsewhere."""
 
     def __init__(self, count):
         self.count, self.done, self.start = count, 0, time.monotonic()
@@ -106,7 +106,7 @@ class Progress:
 
 
 def judge(mutants, results, reasons, digest, whole):
-    """The report's text, and whether it is a good one."""
+    """Returns the lines of the report, and the complaints; without complaints all is well."""
     states = {mutant.id: results.known[mutant.id]['state'] for mutant in mutants}
     survivors = [mutant for mutant in mutants if states[mutant.id] == 'unnoticed' and mutant.id not in reasons]
     equal = [mutant for mutant in mutants if states[mutant.id] == 'unnoticed' and mutant.id in reasons]
@@ -129,14 +129,14 @@ def judge(mutants, results, reasons, digest, whole):
             sum(mutant in equal for mutant in here), sum(mutant in survivors for mutant in here)))
     lines += [''] + ['%s\n    %s' % (shown(mutant), reasons[mutant.id]) for mutant in equal]
     complaints = ['unnoticed: ' + shown(mutant) for mutant in survivors]
-    complaints += ['%s: line %s is not, or no longer, an unnoticed change: remove it' % (EQUAL.relative_to(ROOT), name)
+    complaints += ['%s: the change %s is noticed or no longer exists: remove its line' % (EQUAL.relative_to(ROOT), name)
                    for name in wrong]
     return lines, complaints
 
 
 def main():
     options = arguments()
-    from find import find  # here, because the help is to be had without libclang
+    from find import find  # here, so that --help works without libclang
     reasons = read_equal()
     results = Results(PLACE / 'results.jsonl')
     every = [mutant for file in sources() for mutant in find(ROOT, file)]
@@ -166,5 +166,5 @@ if __name__ == '__main__':
     try:
         sys.exit(main())
     except KeyboardInterrupt:
-        print('\nmutate: stopped; what was found out is kept', file=sys.stderr)
+        print('\nmutate: stopped; the results so far are kept', file=sys.stderr)
         sys.exit(128 + signal.SIGINT)

@@ -22,7 +22,7 @@ INTEGERS = {TypeKind.INT, TypeKind.UINT, TypeKind.LONG, TypeKind.ULONG}
 
 
 def unwrapped(node):
-    """The node below conversions that the source does not show."""
+    """Returns the node below conversions that the source does not show."""
     while node.kind == CursorKind.UNEXPOSED_EXPR:
         children = list(node.get_children())
         if len(children) != 1 or children[0].extent != node.extent:
@@ -57,7 +57,7 @@ class Finder:
         return start.file is not None and start.file.name == str(self.root / self.file)
 
     def add(self, kind, function, edits):
-        """Notes a change, unless it is one that was noted already."""
+        """Adds a change with an id of its own, unless it changes nothing."""
         edits = sorted(edits)
         start, end = edits[0][0], edits[-1][1]
         changed, last = '', start
@@ -78,11 +78,11 @@ class Finder:
         self.add(kind, function, [(node.extent.start.offset, node.extent.end.offset, text)])
 
     def swap(self, kind, function, first, second):
-        """Two ranges (start, end) change places."""
+        """Adds a change that swaps two ranges (start, end)."""
         self.add(kind, function, [(*first, self.text(*second)), (*second, self.text(*first))])
 
     def statement_range(self, node):
-        """With its semicolon."""
+        """Returns the range of a statement with its semicolon."""
         start, end = node.extent.start.offset, node.extent.end.offset
         if self.source[end - 1:end] not in (b';', b'}'):
             after = re.match(rb'\s*;', self.source[end:])
@@ -92,7 +92,7 @@ class Finder:
     # What each kind of node allows.
 
     def operands(self, node):
-        """The operator of a node with two sides, as (left, right, its text, start, end); None when it is another thing."""
+        """Returns the operator of a node with two sides as (left, right, its text, start, end), or None for other nodes."""
         if node.kind in (CursorKind.BINARY_OPERATOR, CursorKind.COMPOUND_ASSIGNMENT_OPERATOR):
             sides = list(node.get_children())
         elif node.kind == CursorKind.CALL_EXPR:
@@ -157,7 +157,7 @@ class Finder:
         elif node.kind == CursorKind.CHARACTER_LITERAL:
             self.replace('constant', function, node, "'~'")
         elif node.kind == CursorKind.STRING_LITERAL:
-            # Each piece of a literal that is written in several; pieces that a macro brings are changed where they stand.
+            # A literal may be written in several pieces. Pieces from a macro are changed in the macro's definition.
             start = node.extent.start.offset
             for piece in re.finditer(r'"(?:[^"\\\n]|\\.)*"', text):
                 self.visit_text(start + len(text[:piece.start()].encode()), piece.group(), function)
@@ -181,7 +181,7 @@ class Finder:
                 self.swap('order', function, self.statement_range(first), self.statement_range(second))
 
     def may_swap(self, first, second):
-        """Not what cannot compile, or cannot make a difference."""
+        """Returns False when the swapped statements could not compile, or could not make a difference."""
         if unwrapped(first).kind in LEAVING or unwrapped(second).kind in LEAVING:
             return False
         for one, other in ((first, second), (second, first)):
@@ -224,7 +224,7 @@ class Finder:
                 self.replace('call dropped', function, node, self.text_of(base))
 
     def visit_constructor(self, node, function):
-        """A member that starts with nothing instead of its value."""
+        """Lets a member start without its value."""
         for member in node.get_children():
             if member.kind != CursorKind.MEMBER_REF or not self.here(member):
                 continue
@@ -247,7 +247,7 @@ class Finder:
             self.add('element dropped', function, [(places[-2][1], places[-1][1], '')])
 
     def visit_reference(self, node, function):
-        """Another member, function or constant of the same type and from the same place."""
+        """Takes another member, function or constant of the same type from the same place."""
         target = node.referenced
         if target is None or target.location.file is None or not self.ours(target.location.file.name):
             return
@@ -299,7 +299,7 @@ class Finder:
         if kind in (CursorKind.MEMBER_REF_EXPR, CursorKind.DECL_REF_EXPR):
             self.visit_reference(node, function)
         if kind == CursorKind.LAMBDA_EXPR:
-            result = None  # the tree does not tell what a lambda returns
+            result = None  # the tree does not say what a lambda returns
         for child in node.get_children():
             if self.here(child):
                 self.visit(child, function, result)
@@ -321,7 +321,7 @@ class Finder:
         return sorted(unique.values(), key=lambda mutant: (mutant.line, mutant.edits))
 
     def find_macro_texts(self):
-        """Texts and macros in the definitions of macros: the tree shows them nowhere."""
+        """Finds texts in the definitions of macros, which the tree does not show."""
         for macro in re.finditer(rb'^#define\s+(\w+)((?:.*\\\n)*.*\n)', self.source, re.M):
             for piece in re.finditer(rb'"(?:[^"\\\n]|\\.)*"', macro.group(2)):
                 self.visit_text(macro.start(2) + piece.start(), piece.group().decode(), macro.group(1).decode())

@@ -15,18 +15,18 @@ from pathlib import Path
 COPIED = ['CMakeLists.txt', 'CMakePresets.json', 'agent', 'bench', 'cmake', 'config', 'devhost', 'device', 'drivers', 'fuzz',
           'host', 'reentry', 'tests', 'variables']
 ROOMS = ['agent', 'config', 'device', 'reentry', 'variables']
-# The unit tests, and which of them are asked first about a room's mutants: the rest only when those notice nothing.
+# The unit tests that run first on a room's mutants; the others run only when these notice nothing.
 FIRST = {'agent': ['agent_test'], 'config': ['section_test', 'config_test'], 'device': ['device_test'],
          'reentry': ['reentry_test'], 'variables': ['variables_test'], 'host': ['host_test']}
 PROGRAMS = ['host_test', 'reentry_test', 'section_test', 'variables_test', 'device_test', 'rootless_document_test', 'other_host_test',
             'config_test', 'agent_test', 'faults_test']
-CPU_SECONDS = 10     # what a program may use on one mutant, many times what it needs
-WALL_SECONDS = 1200  # for a program that waits; a busy machine must not be taken for one
+CPU_SECONDS = 10     # what a program may use on one mutant: many times what it needs
+WALL_SECONDS = 1200  # for a program that waits; long enough that a busy machine does not look like one
 MEMORY = 4 << 30
 
 
 def run(command, cwd, **options):
-    # A process group of its own: a Ctrl-C that ended a test's program would be taken for a test that fails.
+    # A process group of its own: if Ctrl-C ended a test's program, that would look like a test that fails.
     return subprocess.run(command, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors='replace',
                           process_group=0, **options)
 
@@ -42,7 +42,7 @@ def limit():
 
 
 def without_outputs(command):
-    """A compiler's command up to its source, without what tells where things go."""
+    """Returns a compiler's command up to its source, without the options that name outputs."""
     command = [word for word in command if word != '-MD']
     for option in ('-MT', '-MF', '-o'):
         at = command.index(option)
@@ -61,7 +61,7 @@ class Workplace:
 
     def prepare(self):
         self.copy()
-        # The warnings are the build's business; a mutant may well leave a name unused. No debug information: it costs time.
+        # No warnings, because a mutant may leave a name unused. No debug information, because it costs time.
         flags = ['-G', 'Ninja', '-DCMAKE_BUILD_TYPE=None', '-DCMAKE_CXX_COMPILER=g++', '-DCMAKE_CXX_FLAGS=-O0 -w']
         done = run(['cmake', '-S', str(self.tree), '-B', str(self.build)] + flags, self.root)
         if done.returncode:
@@ -83,7 +83,7 @@ class Workplace:
         self.needs = {target: set(names) for target, names in self.dependencies().items() if target in self.compiles}
 
     def copy(self):
-        """Copies what has changed since the last time and drops what has gone."""
+        """Copies what has changed since the last time and removes what is gone."""
         listed = run(['git', 'ls-files', '-co', '--exclude-standard', '--'] + [p for p in COPIED if (self.root / p).exists()],
                      self.root).stdout.split('\n')
         wanted = {name for name in listed if name and (self.root / name).is_file()}
@@ -100,10 +100,10 @@ class Workplace:
             if name.startswith(('host/', 'tests/support/', 'devhost/xml/') + tuple('tests/' + r + '/' for r in ROOMS + ['faults', 'host'])
                                + tuple(r + '/' for r in ROOMS)):
                 self.digest.update(name.encode() + b'\0' + (self.tree / name).read_bytes())
-        self.digest = self.digest.hexdigest()[:16]  # of all that a verdict depends on
+        self.digest = self.digest.hexdigest()[:16]  # of everything that a verdict depends on
 
     def precompile(self):
-        """The library headers of the plug-in, read once: they take most of a compiler's time."""
+        """Compiles the library headers of the plug-in once: they take most of a compiler's time."""
         includes = set()
         for room in ROOMS + ['host']:
             for path in (self.tree / room).iterdir():
@@ -133,12 +133,12 @@ class Workplace:
         return found
 
     def try_program(self, program):
-        """What fails when the program runs; nothing when all is well."""
+        """Returns what fails when the program runs, or an empty text."""
         try:
             done = run([str(program), '--gtest_brief=1', '--gtest_fail_fast'], self.build, preexec_fn=limit,
                        timeout=WALL_SECONDS)
         except subprocess.TimeoutExpired:
-            return 'waits for ever'
+            return 'waits forever'
         if done.returncode == 0:
             return ''
         failed = re.search(r'^\[  FAILED  \] ([^,\s]+)', done.stdout, re.M)
@@ -149,9 +149,9 @@ class Workplace:
         return 'ends with %s' % (signal.Signals(-done.returncode).name if done.returncode < 0 else done.returncode)
 
     def objects(self, program, file):
-        """The objects of a program that a change of `file` is compiled into. Where the plug-in is part of the program its
-        objects suffice: they come first at the link, so what is inline in a header is taken from them. Elsewhere the test
-        that is named after the header does."""
+        """Returns the objects of a program that must be compiled again for a change of `file`. If the plug-in is part of the
+        program, its own objects are enough: they come first at the link, so the inline code of a header is taken from them.
+        Otherwise the object of the test that is named after the header is enough."""
         touched = [word for word in self.links[program] if file in self.needs.get(word, ())]
         plugin = [word for word in touched if word.split('/')[0] in ROOMS]
         test = '/%stest.cpp.o' % Path(file).stem.replace('_', '').lower()
@@ -170,7 +170,7 @@ class Workplace:
         return run(command + list(extra), self.build)
 
     def try_mutant(self, mutant):
-        """The verdict on a mutant: (state, what noticed it)."""
+        """Returns the verdict on a mutant: (state, what noticed it)."""
         overlay = self.scratch / mutant.id
         source = (self.tree / mutant.file).read_bytes()
         for start, end, replacement in reversed(mutant.edits):
@@ -209,7 +209,7 @@ class Workplace:
         return 'unnoticed', ''
 
     def same_code(self, target, overlay, file):
-        """Whether the optimiser makes the same of the mutant: then nothing can tell them apart."""
+        """Returns whether the optimiser makes the same code from the mutant: then no test can notice it."""
         extra = ['-O2', '-g0']
         with self.lock:
             if target not in self.reference:
@@ -223,7 +223,7 @@ class Workplace:
 
 
 class Results:
-    """What was found out about each mutant, kept in a file that grows by one line at a time."""
+    """The results for each mutant, in a file that grows by one line at a time."""
 
     def __init__(self, path):
         self.path = path
@@ -261,5 +261,5 @@ def work(workplace, mutants, results, jobs, tell):
                 future.result()
         except BaseException:
             for future in futures:
-                future.cancel()  # those under way come to their end
+                future.cancel()  # running ones finish
             raise
