@@ -5,7 +5,7 @@
 
 #include "drivers/common/SettingsHolder.h"
 
-// An SNMP-capable device whose snmpd.conf is a text in memory: what it costs is next to nothing beside the agent's share.
+// An SNMP-capable device whose snmpd.conf is a text in memory. It costs next to nothing compared with the agent.
 class BenchDevice final : public drivers::SettingsHolder {
  public:
   explicit BenchDevice(std::string text) : file(std::move(text)) {}

@@ -10,7 +10,7 @@
 #include "host/IInstanceManager.h"
 #include "host/UICmdDispatcher.h"
 
-// The least host that an agent runs on: real XML and real variables, nobody listening.
+// The smallest host that an agent can run with: it has real XML and real variables, and ignores what the agent sends.
 class BenchHost final : public devhost::DriverServices,
                         public IInstanceManager,
                         public IDriverManager,
@@ -32,7 +32,7 @@ class BenchHost final : public devhost::DriverServices,
 
   bool RegisterQuery(const char*, void*) override { return true; }
   void UnregisterQuery(const char*) override {}
-  // Asked once, by the driver's base, for the services.
+  // Only the driver's base calls this, once, for the services.
   void* Query(const char*) override { return static_cast<devhost::DriverServices*>(this); }
   void FindDrivers(unsigned long, const char*, std::vector<void*>& instances) override { instances.clear(); }
   void RegisterUICmd(const std::string&, boost::function<h7::auto_com<H7XML::INode>(ICmdMessage const&)>) override {}

@@ -4,10 +4,10 @@
 #include <cstddef>
 #include <string>
 
-// An snmpd.conf as a person might have written it, of at least that many bytes, without a managed section.
+// Returns an snmpd.conf of at least `size` bytes, as a person might have written it, without a managed section.
 std::string ForeignText(std::size_t size);
 
-// Settings of that device as the tool sends them: every setting, two trap targets.
+// Returns settings of that device as the tool sends them: every setting and two trap targets.
 std::string SettingsXml(unsigned long deviceId);
 
 #endif

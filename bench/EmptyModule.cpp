@@ -1,4 +1,4 @@
-// What loading the agent's module is measured beside: a module with one function.
+// A module with one function. Loading it is measured beside loading the agent's module.
 extern "C" int Nothing();
 
 int Nothing() {

@@ -1,6 +1,7 @@
-// Does each operation of the agent once, with the counting of instructions switched on for its length only. Meant to run
-// under `valgrind --tool=callgrind --instr-atstart=no`, which writes one file of figures for each operation, named in its
-// "desc: Trigger" line; `scripts/bench instructions` makes a table of them. Without valgrind it only does the work.
+// Does each operation of the agent once, and counts instructions only during the operation. Meant to run under
+// `valgrind --tool=callgrind --instr-atstart=no`, which writes one file of figures for each operation and names the
+// operation in the file's "desc: Trigger" line; `scripts/bench instructions` makes a table of them. Without valgrind it only
+// does the work.
 
 #include <valgrind/callgrind.h>
 
@@ -30,7 +31,7 @@ void Must(bool good, const char* what) {
   }
 }
 
-// Counts one run of `work`. A first run beforehand binds symbols and warms the allocator, so that it is not counted.
+// Counts one run of `work`.
 template <class Work>
 void Count(const char* name, Work work) {
   CALLGRIND_START_INSTRUMENTATION;
@@ -40,6 +41,7 @@ void Count(const char* name, Work work) {
   CALLGRIND_STOP_INSTRUMENTATION;
 }
 
+// Counts a second run of `work`. The first run binds symbols and fills the allocator, which is not to be counted.
 template <class Work>
 void CountWarm(const char* name, Work work) {
   work();
@@ -56,7 +58,7 @@ struct Message {
   const devhost::CommandMessage message;
 };
 
-// An agent with that many devices, each with a file of some 5 KB that holds a section already.
+// An agent with `deviceCount` devices. Each has a file of some 5 KB that already has a section.
 class System {
  public:
   explicit System(unsigned long deviceCount) : agent(host), access(agent) {
@@ -114,7 +116,7 @@ void CountSetDeviceState() {
   CountWarm("SetDeviceState: notify", [&] { system.agent.MySendDataToUI("DeviceChanged", 5, -1); });
 }
 
-// Devices that hold their targets already. The instructions for each line stay the same, however many lines there are.
+// A device that already holds its targets. The instructions for each line are the same, however many lines there are.
 void CountTrapLines() {
   System system(1);
   BenchDevice& device = *system.devices.front();

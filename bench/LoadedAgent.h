@@ -5,8 +5,8 @@
 #include "host/IDriver.h"
 #include "host/IInstanceManager.h"
 
-// The agent's module as a host loads it: bound, made, initialised, its commands registered. Ends the program when that
-// fails.
+// Loads the agent's module as a host does, makes and initialises the agent, and lets it register its commands. Ends the
+// program when that fails.
 class LoadedAgent {
  public:
   // `host` and `config` outlive it.

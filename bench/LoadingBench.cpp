@@ -1,5 +1,5 @@
-// How long it takes to load the agent's module, and to have it initialised, beside loading a module that holds nothing:
-// `loading_bench AGENT_MODULE EMPTY_MODULE`. Loading and unloading is done in turns, and the best time of each counts.
+// Measures how long it takes to load the agent's module, and to initialise the agent, beside loading an empty module:
+// `loading_bench AGENT_MODULE EMPTY_MODULE`. The modules take turns, and the best time of each counts.
 
 #include <dlfcn.h>
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The peak, in bytes; asking for it begins a new one.
+// Returns the peak in bytes, and starts a new one.
 unsigned long TakePeak() {
   unsigned long kilobytes = 0;
   std::ifstream status("/proc/self/status");
@@ -34,7 +34,7 @@ void BestTimes::ReportRuns(const std::vector<Run>& runs) {
 }
 
 unsigned long PeakGrowth(const std::function<void()>& work) {
-  malloc_trim(0);  // what earlier work has freed must not hide what this work needs
+  malloc_trim(0);  // memory that earlier work has freed must not hide what this work needs
   TakePeak();
   const unsigned long before = TakePeak();
   work();

@@ -17,8 +17,7 @@ class BestTimes final : public benchmark::BenchmarkReporter {
   std::map<std::string, double> times;
 };
 
-// By how much `work` lets the process's peak of resident memory grow, in bytes. The peak is known to the kernel in pages
-// only.
+// Returns by how many bytes the process's peak of resident memory grows during `work`. The kernel counts whole pages.
 unsigned long PeakGrowth(const std::function<void()>& work);
 
 #endif

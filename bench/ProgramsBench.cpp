@@ -1,7 +1,6 @@
-// Runs command lines as whole processes, in turns, and prints for each the best time that it took, from its start to its
-// end, and the most memory that it held: `programs_bench TURNS NAME COMMAND [NAME COMMAND]...`. A command is run by sh,
-// which costs all of them the same. Turns are taken one command after the other, so that what disturbs the machine disturbs
-// all.
+// Runs command lines as whole processes: `programs_bench TURNS NAME COMMAND [NAME COMMAND]...`. Prints for each the best
+// time from its start to its end, and the most memory that it had. sh runs each command, which costs all of them the same.
+// The commands take turns, so that a disturbance of the machine disturbs all of them.
 
 #include <spawn.h>
 #include <sys/resource.h>
@@ -26,7 +25,7 @@ struct Command {
   long kilobytes = 0;
 };
 
-// Runs the command once. False when it has failed.
+// Runs the command once. Returns false when it has failed.
 bool Run(Command& command) {
   char shell[] = "sh";
   char option[] = "-c";

@@ -1,10 +1,10 @@
-// The agent's work on the text of an snmpd.conf, beside one copy of the same text, in one run. Foreign text of 5 KB, 1 MB
-// and 50 MB. Operations: add (a managed section put into a text without one), replace (into a text that holds one), read
-// (the settings of a device filled from such a text), skip (a text without a section read).
+// Measures the agent's work on the text of an snmpd.conf, beside one copy of the same text, in one run. The foreign text has
+// 5 KB, 1 MB and 50 MB. Operations: add (a managed section into a text without one), replace (the section of a text), read
+// (the settings of a device from such a text), skip (reading a text without a section).
 //
-// Every figure is the best of several runs; what counts are the ratios. Memory is the growth of the process's peak while the
-// agent serves one "SetDeviceState", in copies of the text: those of the agent and those of the device, whose own copy,
-// which stands for the disk, was there before.
+// Every figure is the best of several runs; look at the ratios. Memory is the growth of the process's peak while the agent
+// serves one "SetDeviceState", in copies of the text. It counts the copies of the agent and of the device, but not the one
+// that the device had before, which takes the place of the disk.
 
 #include <benchmark/benchmark.h>
 
@@ -38,7 +38,7 @@ managed_section::Settings SomeSettings() {
   return settings;
 }
 
-// A text of that size, as it is before the agent writes it and after.
+// A text of that size, before and after the agent writes it.
 struct Texts {
   explicit Texts(std::size_t size) : foreign(ForeignText(size)), settings(SomeSettings()) { managed = Write(foreign); }
 
@@ -131,7 +131,7 @@ void Register(const Operation& operation, const char* who, void (*work)(const Te
       ->Repetitions(5);
 }
 
-// In copies of the text.
+// Returns the peak memory of one request, in copies of the text.
 double PeakOfARequest(const Size& size) {
   BenchDevice device(TextsOf(size.bytes).managed);
   BenchHost host;
@@ -163,7 +163,7 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
     return 2;
   }
-  // By size, so that each text is made once.
+  // Ordered by size, so that each text is made once.
   for (const Size& size : kSizes) {
     for (const Operation& operation : kOperations) {
       Register(operation, "agent", operation.agent, size);

@@ -1,9 +1,9 @@
-// The agent's work on the variables of a project, beside the host's share of it and beside plain std::map work on the same
-// keys, all in one run. Operations: index (a project was loaded), apply (saved flags onto variables), write (the persisted
-// state), read (it back), remove (one device of the project).
+// Measures the agent's work on the variables of a project, beside the host's share of it and beside plain std::map work on
+// the same keys, all in one run. Operations: index (a project was loaded), apply (set the saved flags on the variables),
+// write (the persisted state), read (the persisted state), remove (one device of the project).
 //
-// Every figure is the best of several runs, in nanoseconds for each variable (of remove: for each that goes); what counts
-// are the ratios. "host" is the same calls into XML and variables without the agent. Memory is the growth of the process's
+// Every figure is the best of several runs, in nanoseconds for each variable (for remove: for each removed variable); look
+// at the ratios. "host" makes the same calls into XML and variables without the agent. Memory is the growth of the process's
 // peak while the operation runs, in bytes for each variable.
 
 #include <benchmark/benchmark.h>
@@ -61,7 +61,7 @@ Project& ProjectOf(unsigned long count) {
   return *project;
 }
 
-// Each of the following does an operation once, as one of three: the agent, the host alone, or a plain map.
+// Each of the following does one operation once, with the agent, with the host alone, or with a plain map.
 
 void IndexAgent(Project& project) {
   VariableMap map;
@@ -153,7 +153,8 @@ void ReadPlain(Project& project) {
   benchmark::DoNotOptimize(map.size());
 }
 
-// The last device of the project: the worst, because every erasure walks the whole map again. Put back afterwards.
+// Removes the last device of the project. That is the worst case, because every erasure walks the whole map again.
+// Afterwards the device is added again.
 void RemoveAgent(Project& project) {
   const unsigned long device = project.keys.back().first;
   project.agent->RemoveFromMap(project.access->deviceVariables, device);
@@ -239,7 +240,7 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
     return 2;
   }
-  // By size, so that each project is made once.
+  // Ordered by size, so that each project is made once.
   for (const unsigned long count : kCounts) {
     for (const Operation& operation : kOperations) {
       Register(operation, "agent", operation.agent, count);

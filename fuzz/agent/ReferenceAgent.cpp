@@ -42,7 +42,7 @@ std::string Truth(bool value) {
   return value ? "true" : "false";
 }
 
-// The node as a plain value.
+// Returns the node as a plain value.
 XmlElement Value(const H7XML::INode& node) {
   return devhost::ReadXml(devhost::XmlText(node, devhost::XmlStyle::Compact));
 }
@@ -74,7 +74,7 @@ unsigned long NamedNumber(const XmlElement& element, const std::string& name) {
   return devhost::ReadULong(Named(element, name));
 }
 
-// The last parameter of that name counts; 0 when there is none.
+// Returns the last parameter of that name, or 0.
 unsigned long Parameter(const XmlElement& event, const std::string& name) {
   unsigned long value = 0;
   for (const XmlElement& parameter : event.children) {
@@ -256,7 +256,7 @@ ReferenceAgent::RecordPointer ReferenceAgent::Find(unsigned long deviceId) const
 
 void ReferenceAgent::Notify(const std::string& name, unsigned long deviceId) {
   XmlElement notification = Element(name);
-  // The tool gets a signed number.
+  // The notification contains a signed number.
   const std::int64_t id = static_cast<std::int64_t>(deviceId);
   notification.children = {Element("id", std::to_string(id > INT32_MAX ? id - (std::int64_t{1} << 32) : id))};
   ConSendDataToUI(*devhost::MakeXmlNode(notification));
@@ -387,7 +387,7 @@ int ReferenceAgent::Read(Record& record) {
   return 0;
 }
 
-// Each line is read by itself, as if it stood alone in a section, to see when the device is asked what.
+// Reads each line as if it stood alone in a section, so that the device gets the same questions in the same order.
 void ReferenceAgent::FillLine(Record& record, const std::string& line, Traps& traps) {
   ISupportSNMP& device = *record.device;
   section_models::Device read;
@@ -405,7 +405,7 @@ void ReferenceAgent::FillLine(Record& record, const std::string& line, Traps& tr
   } else if (has("agentXTimeout")) {
     record.agentXTimeout = read.agentXTimeout;
   } else if (has("agentXRetries")) {
-    // Read, and not kept.
+    // The value is read but not kept.
   } else if (has("sysContact")) {
     if (!device.GetWasSysContactSettingErased() && device.GetSysContactSetting().empty()) {
       device.SetSysContactSetting(read.sysContact.value);

@@ -21,12 +21,12 @@ class ICmdMessage;
 
 namespace fuzz {
 
-// The agent once more, as its rules read: one step after the other, texts cut into tokens, no thought of cost. It is a
-// driver like the agent, and whatever a host or a device sees of the two has to be the same. XML is the host's plain values
-// here.
+// A second agent that follows the rules literally: one step after the other, texts cut into tokens, at any cost. It is a
+// driver like the agent, and a host or a device must see no difference between the two. It uses the host's plain values for
+// XML.
 class ReferenceAgent : public H7BaseAgentDriver, public ISNMPConfigurationAgent, public ISystemEventCallback {
  public:
-  // The clock is asked when a section is written.
+  // Asks the clock when it writes a section.
   ReferenceAgent(IInstanceManager& instances, Clock& clock);
   ~ReferenceAgent() override;
 
@@ -57,7 +57,7 @@ class ReferenceAgent : public H7BaseAgentDriver, public ISNMPConfigurationAgent,
  private:
   using Node = h7::auto_com<H7XML::INode>;
 
-  // The trap targets of one file, and whether the device wants them: unknown until the first line that holds one.
+  // The trap targets of one file, and whether the device wants them, which is unknown until the first line with one.
   struct Traps {
     std::optional<bool> wanted;
     std::vector<TrapTarget> targets;

@@ -5,7 +5,7 @@
 namespace fuzz {
 namespace {
 
-// What stands in angle brackets is filled in.
+// The parts in angle brackets are placeholders.
 const char kTemplate[] = R"(###########################################################################
 #
 # snmpd.conf
@@ -83,7 +83,7 @@ std::string Line(const char* keyword, const std::string& value) {
   return value.empty() ? "" : std::string(keyword) + "  " + value + '\n';
 }
 
-// Values may look like what is to be filled in, so the text is put together from its start to its end.
+// A value may look like a placeholder, so the text is put together from its start to its end.
 class Filled {
  public:
   Filled& Put(const std::string& mark, const std::string& value) {

@@ -21,7 +21,7 @@ struct SectionValues {
   std::vector<TrapTarget> trapTargets;
 };
 
-// The managed section, written down in one piece.
+// Returns the managed section, made from one template.
 std::string Section(const SectionValues& values);
 
 }  // namespace fuzz

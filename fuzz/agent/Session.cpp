@@ -12,7 +12,7 @@ unsigned long ReadId(Input& input) {
   return kIds[input.Below(8)];
 }
 
-// As a command, an event or a list has it: mostly a number.
+// Returns an id as a command, an event or a list may contain it: mostly a number.
 std::string ReadIdText(Input& input) {
   constexpr const char* kTexts[16] = {"0", "1",  "2",  "3",          "5",    "2147483647", "2147483648", "4294967295",
                                       "3", " 3", "3x", "4294967296", "0003", "-1",         "",           "+3"};
@@ -46,7 +46,8 @@ devhost::XmlElement ReadTrapTargets(Input& input) {
   return list;
 }
 
-// A device settings element with up to fifteen children, any of them twice or missing; perhaps cut off.
+// Returns a device settings element with up to fifteen children. Any of them may stand twice or be missing, and the text may
+// be cut off.
 std::string ReadSettings(Input& input) {
   devhost::XmlElement root = Element("managedDevice", "");
   root.children.push_back(Element("deviceId", ReadIdText(input)));
@@ -92,7 +93,7 @@ std::string ReadEvent(Input& input) {
   return devhost::XmlText(event, devhost::XmlStyle::Compact);
 }
 
-// A list of variables, as the host gives it or as a state has it; perhaps cut off.
+// Returns a list of variables, as the host returns it or as a state contains it. The text may be cut off.
 devhost::XmlElement ReadVariables(Input& input) {
   devhost::XmlElement list = Element("variables", "");
   for (unsigned int count = input.Below(8); count != 0; --count) {

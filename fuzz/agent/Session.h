@@ -8,17 +8,17 @@
 
 namespace fuzz {
 
-// One operation with what is planned for the calls that it makes.
+// One operation, with plans for the calls that it makes.
 struct Step {
   Operation operation;
   std::vector<Plan> plans;
 };
 
-// An operation is a letter and what it needs; README.md has the list.
+// Reads an operation: a letter and its arguments; README.md lists them.
 Operation ReadOperation(Input& input);
 
-// An operation, how many plans there are (up to 3), and for each the number of the call and 0 or 1: a fault, or 1 and an
-// operation.
+// Reads an operation, the number of its plans (up to 3) and the plans. A plan is the number of the call, then 0 for a fault,
+// or 1 and an operation.
 Step ReadStep(Input& input);
 
 }  // namespace fuzz

@@ -1,4 +1,4 @@
-// Sessions: devices come and go, the tool and the host call, calls nest, everything fails once in a while.
+// Plays sessions: devices come and go, the tool and the host call, calls nest, and now and then something fails.
 #include "fuzz/agent/Session.h"
 #include "fuzz/agent/Twins.h"
 

@@ -7,18 +7,18 @@
 
 namespace fuzz {
 
-// The agent and the reference, side by side: what is played is played to both, and the run ends when anything that can be
-// seen differs, or when something is left behind.
+// The agent and the reference side by side. Plays everything to both, and ends the run when they differ in anything that can
+// be seen, or when something is left behind.
 class Twins {
  public:
   Twins();
 
   void Play(const Operation& operation, const std::vector<Plan>& plans = {});
-  // Made, initialised with `state` (none when empty), with its commands registered.
+  // Makes and initialises both with `state` (without a state when it is empty), and lets them register their commands.
   void Start(const std::string& state = "");
 
  private:
-  // In this order, so that the agent's host is the one that lines of the log reach first.
+  // This order lets lines of the log reach the agent's host first.
   World m_reference;
   World m_agent;
 };

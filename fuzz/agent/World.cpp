@@ -16,11 +16,11 @@ bool Bit(unsigned int bits, unsigned int place) {
   return (bits >> place & 1U) != 0;
 }
 
-// What the fuzzer counts as new ground beside the code that is reached: which call something was done in, and what was done.
+// Besides reached code, the fuzzer counts a new pair of a call and what was done inside it.
 __attribute__((section("__libfuzzer_extra_counters"))) unsigned char s_ground[4096];
 
 void Reach(const std::string& where, int what) {
-  // Without arguments, and without the name of the one that is called.
+  // The call counts without its arguments and without the name of its object.
   const std::string call = where.substr(0, where.find(' ', where.compare(0, 9, "variable ") == 0 ? where.find('.') : 0));
   const std::size_t dot = call.rfind('.');
   const std::string name = dot == std::string::npos ? call : call.substr(dot);
@@ -71,7 +71,7 @@ bool& Variable::TrapEnabled() {
   return FakeVariable::TrapEnabled();
 }
 
-// The host has made itself the process's log; it is that again while the world plays.
+// The host has made itself the process's log when it was made. It becomes the log again while the world plays.
 World::World(Factory factory, DescribeDriver describe)
     : m_factory(std::move(factory)),
       m_describe(std::move(describe)),
@@ -138,7 +138,7 @@ void World::OnCall(const std::string& call) {
   }
 }
 
-// A driver that is made is no driver yet, and what it still does after its own end it does not do as itself.
+// A driver that is still being constructed, or whose own destructor has finished, must not be called.
 bool World::MayNest(const std::string& call) const {
   return m_phase == Phase::Running ||
          (m_phase == Phase::Destroying && !StartsWith(call, "UnregisterQuery") && !StartsWith(call, "BaseDestroyed"));
@@ -151,7 +151,7 @@ std::string World::Run(const Operation& operation) {
     return "";
   }
   if (nested) {
-    // A host starts and ends no driver while a call into it is under way.
+    // A host does not create or destroy a driver during a call into it.
     if (operation.kind <= Operation::Kind::RegisterCommands) {
       return "not now";
     }
@@ -307,7 +307,7 @@ void World::Destroy() {
   m_phase = Phase::Running;
 }
 
-// What the host itself failed to take back from a driver that is gone.
+// Takes back what a destroyed driver has left with the host, in case a call of its clean-up has failed.
 void World::Forget() {
   m_journal.SetHook(nullptr);
   auto& services = *static_cast<devhost::DriverServices*>(Instances().Query(devhost::DriverServices_IID));

@@ -17,22 +17,22 @@
 
 namespace fuzz {
 
-// What devices and the host throw here.
+// The exception that devices and the host throw here.
 class Fault : public std::exception {
  public:
   const char* what() const noexcept override { return "fault"; }
 };
 
-// A device that also hands its file out when it is off line.
+// A device that returns its file even when it is off line.
 class Device : public testsupport::RecordingDevice {
  public:
   using RecordingDevice::RecordingDevice;
   int CopyFrom(const std::string& path, std::string& config) override;
-  // Everything that it holds.
+  // Returns everything that the device holds, as text.
   std::string Describe() const;
 };
 
-// A variable that notes every call: "variable lamp.GetIds".
+// A variable that records every call: "variable lamp.GetIds".
 class Variable : public FakeVariable {
  public:
   Variable(Journal& journal, unsigned long deviceId, unsigned long variableId, std::string name);
@@ -44,10 +44,10 @@ class Variable : public FakeVariable {
   Journal& m_journal;
 };
 
-// One thing that happens: to the world around an agent, or to the agent.
+// One thing that happens to an agent or to the world around it.
 struct Operation {
   enum class Kind {
-    // Around it.
+    // To the world around it.
     SetText,       // device, number (which of its settings), text
     AddTrap,       // device, text, secondText, number (which port)
     SetSwitches,   // device, number (a bit each)
@@ -55,17 +55,17 @@ struct Operation {
     SetStatus,     // device, number (of which operation), status
     SetFile,       // device, text
     SetList,       // flag (user variables), text
-    AddVariable,   // id, secondId, flag (knows other ids of itself), text
+    AddVariable,   // id, secondId, flag (the variable returns other ids than its own), text
     TakeVariable,  // id, secondId
     SetDrivers,    // number (a bit for each device)
     Refuse,        // flag
-    // To it.
+    // To the agent.
     Create,
     Destroy,
-    Initialize,  // text (its state, none when empty)
-    Restart,     // destroyed, and created anew with the state that it gave
+    Initialize,  // text (its state; empty: no state)
+    Restart,     // destroys the agent and creates it again with the state that it returned
     RegisterCommands,
-    Announce,  // id, device (none: null)
+    Announce,  // id, device (kNoDevice: null)
     Withdraw,  // id
     SetState,  // id
     Command,   // text (its name), parameters
@@ -86,15 +86,14 @@ struct Operation {
   RecordingHost::Parameters parameters;
 };
 
-// What goes on inside the `at`th call out of the agent during an operation, counted from 1.
+// What happens inside one call out of the agent during an operation. `at` is the number of the call, counted from 1.
 struct Plan {
   unsigned int at = 0;
   bool throws = false;
-  Operation nested;  // otherwise
+  Operation nested;  // what is done when it does not throw
 };
 
-// A driver, its host and its devices. Two of them, one with the agent and one with the reference, are to be told apart by
-// nothing.
+// A driver, its host and its devices. One world with the agent and one with the reference must look exactly the same.
 class World {
  public:
   using Factory = std::function<IDriver*(World&)>;
@@ -107,15 +106,15 @@ class World {
   World(const World&) = delete;
   World& operator=(const World&) = delete;
 
-  // Does it, and what is planned meanwhile. Returns all that could be seen of it: the result, the calls, in order.
+  // Does an operation and carries out its plans. Returns all that can be seen of it: the result, and the calls in order.
   std::string Play(const Operation& operation, const std::vector<Plan>& plans);
-  // All that is kept: by the driver, by devices, by the host for the driver.
+  // Returns, as text, what the driver, the devices and the host (for the driver) keep.
   std::string Describe();
 
   bool HasDriver() const { return m_driver != nullptr; }
   IInstanceManager& Instances() { return m_host.Instances(); }
   Clock& TheClock() { return m_clock; }
-  // Whose calls go where this device's do: "1" to "4".
+  // Makes `call` and returns the name of the device that it reached, "1" to "4".
   std::string NameOf(const std::function<void()>& call);
 
  private:
@@ -138,7 +137,7 @@ class World {
   Clock m_clock;
   Journal m_journal;
   std::vector<std::unique_ptr<Device>> m_devices;
-  std::vector<std::unique_ptr<Variable>> m_variables;  // none ever goes: the agent may still know it
+  std::vector<std::unique_ptr<Variable>> m_variables;  // all stay, because the agent may still know them
   RecordingHost m_host;
   devhost::LogSink* m_log;
   std::unique_ptr<IDriver> m_driver;

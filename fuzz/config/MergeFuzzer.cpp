@@ -1,4 +1,4 @@
-// A new section put into any old text.
+// Puts a new section into any old text.
 #include "config/ManagedSection.h"
 #include "config/SectionMerge.h"
 #include "fuzz/support/Input.h"
@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string merged = managed_section::Merge("NEW\n", old);
   fuzz::RequireSame("merged", merged, section_models::Merge("NEW\n", old));
 
-  // What the agent itself has written is replaced, and nothing below it changes.
+  // A section that the agent itself has written is replaced, and nothing below it changes.
   const managed_section::Texts texts = managed_section::FixedTexts();
   const std::string section = texts.header + "then\n\n\n" + texts.trailer;
   const std::string once = managed_section::Merge(section, old);

@@ -1,4 +1,4 @@
-// The settings that a device without a care takes from any text. The first two bytes say what it holds before.
+// Fills the settings of a device from any text. The first two bytes say what the device holds before.
 #include <boost/make_shared.hpp>
 
 #include "agent/SNMPConfigurationAgent.h"

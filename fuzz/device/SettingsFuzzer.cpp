@@ -1,5 +1,5 @@
-// Any text as the settings that the tool sends for a device that holds nothing and is in some trouble: the first byte says
-// in which.
+// Takes any text as the settings that the tool sends for a device that holds nothing. The first byte says what is wrong with
+// the device.
 #include "fuzz/agent/Twins.h"
 #include "fuzz/support/Input.h"
 

@@ -13,7 +13,7 @@ void Clock::Use(Clock* clock) {
 
 }  // namespace fuzz
 
-// What every call of time() in the program is bound to when it is linked.
+// The linker binds every call of time() in the program to this function.
 extern "C" std::time_t __wrap_time(std::time_t* place) {
   const std::time_t now = fuzz::s_clock == nullptr ? 0 : fuzz::s_clock->Ask();
   if (place != nullptr) {

@@ -5,12 +5,12 @@
 
 namespace fuzz {
 
-// A clock that goes on by more than a day each time it is asked, so that a time stamp tells which question it answers.
+// A clock that advances by more than a day each time it is asked, so that a time stamp shows which question it answers.
 class Clock {
  public:
   std::time_t Ask() { return m_now += 100003; }
 
-  // This one answers time() until another one does. Null stops time.
+  // Lets `clock` answer time() from now on. With null, the time is always 0.
   static void Use(Clock* clock);
 
  private:

@@ -5,7 +5,7 @@
 namespace fuzz {
 namespace {
 
-// The letter that stands for a part is its place: '@' is the first one, 'A' the next.
+// The letter for a part follows from its place: '@' is the first one, 'A' the next.
 constexpr const char* kParts[64] = {
     "Halvoren Section Start",
     "# Halvoren Section Start\n",

@@ -8,20 +8,20 @@
 
 namespace fuzz {
 
-// Cuts an input into small decisions. Behind its end everything is 0, so every input means something. Letters and digits
-// mean what one would expect, so seeds can be typed: '3' is 3 wherever fewer than sixteen things are to be chosen from.
+// Cuts an input into small decisions. Behind its end everything is 0, so every input has a meaning. Digits and letters mean
+// what one would expect, so people can type seeds: '3' is 3 where there are up to sixteen choices.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : m_data(data), m_size(size) {}
 
   bool AtEnd() const { return m_at == m_size; }
   unsigned char Byte() { return AtEnd() ? static_cast<unsigned char>(0) : m_data[m_at++]; }
-  // A number below `count`, which is a power of two.
+  // Returns a number below `count`, which is a power of two.
   unsigned int Below(unsigned int count) { return Byte() % count; }
   bool Flag() { return Below(2) != 0; }
-  // A text of up to 15 parts that parsers trip over: how many, then one byte for each.
+  // Returns a text of up to 15 parts that are hard for parsers. The input has their number, then one byte for each.
   std::string Text();
-  // What is left.
+  // Returns the rest of the input.
   std::string Rest();
 
  private:
@@ -30,7 +30,7 @@ class Input {
   std::size_t m_at = 0;
 };
 
-// Ends the run with both texts when they differ.
+// Ends the run and shows both texts when they differ.
 void RequireSame(std::string_view what, std::string_view actual, std::string_view expected);
 // Ends the run with `what` when `holds` is false.
 void Require(bool holds, std::string_view what);

@@ -1,4 +1,4 @@
-// Runs a fuzzer over files, once each: a corpus as a test, without libFuzzer.
+// Runs a fuzzer once on each file. So a corpus is a test that does not need libFuzzer.
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -25,7 +25,7 @@ std::vector<std::filesystem::path> FilesOf(const std::filesystem::path& path) {
 }
 
 void Run(const std::filesystem::path& path) {
-  // Before it is run: a sanitizer's last word does not tell which file it was.
+  // The name is printed first, because a sanitizer's message does not say which file it was.
   std::printf("%s\n", path.c_str());
   std::fflush(stdout);
   std::ifstream file(path, std::ios::binary);

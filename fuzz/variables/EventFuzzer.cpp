@@ -1,4 +1,4 @@
-// Any XML as a system event, twice in a row, in a project with two variables.
+// Sends any XML as a system event, twice, in a project with two variables.
 #include "devhost/xml/XmlReader.h"
 #include "fuzz/agent/Twins.h"
 #include "fuzz/support/Input.h"

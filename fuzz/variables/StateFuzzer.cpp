@@ -1,4 +1,4 @@
-// Any XML as the state that the host kept, put onto the variables of a project and kept again.
+// Takes any XML as the state that the host kept, applies it to the variables of a project, and writes the state again.
 #include "devhost/xml/XmlReader.h"
 #include "fuzz/agent/Twins.h"
 #include "fuzz/support/Input.h"

@@ -1,4 +1,4 @@
-// Any text is judged as an snmpd.conf, and as settings when it is XML. Findings are whole, in their place, and show no
+// Checks any text as an snmpd.conf, and as settings when it is XML. Findings are complete, lie in the text and show no
 // secret.
 #include <algorithm>
 
@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Require(settings.origins.size() == lines, "lines from nowhere");
     Check(settings.text, true);
   } catch (const devhost::XmlError&) {
-    // No settings.
+    // The text does not contain settings.
   }
   return 0;
 }

@@ -1,4 +1,5 @@
-// Any text as a project file: it is read, or refused in one line that begins with its place. The file is one in memory.
+// Reads any text as a project file. It is accepted, or refused in one line that begins with the place. The file is in
+// memory.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -14,7 +15,7 @@ class FileInMemory {
   FileInMemory() : m_descriptor(::memfd_create("project", 0)) {}
   ~FileInMemory() { ::close(m_descriptor); }
 
-  // Its path.
+  // Returns the path of the file.
   std::string Fill(const std::uint8_t* data, std::size_t size) {
     const bool filled =
         ::ftruncate(m_descriptor, 0) == 0 && ::pwrite(m_descriptor, data, size, 0) == static_cast<ssize_t>(size);

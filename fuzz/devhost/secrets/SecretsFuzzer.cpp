@@ -1,4 +1,4 @@
-// Any text is cut into directives and masked. What is a secret for sure never comes out.
+// Cuts any text into directives and masks it. A certain secret never comes out.
 #include "devhost/secrets/KnownSecrets.h"
 #include "devhost/secrets/SecretPlaces.h"
 #include "devhost/secrets/Secrets.h"
@@ -17,7 +17,7 @@ void CheckPlaces(const std::vector<devhost::SecretPlace>& places, std::size_t si
   std::size_t end = 0;
   for (const devhost::SecretPlace& place : places) {
     fuzz::Require(place.begin >= end && place.end > place.begin && place.end <= size,
-                  "secrets in each other, empty or outside");
+                  "secrets that overlap, are empty or lie outside");
     end = place.end;
   }
 }
@@ -31,8 +31,8 @@ void CheckDirective(const std::string& line) {
   std::size_t end = directive->restBegin;
   for (const devhost::DirectiveWord& word : directive->words) {
     fuzz::Require(word.begin >= end && word.end > word.begin && word.end <= line.size(),
-                  "words in each other, empty or outside");
-    fuzz::Require(word.text.size() <= word.end - word.begin, "a word that grew");
+                  "words that overlap, are empty or lie outside");
+    fuzz::Require(word.text.size() <= word.end - word.begin, "a word that is longer than its place");
     end = word.end;
   }
 }
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Require(!ShowsSecret(devhost::MaskXml(element + text)), "the XML shows a secret");
     devhost::KnownSecrets known;
     known.Learn(kSecret);
-    fuzz::Require(!ShowsSecret(known.Mask(text + " " + kSecret)), "the text shows what is known");
+    fuzz::Require(!ShowsSecret(known.Mask(text + " " + kSecret)), "the text shows a known secret");
   }
   return 0;
 }
