@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "devhost/preview/PreviewError.h"
 #include "devhost/system/FileText.h"
 #include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
@@ -21,7 +22,7 @@ std::string& FolderIn(XmlElement& config, const DriverEntry& device) {
   const auto found = std::find_if(config.attributes.begin(), config.attributes.end(),
                                   [](const XmlAttribute& attribute) { return attribute.name == "folder"; });
   if (found == config.attributes.end()) {
-    throw ScratchError(device.origin + ": the <config> of " + device.name +
+    throw PreviewError(device.origin + ": the <config> of " + device.name +
                        " names no folder, so no copy of the device can be made; allowed: a device whose snmpd.conf lies in "
                        "a folder that its <config> names");
   }
@@ -34,7 +35,7 @@ std::string ReadDevice(const std::string& path, const std::string& folder, const
     return ReadRegularFile(path);
   }
   if (!fs::is_directory(folder, ignored)) {
-    throw ScratchError(device.origin + ": there is no folder " + Quoted(folder) + " for the snmpd.conf of " + device.name +
+    throw PreviewError(device.origin + ": there is no folder " + Quoted(folder) + " for the snmpd.conf of " + device.name +
                        "; make it, or name the right one");
   }
   return std::string();
@@ -59,7 +60,7 @@ void ScratchDevice::CopyFile() const {
     m_folder.Write("target", m_realText);
     fs::create_symlink("target", m_folder.PathOf(kName), error);
     if (error) {
-      throw ScratchError("cannot make a link in " + Quoted(m_folder.Path()) + ": " + error.message());
+      throw PreviewError("cannot make a link in " + Quoted(m_folder.Path()) + ": " + error.message());
     }
   } else if (fs::exists(m_realPath, error)) {
     m_folder.Write(kName, m_realText);

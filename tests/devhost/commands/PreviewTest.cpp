@@ -219,13 +219,13 @@ TEST_F(APreview, OfSettingsForAnotherDeviceIsRefused) {
   folder.Write("home/settings.xml", "<managedDevice/>");
   EXPECT_EQ(Run(), 2);
   EXPECT_EQ(errors, "devhost: " + options.settings +
-                        ":1: the settings name no device; allowed: <deviceId>15</deviceId>, for hall\n");
+                        ":1: the settings do not name a device; allowed: <deviceId>15</deviceId>, for hall\n");
 }
 
 TEST_F(APreview, SaysWhatIsWrongWithWhatItIsGiven) {
   folder.Write("home/settings.xml", "<managedDevice>\n<x>");
   EXPECT_EQ(Run(), 2);
-  EXPECT_THAT(errors, AllOf(StartsWith("devhost: " + options.settings + ":2: no XML: "),
+  EXPECT_THAT(errors, AllOf(StartsWith("devhost: " + options.settings + ":2: not well-formed XML: "),
                             HasSubstr("; allowed: one device settings element\n")));
   folder.Write("home/settings.xml", kSettings);
 

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "devhost/preview/PreviewError.h"
 #include "devhost/system/FileText.h"
 #include "devhost/xml/XmlReader.h"
 #include "tests/support/ScratchFolder.h"
@@ -68,13 +69,13 @@ TEST_F(AScratchDevice, NeedsAFolderThatIsNamedAndThere) {
   try {
     const ScratchDevice scratch({12, "kitchen", "m.so", "<config/>", "p.xml:3"});
     FAIL();
-  } catch (const ScratchError& error) {
+  } catch (const PreviewError& error) {
     EXPECT_THAT(error.what(), testing::StartsWith("p.xml:3: the <config> of kitchen names no folder"));
   }
   try {
     const ScratchDevice scratch(Device("nowhere"));
     FAIL();
-  } catch (const ScratchError& error) {
+  } catch (const PreviewError& error) {
     EXPECT_THAT(error.what(), testing::StartsWith("p.xml:3: there is no folder \"" + folder.Path("nowhere") + "\""));
   }
 }
