@@ -3,8 +3,8 @@
 
 namespace devhost {
 
-// The exit statuses of the program. The help of each command tells what they mean there.
-enum ExitStatus : int { ExitStatus_Good = 0, ExitStatus_Failed = 1, ExitStatus_Wrong = 2 };
+// The exit statuses of the program, in the order of their weight. The help of each command says what they mean there.
+enum class ExitStatus : int { Good = 0, Failed = 1, Wrong = 2 };
 
 }  // namespace devhost
 

@@ -1,7 +1,8 @@
 #include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
-#include "devhost/program/Program.h"
+#include "devhost/commands/Commands.h"
 
 namespace {
 
@@ -29,5 +30,6 @@ void SurviveClosedPipes() {
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
   SurviveClosedPipes();
-  return devhost::RunProgram(argc, argv);
+  devhost::Console console(STDOUT_FILENO, STDERR_FILENO);
+  return static_cast<int>(devhost::RunCommandLine(argc, argv, console));
 }

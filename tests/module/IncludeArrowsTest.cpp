@@ -47,14 +47,15 @@ TEST(TheArrows, LetRoomsSeeWhatStandsBelowThem) {
 }
 
 TEST(TheArrows, LetNoRoomSeeAnythingElse) {
-  for (const char* wrong : {"device/A.cpp config/B.h", "device/A.h agent/SNMPConfigurationAgent.h",
-                            "config/SectionReader.cpp agent/SNMPConfigurationAgent.h", "config/A.cpp variables/B.h",
-                            "config/ConfigTransfer.cpp agent/DeviceMap.h", "variables/A.cpp device/B.h",
-                            "agent/A.cpp devhost/engine/B.h", "agent/A.cpp tests/B.h", "devhost/engine/A.cpp agent/B.h",
-                            "devhost/engine/A.cpp drivers/common/B.h", "devhost/text/A.cpp devhost/system/B.h",
-                            "devhost/engine/A.cpp devhost/report/B.h", "devhost/script/A.cpp devhost/commands/B.h",
-                            "devhost/check/A.cpp devhost/preview/B.h", "drivers/common/A.cpp agent/SNMPConfigurationAgent.h",
-                            "drivers/common/A.cpp devhost/engine/B.h", "drivers/simulated/A.cpp drivers/localsnmpd/B.h"}) {
+  for (const char* wrong :
+       {"device/A.cpp config/B.h", "device/A.h agent/SNMPConfigurationAgent.h",
+        "config/SectionReader.cpp agent/SNMPConfigurationAgent.h", "config/A.cpp variables/B.h",
+        "config/ConfigTransfer.cpp agent/DeviceMap.h", "variables/A.cpp device/B.h", "agent/A.cpp devhost/engine/B.h",
+        "agent/A.cpp tests/B.h", "devhost/engine/A.cpp agent/B.h", "devhost/engine/A.cpp drivers/common/B.h",
+        "devhost/text/A.cpp devhost/system/B.h", "devhost/engine/A.cpp devhost/report/B.h",
+        "devhost/script/A.cpp devhost/commands/B.h", "devhost/check/A.cpp devhost/preview/B.h",
+        "devhost/program/A.cpp devhost/engine/B.h", "drivers/common/A.cpp agent/SNMPConfigurationAgent.h",
+        "drivers/common/A.cpp devhost/engine/B.h", "drivers/simulated/A.cpp drivers/localsnmpd/B.h"}) {
     const std::string text = wrong;
     const std::size_t space = text.find(' ');
     EXPECT_THAT(Verdict(text.substr(0, space), '"' + text.substr(space + 1) + '"'),

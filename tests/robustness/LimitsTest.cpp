@@ -36,7 +36,7 @@ TEST(Xml, HasFourMillionElementsAtMost) {
   const Kitchen kitchen;
   kitchen.Write("script", "command SetDeviceState xml=@settings.xml\n");
   WriteRepeated(kitchen.Path("settings.xml"), "<a>\n", "<b/>", 5000000, "</a>");
-  const std::string problem = "the settings are no well-formed XML: more than 4000000 elements; allowed: so many at most";
+  const std::string problem = "the settings are not well-formed XML: more than 4000000 elements; allowed: so many at most";
   ExpectRefused(Measure({"advise", "settings.xml"}, kitchen.Path()), "devhost: settings.xml:2:15999997: " + problem + "\n");
 #ifdef MEASURES_MEMORY
   // Secrets are looked for in it first: many seconds under sanitizers.
@@ -73,7 +73,7 @@ TEST(Xml, HasTenMillionAttributesAtMost) {
                 "<b a=\"\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\" j=\"\"/>", 1000001, "</a>");
   const Measured run = Measure({"advise", "settings.xml"}, kitchen.Path());
   EXPECT_EQ(run.status, 2);
-  EXPECT_THAT(run.output, HasSubstr("no well-formed XML: more than 10000000 attributes; allowed: so many at most\n"));
+  EXPECT_THAT(run.output, HasSubstr("not well-formed XML: more than 10000000 attributes; allowed: so many at most\n"));
 }
 #endif
 
@@ -83,7 +83,7 @@ TEST(XmlOfAPerson, IsAThousandLevelsDeepAtMost) {
   WriteRepeated(kitchen.Path("settings.xml"), "", "<a>", 1000000, kitchen.Read("end"));
   ExpectRefused(
       Measure({"advise", "settings.xml"}, kitchen.Path()),
-      "devhost: settings.xml:1:3001: the settings are no well-formed XML: elements are nested more than 1000 deep\n");
+      "devhost: settings.xml:1:3001: the settings are not well-formed XML: elements are nested more than 1000 deep\n");
 }
 
 // For a driver there is no such bound, nor does anything overflow the stack.

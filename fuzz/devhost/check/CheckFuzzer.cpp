@@ -4,7 +4,7 @@
 
 #include "devhost/check/Rules.h"
 #include "devhost/check/SettingsText.h"
-#include "devhost/commands/FindingText.h"
+#include "devhost/commands/Findings.h"
 #include "fuzz/support/Input.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include "config/SectionReader.h"
 #include "config/SectionWriter.h"
 #include "devhost/check/SettingsText.h"
-#include "devhost/commands/FindingText.h"
+#include "devhost/commands/Findings.h"
 #include "device/SNMPDevice.h"
 #include "tests/devhost/check/Examples.h"
 #include "tests/support/Journal.h"

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <set>
 
-#include "devhost/commands/FindingText.h"
+#include "devhost/commands/Findings.h"
 #include "tests/devhost/check/Examples.h"
 
 namespace devhost {

@@ -5,59 +5,67 @@
 #include <string>
 #include <vector>
 
+#include "devhost/commands/Commands.h"
+
 namespace devhost {
 namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
-using Kind = CommandLine::Kind;
 
 CommandLine Parse(std::vector<const char*> arguments) {
   arguments.insert(arguments.begin(), "devhost");
-  return ParseCommandLine(static_cast<int>(arguments.size()), arguments.data(), "/usr/lib/x");
+  return ParseCommandLine(static_cast<int>(arguments.size()), arguments.data(), Commands());
+}
+
+// The command that a line asks for, and what it was given: "run --pretty script=a".
+std::string Asked(const std::vector<const char*>& arguments) {
+  const CommandLine line = Parse(arguments);
+  if (line.command == nullptr) {
+    return "";
+  }
+  std::string asked = line.command->name;
+  for (const CommandOption& option : line.command->options) {
+    if (line.arguments.Has(option)) {
+      asked += std::string(" ") + option.name;
+      for (const std::string& text : line.arguments.Texts(option)) {
+        asked += (option.takes == CommandOption::Takes::Nothing ? ":" : "=") + text;
+      }
+    }
+  }
+  return asked;
 }
 
 TEST(NoArguments, AreWrongUsageAndShowTheHelp) {
   const CommandLine line = Parse({});
-  EXPECT_EQ(line.kind, Kind::Wrong);
+  EXPECT_EQ(line.command, nullptr);
+  EXPECT_EQ(line.status, ExitStatus::Wrong);
   EXPECT_EQ(line.text, Parse({"--help"}).text);
 }
 
-TEST(Run, HasDefaults) {
+TEST(ACommandLine, NamesACommandOfTheTable) {
   const CommandLine line = Parse({"run"});
-  EXPECT_EQ(line.kind, Kind::Run);
-  EXPECT_EQ(line.run.project, "");
-  EXPECT_EQ(line.run.script, "");
-  EXPECT_EQ(line.run.moduleFolder, "/usr/lib/x");
-  EXPECT_EQ(line.run.color, "auto");
-  EXPECT_EQ(line.run.state, "");
-  EXPECT_FALSE(line.run.pretty);
-  EXPECT_FALSE(line.run.showSecrets);
+  EXPECT_EQ(line.command, Commands().data());
+  EXPECT_EQ(line.text, "");
 }
 
 TEST(Run, TakesItsOptions) {
-  const CommandLine line = Parse({"run", "--project", "p.xml", "--module-dir=lib", "--pretty", "--color", "never", "--state",
-                                  "s", "--show-secrets", "-"});
-  EXPECT_EQ(line.kind, Kind::Run);
-  EXPECT_EQ(line.run.project, "p.xml");
-  EXPECT_EQ(line.run.state, "s");
-  EXPECT_EQ(line.run.moduleFolder, "lib");
-  EXPECT_TRUE(line.run.pretty);
-  EXPECT_TRUE(line.run.showSecrets);
-  EXPECT_EQ(line.run.color, "never");
-  EXPECT_EQ(line.run.script, "-");
+  EXPECT_EQ(Asked({"run"}), "run");
+  EXPECT_EQ(Asked({"run", "--project", "p.xml", "--module-dir=lib", "--pretty", "--color", "never", "--state", "s",
+                   "--show-secrets", "-"}),
+            "run script=- --project=p.xml --module-dir=lib --state=s --pretty:true --color=never --show-secrets:true");
 }
 
 TEST(Check, TakesFilesAndItsOptions) {
-  const CommandLine line = Parse({"check", "a", "--json", "-", "--daemon", "--show-secrets"});
-  EXPECT_EQ(line.kind, Kind::Check);
-  EXPECT_EQ(line.check.files, (std::vector<std::string>{"a", "-"}));
-  EXPECT_TRUE(line.check.json);
-  EXPECT_TRUE(line.check.daemon);
-  EXPECT_TRUE(line.check.showSecrets);
-  const CommandLine plain = Parse({"check", "a"});
-  EXPECT_FALSE(plain.check.json || plain.check.daemon || plain.check.showSecrets);
+  EXPECT_EQ(Asked({"check", "a"}), "check files=a");
+  EXPECT_EQ(Asked({"check", "a", "--json", "-", "--daemon", "--show-secrets"}),
+            "check files=a=- --json:true --daemon:true --show-secrets:true");
+}
+
+TEST(Check, TakesFilesWithTheNamesOfCommandsAndOptions) {
+  EXPECT_EQ(Asked({"check", "a", "run"}), "check files=a=run");
+  EXPECT_EQ(Asked({"check", "--", "--json"}), "check files=--json");
 }
 
 TEST(Check, WithoutAFileIsWrongUsage) {
@@ -66,25 +74,14 @@ TEST(Check, WithoutAFileIsWrongUsage) {
 }
 
 TEST(Advise, TakesAFileAndItsOptions) {
-  const CommandLine line = Parse({"advise", "k.xml", "--json", "--show-secrets"});
-  EXPECT_EQ(line.kind, Kind::Advise);
-  EXPECT_EQ(line.advise.settings, "k.xml");
-  EXPECT_TRUE(line.advise.json);
-  EXPECT_TRUE(line.advise.showSecrets);
-  EXPECT_FALSE(Parse({"advise", "-"}).advise.json);
+  EXPECT_EQ(Asked({"advise", "-"}), "advise settings=-");
+  EXPECT_EQ(Asked({"advise", "k.xml", "--json", "--show-secrets"}), "advise settings=k.xml --json:true --show-secrets:true");
   EXPECT_EQ(Parse({"advise"}).text, "devhost: the argument \"settings\" is missing\nTry \"devhost advise --help\".\n");
 }
 
 TEST(Preview, TakesADeviceAFileAndItsOptions) {
-  const CommandLine line = Parse({"preview", "--project", "p.xml", "kitchen", "--state", "s", "k.xml", "--show-secrets"});
-  EXPECT_EQ(line.kind, Kind::Preview);
-  EXPECT_EQ(line.preview.project, "p.xml");
-  EXPECT_EQ(line.preview.moduleFolder, "/usr/lib/x");
-  EXPECT_EQ(line.preview.device, "kitchen");
-  EXPECT_EQ(line.preview.settings, "k.xml");
-  EXPECT_EQ(line.preview.state, "s");
-  EXPECT_TRUE(line.preview.showSecrets);
-  EXPECT_FALSE(Parse({"preview", "--project", "p.xml", "kitchen", "-"}).preview.showSecrets);
+  EXPECT_EQ(Asked({"preview", "--project", "p.xml", "kitchen", "--state", "s", "k.xml", "--show-secrets"}),
+            "preview device=kitchen settings=k.xml --project=p.xml --state=s --show-secrets:true");
 }
 
 TEST(Preview, SaysWhatIsMissing) {
@@ -92,17 +89,16 @@ TEST(Preview, SaysWhatIsMissing) {
             "devhost: the argument \"device\" is missing\nTry \"devhost preview --help\".\n");
   EXPECT_EQ(Parse({"preview", "kitchen", "k.xml"}).text,
             "devhost: --project FILE is missing\nTry \"devhost preview --help\".\n");
-  EXPECT_THAT(
-      Parse({"preview", "--project", "p.xml", "a", "b", "c"}).text,
-      StartsWith("devhost: The following argument was not expected: c; allowed: a device, a file of settings and the "
-                 "options of preview\n"));
+  EXPECT_THAT(Parse({"preview", "--project", "p.xml", "a", "b", "c"}).text,
+              StartsWith("devhost: The following argument was not expected: c; allowed: devhost preview [options] device "
+                         "settings\n"));
 }
 
-TEST(Help, TellsUsageActionsExitStatusAndAnExample) {
+TEST(Help, ShowsUsageActionsExitStatusAndAnExample) {
   EXPECT_THAT(Parse({"--help"}).text,
               AllOf(HasSubstr("Usage: devhost"), HasSubstr("  run "), HasSubstr("Exit status: 0"), HasSubstr("Example:")));
   const CommandLine run = Parse({"run", "--help"});
-  EXPECT_EQ(run.kind, Kind::Answer);
+  EXPECT_EQ(run.status, ExitStatus::Good);
   EXPECT_THAT(run.text,
               AllOf(HasSubstr("Usage: devhost run [options] [script]"), HasSubstr("Actions of a script"),
                     HasSubstr("  device DRIVER set NAME VALUE  "), HasSubstr("Exit status: 0"), HasSubstr("Example:"),
@@ -117,10 +113,10 @@ TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   EXPECT_EQ(Parse({"blub"}).text,
             "devhost: there is no command \"blub\"; allowed: run, check, advise, preview\nTry \"devhost --help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,
-            "devhost: The following argument was not expected: b; allowed: one script and the options of run\n"
+            "devhost: The following argument was not expected: b; allowed: devhost run [options] [script]\n"
             "Try \"devhost run --help\".\n");
   EXPECT_THAT(Parse({"run", "--color", "x"}).text,
-              StartsWith("devhost: --color: \"x\" is no such time; allowed: auto, always, never\n"));
+              StartsWith("devhost: --color: \"x\" is unknown; allowed: auto, always, never\n"));
   EXPECT_EQ(Parse({"run", "--project"}).text,
             "devhost: --project has no value; allowed: --project FILE\nTry \"devhost run --help\".\n");
   EXPECT_EQ(Parse({"run", "--color", "never", "--color"}).text,
@@ -130,7 +126,6 @@ TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   for (const char* const pretty : {"--pretty=maybe", "--pretty=false"}) {
     EXPECT_EQ(Parse({"run", pretty}).text,
               "devhost: --pretty has a value; allowed: --pretty alone\nTry \"devhost run --help\".\n");
-    EXPECT_EQ(Parse({"run", pretty}).kind, Kind::Wrong);
   }
   EXPECT_THAT(Parse({"run", "--project", ""}).text, StartsWith("devhost: --project: the name is empty; allowed: a path\n"));
   EXPECT_THAT(Parse({"--blub"}).text,
@@ -138,7 +133,8 @@ TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
                              "Try \"devhost --help\".\n"));
   for (const CommandLine& line :
        {Parse({"blub"}), Parse({"run", "a", "b"}), Parse({"--blub"}), Parse({"run", "--color", "x"})}) {
-    EXPECT_EQ(line.kind, Kind::Wrong);
+    EXPECT_EQ(line.command, nullptr);
+    EXPECT_EQ(line.status, ExitStatus::Wrong);
   }
 }
 

@@ -1,21 +1,10 @@
-// The command as a whole, with the built modules.
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <map>
 #include <string>
+#include <vector>
 
-#include "devhost/commands/PreviewCommand.h"
-#include "devhost/engine/Host.h"
-#include "devhost/preview/FileDifference.h"
-#include "devhost/project/Project.h"
-#include "devhost/state/StateFolder.h"
-#include "devhost/system/FileText.h"
-#include "devhost/system/Output.h"
-#include "tests/devhost/support/RecordingObserver.h"
-#include "tests/support/ScratchFolder.h"
+#include "tests/devhost/commands/CommandsFixture.h"
 
 namespace devhost {
 namespace {
@@ -23,231 +12,113 @@ namespace {
 namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
-using testsupport::ScratchFolder;
 
-const std::string kSettings =
-    "<managedDevice>\n"
-    "  <snmpCommunityReadSetting>hidden-read</snmpCommunityReadSetting>\n"
-    "  <snmpSysNameSetting>kitchen</snmpSysNameSetting>\n"
-    "  <deviceId>12</deviceId>\n"
-    "</managedDevice>\n";
-
-// Every file of a folder, with what it holds and when it was written.
-using Tree = std::map<std::string, std::pair<std::string, fs::file_time_type>>;
-Tree TreeOf(const std::string& folder) {
-  Tree tree;
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-    const bool file = entry.is_regular_file() && !entry.is_symlink();
-    tree[entry.path()] = {file ? ReadFileText(entry.path()) : "", fs::last_write_time(entry.path())};
-  }
-  return tree;
-}
-
-class APreview : public testing::Test {
+class PreviewCommand : public CommandsFixture {
  protected:
-  APreview() {
-    fs::create_directory(temporary);
-    ::setenv("TMPDIR", temporary.c_str(), 1);
-    folder.Write(
-        "home/project.xml",
-        "<project>\n"
-        "  <driver id='1' name='agent' module='snmp_configuration_agent.so'/>\n"
-        "  <driver id='12' name='kitchen' module='simulated_device.so'><config folder='{project}/kitchen'/></driver>\n"
-        "  <driver id='15' name='hall' module='simulated_device.so'><config folder='{project}/nowhere'/></driver>\n"
-        "  <driver id='16' name='plain' module='simulated_device.so'/>\n"
-        "</project>\n");
-    folder.Write("home/kitchen/snmpd.conf", "# by hand\nrocommunity6 hidden-foreign\n");
-    folder.Write("home/settings.xml", kSettings);
-    options.project = folder.Path("home/project.xml");
-    options.moduleFolder = MODULE_FOLDER;
-    options.device = "kitchen";
-    options.settings = folder.Path("home/settings.xml");
-  }
-  ~APreview() override {
-    EXPECT_TRUE(fs::is_empty(temporary)) << "something was left behind";
-    ::unsetenv("TMPDIR");
+  PreviewCommand() { SetDevices("simulated_device.so"); }
+
+  void SetDevices(const std::string& module) const {
+    File("project.xml",
+         "<project>\n"
+         "  <driver id='1' name='agent' module='snmp_configuration_agent.so'/>\n"
+         "  <driver id='12' name='kitchen' module='" +
+             module +
+             "'><config folder='{project}/kitchen'/></driver>\n"
+             "  <driver id='15' name='hall' module='simulated_device.so'><config folder='{project}/nowhere'/></driver>\n"
+             "</project>\n");
   }
 
-  int Run() {
-    const std::string outPath = folder.Path("out");
-    const std::string errorPath = folder.Path("errors");
-    const Tree before = TreeOf(folder.Path("home"));
-    int status = -1;
-    {
-      const int out = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-      const int error = ::open(errorPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-      Output output(out);
-      Output errorOutput(error);
-      status = RunPreview(options, output, errorOutput);
-      ::close(out);
-      ::close(error);
-    }
-    EXPECT_EQ(TreeOf(folder.Path("home")), before);
-    printed = ReadFileText(outPath);
-    errors = ReadFileText(errorPath);
-    return status;
+  Outcome Preview(const std::string& device, const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments = {"preview", "--module-dir", MODULE_FOLDER, "--project", project, device, settings};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return Run(arguments);
   }
 
-  // The same done for real; returns the file's new text.
-  std::string DoIt() const {
-    RecordingObserver observer;
-    Host host(observer);
-    const Project project = ReadProject(options.project, options.moduleFolder);
-    host.Load(project.drivers[0]);
-    host.Load(project.drivers[1]);
-    EXPECT_EQ(host.Command(1, "SetDeviceState", {{"xml", ReadFileText(options.settings)}}), "<Success/>");
-    host.Stop();
-    return ReadFileText(RealPath());
+  void Play(const std::string& script, const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments = {"run", "--module-dir", MODULE_FOLDER, "--project", project};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    arguments.push_back(File("script", script));
+    ASSERT_EQ(Run(arguments).status, ExitStatus::Good);
   }
-  std::string RealPath() const { return folder.Path("home/kitchen/snmpd.conf"); }
 
-  ScratchFolder folder;
-  const std::string temporary = folder.Path("temporary");
-  PreviewOptions options;
-  std::string printed;
-  std::string errors;
+  const std::string conf = File("kitchen/snmpd.conf", "# by hand\n");
+  const std::string project = folder.Path("project.xml");
+  const std::string settings = File("settings.xml",
+                                    "<managedDevice><snmpCommunityReadSetting>hidden</snmpCommunityReadSetting>"
+                                    "<snmpSysNameSetting>kitchen</snmpSysNameSetting><deviceId>12</deviceId>"
+                                    "</managedDevice>");
 };
 
-TEST_F(APreview, IsTheDifferenceThatTheRealThingMakes) {
-  options.showSecrets = true;
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(errors, "");
-  const std::string before = ReadFileText(RealPath());
-  const std::string after = DoIt();
-  // The section is new, so its time stamp is part of both.
-  const std::string stamp = "+#   Generated by Quentara on ";
-  const std::string real = FileDifference(RealPath(), before, after, true);
-  ASSERT_THAT(real, HasSubstr("+sysName  kitchen\n"));
-  EXPECT_EQ(printed.substr(0, printed.find(stamp)), real.substr(0, real.find(stamp)));
-  EXPECT_EQ(printed.substr(printed.find('\n', printed.find(stamp))), real.substr(real.find('\n', real.find(stamp))));
+TEST_F(PreviewCommand, PrintsADifferenceAndChangesNothing) {
+  const Outcome outcome = Preview("kitchen");
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_THAT(outcome.out, StartsWith("--- " + conf + "\n+++ " + conf + " after SetDeviceState\n"));
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("\n+sysName  kitchen\n"), HasSubstr("\n+rocommunity  *****\n")));
+  EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), "# by hand\n");
 }
 
-TEST_F(APreview, OfWhatIsThereAlreadySaysThatNothingWouldChange) {
-  DoIt();
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(printed, "nothing would change in " + RealPath() + "\n");
-  EXPECT_EQ(errors, "");
+TEST_F(PreviewCommand, ShowsSecretsWhenAsked) {
+  EXPECT_THAT(Preview("kitchen", {"--show-secrets"}).out, HasSubstr("\n+rocommunity  hidden\n"));
 }
 
-TEST_F(APreview, MasksCommunitiesUnlessAsked) {
-  EXPECT_EQ(Run(), 0);
-  EXPECT_THAT(printed,
-              AllOf(HasSubstr("\n+rocommunity  *****\n"), HasSubstr("rocommunity6 *****\n"), Not(HasSubstr("hidden"))));
-  options.showSecrets = true;
-  EXPECT_EQ(Run(), 0);
-  EXPECT_THAT(printed, AllOf(HasSubstr("\n+rocommunity  hidden-read\n"), HasSubstr("hidden-foreign")));
+TEST_F(PreviewCommand, TakesTheDeviceByItsIdToo) {
+  EXPECT_THAT(Preview("12").out, StartsWith("--- " + conf + "\n"));
 }
 
-TEST_F(APreview, TakesTheDeviceByItsIdToo) {
-  options.device = "12";
-  EXPECT_EQ(Run(), 0);
-  EXPECT_THAT(printed, StartsWith("--- " + RealPath() + "\n"));
+TEST_F(PreviewCommand, SaysThatNothingWouldChange) {
+  Play("command SetDeviceState xml=@settings.xml\n");
+  const Outcome outcome = Preview("kitchen");
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.out, "nothing would change in " + conf + "\n");
 }
 
-TEST_F(APreview, OfADeviceWithoutAFileShowsTheWholeSection) {
-  fs::remove(RealPath());
-  EXPECT_EQ(Run(), 0);
-  EXPECT_THAT(printed, AllOf(HasSubstr("\n@@ -0,0 +1,"), HasSubstr("\n+sysName  kitchen\n")));
-  EXPECT_FALSE(fs::exists(RealPath()));
+TEST_F(PreviewCommand, PrintsWhatTheDriversSayWhenTheAgentRefuses) {
+  fs::rename(conf, folder.Path("elsewhere"));
+  fs::create_symlink("../elsewhere", conf);
+  const Outcome outcome = Preview("kitchen");
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.errors,
+              testing::MatchesRegex("devhost: kitchen: SNMP device 12: cannot read [^\n]+\n"
+                                    "devhost: SetDeviceState would answer <ReadFail/> and leave [^\n]+ as it is\n"));
 }
 
-TEST_F(APreview, OfALinkTellsWhatTheAgentWouldAnswer) {
-  fs::rename(RealPath(), folder.Path("home/elsewhere"));
-  fs::create_symlink("../elsewhere", RealPath());
-  EXPECT_EQ(Run(), 1);
-  EXPECT_EQ(printed, "");
-  EXPECT_THAT(errors, AllOf(HasSubstr("devhost: kitchen: SNMP device 12: cannot read"), HasSubstr("symbolic link"),
-                            HasSubstr("devhost: SetDeviceState would answer <ReadFail/> and leave " + RealPath())));
+// An empty setting is filled from the file unless somebody has erased it.
+TEST_F(PreviewCommand, ReadsTheStateOfTheDevice) {
+  SetDevices("local_snmpd.so");
+  const std::string states = folder.Path("states");
+  Play("command SetDeviceState xml=@settings.xml\n");
+  Play("device kitchen erase sysName\n", {"--state", states});
+  File("settings.xml", "<managedDevice><deviceId>12</deviceId></managedDevice>");
+  EXPECT_THAT(Preview("kitchen").out, StartsWith("nothing would change in "));
+  EXPECT_THAT(Preview("kitchen", {"--state", states}).out, HasSubstr("\n-sysName  kitchen\n"));
+
+  File("states/driver-12.xml", "<torn");
+  EXPECT_EQ(Preview("kitchen", {"--state", states}).status, ExitStatus::Wrong);
+  EXPECT_EQ(folder.Read("states/driver-12.xml"), "<torn");
 }
 
-// What the device has kept decides: an empty setting is filled from the file unless somebody has erased it.
-TEST_F(APreview, KnowsWhatTheDeviceHasKept) {
-  folder.Write("home/project.xml",
-               "<project>\n"
-               "  <driver id='1' name='agent' module='snmp_configuration_agent.so'/>\n"
-               "  <driver id='12' name='kitchen' module='local_snmpd.so'><config folder='{project}/kitchen'/></driver>\n"
-               "</project>\n");
-  DoIt();
-  folder.Write("home/settings.xml", "<managedDevice><deviceId>12</deviceId></managedDevice>");
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(printed, "nothing would change in " + RealPath() + "\n");
+TEST_F(PreviewCommand, SaysWhatIsWrongWithWhatItIsGiven) {
+  const Outcome missing = Preview("cellar");
+  EXPECT_EQ(missing.status, ExitStatus::Wrong);
+  EXPECT_THAT(missing.errors,
+              AllOf(StartsWith("devhost: " + project + ": "), HasSubstr("\"cellar\""), HasSubstr("kitchen")));
 
-  options.state = folder.Path("home/states");
-  {
-    RecordingObserver observer;
-    StateFolder states(options.state);
-    Host host(observer, &states);
-    const Project project = ReadProject(options.project, options.moduleFolder);
-    host.Load(project.drivers[1]);
-    EXPECT_EQ(host.Command(12, "EraseSetting", {{"name", "sysName"}}), "<Success/>");
-    host.Stop();
-  }
-  EXPECT_EQ(Run(), 0);
-  EXPECT_THAT(printed, AllOf(HasSubstr("\n-sysName  kitchen\n"), Not(HasSubstr("-rocommunity"))));
+  const Outcome other = Preview("hall");
+  EXPECT_EQ(other.status, ExitStatus::Wrong);
+  EXPECT_THAT(other.errors, StartsWith("devhost: " + settings + ":1: the settings are for device \"12\"; allowed: "));
 
-  // Off line, the change waits, but it is seen.
-  {
-    RecordingObserver observer;
-    StateFolder states(options.state);
-    Host host(observer, &states);
-    const Project project = ReadProject(options.project, options.moduleFolder);
-    host.Load(project.drivers[0]);
-    host.Load(project.drivers[1]);
-    host.Command(1, "GetDeviceList", {});
-    EXPECT_EQ(host.Command(12, "SetOnline", {{"online", "false"}}), "<Success/>");
-    host.Stop();
-  }
-  folder.Write("home/settings.xml",
-               "<managedDevice><snmpSysLocationSetting>attic</snmpSysLocationSetting>"
-               "<deviceId>12</deviceId></managedDevice>");
-  EXPECT_EQ(Run(), 0);
-  EXPECT_THAT(printed, AllOf(HasSubstr("\n+sysLocation  attic\n"), HasSubstr("\n-sysName  kitchen\n")));
+  File("settings.xml", "<managedDevice><deviceId>15</deviceId></managedDevice>");
+  const Outcome nowhere = Preview("hall");
+  EXPECT_EQ(nowhere.status, ExitStatus::Wrong);
+  EXPECT_THAT(nowhere.errors, StartsWith("devhost: " + project + ":4: there is no folder "));
 
-  folder.Write("home/states/driver-12.xml", "<torn");
-  EXPECT_THROW(Run(), StateError);
-  EXPECT_EQ(ReadFileText(folder.Path("home/states/driver-12.xml")), "<torn");
-}
-
-TEST_F(APreview, OfSettingsForAnotherDeviceIsRefused) {
-  options.device = "hall";
-  fs::create_directory(folder.Path("home/nowhere"));
-  EXPECT_EQ(Run(), 2);
-  EXPECT_EQ(errors, "devhost: " + options.settings +
-                        ":4: the settings are for device \"12\"; allowed: <deviceId>15</deviceId>, for hall\n");
-  folder.Write("home/settings.xml", "<managedDevice/>");
-  EXPECT_EQ(Run(), 2);
-  EXPECT_EQ(errors, "devhost: " + options.settings +
-                        ":1: the settings do not name a device; allowed: <deviceId>15</deviceId>, for hall\n");
-}
-
-TEST_F(APreview, SaysWhatIsWrongWithWhatItIsGiven) {
-  folder.Write("home/settings.xml", "<managedDevice>\n<x>");
-  EXPECT_EQ(Run(), 2);
-  EXPECT_THAT(errors, AllOf(StartsWith("devhost: " + options.settings + ":2: not well-formed XML: "),
-                            HasSubstr("; allowed: one device settings element\n")));
-  folder.Write("home/settings.xml", kSettings);
-
-  options.device = "cellar";
-  EXPECT_EQ(Run(), 2);
-  EXPECT_THAT(errors,
-              AllOf(StartsWith("devhost: " + options.project + ": "), HasSubstr("\"cellar\""), HasSubstr("kitchen")));
-
-  options.device = "kitchen";
-  fs::remove_all(folder.Path("home/kitchen"));
-  EXPECT_EQ(Run(), 2);
-  EXPECT_THAT(errors, StartsWith("devhost: " + options.project + ":3: there is no folder "));
-
-  folder.Write("home/settings.xml", "<managedDevice><deviceId>16</deviceId></managedDevice>");
-  options.device = "plain";
-  EXPECT_EQ(Run(), 2);
-  EXPECT_THAT(errors, StartsWith("devhost: " + options.project + ":5: the <config> of plain names no folder"));
-
-  folder.Write("home/project.xml", "<project><driver id='1' name='k' module='simulated_device.so'/></project>");
-  options.device = "k";
-  EXPECT_EQ(Run(), 2);
-  EXPECT_THAT(errors, HasSubstr("no driver of the project has the module snmp_configuration_agent.so"));
+  File("project.xml", "<project><driver id='1' name='k' module='simulated_device.so'/></project>");
+  const Outcome alone = Preview("k");
+  EXPECT_EQ(alone.status, ExitStatus::Wrong);
+  EXPECT_THAT(alone.errors, HasSubstr("no driver of the project has the module snmp_configuration_agent.so"));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "devhost/commands/FindingText.h"
+#include "devhost/commands/Findings.h"
 
 #include <gtest/gtest.h>
 
@@ -6,13 +6,13 @@ namespace devhost {
 namespace {
 
 TEST(AFinding, IsTwoLinesOfText) {
-  const Finding finding{"a/snmpd.conf", 12, Severity::Error, "some-rule", "it is wrong", "mend it"};
-  EXPECT_EQ(FindingText(finding), "a/snmpd.conf:12: error: it is wrong [some-rule]\n    mend it\n");
+  const Finding finding{"a/snmpd.conf", 12, Severity::Error, "some-rule", "it is wrong", "fix it"};
+  EXPECT_EQ(FindingText(finding), "a/snmpd.conf:12: error: it is wrong [some-rule]\n    fix it\n");
 }
 
 TEST(AFinding, StaysTwoLinesWhateverItsTextsHold) {
-  const Finding finding{"a\nb", 0, Severity::Warning, "some-rule", "it\r\nis \x1b[31mred", "mend\tit"};
-  EXPECT_EQ(FindingText(finding), "a\\nb: warning: it\\r\\nis \\x1b[31mred [some-rule]\n    mend\\tit\n");
+  const Finding finding{"a\nb", 0, Severity::Warning, "some-rule", "it\r\nis \x1b[31mred", "fix\tit"};
+  EXPECT_EQ(FindingText(finding), "a\\nb: warning: it\\r\\nis \\x1b[31mred [some-rule]\n    fix\\tit\n");
 }
 
 TEST(AFinding, AboutTheWholeFileNamesNoLineButInJson) {
@@ -24,11 +24,11 @@ TEST(AFinding, AboutTheWholeFileNamesNoLineButInJson) {
 }
 
 TEST(AFinding, IsOneJsonObjectInALine) {
-  const Finding finding{"a/snmpd.conf", 12, Severity::Error, "some-rule", "it is wrong", "mend it"};
+  const Finding finding{"a/snmpd.conf", 12, Severity::Error, "some-rule", "it is wrong", "fix it"};
   EXPECT_EQ(
       FindingJson(finding),
       "{\"file\":\"a/snmpd.conf\",\"line\":12,\"severity\":\"error\",\"rule\":\"some-rule\",\"reason\":\"it is wrong\","
-      "\"remedy\":\"mend it\"}\n");
+      "\"remedy\":\"fix it\"}\n");
 }
 
 // The reason alone, as it stands in the object.
@@ -40,7 +40,7 @@ std::string JsonReason(const std::string& reason) {
 
 TEST(Json, EscapesWhatItMust) {
   EXPECT_EQ(JsonReason("a \"b\" \\ c"), R"("a \"b\" \\ c")");
-  EXPECT_EQ(JsonReason("a\nb\tc\x7F"), R"("a\u000ab\u0009c\u007f")");
+  EXPECT_EQ(JsonReason("a\nb\tc\x1b"), R"("a\u000ab\u0009c\u001b")");
   EXPECT_EQ(JsonReason(std::string("a\0b", 3)), R"("a\u0000b")");
 }
 
@@ -49,7 +49,7 @@ TEST(Json, KeepsCharactersOfEachLength) {
   EXPECT_EQ(JsonReason(text), "\"" + text + "\"");
 }
 
-TEST(Json, ReplacesBytesThatAreNoText) {
+TEST(Json, ReplacesBytesThatAreNotText) {
   const std::string mark = "\xEF\xBF\xBD";
   EXPECT_EQ(JsonReason("a\xFFz"), "\"a" + mark + "z\"");
   EXPECT_EQ(JsonReason("a\xC3"), "\"a" + mark + "\"");

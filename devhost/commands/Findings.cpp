@@ -1,8 +1,12 @@
-#include "devhost/commands/FindingText.h"
+#include "devhost/commands/Findings.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <string_view>
 
+#include "devhost/commands/Console.h"
+#include "devhost/system/Output.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -63,6 +67,11 @@ void AppendMember(std::string& json, const char* name, std::string_view text) {
   AppendJsonText(json, text);
 }
 
+std::size_t CountOf(const std::vector<Finding>& findings, Severity severity) {
+  return static_cast<std::size_t>(std::count_if(
+      findings.begin(), findings.end(), [severity](const Finding& finding) { return finding.severity == severity; }));
+}
+
 }  // namespace
 
 std::string FindingText(const Finding& finding) {
@@ -80,6 +89,22 @@ std::string FindingJson(const Finding& finding) {
   AppendMember(json, "reason", finding.reason);
   AppendMember(json, "remedy", finding.remedy);
   return json + "}\n";
+}
+
+ExitStatus PrintFindings(const std::vector<Finding>& findings, const std::string& file, bool json, Output& out) {
+  for (const Finding& finding : findings) {
+    out.Write(json ? FindingJson(finding) : FindingText(finding));
+  }
+  const std::size_t notes = CountOf(findings, Severity::Note);
+  const bool clean = notes == findings.size();
+  if (!json) {
+    out.Write(OneLine(file) + ": " +
+              (clean ? "no findings"
+                     : Counted(CountOf(findings, Severity::Error), "error") + ", " +
+                           Counted(CountOf(findings, Severity::Warning), "warning")) +
+              (notes == 0 ? "" : ", " + Counted(notes, "note")) + "\n");
+  }
+  return clean ? ExitStatus::Good : ExitStatus::Failed;
 }
 
 }  // namespace devhost

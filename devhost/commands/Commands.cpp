@@ -1,0 +1,52 @@
+#include "devhost/commands/Commands.h"
+
+#include <exception>
+#include <new>
+
+#include "devhost/commands/CommandLine.h"
+#include "devhost/preview/PreviewError.h"
+#include "devhost/project/Project.h"
+#include "devhost/script/ScriptReader.h"
+#include "devhost/state/StateStore.h"
+#include "devhost/system/FileText.h"
+
+namespace devhost {
+
+namespace {
+
+template <typename... Errors>
+bool IsOneOf(const std::exception& error) {
+  return (... || (dynamic_cast<const Errors*>(&error) != nullptr));
+}
+
+// Errors of what a command is given, as opposed to what happens while it works.
+bool IsWrongInput(const std::exception& error) {
+  return IsOneOf<FileError, PreviewError, ProjectError, ScriptError, StateError>(error);
+}
+
+ExitStatus Answer(const CommandLine& line, Console& console) {
+  (line.status == ExitStatus::Good ? console.Out() : console.Errors()).Write(line.text);
+  return line.status;
+}
+
+}  // namespace
+
+const std::vector<Command>& Commands() {
+  static const std::vector<Command> commands = {MakeRun(), MakeCheck(), MakeAdvise(), MakePreview()};
+  return commands;
+}
+
+ExitStatus RunCommandLine(int argc, const char* const* argv, Console& console) {
+  try {
+    const CommandLine line = ParseCommandLine(argc, argv, Commands());
+    return console.Finish(line.command == nullptr ? Answer(line, console) : line.command->run(line.arguments, console));
+  } catch (const std::bad_alloc&) {
+    console.Complain("out of memory");
+  } catch (const std::exception& error) {
+    console.Complain(error.what());
+    return IsWrongInput(error) ? ExitStatus::Wrong : ExitStatus::Failed;
+  }
+  return ExitStatus::Failed;
+}
+
+}  // namespace devhost

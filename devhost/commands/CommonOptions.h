@@ -1,0 +1,24 @@
+#ifndef DEVHOST_COMMANDS_COMMON_OPTIONS_H
+#define DEVHOST_COMMANDS_COMMON_OPTIONS_H
+
+#include <string>
+
+#include "devhost/commands/Arguments.h"
+#include "devhost/commands/Command.h"
+
+// Options and arguments that mean the same in several commands.
+namespace devhost {
+
+inline const CommandOption kShowSecrets{"--show-secrets", "", "Print communities and passphrases as they are, not as *****"};
+inline const CommandOption kJson{"--json", "", "Print one JSON object for each finding, on a line of its own"};
+inline const CommandOption kModuleFolder{
+    "--module-dir", "DIR", "Where driver modules lie (default: ../lib beside the program)", CommandOption::Takes::Path};
+inline const CommandOption kSettings{"settings", "", "File of a device settings element, - for standard input",
+                                     CommandOption::Takes::Path, true};
+
+// The folder that `kModuleFolder` names, or its default.
+std::string ModuleFolder(const Arguments& arguments);
+
+}  // namespace devhost
+
+#endif

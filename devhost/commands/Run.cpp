@@ -1,0 +1,164 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "devhost/commands/Arguments.h"
+#include "devhost/commands/Commands.h"
+#include "devhost/commands/CommonOptions.h"
+#include "devhost/engine/HostError.h"
+#include "devhost/project/DriverNames.h"
+#include "devhost/project/Project.h"
+#include "devhost/report/Printer.h"
+#include "devhost/script/ScriptActions.h"
+#include "devhost/script/ScriptReader.h"
+#include "devhost/script/ScriptRunner.h"
+#include "devhost/state/StateFolder.h"
+
+namespace devhost {
+
+namespace {
+
+using Takes = CommandOption::Takes;
+
+const CommandOption kScript{
+    "script", "", "The script, - for standard input; without one, the drivers are loaded and unloaded", Takes::Path};
+const CommandOption kProject{"--project", "FILE", "Project file; without one, the agent alone is loaded as driver 1",
+                             Takes::Path};
+const CommandOption kState{"--state", "DIR", "Keep the drivers' states in this folder, which is made when missing",
+                           Takes::Path};
+const CommandOption kPretty{"--pretty", "",
+                            "Print XML indented, on several lines, where one line would be longer than 100 characters"};
+const CommandOption kColor{"--color",     "WHEN", "Colour the first words: auto (on a terminal), always, never",
+                           Takes::Choice, false,  {"auto", "always", "never"}};
+
+constexpr char kFooter[] =
+    "SUBJECT is one of: reply, notification, log (the last one each), setting DRIVER NAME,\n"
+    "file DRIVER, flag DEVICE ID, state DRIVER. DRIVER is the name or id of a driver in the\n"
+    "project. Words are quoted as in a shell, # starts a comment, PARAM=@FILE takes the text\n"
+    "of a file, which may be a pipe as the script may.\n"
+    "\n"
+    "Without --state, states are kept from restart to restart of the run. A driver that was\n"
+    "handed a state and listens to project loads is asked for a new one only after\n"
+    "load-project.\n"
+    "\n"
+    "The whole project and script are checked before the first driver is loaded. Then\n"
+    "everything that happens is printed in order, one line each; the first word says what\n"
+    "it is: load, unload, command, reply, notification, event, log, invalidate, manners,\n"
+    "file, settings, counts, variable, user-variable, flag, state, daemon, run,\n"
+    "output, print, restart, error, expect. Communities and passphrases are shown as *****.\n"
+    "\n"
+    "Exit status: 0 all went well; 1 an action or expectation failed, a driver could not\n"
+    "start or broke the host's rules, or a driver's state or the output could not be read\n"
+    "or written; 2 wrong usage, or a project, script, module or state folder that is wrong\n"
+    "(nothing of the script was played).\n"
+    "\n"
+    "Example: see whether a device takes a new name.\n"
+    "\n"
+    "  $ cat project.xml\n"
+    "  <project>\n"
+    "    <driver id=\"1\" name=\"agent\" module=\"snmp_configuration_agent.so\"/>\n"
+    "    <driver id=\"12\" name=\"kitchen\" module=\"simulated_device.so\"><config folder=\"{project}\"/></driver>\n"
+    "  </project>\n"
+    "  $ cat rename.devhost\n"
+    "  device kitchen set sysName 'kitchen north'\n"
+    "  command GetDeviceList\n"
+    "  expect reply matches '>kitchen north<'\n"
+    "  $ devhost run --project project.xml rename.devhost\n"
+    "\n"
+    "More: \"man devhost\" (docs/man/devhost.1) and docs/scripts.md.";
+
+std::string ActionTable() {
+  std::size_t width = 0;
+  for (const ActionForm& form : ActionForms()) {
+    width = std::max(width, std::strlen(form.synopsis));
+  }
+  std::string table = "Actions of a script, one on each line:\n";
+  for (const ActionForm& form : ActionForms()) {
+    const std::string synopsis = form.synopsis;
+    table += "  " + synopsis + std::string(width + 2 - synopsis.size(), ' ') + form.meaning + "\n";
+  }
+  return table + "\n";
+}
+
+// `when` is "" when it was not given.
+bool WantsColor(const std::string& when, int descriptor) {
+  if (when == "always" || when == "never") {
+    return when == "always";
+  }
+  const char* const terminal = std::getenv("TERM");
+  return ::isatty(descriptor) == 1 && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
+         std::string(terminal) != "dumb";
+}
+
+// One line for people who look at the end of the output only.
+std::string Summary(const ScriptRunner::Result& result) {
+  std::string text;
+  const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
+  if (result.actionsFailed != 0) {
+    add(Counted(result.actionsFailed, "action") + " failed");
+  }
+  if (result.expectationsFailed != 0) {
+    add(Counted(result.expectationsFailed, "expectation") + " not met");
+  }
+  if (result.badManners != 0) {
+    add("the host's rules broken " + Counted(result.badManners, "time"));
+  }
+  if (result.driversFailed != 0) {
+    add("the start of " + Counted(result.driversFailed, "driver") + " failed");
+  }
+  if (result.stateProblems != 0) {
+    add(Counted(result.stateProblems, "problem") + " with a driver's state");
+  }
+  return text + "; first: " + result.first;
+}
+
+// Without a folder, states live as long as the program does.
+std::unique_ptr<StateStore> OpenStates(const std::string& folder) {
+  if (folder.empty()) {
+    return std::make_unique<StateMemory>();
+  }
+  return std::make_unique<StateFolder>(folder);
+}
+
+ExitStatus Run(const Arguments& arguments, Console& console) {
+  Output& output = console.Out();
+  const bool color = WantsColor(arguments.Text(kColor), output.Descriptor());
+  Printer printer(output, PrintStyle{arguments.Has(kPretty), color, arguments.Has(kShowSecrets)});
+  const std::string modules = ModuleFolder(arguments);
+  const Project project = arguments.Has(kProject) ? ReadProject(arguments.Text(kProject), modules) : AgentAlone(modules);
+  const DriverNames names(project.drivers);
+  const Script script = arguments.Has(kScript) ? LoadScript(arguments.Text(kScript)) : Script();
+  CheckScript(script, names);
+  const std::unique_ptr<StateStore> states = OpenStates(arguments.Text(kState));
+  ScriptRunner runner(project, names, *states, printer);
+  try {
+    runner.Start();
+  } catch (const HostError& error) {
+    console.Complain(error.what());
+    return ExitStatus::Wrong;
+  }
+  runner.Play(script);
+  runner.Stop();
+  if (!runner.GetResult().Good()) {
+    console.Complain(Summary(runner.GetResult()));
+    return ExitStatus::Failed;
+  }
+  return ExitStatus::Good;
+}
+
+}  // namespace
+
+Command MakeRun() {
+  return {"run",
+          "Load the drivers of a project, play a script, unload the drivers",
+          {kScript, kProject, kModuleFolder, kState, kPretty, kColor, kShowSecrets},
+          ActionTable() + kFooter,
+          &Run};
+}
+
+}  // namespace devhost
