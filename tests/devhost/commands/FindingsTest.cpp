@@ -40,7 +40,7 @@ std::string JsonReason(const std::string& reason) {
 
 TEST(Json, EscapesWhatItMust) {
   EXPECT_EQ(JsonReason("a \"b\" \\ c"), R"("a \"b\" \\ c")");
-  EXPECT_EQ(JsonReason("a\nb\tc\x1b"), R"("a\u000ab\u0009c\u001b")");
+  EXPECT_EQ(JsonReason("a\nb\tc\x1b"), R"("a\nb\tc\u001b")");
   EXPECT_EQ(JsonReason(std::string("a\0b", 3)), R"("a\u0000b")");
 }
 
