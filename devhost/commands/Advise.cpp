@@ -1,7 +1,6 @@
 #include <string>
 
 #include "devhost/check/Advice.h"
-#include "devhost/commands/Arguments.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/Findings.h"

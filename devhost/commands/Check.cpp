@@ -4,7 +4,6 @@
 #include <string>
 
 #include "devhost/check/CheckFile.h"
-#include "devhost/commands/Arguments.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/Findings.h"

@@ -38,12 +38,8 @@ class Formatter : public CLI::Formatter {
   }
 };
 
-std::string Joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words) {
-    text += (text.empty() ? "" : ", ") + word;
-  }
-  return text;
+std::string NeedName(const std::string& path) {
+  return path.empty() ? "the name is empty; allowed: a path" : "";
 }
 
 void AddOption(CLI::App& app, const CommandOption& option) {
@@ -58,14 +54,13 @@ void AddOption(CLI::App& app, const CommandOption& option) {
     added->expected(CLI::detail::expected_max_vector_size);
   }
   if (option.takes == Takes::Path || option.takes == Takes::Paths) {
-    added->check(
-        [](const std::string& path) { return std::string(path.empty() ? "the name is empty; allowed: a path" : ""); });
+    added->check(NeedName);
   }
   if (option.takes == Takes::Choice) {
     const std::vector<std::string>& choices = option.choices;
     added->check([choices](const std::string& word) {
       const bool known = std::find(choices.begin(), choices.end(), word) != choices.end();
-      return known ? std::string() : Quoted(word) + " is unknown; allowed: " + Joined(choices);
+      return known ? std::string() : Quoted(word) + " is unknown; allowed: " + CLI::detail::join(choices, ", ");
     });
   }
 }
@@ -102,6 +97,7 @@ class Parser {
       for (const CommandOption& option : command.options) {
         AddOption(*app, option);
       }
+      app->callback([this, app, &command] { Take(*app, command); });
     }
   }
 
@@ -111,7 +107,7 @@ class Parser {
     }
     try {
       m_app.parse(argc, argv);
-      return Parsed();
+      return m_line;
     } catch (const CLI::CallForHelp&) {
       return {nullptr, {}, ExitStatus::Good, App() != nullptr ? App()->help("devhost") : m_app.help()};
     } catch (const CLI::CallForVersion& version) {
@@ -130,21 +126,13 @@ class Parser {
     return parsed.empty() ? nullptr : parsed.front();
   }
 
-  CommandLine Parsed() const {
-    const CLI::App& app = *App();
-    CommandLine line;
-    for (const Command& command : m_commands) {
-      if (app.get_name() != command.name) {
-        continue;
-      }
-      line.command = &command;
-      for (const CommandOption& option : command.options) {
-        if (app.count(option.name) != 0) {
-          line.arguments.Add(option, app.get_option(option.name)->results());
-        }
+  void Take(const CLI::App& app, const Command& command) {
+    m_line.command = &command;
+    for (const CommandOption& option : command.options) {
+      if (app.count(option.name) != 0) {
+        m_line.arguments.Add(option, app.get_option(option.name)->results());
       }
     }
-    return line;
   }
 
   // The library names neither commands that do not exist nor what is allowed.
@@ -152,11 +140,8 @@ class Parser {
     if (word.compare(0, 1, "-") == 0) {
       return "there is no option " + Quoted(word) + "; allowed: --help, --version, or a command";
     }
-    std::vector<std::string> names;
-    for (const Command& command : m_commands) {
-      names.emplace_back(command.name);
-    }
-    return "there is no command " + Quoted(word) + "; allowed: " + Joined(names);
+    const auto name = [](const Command& command) { return std::string(command.name); };
+    return "there is no command " + Quoted(word) + "; allowed: " + CLI::detail::join(m_commands, name, ", ");
   }
 
   // The library names arguments that it did not expect, but not what is allowed.
@@ -175,6 +160,7 @@ class Parser {
 
   CLI::App m_app;
   const std::vector<Command>& m_commands;
+  CommandLine m_line;
 };
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "devhost/commands/Arguments.h"
 #include "devhost/commands/Command.h"
 
 namespace devhost {

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "devhost/commands/CommandLine.h"
-#include "devhost/preview/PreviewError.h"
+#include "devhost/preview/Preview.h"
 #include "devhost/project/Project.h"
 #include "devhost/script/ScriptReader.h"
 #include "devhost/state/StateStore.h"
@@ -24,11 +24,6 @@ bool IsWrongInput(const std::exception& error) {
   return IsOneOf<FileError, PreviewError, ProjectError, ScriptError, StateError>(error);
 }
 
-ExitStatus Answer(const CommandLine& line, Console& console) {
-  (line.status == ExitStatus::Good ? console.Out() : console.Errors()).Write(line.text);
-  return line.status;
-}
-
 }  // namespace
 
 const std::vector<Command>& Commands() {
@@ -39,7 +34,11 @@ const std::vector<Command>& Commands() {
 ExitStatus RunCommandLine(int argc, const char* const* argv, Console& console) {
   try {
     const CommandLine line = ParseCommandLine(argc, argv, Commands());
-    return console.Finish(line.command == nullptr ? Answer(line, console) : line.command->run(line.arguments, console));
+    if (line.command != nullptr) {
+      return console.Finish(line.command->run(line.arguments, console));
+    }
+    (line.status == ExitStatus::Good ? console.Out() : console.Errors()).Write(line.text);
+    return console.Finish(line.status);
   } catch (const std::bad_alloc&) {
     console.Complain("out of memory");
   } catch (const std::exception& error) {

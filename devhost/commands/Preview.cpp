@@ -1,13 +1,11 @@
 #include "devhost/preview/Preview.h"
 
-#include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
-#include "devhost/commands/Arguments.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
-#include "devhost/preview/PreviewError.h"
 #include "devhost/project/DriverNames.h"
 #include "devhost/project/Project.h"
 #include "devhost/state/StateFolder.h"
@@ -37,39 +35,33 @@ constexpr char kFooter[] =
     "\n"
     "  devhost preview --project project.xml kitchen kitchen.xml";
 
-template <typename Predicate>
-const DriverEntry* FindDriver(const Project& project, const Predicate& isIt) {
-  const auto found = std::find_if(project.drivers.begin(), project.drivers.end(), isIt);
-  return found == project.drivers.end() ? nullptr : &*found;
+// Loading a driver to see whether it is the agent would let a device loose on its real folder, so the module's name decides.
+bool IsAgent(const DriverEntry& driver) {
+  return std::string_view(driver.module).substr(driver.module.rfind('/') + 1) == kAgentModule;
 }
 
-const DriverEntry& FindDevice(const Project& project, const std::string& device, const std::string& file) {
+// The device and the agent of the project `file`. Throws PreviewError when the project does not have them.
+PreviewInput ChooseDrivers(const std::string& file, const Project& project, const std::string& device) {
+  PreviewInput input;
   try {
     const unsigned long id = DriverNames(project.drivers).Find(device);
-    return *FindDriver(project, [id](const DriverEntry& driver) { return driver.id == id; });
+    for (const DriverEntry& driver : project.drivers) {
+      input.device = driver.id == id ? driver : input.device;
+      input.agent = input.agent.module.empty() && IsAgent(driver) ? driver : input.agent;
+    }
   } catch (const std::runtime_error& error) {
     throw PreviewError(file + ": " + error.what());
   }
-}
-
-// Loading a driver to see whether it is the agent would let a device loose on its real folder, so the module's name decides.
-const DriverEntry& FindAgent(const Project& project, const std::string& file) {
-  const DriverEntry* const agent = FindDriver(project, [](const DriverEntry& driver) {
-    return std::string_view(driver.module).substr(driver.module.rfind('/') + 1) == kAgentModule;
-  });
-  if (agent == nullptr) {
+  if (input.agent.module.empty()) {
     throw PreviewError(file + ": no driver of the project has the module " + std::string(kAgentModule) +
                        "; allowed: a project with the agent in it");
   }
-  return *agent;
+  return input;
 }
 
 ExitStatus Preview(const Arguments& arguments, Console& console) {
   const std::string file = arguments.Text(kProject);
-  const Project project = ReadProject(file, ModuleFolder(arguments));
-  PreviewInput input;
-  input.device = FindDevice(project, arguments.Text(kDevice), file);
-  input.agent = FindAgent(project, file);
+  PreviewInput input = ChooseDrivers(file, ReadProject(file, ModuleFolder(arguments)), arguments.Text(kDevice));
   input.settings = ReadNamedText(arguments.Text(kSettings));
   input.state = arguments.Has(kState) ? LookIntoStateFolder(arguments.Text(kState), input.device.id) : "";
   input.showSecrets = arguments.Has(kShowSecrets);

@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 
-#include "devhost/commands/Arguments.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/engine/HostError.h"
@@ -97,22 +96,22 @@ bool WantsColor(const std::string& when, int descriptor) {
 
 // One line for people who look at the end of the output only.
 std::string Summary(const ScriptRunner::Result& result) {
+  struct Part {
+    std::size_t count;
+    const char* before;
+    const char* noun;
+    const char* after;
+  };
+  const Part parts[] = {{result.actionsFailed, "", "action", " failed"},
+                        {result.expectationsFailed, "", "expectation", " not met"},
+                        {result.badManners, "the host's rules broken ", "time", ""},
+                        {result.driversFailed, "the start of ", "driver", " failed"},
+                        {result.stateProblems, "", "problem", " with a driver's state"}};
   std::string text;
-  const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
-  if (result.actionsFailed != 0) {
-    add(Counted(result.actionsFailed, "action") + " failed");
-  }
-  if (result.expectationsFailed != 0) {
-    add(Counted(result.expectationsFailed, "expectation") + " not met");
-  }
-  if (result.badManners != 0) {
-    add("the host's rules broken " + Counted(result.badManners, "time"));
-  }
-  if (result.driversFailed != 0) {
-    add("the start of " + Counted(result.driversFailed, "driver") + " failed");
-  }
-  if (result.stateProblems != 0) {
-    add(Counted(result.stateProblems, "problem") + " with a driver's state");
+  for (const Part& part : parts) {
+    if (part.count != 0) {
+      text += (text.empty() ? "" : ", ") + (part.before + Counted(part.count, part.noun) + part.after);
+    }
   }
   return text + "; first: " + result.first;
 }

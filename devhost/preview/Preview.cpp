@@ -5,7 +5,6 @@
 
 #include "devhost/engine/Host.h"
 #include "devhost/preview/FileDifference.h"
-#include "devhost/preview/PreviewError.h"
 #include "devhost/preview/ScratchDevice.h"
 #include "devhost/secrets/Masker.h"
 #include "devhost/secrets/Secrets.h"
@@ -18,28 +17,18 @@ namespace devhost {
 namespace {
 
 // Keeps what drivers say while they work on the copy; it is of interest only when something goes wrong.
-class Complaints : public HostObserver {
- public:
+struct Complaints : HostObserver {
   void OnOccurrence(const Occurrence& occurrence) override {
-    using Kind = Occurrence::Kind;
-    const bool failed = occurrence.kind == Kind::Failure || occurrence.kind == Kind::Manners;
-    m_failed = m_failed || failed;
-    if (failed || occurrence.kind == Kind::Log) {
+    const bool fails = occurrence.kind == Occurrence::Kind::Failure || occurrence.kind == Occurrence::Kind::Manners;
+    hasFailure = hasFailure || fails;
+    if (fails || occurrence.kind == Occurrence::Kind::Log) {
       const std::string driver = DriverOf(occurrence);
-      m_lines.push_back((driver.empty() ? "" : driver + ": ") + TextOf(occurrence));
+      lines.push_back((driver.empty() ? "" : driver + ": ") + TextOf(occurrence));
     }
   }
-  bool Failed() const { return m_failed; }
-  // All lines, then the problem that they belong to.
-  std::vector<std::string> With(const std::string& problem) const {
-    std::vector<std::string> lines = m_lines;
-    lines.push_back(problem);
-    return lines;
-  }
 
- private:
-  bool m_failed = false;
-  std::vector<std::string> m_lines;
+  bool hasFailure = false;
+  std::vector<std::string> lines;
 };
 
 // The agent goes by the id in the settings, so they have to be for this device.
@@ -94,21 +83,18 @@ std::string ProblemOf(const PreviewInput& input, const ScratchDevice& scratch, C
   } catch (const HostError& error) {
     return error.what();
   }
-  return complaints.Failed() ? "a driver has failed on the copy; the preview would not be sure" : "";
+  return complaints.hasFailure ? "a driver has failed on the copy; the preview would not be sure" : "";
 }
 
 // Hides the secrets of the device, which drivers may quote.
 void Mask(std::vector<std::string>& lines, const PreviewInput& input, const std::string& file) {
-  if (input.showSecrets) {
-    return;
-  }
-  Masker masker(false);
+  Masker masker(input.showSecrets);
   masker.LearnFromXml(input.settings.text);
   masker.LearnFromXml(input.device.configXml);
   masker.LearnFromXml(input.state);
   masker.LearnFromConfig(file);
   for (std::string& line : lines) {
-    line = masker.Text(MaskXml(MaskConfigText(line)));
+    line = masker.Text(input.showSecrets ? line : MaskXml(MaskConfigText(line)));
   }
 }
 
@@ -118,16 +104,14 @@ PreviewResult PreviewChange(const PreviewInput& input) {
   CheckSettings(input.settings, input.device);
   const ScratchDevice scratch(input.device);
   Complaints complaints;
-  PreviewResult result;
-  result.file = scratch.RealPath();
   const std::string problem = ProblemOf(input, scratch, complaints);
   if (problem.empty()) {
-    result.difference = FileDifference(scratch.RealPath(), scratch.RealText(), scratch.Text(), input.showSecrets);
-  } else {
-    result.complaints = complaints.With(problem);
-    Mask(result.complaints, input, scratch.RealText());
+    return {
+        scratch.RealPath(), FileDifference(scratch.RealPath(), scratch.RealText(), scratch.Text(), input.showSecrets), {}};
   }
-  return result;
+  complaints.lines.push_back(problem);
+  Mask(complaints.lines, input, scratch.RealText());
+  return {scratch.RealPath(), "", complaints.lines};
 }
 
 }  // namespace devhost

@@ -1,6 +1,7 @@
 #ifndef DEVHOST_PREVIEW_PREVIEW_H
 #define DEVHOST_PREVIEW_PREVIEW_H
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,12 @@
 #include "devhost/system/FileText.h"
 
 namespace devhost {
+
+// A project, device or settings that no preview can be made of: what is wrong and what is allowed, in one line.
+class PreviewError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // A change of a device's settings that has not been made.
 struct PreviewInput {

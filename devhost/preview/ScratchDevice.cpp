@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "devhost/preview/PreviewError.h"
+#include "devhost/preview/Preview.h"
 #include "devhost/system/FileText.h"
 #include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
@@ -56,7 +56,7 @@ ScratchDevice::ScratchDevice(const DriverEntry& device) : m_driver(device) {
 void ScratchDevice::CopyFile() const {
   std::error_code error;
   if (fs::is_symlink(fs::symlink_status(m_realPath, error))) {
-    // A driver may treat a link otherwise than a file. Here it leads to a copy of what the real one leads to.
+    // A driver may treat a link differently from a file. This one leads to a copy of what the real one leads to.
     m_folder.Write("target", m_realText);
     fs::create_symlink("target", m_folder.PathOf(kName), error);
     if (error) {

@@ -20,7 +20,7 @@ TEST_F(AdviseCommand, SaysThatSaneSettingsHaveNoFindings) {
   EXPECT_EQ(outcome.out, folder.Path("settings.xml") + ": no findings\n");
 }
 
-TEST_F(AdviseCommand, TellsTheElementAndItsLine) {
+TEST_F(AdviseCommand, NamesTheElementAndItsLine) {
   const Outcome outcome =
       Run({"advise", File("settings.xml",
                           "<managedDevice>\n  <snmpSysContactSetting>#1</snmpSysContactSetting>\n"
@@ -34,7 +34,7 @@ TEST_F(AdviseCommand, TellsTheElementAndItsLine) {
   EXPECT_THAT(outcome.out, HasSubstr(file + ": 2 errors, 0 warnings\n"));
 }
 
-TEST_F(AdviseCommand, RefusesWhatIsNoXml) {
+TEST_F(AdviseCommand, RefusesWhatIsNotXml) {
   const Outcome outcome = Run({"advise", File("settings.xml", "<managedDevice>\n<snmpSysNameSetting>\n</managedDevice>")});
   EXPECT_EQ(outcome.status, ExitStatus::Wrong);
   EXPECT_EQ(outcome.out, "");

@@ -22,7 +22,7 @@ TEST_F(CheckCommand, SaysThatACleanFileHasNoFindings) {
   EXPECT_EQ(outcome.errors, "");
 }
 
-TEST_F(CheckCommand, TellsFindingsAndCountsThem) {
+TEST_F(CheckCommand, PrintsFindingsAndCountsThem) {
   const std::string file = File("snmpd.conf", kMisread);
   const Outcome outcome = Run({"check", file});
   EXPECT_EQ(outcome.status, ExitStatus::Failed);
@@ -48,7 +48,7 @@ TEST_F(CheckCommand, WritesJsonLinesAndNothingElse) {
 }
 
 // A file as the agent writes it is clean, though a device that has lost its settings would misread it.
-TEST_F(CheckCommand, TellsNotesLastAndDoesNotCountThemAsFindings) {
+TEST_F(CheckCommand, PrintsNotesLastAndDoesNotCountThemAsFindings) {
   const std::string section =
       "# Halvoren Section Start\nrocommunity  reader\ntrap2sink  192.0.2.5  trapper  162\n# Halvoren Section End\n\n";
   const std::string file = File("snmpd.conf", section);
@@ -80,7 +80,7 @@ TEST_F(CheckCommand, ReadsStandardInput) {
   EXPECT_THAT(outcome.out, HasSubstr("standard input:1: error: "));
 }
 
-TEST_F(CheckCommand, TellsWhatTheDaemonSays) {
+TEST_F(CheckCommand, PrintsWhatTheDaemonSays) {
   const std::string file = File("snmpd.conf", "rocommunity  reader\nsysObjectID  bogus\n# a comment\nrouser\n");
   const Outcome outcome = Run({"check", "--daemon", file});
   EXPECT_EQ(outcome.status, ExitStatus::Failed);

@@ -49,11 +49,11 @@ TEST(ADifference, ShowsControlCharactersButTabs) {
   EXPECT_THAT(FileDifference("f", "a\n", "a\t\x1b[2Jb\r\n", false), HasSubstr("\n+a\t\\x1b[2Jb\\r\n"));
 }
 
-TEST(ADifference, TellsOfAMissingLineFeedAtTheEnd) {
+TEST(ADifference, ShowsThatTheLastLineFeedIsMissing) {
   EXPECT_THAT(FileDifference("f", "a\nb", "a\nc\n", false), HasSubstr("\n-b\n\\ No newline at end of file\n+c\n"));
 }
 
-TEST(ADifference, TakesBytesThatAreNoText) {
+TEST(ADifference, ShowsBytesThatAreNotText) {
   const std::string nul("a\0b\n", 4);
   EXPECT_THAT(FileDifference("f", "a\n", nul, false), HasSubstr("\n+a\\x00b\n"));
 }

@@ -11,7 +11,6 @@
 
 #include "devhost/engine/Host.h"
 #include "devhost/preview/FileDifference.h"
-#include "devhost/preview/PreviewError.h"
 #include "tests/devhost/support/RecordingObserver.h"
 #include "tests/support/ScratchFolder.h"
 

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "devhost/preview/PreviewError.h"
+#include "devhost/preview/Preview.h"
 #include "devhost/system/FileText.h"
 #include "devhost/xml/XmlReader.h"
 #include "tests/support/ScratchFolder.h"
@@ -80,7 +80,7 @@ TEST_F(AScratchDevice, NeedsAFolderThatIsNamedAndThere) {
   }
 }
 
-TEST_F(AScratchDevice, OfAFileThatCannotBeReadIsNone) {
+TEST_F(AScratchDevice, IsNotMadeOfAFileThatCannotBeRead) {
   fs::create_directories(folder.Path("kitchen/snmpd.conf"));
   EXPECT_THROW(const ScratchDevice scratch(Device("kitchen")), FileError);
 }
