@@ -11,6 +11,7 @@
 
 #include "devhost/check/Rules.h"
 #include "devhost/secrets/Secrets.h"
+#include "devhost/snmpd/DaemonOutput.h"
 #include "devhost/system/PrivateFolder.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
@@ -18,49 +19,6 @@
 namespace devhost {
 
 namespace {
-
-// True of every sink with a port; the agent writes them so.
-constexpr std::string_view kExpected = "Warning: The separate port argument for sinks is deprecated";
-
-struct Complaint {
-  std::string file;
-  std::size_t line = 0;
-  std::string words;
-  bool operator<(const Complaint& other) const {
-    return std::tie(file, line, words) < std::tie(other.file, other.line, other.words);
-  }
-};
-
-// "FILE: line 12: Error: ..."; nothing for all else that the daemon says.
-std::optional<Complaint> ReadComplaint(std::string_view line) {
-  constexpr std::string_view kLine = ": line ";
-  std::size_t kind = line.find(": Error: ");
-  kind = std::min(kind, line.find(": Warning: "));
-  const std::size_t at = kind == std::string_view::npos ? kind : line.rfind(kLine, kind);
-  if (at == std::string_view::npos || at + kLine.size() > kind) {
-    return std::nullopt;
-  }
-  Complaint complaint;
-  complaint.file = line.substr(0, at);
-  const char* const end = line.data() + kind;
-  const auto [stop, error] = std::from_chars(line.data() + at + kLine.size(), end, complaint.line);
-  complaint.words = line.substr(kind + 2);
-  return error == std::errc() && stop == end ? std::optional(complaint) : std::nullopt;
-}
-
-std::vector<Complaint> ReadComplaints(std::string_view output) {
-  std::set<Complaint> known;  // the daemon says some things twice
-  std::vector<Complaint> complaints;
-  while (!output.empty()) {
-    const std::size_t end = std::min(output.find('\n'), output.size());
-    const auto complaint = ReadComplaint(output.substr(0, end));
-    if (complaint && complaint->words != kExpected && known.insert(*complaint).second) {
-      complaints.push_back(*complaint);
-    }
-    output.remove_prefix(std::min(end + 1, output.size()));
-  }
-  return complaints;
-}
 
 // Finds lines by their numbers; fast when they come in order, as those of complaints do.
 class LineFinder {
@@ -140,13 +98,13 @@ void AskDaemon(const std::string& path, const std::string& name, const std::stri
     const std::string file = readable ? std::filesystem::absolute(path).string() : home.Write("checked.conf", text);
     LineFinder lines(text);
     report.Begin(kDaemonRule, Severity::Error);
-    for (const Complaint& complaint : ReadComplaints(Parse(program, file, home.Path()))) {
+    for (const Complaint& complaint : ReadDaemonOutput(Parse(program, file, home.Path())).complaints) {
       const bool own = complaint.file == file;
       const std::string_view line = own ? lines.Line(complaint.line) : std::string_view();
       report.Add(
           own ? complaint.line : 0,
           "the daemon says: " + (own ? "" : OneLine(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +
-              (report.ShowsSecrets() ? complaint.words : Masked(complaint.words, line)),
+              complaint.kind + ": " + (report.ShowsSecrets() ? complaint.text : Masked(complaint.text, line)),
           "mend the line; snmpd.conf(5) tells what it may hold");
     }
   } catch (const ProgramError& error) {

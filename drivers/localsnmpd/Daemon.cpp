@@ -148,10 +148,8 @@ int Daemon::Launch(const std::string& program, const std::vector<std::string>& s
     return Fail(kDaemonNotStarted, "cannot start " + program + ": " + std::generic_category().message(error));
   }
   const int status = WaitUntilReady();
-  const std::string log = m_folder.ReadLog();
-  LogComplaints(ReadComplaints(log), secrets);
-  if (status != 0) {
-    LogComplaints(ReadOtherLines(log), secrets);
+  for (const std::string& line : LinesForLog(m_folder.ReadLog(), status != 0, secrets)) {
+    m_log(line);
   }
   return status;
 }
@@ -185,12 +183,6 @@ int Daemon::StopFailed(int status) {
                     " s and was stopped");
   }
   return Fail(status, "the daemon ended while it started: " + ended);
-}
-
-void Daemon::LogComplaints(const std::vector<std::string>& lines, const std::vector<std::string>& secrets) const {
-  for (const std::string& line : lines) {
-    m_log(Printable(MaskSecrets(line, secrets)));
-  }
 }
 
 }  // namespace drivers

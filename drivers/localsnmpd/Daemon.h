@@ -53,7 +53,6 @@ class Daemon {
   int WaitUntilReady();
   int StopFailed(int status);
   DaemonProcess::Command MakeCommand(const std::string& program) const;
-  void LogComplaints(const std::vector<std::string>& lines, const std::vector<std::string>& secrets) const;
   int Fail(int status, const std::string& reason) const;
 
   const Options m_options;

@@ -7,7 +7,8 @@
 #include <sstream>
 #include <string_view>
 
-#include "drivers/localsnmpd/ConfigLine.h"
+#include "devhost/snmpd/DaemonOutput.h"
+#include "devhost/snmpd/Directive.h"
 
 namespace drivers {
 
@@ -27,26 +28,6 @@ std::string OwnersName(std::string file) {
   return file == "snmpd.conf.served" ? "snmpd.conf" : file;
 }
 
-// "FILE: line N: Error: text" as "FILE:N: Error: text"; nothing for other lines.
-std::optional<std::string> ReadComplaint(const std::string& line) {
-  const std::string before = ": line ";
-  const std::size_t at = line.find(before);
-  if (at == std::string::npos) {
-    return std::nullopt;
-  }
-  const std::size_t number = at + before.size();
-  const std::size_t end = line.find_first_not_of("0123456789", number);
-  if (end == std::string::npos || end == number ||
-      (line.compare(end, 9, ": Error: ") != 0 && line.compare(end, 11, ": Warning: ") != 0)) {
-    return std::nullopt;
-  }
-  return OwnersName(line.substr(0, at)) + ":" + line.substr(number);
-}
-
-bool IsExpected(const std::string& complaint) {
-  return complaint.find("separate port argument for sinks is deprecated") != std::string::npos;
-}
-
 void Collect(const std::string& community, std::set<std::string>& secrets) {
   std::istringstream words(community);
   for (std::string word; words >> word;) {
@@ -55,28 +36,29 @@ void Collect(const std::string& community, std::set<std::string>& secrets) {
   secrets.insert(community);
 }
 
-// The words of a line of snmpd.conf from the one on that may be a community; 0 for a line that holds none.
-std::size_t FirstSecretWord(const std::string& keyword) {
-  static const std::set<std::string> kFirst = {"rocommunity", "rwcommunity", "rocommunity6", "rwcommunity6",
-                                               "trapcommunity"};
-  static const std::set<std::string> kSecond = {"trapsink", "trap2sink", "informsink"};
-  static const std::set<std::string> kThird = {"com2sec", "com2sec6", "com2secunix"};
-  return kFirst.count(keyword) != 0 ? 1 : kSecond.count(keyword) != 0 ? 2 : kThird.count(keyword) != 0 ? 3 : 0;
+// How many words of a line stand in front of those that may be a community; nothing for a line that holds none.
+std::optional<std::size_t> WordsBeforeSecret(const std::string& keyword) {
+  static const std::set<std::string> kNone = {"rocommunity", "rwcommunity", "rocommunity6", "rwcommunity6", "trapcommunity"};
+  static const std::set<std::string> kOne = {"trapsink", "trap2sink", "informsink"};
+  static const std::set<std::string> kTwo = {"com2sec", "com2sec6", "com2secunix"};
+  return kNone.count(keyword) != 0  ? std::optional<std::size_t>(0)
+         : kOne.count(keyword) != 0 ? std::optional<std::size_t>(1)
+         : kTwo.count(keyword) != 0 ? std::optional<std::size_t>(2)
+                                    : std::nullopt;
 }
 
 void CollectFromLine(std::string_view line, std::set<std::string>& secrets) {
-  ConfigLine config = ReadConfigLine(line);
-  std::size_t first = FirstSecretWord(config.keyword);
+  const std::optional<devhost::Directive> directive = devhost::ReadDirective(line);
+  const std::optional<std::size_t> before = directive ? WordsBeforeSecret(directive->keyword) : std::nullopt;
+  if (!before) {
+    return;
+  }
   // A sink without a target is written with twice as many blanks; the daemon takes its community for the target.
-  const std::size_t begin = line.size() - config.rest.size();
-  const bool noTarget = begin >= kBlanksOfNoTarget.size() &&
-                        line.substr(begin - kBlanksOfNoTarget.size(), kBlanksOfNoTarget.size()) == kBlanksOfNoTarget;
-  first = first == 2 && noTarget ? 1 : first;
-  for (std::size_t number = 1; first != 0 && !config.rest.empty(); ++number) {
-    const std::string word = TakeConfigWord(config.rest);
-    if (number >= first) {
-      Collect(word, secrets);
-    }
+  const std::string_view front = line.substr(0, directive->restBegin);
+  const bool noTarget =
+      front.size() >= kBlanksOfNoTarget.size() && front.substr(front.size() - kBlanksOfNoTarget.size()) == kBlanksOfNoTarget;
+  for (std::size_t number = *before == 1 && noTarget ? 0 : *before; number < directive->words.size(); ++number) {
+    Collect(directive->words[number].text, secrets);
   }
 }
 
@@ -85,49 +67,36 @@ bool IsPartOfWord(const std::string& line, std::size_t at) {
                               (line[at] >= 'a' && line[at] <= 'z') || (line[at] >= 'A' && line[at] <= 'Z'));
 }
 
-// Where the daemon's own words begin: behind FILE:LINE: Error:, which a community such as 162 must not make unreadable.
-std::size_t BeginOfWords(const std::string& complaint) {
-  const std::size_t blank = complaint.find(' ');
-  for (const std::string_view kind : {": Error: ", ": Warning: "}) {
-    if (blank != std::string::npos && blank >= 2 && complaint.compare(blank - 1, kind.size(), kind) == 0 &&
-        complaint[blank - 2] >= '0' && complaint[blank - 2] <= '9') {
-      return blank - 1 + kind.size();
+// The text with ***** for each secret that stands in it as a word.
+std::string Masked(std::string text, const std::vector<std::string>& secrets) {
+  for (const std::string& secret : secrets) {
+    std::size_t at = 0;
+    while ((at = text.find(secret, at)) != std::string::npos) {
+      const bool isWord = (at == 0 || !IsPartOfWord(text, at - 1)) && !IsPartOfWord(text, at + secret.size());
+      if (isWord) {
+        text.replace(at, secret.size(), kMask);
+      }
+      at += isWord ? sizeof kMask - 1 : 1;
     }
   }
-  return 0;
+  return text;
+}
+
+// Secrets have to be masked before: a piece of one would not be found.
+std::string Printable(std::string text) {
+  if (text.size() > kLongestLine) {
+    text.resize(kLongestLine);
+    text += "...";
+  }
+  for (char& character : text) {
+    if (static_cast<unsigned char>(character) < ' ' || character == 0x7f) {
+      character = '?';
+    }
+  }
+  return text;
 }
 
 }  // namespace
-
-std::vector<std::string> ReadComplaints(const std::string& log) {
-  std::vector<std::string> complaints;
-  std::set<std::string> seen;
-  std::istringstream stream(log);
-  for (std::string line; std::getline(stream, line);) {
-    const std::optional<std::string> complaint = ReadComplaint(line);
-    if (complaint && !IsExpected(*complaint) && seen.insert(*complaint).second && complaints.size() < kMostComplaints) {
-      complaints.push_back(*complaint);
-    }
-  }
-  if (seen.size() > complaints.size()) {
-    complaints.push_back("and " + std::to_string(seen.size() - complaints.size()) + " more complaints");
-  }
-  return complaints;
-}
-
-std::vector<std::string> ReadOtherLines(const std::string& log) {
-  std::vector<std::string> lines;
-  std::istringstream stream(log);
-  for (std::string line; std::getline(stream, line);) {
-    if (!line.empty() && !ReadComplaint(line)) {
-      lines.push_back("snmpd: " + line);
-    }
-  }
-  if (lines.size() > kMostOtherLines) {
-    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(kMostOtherLines));
-  }
-  return lines;
-}
 
 std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std::string& config) {
   std::set<std::string> secrets;
@@ -148,32 +117,22 @@ std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std:
   return result;
 }
 
-std::string MaskSecrets(std::string line, const std::vector<std::string>& secrets) {
-  const std::size_t begin = BeginOfWords(line);
-  for (const std::string& secret : secrets) {
-    std::size_t at = begin;
-    while ((at = line.find(secret, at)) != std::string::npos) {
-      const bool isWord = (at == 0 || !IsPartOfWord(line, at - 1)) && !IsPartOfWord(line, at + secret.size());
-      if (isWord) {
-        line.replace(at, secret.size(), kMask);
-      }
-      at += isWord ? sizeof kMask - 1 : 1;
+std::vector<std::string> LinesForLog(const std::string& output, bool hasFailed, const std::vector<std::string>& secrets) {
+  const devhost::DaemonOutput read = devhost::ReadDaemonOutput(output);
+  std::vector<std::string> lines;
+  for (const devhost::Complaint& complaint : read.complaints) {
+    if (lines.size() == kMostComplaints) {
+      lines.push_back("and " + std::to_string(read.complaints.size() - kMostComplaints) + " more complaints");
+      break;
     }
+    lines.push_back(Printable(OwnersName(complaint.file) + ":" + std::to_string(complaint.line) + ": " + complaint.kind +
+                              ": " + Masked(complaint.text, secrets)));
   }
-  return line;
-}
-
-std::string Printable(std::string text) {
-  if (text.size() > kLongestLine) {
-    text.resize(kLongestLine);
-    text += "...";
+  const std::size_t others = hasFailed ? read.otherLines.size() : 0;
+  for (std::size_t number = others - std::min(others, kMostOtherLines); number != others; ++number) {
+    lines.push_back(Printable("snmpd: " + Masked(read.otherLines[number], secrets)));
   }
-  for (char& character : text) {
-    if (static_cast<unsigned char>(character) < ' ' || character == 0x7f) {
-      character = '?';
-    }
-  }
-  return text;
+  return lines;
 }
 
 }  // namespace drivers

@@ -8,22 +8,15 @@
 
 namespace drivers {
 
-// What the daemon complained of in its log, once each and as "FILE:LINE: Error|Warning: text", with the owner's file under
-// its own name. Left out is that a sink has its port in a field of its own: the managed section is written like that.
-std::vector<std::string> ReadComplaints(const std::string& log);
-
-// The last lines of the log that are no such complaint, as "snmpd: text": why it could not open its port, say.
-std::vector<std::string> ReadOtherLines(const std::string& log);
-
 // All communities that a device knows: those of its settings and those in the text of its snmpd.conf, and the words of each.
+// The longest come first.
 std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std::string& config);
 
-// The line with ***** for each secret that stands in it as a word, behind the file and line of a complaint.
-std::string MaskSecrets(std::string line, const std::vector<std::string>& secrets);
-
-// A line for the host's log: of 400 bytes at most and without control characters. Secrets have to be masked before: a piece
-// of one would not be found.
-std::string Printable(std::string text);
+// What the host's log gets of a daemon's output: its complaints as "FILE:LINE: Error|Warning: TEXT", at most 50 of them,
+// with the owner's file under its own name. When the daemon has failed, the last of its other lines follow as "snmpd: TEXT":
+// they may say why it could not open its port. A line has at most 400 bytes, no control characters, and ***** for each of
+// the `secrets` that stands in the daemon's words as a word.
+std::vector<std::string> LinesForLog(const std::string& output, bool hasFailed, const std::vector<std::string>& secrets);
 
 }  // namespace drivers
 

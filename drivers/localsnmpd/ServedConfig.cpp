@@ -6,17 +6,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
 
-#include "drivers/localsnmpd/ConfigLine.h"
+#include "devhost/snmpd/Directive.h"
 
 namespace drivers {
 
 namespace {
 
 namespace fs = std::filesystem;
+using devhost::Directive;
 
 const std::size_t kMostFiles = 1000;
 const std::uintmax_t kMostBytes = std::uintmax_t{16} * 1024 * 1024;
@@ -42,18 +44,14 @@ void ForEachLine(std::string_view text, Work work) {
   }
 }
 
-std::string_view WithoutBlanksBehind(std::string_view text) {
-  return text.substr(0, text.find_last_not_of(" \t\v\f\r\n") + 1);
-}
-
 // Looks through included files, and through those that they include, for what they may not hold.
 class IncludeJudge {
  public:
   explicit IncludeJudge(const IncludePaths& paths) : m_paths(paths) {}
 
   // What is in the way of an include that stands in a file of `folder`; empty when nothing is, and for other lines.
-  std::string Judge(const ConfigLine& line, const fs::path& folder) {
-    for (const fs::path& file : FilesOf(line, folder)) {
+  std::string Judge(const Directive& directive, std::string_view line, const fs::path& folder) {
+    for (const fs::path& file : FilesOf(directive, line, folder)) {
       const std::string found = JudgeFile(file);
       if (!found.empty()) {
         return found;
@@ -63,17 +61,18 @@ class IncludeJudge {
   }
 
  private:
-  std::vector<fs::path> FilesOf(const ConfigLine& line, const fs::path& folder) const {
-    const fs::path name(WithoutBlanksBehind(line.rest));
-    if (line.keyword == "includefile") {
-      return {folder / line.rest, folder / name};
+  std::vector<fs::path> FilesOf(const Directive& directive, std::string_view line, const fs::path& folder) const {
+    const fs::path name(directive.rest);
+    if (directive.keyword == "includefile") {
+      // The daemon takes the blanks at the end into the name.
+      return {folder / line.substr(directive.restBegin), folder / name};
     }
-    if (line.keyword == "includesearch") {
+    if (directive.keyword == "includesearch") {
       const fs::path base = fs::path(m_paths.search) / name;
       return {fs::path(base) += ".conf", fs::path(base) += ".local.conf"};
     }
     std::vector<fs::path> files;
-    if (line.keyword == "includedir") {
+    if (directive.keyword == "includedir") {
       std::error_code error;
       for (fs::directory_iterator entry(fs::path(m_paths.working) / name, error), end; !error && entry != end;
            entry.increment(error)) {
@@ -105,12 +104,12 @@ class IncludeJudge {
     }
     std::string found;
     ForEachLine(text, [&](std::string_view line, std::size_t number) {
-      const ConfigLine config = ReadConfigLine(line);
-      const char* const why = WhyForbidden(config.keyword);
+      const std::optional<Directive> directive = devhost::ReadDirective(line);
+      const char* const why = directive ? WhyForbidden(directive->keyword) : nullptr;
       if (why != nullptr) {
-        found = whole.string() + ":" + std::to_string(number) + " holds " + config.keyword + ", which " + why;
-      } else {
-        found = Judge(config, file.parent_path());
+        found = whole.string() + ":" + std::to_string(number) + " holds " + directive->keyword + ", which " + why;
+      } else if (directive) {
+        found = Judge(*directive, line, file.parent_path());
       }
       return found.empty();
     });
@@ -131,11 +130,11 @@ ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths
       std::replace(served.begin(), served.end(), '\0', '?');
       result.notes.push_back({number, served, "the line holds a zero byte; the daemon gets a question mark in its place"});
     }
-    const ConfigLine config = ReadConfigLine(served);
-    const std::string found = IncludeJudge(paths).Judge(config, paths.device);
-    const char* const why = WhyForbidden(config.keyword);
+    const std::optional<Directive> directive = devhost::ReadDirective(served);
+    const std::string found = directive ? IncludeJudge(paths).Judge(*directive, served, paths.device) : std::string();
+    const char* const why = directive ? WhyForbidden(directive->keyword) : nullptr;
     if (why != nullptr) {
-      result.notes.push_back({number, served, config.keyword + " " + why + "; the daemon does not get this line"});
+      result.notes.push_back({number, served, directive->keyword + " " + why + "; the daemon does not get this line"});
     } else if (!found.empty()) {
       result.notes.push_back({number, served, found + "; the daemon does not get this include"});
     }

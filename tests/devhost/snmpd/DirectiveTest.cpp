@@ -34,11 +34,15 @@ TEST(ADirective, MayHaveItsKeywordInQuotesOrWithABackslash) {
   EXPECT_THAT(Texts("\"rocommunity\" public"), ElementsAre("rocommunity", "public"));
   EXPECT_THAT(Texts("'two words'x"), ElementsAre("two words", "x"));
   EXPECT_THAT(Texts("ro\\community public"), ElementsAre("rocommunity", "public"));
+  EXPECT_THAT(Texts("\"rocommunity\"public"), ElementsAre("rocommunity", "public"));
+  EXPECT_THAT(Texts("\""), ElementsAre(""));
+  EXPECT_THAT(Texts("\\"), ElementsAre("\\"));
 }
 
 TEST(ADirective, MayStandBehindASection) {
   EXPECT_THAT(Texts("[snmp] defCommunity public"), ElementsAre("defcommunity", "public"));
   EXPECT_THAT(Texts("\"[snmp]\" defCommunity public"), ElementsAre("defcommunity", "public"));
+  EXPECT_THAT(Texts("[snmp]\vdefCommunity public"), ElementsAre("defcommunity", "public"));
   EXPECT_THAT(Texts("[snmp]defCommunity public"), ElementsAre("[snmp]defcommunity", "public"));
   EXPECT_THAT(Texts("[ defCommunity public"), ElementsAre("[", "defCommunity", "public"));
 }

@@ -7,37 +7,22 @@
 
 namespace {
 
-using drivers::MaskSecrets;
-using drivers::Printable;
-using drivers::ReadComplaints;
-using drivers::ReadOtherLines;
+using drivers::LinesForLog;
 using Lines = std::vector<std::string>;
+
+// The daemon's words as the log gets them from a daemon that has failed.
+std::string Logged(const std::string& words, const Lines& secrets) {
+  const Lines lines = LinesForLog(words + "\n", true, secrets);
+  return lines.size() == 1 ? lines[0] : "not one line";
+}
 
 TEST(TheDaemonsComplaints, NameTheOwnersFileAndLine) {
   EXPECT_EQ(
       (Lines{"snmpd.conf:5: Warning: Unknown token: bogus.", "extra/x.conf:12: Error: bad", "driver.conf:1: Error: no"}),
-      ReadComplaints("../snmpd.conf.served: line 5: Warning: Unknown token: bogus.\n"
-                     "../extra/x.conf: line 12: Error: bad\n"
-                     "driver.conf: line 1: Error: no"));
-}
-
-TEST(TheDaemonsComplaints, AreNamedOnceEach) {
-  EXPECT_EQ((Lines{"snmpd.conf:5: Error: bad"}),
-            ReadComplaints("../snmpd.conf.served: line 5: Error: bad\nother\n../snmpd.conf.served: line 5: Error: bad\n"));
-}
-
-TEST(TheDaemonsComplaints, LeaveOutThatASinkHasItsPortInAField) {
-  EXPECT_TRUE(
-      ReadComplaints("../snmpd.conf.served: line 4: Warning: The separate port argument for sinks is deprecated\n").empty());
-}
-
-TEST(TheDaemonsComplaints, AreNotFoundInOtherLines) {
-  const std::string log =
-      "\nError opening specified endpoint \"udp:161\"\nx: line 5: Note: y\nx: line : Error: y\nx: line 5\n";
-  EXPECT_TRUE(ReadComplaints(log).empty());
-  EXPECT_EQ((Lines{"snmpd: Error opening specified endpoint \"udp:161\"", "snmpd: x: line 5: Note: y",
-                   "snmpd: x: line : Error: y", "snmpd: x: line 5"}),
-            ReadOtherLines(log));
+      LinesForLog("../snmpd.conf.served: line 5: Warning: Unknown token: bogus.\n"
+                  "../extra/x.conf: line 12: Error: bad\n"
+                  "driver.conf: line 1: Error: no",
+                  false, {}));
 }
 
 TEST(TheDaemonsComplaints, AreBoundedInNumber) {
@@ -45,42 +30,52 @@ TEST(TheDaemonsComplaints, AreBoundedInNumber) {
   for (int number = 1; number <= 60; ++number) {
     log += "x: line " + std::to_string(number) + ": Error: y\n";
   }
-  const Lines complaints = ReadComplaints(log);
+  const Lines complaints = LinesForLog(log, false, {});
   ASSERT_EQ(51U, complaints.size());
+  EXPECT_EQ("x:50: Error: y", complaints[49]);
   EXPECT_EQ("and 10 more complaints", complaints.back());
 }
 
-TEST(ALineForTheLog, IsShortAndPrintable) {
-  EXPECT_EQ("a?b", Printable("a\rb"));
-  EXPECT_EQ("a?b", Printable("a\x7f"
-                             "b"));
-  EXPECT_EQ(std::string(400, 'y'), Printable(std::string(400, 'y')));
-  EXPECT_EQ(std::string(400, 'y') + "...", Printable(std::string(401, 'y')));
+TEST(TheDaemonsOtherLines, AreTheLastOnesOfADaemonThatFailed) {
+  const std::string log = "1\n2\n3\n4\n\na: line 1: Error: bad\n5\n6\n7\n";
+  EXPECT_EQ((Lines{"a:1: Error: bad"}), LinesForLog(log, false, {}));
+  EXPECT_EQ((Lines{"a:1: Error: bad", "snmpd: 3", "snmpd: 4", "snmpd: 5", "snmpd: 6", "snmpd: 7"}),
+            LinesForLog(log, true, {}));
 }
 
-TEST(TheDaemonsOtherLines, AreTheLastOnes) {
-  EXPECT_EQ((Lines{"snmpd: 3", "snmpd: 4", "snmpd: 5", "snmpd: 6", "snmpd: 7"}), ReadOtherLines("1\n2\n3\n4\n\n5\n6\n7\n"));
+TEST(ALineForTheLog, IsShortAndPrintable) {
+  EXPECT_EQ("snmpd: a?b", Logged("a\rb", {}));
+  EXPECT_EQ("snmpd: a?b", Logged("a\x7f"
+                                 "b",
+                                 {}));
+  EXPECT_EQ("snmpd: " + std::string(393, 'y'), Logged(std::string(393, 'y'), {}));
+  EXPECT_EQ("snmpd: " + std::string(393, 'y') + "...", Logged(std::string(394, 'y'), {}));
+}
+
+TEST(ALineForTheLog, HoldsNoPieceOfASecretAtItsEnd) {
+  EXPECT_EQ("snmpd: " + std::string(390, ' ') + "***...",
+            Logged(std::string(390, ' ') + "secret-community", {"secret-community"}));
 }
 
 TEST(ASecret, IsMaskedWhereItIsAWord) {
   const Lines secrets = {"public", "pu"};
-  EXPECT_EQ("\"*****\" *****, publics xpublic *****-*****",
-            MaskSecrets("\"public\" public, publics xpublic public-pu", secrets));
-  EXPECT_EQ("nothing", MaskSecrets("nothing", {}));
+  EXPECT_EQ("snmpd: \"*****\" *****, publics xpublic *****-*****",
+            Logged("\"public\" public, publics xpublic public-pu", secrets));
+  EXPECT_EQ("snmpd: nothing", Logged("nothing", {}));
 }
 
 TEST(ASecret, HidesNeitherFileNorLineOfAComplaint) {
-  const Lines secrets = {"snmpd", "162"};
-  EXPECT_EQ("snmpd.conf:162: Error: ***** *****", MaskSecrets("snmpd.conf:162: Error: snmpd 162", secrets));
-  EXPECT_EQ("snmpd.conf:162: Warning: *****", MaskSecrets("snmpd.conf:162: Warning: 162", secrets));
-  EXPECT_EQ("a *****: Error: *****", MaskSecrets("a 162: Error: 162", secrets));
+  const Lines secrets = {"snmpd", "Error", "162"};
+  EXPECT_EQ("snmpd.conf:162: Error: ***** *****", Logged("snmpd.conf: line 162: Error: snmpd 162", secrets));
+  EXPECT_EQ("snmpd.conf:162: Warning: *****", Logged("snmpd.conf: line 162: Warning: 162", secrets));
+  EXPECT_EQ("snmpd: a *****: *****: *****", Logged("a 162: Error: 162", secrets));
 }
 
 TEST(TheSecretsOfADevice, AreThoseThatTheDaemonTakesForATarget) {
   const Lines secrets = drivers::CollectSecrets({}, "trap2sink    old  162\ntrap2sink  host  new  162\n");
   EXPECT_EQ("snmpd.conf:1: Error: cannot create sink: *****",
-            MaskSecrets("snmpd.conf:1: Error: cannot create sink: old", secrets));
-  EXPECT_EQ("host *****", MaskSecrets("host new", secrets));
+            Logged("snmpd.conf: line 1: Error: cannot create sink: old", secrets));
+  EXPECT_EQ("snmpd: host *****", Logged("host new", secrets));
 }
 
 TEST(TheSecretsOfADevice, AreItsCommunitiesAndTheirWords) {
@@ -93,12 +88,12 @@ TEST(TheSecretsOfADevice, AreItsCommunitiesAndTheirWords) {
       "box\n";
   const Lines secrets = drivers::CollectSecrets(settings, config);
   for (const char* const secret : {"read me", "read", "me", "w1", "trap", "old one", "old", "one", "x2", "sink", "third"}) {
-    EXPECT_EQ("*****", MaskSecrets(secret, secrets)) << secret;
+    EXPECT_EQ("snmpd: *****", Logged(secret, secrets)) << secret;
   }
   for (const char* const open : {"10.0.0.5", "host2", "box", "sec"}) {
-    EXPECT_EQ(open, MaskSecrets(open, secrets));
+    EXPECT_EQ(std::string("snmpd: ") + open, Logged(open, secrets));
   }
-  EXPECT_EQ("a ***** b", MaskSecrets("a read me b", secrets));
+  EXPECT_EQ("snmpd: a ***** b", Logged("a read me b", secrets));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "devhost/xml/XmlObserver.h"
 #include "tests/drivers/support/Processes.h"
 #include "tests/drivers/support/TemporaryFolder.h"
+#include "tests/module/Shell.h"
 
 namespace {
 
@@ -111,6 +112,14 @@ TEST_F(TheModule, FindsItsStateAgainInTheNextHost) {
   EXPECT_EQ("<Success/>", m_host->Command(kKitchen, "SetOnline", {{"online", "true"}}));
   EXPECT_EQ("later", m_folder.Read("kitchen/snmpd.conf"));
   EXPECT_EQ("false", Tell(kCellar, "pending"));
+}
+
+// The process that loads it holds the same code: neither may take the other's.
+TEST(TheModulesSymbols, NameNothingOfTheDevelopmentHost) {
+  const ShellResult symbols = RunInShell("nm --dynamic --demangle '" LOCAL_SNMPD_MODULE "'");
+  EXPECT_EQ(symbols.status, 0) << symbols.output;
+  EXPECT_NE(symbols.output.find(" GetCreationFunc"), std::string::npos) << symbols.output;
+  EXPECT_EQ(symbols.output.find("devhost::"), std::string::npos) << symbols.output;
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "drivers/localsnmpd/ConfigLine.h"
 #include "tests/drivers/support/TemporaryFolder.h"
 
 namespace {
@@ -33,38 +32,6 @@ class AServedConfig : public testing::Test {
   TemporaryFolder m_folder;
   drivers::IncludePaths m_paths;
 };
-
-TEST(AConfigLine, IsCutAsTheDaemonDoes) {
-  struct Case {
-    const char* line;
-    const char* keyword;
-    const char* rest;
-  };
-  const Case cases[] = {
-      {"sysName  my  box ", "sysname", "my  box "},
-      {" \t\v\f\rSysName\tbox", "sysname", "box"},
-      {"[snmpd] sysName box", "sysname", "box"},
-      {"[snmpd]\vsysName box", "sysname", "box"},
-      {"\"sysName\"box", "sysname", "box"},
-      {"'sys\\Name' box", "sysname", "box"},
-      {"sys\\Name box", "sysname", "box"},
-      {"sysName", "sysname", ""},
-      {"sysName # comment", "sysname", ""},
-      {"# sysName box", "", ""},
-      {"[snmpd]", "", ""},
-      {"[snmpd] # sysName box", "", ""},
-      {"   ", "", ""},
-      {"", "", ""},
-      {"\"", "", ""},
-      {"\\", "\\", ""},
-  };
-  for (const Case& expected : cases) {
-    const std::string line = expected.line;
-    const drivers::ConfigLine read = drivers::ReadConfigLine(line);
-    EXPECT_EQ(expected.keyword, read.keyword) << line;
-    EXPECT_EQ(expected.rest, read.rest) << line;
-  }
-}
 
 TEST_F(AServedConfig, HoldsWhatHarmsNobodyByteForByte) {
   const std::string text = "rocommunity  public\n\n# agentaddress 161\r\n\xff\tsysName agentaddress\n \nagentaddresses x\n";
@@ -132,6 +99,13 @@ TEST_F(AServedConfig, LeavesOutIncludesOfFilesWithAddresses) {
         std::string("includeDir .."), std::string("includeSearch found"), std::string("includeSearch local")}) {
     EXPECT_EQ(LeftOut(line), Serve(line)) << line;
   }
+}
+
+// The daemon takes them into the name.
+TEST_F(AServedConfig, LooksAtTheFileWhoseNameEndsInTheBlanksOfTheLine) {
+  m_folder.Write("bad.conf  ", kAddress);
+  EXPECT_EQ(LeftOut("includeFile bad.conf  "), Serve("includeFile bad.conf  "));
+  EXPECT_EQ(AsIs("includeFile bad.conf"), Serve("includeFile bad.conf"));
 }
 
 TEST_F(AServedConfig, SaysWhichIncludedLineIsInTheWay) {
