@@ -1,10 +1,8 @@
 #include "drivers/common/ConfigFile.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <utility>
-#include <vector>
 
 #include "drivers/common/FileStatus.h"
 
@@ -15,10 +13,6 @@ namespace {
 const char kName[] = "snmpd.conf";
 // One fixed name: under the folder's lock it can only be what a killed writer left, so the next one may remove it.
 const char kTemporaryName[] = ".snmpd.conf.new";
-
-const std::size_t kReadAtLeast = std::size_t{16} * 1024;
-const std::size_t kReadAtATime = std::size_t{256} * 1024;
-const std::size_t kWriteAtATime = std::size_t{8} * 1024 * 1024;
 
 const mode_t kPermissionBits = 07777;
 const mode_t kPrivate = 0600;  // communities are secrets
@@ -103,28 +97,27 @@ int ConfigFile::ReadOpened(int descriptor, std::string& text) const {
   if (attributes.st_size > static_cast<off_t>(kMaximumSize)) {
     return FileStatusOfErrno(EFBIG);
   }
-  // Read by blocks that stay in the processor's cache, which a large text does not, and one byte more than the file has:
-  // that finds its end without a further block. A file that grows meanwhile, or does not say its size, is read on.
-  const auto size = static_cast<std::size_t>(attributes.st_size);
-  std::vector<char> block(std::clamp(size + 1, kReadAtLeast, kReadAtATime));
-  std::string content;
-  content.reserve(size);
-  for (;;) {
-    const ssize_t count = m_calls->Read(descriptor, block.data(), block.size());
+  // Room for one byte more than the file has: the read that finds its end needs some. A file that grows meanwhile, or does
+  // not say its size, is read on.
+  std::string content(static_cast<std::size_t>(attributes.st_size) + 1, '\0');
+  std::size_t length = 0;
+  while (length <= kMaximumSize) {
+    if (length == content.size()) {
+      content.resize(2 * length);
+    }
+    const ssize_t count = m_calls->Read(descriptor, content.data() + length, content.size() - length);
     if (count == 0) {
-      break;
+      content.resize(length);
+      text = std::move(content);
+      return 0;
     }
     if (count > 0) {
-      content.append(block.data(), static_cast<std::size_t>(count));
+      length += static_cast<std::size_t>(count);
     } else if (errno != EINTR) {
       return LastStatus();
     }
-    if (content.size() > kMaximumSize) {
-      return FileStatusOfErrno(EFBIG);
-    }
   }
-  text = std::move(content);
-  return 0;
+  return FileStatusOfErrno(EFBIG);
 }
 
 int ConfigFile::Replace(const std::string& text) const {
@@ -224,13 +217,9 @@ int ConfigFile::FillTemporary(int descriptor, const std::string& text, const For
 int ConfigFile::WriteAll(int descriptor, const std::string& text) const {
   std::size_t written = 0;
   while (written != text.size()) {
-    const std::size_t size = std::min(text.size() - written, kWriteAtATime);
-    const ssize_t count = m_calls->Write(descriptor, text.data() + written, size);
+    const ssize_t count = m_calls->Write(descriptor, text.data() + written, text.size() - written);
     if (count > 0) {
       written += static_cast<std::size_t>(count);
-      if (written != text.size()) {
-        m_calls->StartWriteBack(descriptor);  // what fails here fails in Sync too
-      }
     } else if (count == 0) {
       return FileStatusOfErrno(EIO);
     } else if (errno != EINTR) {

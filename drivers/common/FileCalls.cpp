@@ -56,10 +56,6 @@ int FileCalls::ChangeMode(int descriptor, mode_t mode) {
   return ::fchmod(descriptor, mode);
 }
 
-int FileCalls::StartWriteBack(int descriptor) {
-  return ::sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
-}
-
 int FileCalls::Sync(int descriptor) {
   return ::fsync(descriptor);
 }

@@ -33,8 +33,6 @@ class FileCalls {
   virtual ssize_t Write(int descriptor, const char* data, std::size_t size);
   virtual int ChangeOwner(int descriptor, uid_t user, gid_t group);
   virtual int ChangeMode(int descriptor, mode_t mode);
-  // Lets what was written so far go to the disk while more is written, so that Sync has less to wait for.
-  virtual int StartWriteBack(int descriptor);
   virtual int Sync(int descriptor);
 
   virtual int Rename(int folder, const char* from, const char* to);

@@ -100,21 +100,6 @@ TEST(AReplacement, GoesOnAfterInterruptionsAndShortWrites) {
   EXPECT_EQ(kOnlyTheFile, folder.Names());
 }
 
-// With the disk at work from the beginning, the end waits less; but that is no more than a wish.
-TEST(AReplacement, LetsALargeTextGoToTheDiskInPartsWhetherThatWorksOrNot) {
-  for (const int error : {0, EIO}) {
-    const TemporaryFolder folder;
-    const auto calls =
-        Scripted([error](const std::string& name, std::size_t) { return name == "StartWriteBack" ? error : 0; });
-    const std::string text = std::string(17 * 1024 * 1024, 'x') + "end";
-    EXPECT_EQ(0, ConfigFile(folder.Path(), calls).Replace(text));
-    EXPECT_TRUE(folder.Read("snmpd.conf") == text);
-    const std::vector<std::string> steps = {"Write", "StartWriteBack", "Write", "StartWriteBack",
-                                            "Write", "ChangeMode",     "Sync"};
-    EXPECT_NE(std::search(calls->names.begin(), calls->names.end(), steps.begin(), steps.end()), calls->names.end());
-  }
-}
-
 TEST(AReplacement, FailsWhereWritingGetsNowhere) {
   const TemporaryFolder folder;
   folder.Write("snmpd.conf", "old");

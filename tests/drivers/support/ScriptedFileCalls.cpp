@@ -58,10 +58,6 @@ int ScriptedFileCalls::ChangeMode(int descriptor, mode_t mode) {
   return Fails("ChangeMode") ? -1 : FileCalls::ChangeMode(descriptor, mode);
 }
 
-int ScriptedFileCalls::StartWriteBack(int descriptor) {
-  return Fails("StartWriteBack") ? -1 : FileCalls::StartWriteBack(descriptor);
-}
-
 int ScriptedFileCalls::Sync(int descriptor) {
   return Fails("Sync") ? -1 : FileCalls::Sync(descriptor);
 }

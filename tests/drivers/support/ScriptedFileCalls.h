@@ -33,7 +33,6 @@ class ScriptedFileCalls : public drivers::FileCalls {
   ssize_t Write(int descriptor, const char* data, std::size_t size) override;
   int ChangeOwner(int descriptor, uid_t user, gid_t group) override;
   int ChangeMode(int descriptor, mode_t mode) override;
-  int StartWriteBack(int descriptor) override;
   int Sync(int descriptor) override;
   int Rename(int folder, const char* from, const char* to) override;
   int Remove(int folder, const char* name) override;
