@@ -49,10 +49,10 @@ std::vector<Finding> Advise(const std::string& settings, const std::string& name
     }
   }
   Report breaks(name, showSecrets);
-  breaks.Begin(kLineFeedRule, Severity::Error);
   for (const SettingOrigin& origin : rendered.lineBreakers) {
-    breaks.Add(origin.line, origin.setting + ": a line feed: what follows it becomes a line of its own in snmpd.conf",
-               "take a value of one line");
+    breaks.Begin(kLineFeedRule, Severity::Error, origin.line);
+    breaks.Add(origin.setting + ": a line feed: what follows it becomes a line of its own in snmpd.conf",
+               "choose a value of one line");
   }
   for (Finding& finding : breaks.Take()) {
     findings.push_back(std::move(finding));

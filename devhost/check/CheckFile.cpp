@@ -2,28 +2,37 @@
 
 #include <sys/stat.h>
 
+#include <cstdio>
+
 #include "devhost/check/DaemonParser.h"
 #include "devhost/check/Report.h"
 #include "devhost/check/Rules.h"
 #include "devhost/system/FileText.h"
-#include "devhost/text/Words.h"
 
 namespace devhost {
 
 namespace {
 
-// `path` is empty for a text that has no regular file.
-CheckResult Check(const std::string& text, const std::string& path, const CheckMeans& means, const std::string& name,
-                  Report& report) {
-  CheckResult result;
-  JudgeText(text, report);
-  if (means.askDaemon) {
-    try {
-      AskDaemon(path, name, text, report);
-    } catch (const DaemonParserError& error) {
-      result.daemonError = OneLine(error.what());
-    }
+constexpr mode_t kWidestMode = 0640;
+
+void JudgeMode(mode_t mode, Report& report) {
+  const mode_t permissions = mode & 0777U;
+  if ((permissions & ~kWidestMode) != 0) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(permissions));
+    const char* const who = (permissions & 0022U) != 0   ? "others besides its owner may change it"
+                            : (permissions & 0004U) != 0 ? "others besides its owner and group may read the communities"
+                                                         : "nobody needs to execute it";
+    report.Begin(kFileModeRule, Severity::Warning);
+    report.Add(std::string("the file's mode is ") + text + ": " + who, "chmod 640, or 600");
   }
+}
+
+// `path` is empty for a text that is not in a regular file.
+CheckResult Check(const std::string& path, const std::string& text, const CheckMeans& means, Report& report) {
+  JudgeText(text, report);
+  CheckResult result;
+  result.daemonError = means.askDaemon ? AskDaemon(path, text, report) : "";
   result.findings = report.Take();
   return result;
 }
@@ -36,15 +45,14 @@ CheckResult CheckFile(const std::string& path, const CheckMeans& means) {
   struct stat file = {};
   const bool isRegular = ::stat(path.c_str(), &file) == 0 && S_ISREG(file.st_mode);
   if (isRegular) {
-    report.Begin(kFileModeRule, Severity::Warning);
-    JudgeFileMode(file.st_mode, report);
+    JudgeMode(file.st_mode, report);
   }
-  return Check(text, isRegular ? path : "", means, path, report);
+  return Check(isRegular ? path : "", text, means, report);
 }
 
 CheckResult CheckText(const std::string& text, const std::string& name, const CheckMeans& means) {
   Report report(name, means.showSecrets);
-  return Check(text, "", means, name, report);
+  return Check("", text, means, report);
 }
 
 }  // namespace devhost

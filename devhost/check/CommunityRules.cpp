@@ -2,7 +2,7 @@
 
 #include "devhost/check/Rules.h"
 
-// Whom the daemon lets in, and by which text.
+// Who has access to the daemon, and by which community.
 namespace devhost {
 
 namespace {
@@ -18,12 +18,12 @@ bool IsEmptyWord(const Directive& setting) {
   return setting.words.front().text.empty();
 }
 
-// A community that the agent writes ends with its line. In a line of somebody else, the place and the limit follow.
+// A community that the agent writes ends with its line. In other lines, a source and a limit may follow.
 bool HasMoreWords(const Directive& setting) {
   return setting.words.front().end != setting.restBegin + setting.rest.size();
 }
 
-// The text that the person meant who wrote the line: inside a section everything, the quotes of the agent aside.
+// The community that the author of the line meant: inside a section everything but the quotes that the agent adds.
 std::string MeantCommunity(const ConfigLine& line) {
   const Directive& setting = *line.setting;
   const std::string& rest = setting.rest;
@@ -40,7 +40,7 @@ std::string MeantCommunity(const ConfigLine& line) {
   return std::string(whole.substr(1, whole.size() - (closed ? 2 : 1)));
 }
 
-// The earlier line that the daemon goes by instead of this one, or null.
+// The earlier line that the daemon uses instead of this one, or null.
 const Grant* Earlier(const Sight& sight) {
   const auto found = sight.above.communities.find(sight.grantKey);
   if (found == sight.above.communities.end()) {
@@ -48,6 +48,76 @@ const Grant* Earlier(const Sight& sight) {
   }
   const Grant& earlier = found->second;
   return earlier.source.empty() || earlier.source == ReadGrant(sight.line).source ? &earlier : nullptr;
+}
+
+void JudgeCommunityInPairs(const Sight& sight, Report& report) {
+  if (IsJudged(sight) && IsEmptyWord(*sight.line.setting)) {
+    report.Add("the daemon takes two quotes in a row for an empty community and rejects the line: it gives access to nobody",
+               "give the community without quotes; the agent adds them where there is a space");
+  }
+}
+
+void JudgeCommunityMisread(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting) || (sight.line.IsInside() && HasMoreWords(*sight.line.setting))) {
+    return;
+  }
+  const std::string meant = MeantCommunity(sight.line).substr(0, kLongestCommunity);
+  const std::string answered = sight.grantKey.substr(2);
+  if (answered != meant) {
+    report.Add("a quote or a backslash in the community: the daemon answers to " + report.Secret(answered) + " instead of " +
+                   report.Secret(meant),
+               "choose a community without \", ' and \\");
+  }
+}
+
+void JudgeCommunityWords(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || !sight.line.IsInside() || IsEmptyWord(*sight.line.setting) || !HasMoreWords(*sight.line.setting)) {
+    return;
+  }
+  report.Add("the agent takes everything after " + std::string(sight.Keyword()) +
+                 " as the community; the daemon takes only the first word, and the next one as the address that may use it",
+             "choose a community without tabs and quotes, and put limits on it in a line of your own below the section");
+}
+
+void JudgeCommunityLength(const Sight& sight, Report& report) {
+  if (IsJudged(sight) && sight.line.setting->words.front().text.size() > kLongestCommunity) {
+    report.Add("the community is longer than 255 bytes: the daemon cuts it and answers to its beginning",
+               "choose a community of at most 255 bytes");
+  }
+}
+
+void JudgeWriteLikeRead(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
+    return;
+  }
+  const Grant* const earlier = Earlier(sight);
+  if (earlier != nullptr && !earlier->writes && ReadGrant(sight.line).writes) {
+    report.Add("the write community is also the read community of " + report.LineName(earlier->line) +
+                   ": the daemon uses the first line, so nobody can write with it",
+               "choose another write community");
+  }
+}
+
+void JudgeFirstGrantWins(const Sight& sight, Report& report) {
+  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
+    return;
+  }
+  const Grant* const earlier = Earlier(sight);
+  const Grant grant = ReadGrant(sight.line);
+  if (earlier == nullptr || (!earlier->writes && grant.writes)) {
+    return;
+  }
+  if (earlier->writes != grant.writes || earlier->source != grant.source || earlier->limit != grant.limit) {
+    report.Add("the same community as in " + report.LineName(earlier->line) +
+                   ": the daemon uses the first line, so what this one restricts or adds has no effect",
+               "choose another community, or remove one of the two lines");
+  }
+}
+
+void JudgeNoAccess(const Sight& sight, Report& report) {
+  if (sight.line.number == 0 && !sight.above.hasAccess) {
+    report.Add("nobody has access: the daemon runs and answers nobody", "set a read community");
+  }
 }
 
 }  // namespace
@@ -85,79 +155,17 @@ std::string GrantKey(const Directive& setting) {
   return (setting.keyword.back() == '6' ? "6 " : "4 ") + AnsweredCommunity(setting);
 }
 
-void JudgeCommunityInPairs(const Sight& sight, Report& report) {
-  if (IsJudged(sight) && IsEmptyWord(*sight.line.setting)) {
-    report.Add(sight.line.number,
-               "the daemon takes two quotes in a row for an empty community and rejects the line: nobody gets access by it",
-               "give the community without quotes of its own; the agent quotes one with a space by itself");
-  }
-}
-
-void JudgeCommunityMisread(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting) || (sight.line.IsInside() && HasMoreWords(*sight.line.setting))) {
-    return;
-  }
-  const std::string meant = MeantCommunity(sight.line).substr(0, kLongestCommunity);
-  const std::string answered = sight.grantKey.substr(2);
-  if (answered != meant) {
-    report.Add(sight.line.number,
-               "a quote or a backslash in the community: the daemon answers to " + report.Secret(answered) + " instead of " +
-                   report.Secret(meant),
-               "take a community without \", ' and \\");
-  }
-}
-
-void JudgeCommunityWords(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || !sight.line.IsInside() || IsEmptyWord(*sight.line.setting) || !HasMoreWords(*sight.line.setting)) {
-    return;
-  }
-  report.Add(sight.line.number,
-             "the agent takes everything behind " + std::string(sight.Keyword()) +
-                 " for the community, the daemon only the first word; it takes the next one for the address that may use it",
-             "take a community without tabs and quotes, and put limits on it into a line of your own below the section");
-}
-
-void JudgeCommunityLength(const Sight& sight, Report& report) {
-  if (IsJudged(sight) && sight.line.setting->words.front().text.size() > kLongestCommunity) {
-    report.Add(sight.line.number, "the community is longer than 255 bytes: the daemon cuts it and answers to its beginning",
-               "take a community of 255 bytes at most");
-  }
-}
-
-void JudgeWriteLikeRead(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
-    return;
-  }
-  const Grant* const earlier = Earlier(sight);
-  if (earlier != nullptr && !earlier->writes && ReadGrant(sight.line).writes) {
-    report.Add(sight.line.number,
-               "the write community is the read community of " + report.LineName(earlier->line) +
-                   " again: the daemon goes by the first line, so nobody can write by it",
-               "take another write community");
-  }
-}
-
-void JudgeFirstGrantWins(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
-    return;
-  }
-  const Grant* const earlier = Earlier(sight);
-  const Grant grant = ReadGrant(sight.line);
-  if (earlier == nullptr || (!earlier->writes && grant.writes)) {
-    return;
-  }
-  if (earlier->writes != grant.writes || earlier->source != grant.source || earlier->limit != grant.limit) {
-    report.Add(sight.line.number,
-               "the community is that of " + report.LineName(earlier->line) +
-                   " again: the daemon goes by the first line, so what this one restricts or adds does not count",
-               "take another community, or remove one of the two lines");
-  }
-}
-
-void JudgeNoAccess(const Sight& sight, Report& report) {
-  if (sight.line.number == 0 && !sight.above.hasAccess) {
-    report.Add(0, "nobody is let in: the daemon runs and answers nobody", "set a read community");
-  }
+std::vector<Rule> CommunityRules() {
+  using S = Severity;
+  return {
+      {"community-in-pairs-of-quotes", S::Error, JudgeCommunityInPairs},
+      {"community-misread", S::Error, JudgeCommunityMisread},
+      {"community-of-several-words", S::Error, JudgeCommunityWords},
+      {"community-too-long", S::Error, JudgeCommunityLength},
+      {"write-community-like-read", S::Error, JudgeWriteLikeRead},
+      {"first-community-wins", S::Error, JudgeFirstGrantWins},
+      {"no-access", S::Warning, JudgeNoAccess},
+  };
 }
 
 }  // namespace devhost

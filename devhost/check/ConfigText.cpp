@@ -39,8 +39,7 @@ class Lines {
   std::size_t m_number = 0;
 };
 
-// The walk of the agent's reader: a section runs from one start marker to the next end marker, other markers count for
-// nothing.
+// Follows the agent's reader: a section runs from one start marker to the next end marker, other markers are ignored.
 class Walk {
  public:
   Place Step(std::string_view line, std::size_t number) {
@@ -60,7 +59,7 @@ class Walk {
   std::size_t m_open = 0;
 };
 
-// A file that was edited elsewhere may end its lines with a carriage return; what they are stays plain.
+// A file that was edited elsewhere may end its lines with a carriage return.
 std::string_view WithoutReturn(std::string_view line) {
   return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
 }

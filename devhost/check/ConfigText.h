@@ -21,18 +21,18 @@ inline bool Contains(std::string_view text, std::string_view part) {
 // Without white space at both ends.
 std::string_view TrimmedView(std::string_view text);
 
-// Where things stand in the whole text; lines are counted from 1, and 0 says that there is none.
+// Where things are in the whole text; lines are counted from 1, and 0 means that there is none.
 struct Layout {
   std::size_t firstStart = 0;  // the first line with the start marker
   std::size_t firstEnd = 0;    // the first line with the end marker
   std::size_t unclosed = 0;    // the start of a section that is open at the end of the text
-  // The first line that the next write keeps. Without both markers it keeps all.
+  // The first line that the next write keeps. It keeps all lines unless both markers are there.
   std::size_t firstKept = 1;
-  // The only line among those after the trailer's comments that is dropped though it is no comment.
+  // The first line below the section that is not a comment: the next write drops it, too.
   std::size_t droppedSetting = 0;
-  // The first line of what the agent writes above its start marker; the start marker's own line when nothing of it is there.
+  // The first line of the header that the agent writes above its start marker; without it, the start marker's own line.
   std::size_t header = 0;
-  // The last line of the trailer; the end marker's own line when nothing follows that belongs to it.
+  // The last line of the trailer; without it, the end marker's own line.
   std::size_t trailer = 0;
 
   // The next write replaces a section. Otherwise it puts a new one above everything.
@@ -53,10 +53,11 @@ struct ConfigLine {
   bool IsComment() const { return !TrimmedView(text).empty() && !setting; }
 };
 
+// Finds the sections, and what the next write keeps.
 Layout LayOut(std::string_view text);
 
-// Calls `use` with every line in order, then with the line 0. Of a line longer than a daemon is likely to take, only the
-// front is cut into words.
+// Calls `use` with every line in order, then with the line 0. Of a line that is longer than any daemon takes, only the
+// beginning is cut into words.
 void ForEachLine(std::string_view text, const std::function<void(const ConfigLine&)>& use);
 
 }  // namespace devhost

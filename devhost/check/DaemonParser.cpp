@@ -1,12 +1,8 @@
 #include "devhost/check/DaemonParser.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
-#include <optional>
-#include <set>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "devhost/check/Rules.h"
@@ -20,27 +16,14 @@ namespace devhost {
 
 namespace {
 
-// Finds lines by their numbers; fast when they come in order, as those of complaints do.
-class LineFinder {
- public:
-  explicit LineFinder(std::string_view text) : m_text(text), m_rest(text) {}
-
-  std::string_view Line(std::size_t number) {
-    if (number < m_number) {
-      m_rest = m_text;
-      m_number = 1;
-    }
-    for (; m_number < number && !m_rest.empty(); ++m_number) {
-      m_rest.remove_prefix(std::min(m_rest.find('\n'), m_rest.size() - 1) + 1);
-    }
-    return m_rest.substr(0, m_rest.find('\n'));
+std::vector<std::string_view> Lines(std::string_view text) {
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    lines.push_back(text.substr(0, text.find('\n')));
+    text.remove_prefix(std::min(lines.back().size() + 1, text.size()));
   }
-
- private:
-  std::string_view m_text;
-  std::string_view m_rest;
-  std::size_t m_number = 1;
-};
+  return lines;
+}
 
 // The daemon quotes words of the line that it complains of. Those that are shown masked elsewhere are so here.
 std::string Masked(std::string words, std::string_view line) {
@@ -67,6 +50,7 @@ std::string Masked(std::string words, std::string_view line) {
   return words;
 }
 
+// What the daemon says about the file. Throws ProgramError, also when the daemon does not end by itself.
 std::string Parse(const std::string& program, const std::string& path, const std::string& home) {
   ProgramRun run;
   // The address cannot be opened: the daemon ends when it has read everything.
@@ -74,44 +58,46 @@ std::string Parse(const std::string& program, const std::string& path, const std
   run.environment = {{"SNMP_PERSISTENT_DIR", home}, {"SNMPCONFPATH", home}, {"HOME", home}};
   const ProgramResult result = RunProgram(run);
   if (result.late || result.tooLong || result.signal != 0) {
-    throw DaemonParserError(std::string("snmpd ") +
-                            (result.late      ? "did not come to an end"
-                             : result.tooLong ? "complained without end"
-                                              : "was killed") +
-                            " when it read " + Quoted(path));
+    throw ProgramError(std::string("snmpd ") +
+                       (result.late      ? "did not come to an end"
+                        : result.tooLong ? "complained without end"
+                                         : "was killed") +
+                       " when it read " + Quoted(path));
   }
   return result.output;
 }
 
 }  // namespace
 
-void AskDaemon(const std::string& path, const std::string& name, const std::string& text, Report& report) {
+std::string AskDaemon(const std::string& path, const std::string& text, Report& report) {
   const std::string program = FindProgram("snmpd");
   if (program.empty()) {
-    throw DaemonParserError("snmpd is not installed, so it cannot be asked about " + Quoted(name) +
-                            "; install the package snmpd, or leave --daemon out");
+    return "snmpd is not installed, so it cannot be asked about " + Quoted(report.File()) +
+           "; install the package snmpd, or leave --daemon out";
   }
   try {
     const PrivateFolder home;
     // Commas separate files for the daemon.
     const bool readable = !path.empty() && path.find(',') == std::string::npos;
     const std::string file = readable ? std::filesystem::absolute(path).string() : home.Write("checked.conf", text);
-    LineFinder lines(text);
-    report.Begin(kDaemonRule, Severity::Error);
+    const std::vector<std::string_view> lines = Lines(text);
     for (const Complaint& complaint : ReadDaemonOutput(Parse(program, file, home.Path())).complaints) {
       const bool own = complaint.file == file;
-      const std::string_view line = own ? lines.Line(complaint.line) : std::string_view();
+      const bool hasLine = own && complaint.line != 0 && complaint.line <= lines.size();
+      const std::string said =
+          report.ShowsSecrets() ? complaint.text : Masked(complaint.text, hasLine ? lines[complaint.line - 1] : "");
+      report.Begin(kDaemonRule, Severity::Error, own ? complaint.line : 0);
       report.Add(
-          own ? complaint.line : 0,
           "the daemon says: " + (own ? "" : OneLine(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +
-              complaint.kind + ": " + (report.ShowsSecrets() ? complaint.text : Masked(complaint.text, line)),
-          "mend the line; snmpd.conf(5) tells what it may hold");
+              complaint.kind + ": " + said,
+          "fix the line; snmpd.conf(5) describes what it may hold");
     }
   } catch (const ProgramError& error) {
-    throw DaemonParserError(error.what());
+    return OneLine(error.what());
   } catch (const FolderError& error) {
-    throw DaemonParserError(error.what());
+    return OneLine(error.what());
   }
+  return "";
 }
 
 }  // namespace devhost

@@ -7,7 +7,7 @@
 namespace devhost {
 
 enum class Severity {
-  Note,     // nothing to do now: it matters to a device only that has lost its settings and reads them back
+  Note,     // nothing to do now: it matters only to a device that has lost its settings and reads them back
   Warning,  // surprising or risky
   Error     // the daemon or the agent will do something else than the file seems to say, or text is lost
 };

@@ -20,11 +20,11 @@ bool IsBlank(const Sight& sight) {
   return TrimmedView(sight.line.text).empty();
 }
 
-// A setting for which the daemon goes by the last line.
+// A setting for which the daemon uses the last line.
 struct LastWins {
   std::string_view keyword;
   const char* name;  // the same as people write it
-  // The value in every section, "" for what the user sets, "-" for what the agent's build says.
+  // The value in every section, "" for what the user sets, "-" for what the agent's build sets.
   std::string_view fixed;
 };
 
@@ -45,7 +45,7 @@ const LastWins* Overrider(const Sight& sight) {
   return known == nullptr || IsRejected(*sight.line.setting) ? nullptr : known;
 }
 
-// The daemon has several words for the same, and passes over a dot in front of a number.
+// The daemon has several words for the same thing, and ignores a dot in front of a number.
 std::string_view Meaning(const LastWins& known, std::string_view value) {
   const bool isMaster = known.keyword == "master" && (value == "yes" || value == "on" || value == "all");
   value.remove_prefix(known.keyword == "sysobjectid" && value.substr(0, 1) == "." ? 1 : 0);
@@ -75,37 +75,32 @@ bool IsReplacedLine(const Sight& sight) {
   return sight.line.IsInside() && sight.layout.IsReplaced() && !sight.IsKept();
 }
 
-}  // namespace
-
 void JudgeStartWithoutEnd(const Sight& sight, Report& report) {
   if (sight.line.number == 0 || sight.line.number != sight.layout.unclosed) {
     return;
   }
   const bool alone = sight.layout.firstEnd == 0;
   report.Add(
-      sight.line.number,
       alone
           ? "a start marker without an end marker: the next write puts a new section above and keeps this one below it; its "
             "communities stay valid and its sysContact, sysLocation and sysName win"
           : "a start marker without an end marker below it: the agent reads all lines down to the end of the file",
-      alone
-          ? "write a line \"# " + std::string(kEndMarker) + "\" and an empty line behind the section, or remove the section"
-          : "remove this line and the rest of the section that it opened");
+      alone ? "write a line \"# " + std::string(kEndMarker) + "\" and an empty line after the section, or remove the section"
+            : "remove this line and the rest of the section that it opened");
 }
 
 void JudgeEndWithoutStart(const Sight& sight, Report& report) {
   if (sight.line.number == sight.layout.firstEnd && sight.layout.firstEnd != 0 && sight.layout.firstStart == 0) {
-    report.Add(sight.line.number,
-               "an end marker without a start marker makes no section: the next write keeps the file whole below a new one",
-               "remove this line");
+    report.Add(
+        "an end marker without a start marker does not make a section: the next write keeps the whole file below a new one",
+        "remove this line");
   }
 }
 
 void JudgeMarkersReversed(const Sight& sight, Report& report) {
   if (sight.line.number != 0 && sight.line.number == sight.layout.firstEnd &&
       sight.layout.firstStart > sight.layout.firstEnd) {
-    report.Add(sight.line.number,
-               "the end marker stands above the start marker of " + report.LineName(sight.layout.firstStart) +
+    report.Add("the end marker stands above the start marker of " + report.LineName(sight.layout.firstStart) +
                    ": the next write drops everything down to here and keeps the section below",
                "remove this line");
   }
@@ -116,8 +111,7 @@ void JudgeStartAgain(const Sight& sight, Report& report) {
     return;
   }
   const std::string first = report.LineName(sight.layout.firstStart);
-  report.Add(sight.line.number,
-             sight.line.IsInside()
+  report.Add(sight.line.IsInside()
                  ? "a second start marker before the end marker: all from " + report.LineName(sight.line.section) +
                        " to the end marker counts as one section"
                  : "a second section: the next write does not replace it, so its communities stay valid and its "
@@ -128,7 +122,7 @@ void JudgeStartAgain(const Sight& sight, Report& report) {
 
 void JudgeEndAgain(const Sight& sight, Report& report) {
   if (HasEnd(sight) && sight.line.place == Place::Outside && sight.line.number != sight.layout.firstEnd) {
-    report.Add(sight.line.number, "another end marker, with no section open: it counts for nothing", "remove this line");
+    report.Add("another end marker, with no section open: it is ignored", "remove this line");
   }
 }
 
@@ -139,9 +133,8 @@ void JudgeMarkerInText(const Sight& sight, Report& report) {
   std::string_view text = TrimmedView(sight.line.text);
   text.remove_prefix(std::min(text.find_first_not_of("# \t"), text.size()));
   if (text != kStartMarker && text != kEndMarker) {
-    report.Add(sight.line.number,
-               "a marker in the middle of other text counts as a marker, and the line is taken for nothing else",
-               "write the text in another way");
+    report.Add("the agent takes a line with a marker in the middle of other text for a marker and nothing else",
+               "word the text differently");
   }
 }
 
@@ -149,8 +142,7 @@ void JudgeTextAbove(const Sight& sight, Report& report) {
   const std::size_t limit = std::min(sight.layout.header, sight.layout.firstEnd);
   if (sight.layout.IsReplaced() && sight.line.number != 0 && sight.line.number < limit && !IsBlank(sight) &&
       sight.above.firstText == 0) {
-    report.Add(sight.line.number,
-               "text above the section: the next write drops it, from here to " + report.LineName(limit - 1),
+    report.Add("text above the section: the next write drops it, from here to " + report.LineName(limit - 1),
                "move it below the section's last line and an empty line");
   }
 }
@@ -161,7 +153,7 @@ void JudgeLineAfterTrailer(const Sight& sight, Report& report) {
     return;
   }
   if (TrimmedView(sight.line.text).find_first_not_of("# \t") != std::string_view::npos) {
-    report.Add(sight.line.number, "a line directly behind the section: the next write drops it",
+    report.Add("a line directly after the section: the next write drops it",
                "put an empty line between the section and this line");
   }
 }
@@ -169,22 +161,21 @@ void JudgeLineAfterTrailer(const Sight& sight, Report& report) {
 void JudgeForeignLineInside(const Sight& sight, Report& report) {
   if (IsReplacedLine(sight) && sight.line.setting && sight.read.kind == ReadBack::Kind::Nothing &&
       !IsFixed(*sight.line.setting)) {
-    report.Add(sight.line.number, "the agent neither reads nor writes this line: the next write drops it",
+    report.Add("the agent neither reads nor writes this line: the next write drops it",
                "move it below the section; settings of the agent are written as it writes them, capitals included");
   }
 }
 
 void JudgeRetries(const Sight& sight, Report& report) {
   if (IsReplacedLine(sight) && sight.Keyword() == "agentxretries" && sight.line.setting->rest != "2") {
-    report.Add(sight.line.number, "agentXRetries of a section is not kept: the next write puts 2 here",
+    report.Add("the agent does not keep agentXRetries: the next write puts 2 here",
                "put a line with agentXRetries below the section");
   }
 }
 
 void JudgeOldCommunity(const Sight& sight, Report& report) {
   if (sight.line.IsInside() && IsCommunityKeyword(sight.Keyword()) && (!sight.layout.IsReplaced() || sight.IsKept())) {
-    report.Add(sight.line.number,
-               "a community in a section that the next write does not replace: it stays valid beside the new ones",
+    report.Add("a community in a section that the next write does not replace: it stays valid beside the new ones",
                "remove this line together with its section");
   }
 }
@@ -197,8 +188,7 @@ void JudgeOverride(const Sight& sight, Report& report) {
       (sight.line.IsInside() && sight.line.section == sight.layout.firstStart)) {
     return;
   }
-  report.Add(sight.line.number,
-             "the daemon goes by the last " + std::string(known->name) + ": this line wins over " +
+  report.Add("the daemon uses the last " + std::string(known->name) + ": this line wins over " +
                  report.LineName(section->second.line) + " of the section",
              RemedyAgainst(*known));
 }
@@ -213,11 +203,31 @@ void JudgeFutureOverride(const Sight& sight, Report& report) {
   const bool notInSection = sight.line.section == 0 && sight.line.number > sight.layout.firstStart && sight.IsKept() &&
                             sight.above.section.count(sight.Keyword()) == 0;
   if (noSection || notInSection) {
-    report.Add(sight.line.number,
-               "the agent writes its section above this line, and the daemon goes by the last " + std::string(known->name) +
+    report.Add("the agent writes its section above this line, and the daemon uses the last " + std::string(known->name) +
                    ": this line will win over the agent's",
                RemedyAgainst(*known));
   }
+}
+
+}  // namespace
+
+std::vector<Rule> MarkerRules() {
+  using S = Severity;
+  return {
+      {"start-marker-without-end", S::Error, JudgeStartWithoutEnd},
+      {"end-marker-without-start", S::Warning, JudgeEndWithoutStart},
+      {"markers-reversed", S::Error, JudgeMarkersReversed},
+      {"start-marker-again", S::Error, JudgeStartAgain},
+      {"end-marker-again", S::Warning, JudgeEndAgain},
+      {"marker-in-text", S::Error, JudgeMarkerInText},
+      {"text-above-section", S::Error, JudgeTextAbove},
+      {"line-after-trailer", S::Error, JudgeLineAfterTrailer},
+      {"foreign-line-in-section", S::Error, JudgeForeignLineInside},
+      {"retries-go-back", S::Warning, JudgeRetries},
+      {"old-community", S::Error, JudgeOldCommunity},
+      {"overrides-section", S::Error, JudgeOverride},
+      {"will-override-section", S::Warning, JudgeFutureOverride},
+  };
 }
 
 }  // namespace devhost

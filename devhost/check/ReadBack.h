@@ -10,7 +10,7 @@ namespace devhost {
 struct ReadBack {
   enum class Kind { Nothing, Word, Field, Trap };
   Kind kind = Kind::Nothing;
-  std::string keyword;  // the one that the reader goes by
+  std::string keyword;  // the one that the reader finds
   bool sets = false;    // a field that is missing sets nothing
   std::string value;    // of a word or a field
   std::string target;   // of a trap, as the two below

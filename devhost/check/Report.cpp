@@ -8,11 +8,11 @@
 
 namespace devhost {
 
-void Report::Add(std::size_t line, std::string reason, std::string remedy) {
+void Report::Add(std::string reason, std::string remedy) {
   Count& count = m_counts[m_rule];
   count.severity = m_severity;
   if (++count.all <= kMostOfOneRule) {
-    m_findings.push_back({m_file, line, m_severity, m_rule, std::move(reason), std::move(remedy)});
+    m_findings.push_back({m_file, m_line, m_severity, m_rule, std::move(reason), std::move(remedy)});
   }
 }
 
@@ -27,7 +27,7 @@ std::vector<Finding> Report::Take() {
     if (count.all > kMostOfOneRule) {
       m_findings.push_back({m_file, 0, count.severity, rule,
                             std::to_string(count.all - kMostOfOneRule) + " more findings of this rule are not listed",
-                            "mend those that are listed first"});
+                            "fix those that are listed first"});
     }
   }
   std::stable_partition(m_findings.begin(), m_findings.end(),

@@ -13,31 +13,36 @@
 
 namespace devhost {
 
-// Takes what the rules find in one file.
+// Collects what the rules find in one file.
 class Report {
  public:
-  // A file of nothing but mistakes must not fill the memory: of each rule so many findings are kept, the rest is counted.
+  // At most this many findings of a rule are kept, the rest is counted: a file of nothing but mistakes must not fill the
+  // memory.
   static constexpr std::size_t kMostOfOneRule = 1000;
 
   Report(std::string file, bool showSecrets) : m_file(std::move(file)), m_showSecrets(showSecrets) {}
 
-  // Names the rule that the findings which follow belong to.
-  void Begin(const char* rule, Severity severity) {
+  const std::string& File() const { return m_file; }
+
+  // Names the rule and the line that the findings which follow belong to; 0 stands for the whole file.
+  void Begin(const char* rule, Severity severity, std::size_t line = 0) {
     m_rule = rule;
     m_severity = severity;
+    m_line = line;
   }
-  void Add(std::size_t line, std::string reason, std::string remedy);
+  // Adds a finding: what is wrong, and what the owner can do about it.
+  void Add(std::string reason, std::string remedy);
 
-  // A community, as a reason or a remedy may show it.
+  // The community in quotes, or ***** unless secrets are shown.
   std::string Secret(std::string_view text) const;
   bool ShowsSecrets() const { return m_showSecrets; }
-  // Another line, as a reason may name it.
+  // How a reason names another line: "line 12".
   std::string LineName(std::size_t line) const;
-  // Has lines named in another way than "line 12".
+  // Replaces how lines are named.
   void NameLines(std::function<std::string(std::size_t)> name) { m_lineName = std::move(name); }
 
-  // All findings by line, those of one line as they came. One more behind them for each rule of which some were left out.
-  // The notes come last.
+  // All findings by line, those of one line in the order in which they were added; then one for each rule of which some
+  // were left out; notes last. Called once.
   std::vector<Finding> Take();
 
  private:
@@ -49,6 +54,7 @@ class Report {
   bool m_showSecrets;
   const char* m_rule = "";
   Severity m_severity = Severity::Warning;
+  std::size_t m_line = 0;
   std::vector<Finding> m_findings;
   std::map<std::string, Count> m_counts;
   std::function<std::string(std::size_t)> m_lineName;

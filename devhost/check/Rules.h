@@ -13,7 +13,7 @@
 #include "devhost/check/ReadBack.h"
 #include "devhost/check/Report.h"
 
-// The rules that an snmpd.conf is judged by. docs/check-rules.md tells what each of them is about.
+// The rules that an snmpd.conf is judged by. docs/check-rules.md describes each of them.
 namespace devhost {
 
 // A line that lets somebody in by a community.
@@ -21,7 +21,7 @@ struct Grant {
   std::size_t line = 0;
   bool writes = false;
   std::string source;  // who may use it; "" for everybody
-  std::string limit;   // what it shows, "" for everything
+  std::string limit;   // what may be seen, "" for everything
 };
 
 // A line that says where traps go. The daemon cuts it at blanks alone.
@@ -32,7 +32,7 @@ struct Sink {
   bool isBareAddress = false;      // an IPv6 address without brackets
 };
 
-// What the lines above the one under judgement have told. Lines beyond the limits of memory are not compared.
+// What is known from the lines above the current one. Beyond a limit, which bounds the memory, lines are not remembered.
 struct History {
   struct Value {
     std::size_t first = 0;  // the first line of that keyword
@@ -43,11 +43,11 @@ struct History {
   std::unordered_map<std::string, Grant> communities;  // by family and the text that the daemon answers to: the first line
   std::unordered_map<std::string, std::size_t> sinks;  // by host and port: the first line
   std::size_t firstText = 0;                           // the first line that is not blank
-  bool hasAccess = false;                              // somebody is let in, or another file may do it
+  bool hasAccess = false;                              // somebody has access, or another file may give it
   bool hasNul = false;
 };
 
-// One line among all of them.
+// One line, with what the rules need to know of the others.
 struct Sight {
   const ConfigLine& line;
   const ReadBack& read;  // what the agent's reader makes of it; nothing outside a section
@@ -64,90 +64,50 @@ struct Sight {
   bool IsKept() const { return line.number >= layout.firstKept; }
 };
 
+// One rule: its name in the output and on the page, how bad its findings are, and the function that looks at one line.
 struct Rule {
   const char* name;
   Severity severity;
   void (*judge)(const Sight& sight, Report& report);
 };
 
-// All rules about lines, in the order of the page.
+// The rules about lines, by their subject. Each function stands in the file of its name, with its rules.
+std::vector<Rule> MarkerRules();
+std::vector<Rule> ReaderRules();
+std::vector<Rule> CommunityRules();
+std::vector<Rule> TrapRules();
+std::vector<Rule> ValueRules();
+
+// All of them, in the order of the page.
 const std::vector<Rule>& Rules();
 
-// The names of all rules, those about files, settings and the daemon's parser too.
+// The names of all rules, those about files, settings and the daemon's parser included.
 std::vector<std::string> RuleNames();
 inline constexpr char kFileModeRule[] = "file-mode";
 inline constexpr char kLineFeedRule[] = "line-feed";
 inline constexpr char kDaemonRule[] = "daemon";  // whatever the daemon's parser complains of
 
-// Judges a whole text.
+// Applies each rule to each line of the text and adds what they find to the report.
 void JudgeText(std::string_view text, Report& report);
 
-// Adds what the line tells to the history. `JudgeText` does it; it stands here for those who walk on their own.
-void Remember(const Sight& sight, History& history);
-
-// About communities (CommunityRules.cpp).
+// Whether a line with this keyword, in lower case, lets somebody in by a community.
 bool IsCommunityKeyword(std::string_view keyword);
 // The text that the daemon answers to: it cuts the word twice, first out of the file, then out of a line of its own.
 std::string AnsweredCommunity(const Directive& setting);
+// The line must be about a community and hold one.
 Grant ReadGrant(const ConfigLine& line);
 // Two characters for the family of addresses, then the text that the daemon answers to; "" for other lines.
 std::string GrantKey(const Directive& setting);
-void JudgeCommunityInPairs(const Sight& sight, Report& report);
-void JudgeCommunityMisread(const Sight& sight, Report& report);
-void JudgeCommunityWords(const Sight& sight, Report& report);
-void JudgeCommunityLength(const Sight& sight, Report& report);
-void JudgeWriteLikeRead(const Sight& sight, Report& report);
-void JudgeFirstGrantWins(const Sight& sight, Report& report);
-void JudgeNoAccess(const Sight& sight, Report& report);
 
-// About trap sinks (TrapRules.cpp).
+// The parts of a line that sends traps; nothing for other lines.
 std::optional<Sink> ReadSink(const Directive& setting);
 // The host and the port that traps go to.
 std::string SinkKey(const Sink& sink);
-void JudgeTrapTarget(const Sight& sight, Report& report);
-void JudgeTrapPortAsCommunity(const Sight& sight, Report& report);
-void JudgeTrapQuotes(const Sight& sight, Report& report);
-void JudgeTrapPort(const Sight& sight, Report& report);
-void JudgeTrapPortTwice(const Sight& sight, Report& report);
-void JudgeTrapBareAddress(const Sight& sight, Report& report);
-void JudgeTrapCommunityLength(const Sight& sight, Report& report);
-void JudgeSinkTwice(const Sight& sight, Report& report);
 
-// About other values (ValueRules.cpp).
+// Whether the keyword, in lower case, is that of the contact, the location or the name.
 bool IsSystemText(std::string_view keyword);
-// A line that the daemon complains of and passes over, as far as these rules know.
+// Whether the daemon complains of the line and ignores it, as far as these rules know.
 bool IsRejected(const Directive& setting);
-void JudgeNul(const Sight& sight, Report& report);
-void JudgeHash(const Sight& sight, Report& report);
-void JudgeMissingValue(const Sight& sight, Report& report);
-void JudgeTextLength(const Sight& sight, Report& report);
-void JudgeAgentXTimeout(const Sight& sight, Report& report);
-void JudgeFileMode(unsigned mode, Report& report);
-
-// About markers and what the next write does with the file (MarkerRules.cpp).
-void JudgeStartWithoutEnd(const Sight& sight, Report& report);
-void JudgeEndWithoutStart(const Sight& sight, Report& report);
-void JudgeMarkersReversed(const Sight& sight, Report& report);
-void JudgeStartAgain(const Sight& sight, Report& report);
-void JudgeEndAgain(const Sight& sight, Report& report);
-void JudgeMarkerInText(const Sight& sight, Report& report);
-void JudgeTextAbove(const Sight& sight, Report& report);
-void JudgeLineAfterTrailer(const Sight& sight, Report& report);
-void JudgeForeignLineInside(const Sight& sight, Report& report);
-void JudgeRetries(const Sight& sight, Report& report);
-void JudgeOldCommunity(const Sight& sight, Report& report);
-void JudgeOverride(const Sight& sight, Report& report);
-void JudgeFutureOverride(const Sight& sight, Report& report);
-
-// About what the agent's reader takes (ReaderRules.cpp).
-void JudgeCommentRead(const Sight& sight, Report& report);
-void JudgeKeywordInValue(const Sight& sight, Report& report);
-void JudgeKeywordLost(const Sight& sight, Report& report);
-void JudgeBlanks(const Sight& sight, Report& report);
-void JudgeCarriageReturn(const Sight& sight, Report& report);
-void JudgeSettingTwice(const Sight& sight, Report& report);
-void JudgeQuotesAgain(const Sight& sight, Report& report);
-void JudgeTrapReadBack(const Sight& sight, Report& report);
 
 }  // namespace devhost
 

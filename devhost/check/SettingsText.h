@@ -18,7 +18,7 @@ struct SettingOrigin {
 
 // The lines that the settings of a device settings element become in the managed section, between its markers.
 struct SettingsText {
-  // Where a line of the text comes from, counted from 1.
+  // Where a line of the text, counted from 1, comes from.
   const SettingOrigin& OriginOf(std::size_t line) const;
 
   std::string text;
@@ -26,7 +26,7 @@ struct SettingsText {
   std::vector<SettingOrigin> lineBreakers;       // the settings whose value holds a line feed
 };
 
-// Names are looked for as the agent does: the first child of each name counts, the root's own name does not.
+// Renders `settings`. As in the agent, the first child of each name counts and the root's own name is ignored.
 SettingsText RenderSettings(const XmlElement& settings);
 
 }  // namespace devhost

@@ -60,6 +60,83 @@ bool IsQuoted(const Sink& sink) {
   return sink.words.size() > 1 && sink.words[1].front() == '"';
 }
 
+void JudgeTrapTarget(const Sight& sight, Report& report) {
+  if (sight.Keyword() == "trap2sink" && LacksTarget(sight) && !sight.line.setting->rest.empty()) {
+    report.Add("a trap target without a host: the daemon takes what follows for the host",
+               "give the target a host, or remove it");
+  }
+}
+
+void JudgeTrapPortAsCommunity(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && sink->words.size() == 2 && IsDigits(sink->words[1])) {
+    report.Add("a trap target with a port and no community: the daemon takes the port for the community",
+               "give the trap target a community, or write the port after the host (HOST:PORT)");
+  }
+}
+
+void JudgeTrapQuotes(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink == nullptr || !IsQuoted(*sink)) {
+    return;
+  }
+  const bool isOneWord = sink->words[1].size() > 1 && sink->words[1].back() == '"';
+  report.Add(isOneWord ? "the daemon does not understand quotes here: it sends them as part of the trap community"
+                       : "the daemon does not understand quotes here: it cuts the trap community at the space, takes the "
+                         "rest for the port "
+                         "and sends no traps to this target",
+             "choose a trap community without spaces and quotes");
+}
+
+void JudgeTrapPort(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink == nullptr || IsQuoted(*sink)) {
+    return;
+  }
+  const bool wrongField = sink->words.size() > 2 && !IsPort(sink->words[2]);
+  if (wrongField || (!sink->ownPort.empty() && !IsPort(sink->ownPort))) {
+    report.Add("the trap port is not a number from 1 to 65535: no traps reach this target",
+               "give a port from 1 to 65535 without leading zeros, or leave it out for 162");
+  }
+}
+
+void JudgeTrapPortTwice(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && !IsQuoted(*sink) && sink->words.size() > 2 && !sink->ownPort.empty()) {
+    report.Add("the target holds a port, and another one follows: the daemon cannot use both and sends no traps",
+               "remove one of the two ports");
+  }
+}
+
+void JudgeTrapBareAddress(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && !IsQuoted(*sink) && sink->words.size() > 2 && sink->isBareAddress) {
+    report.Add(
+        "the daemon appends the port to the address, which makes it invalid or another address: no traps reach this target",
+        "write the address in brackets, [" + sink->host + "]");
+  }
+}
+
+void JudgeTrapCommunityLength(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && sink->words.size() > 1 && sink->words[1].size() > kLongestCommunity) {
+    report.Add("the trap community is longer than 256 bytes: no traps reach this target",
+               "choose a trap community of at most 256 bytes");
+  }
+}
+
+void JudgeSinkTwice(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink == nullptr) {
+    return;
+  }
+  const auto found = sight.above.sinks.find(SinkKey(*sink));
+  if (found != sight.above.sinks.end()) {
+    report.Add("the trap target of " + report.LineName(found->second) + " again: every trap is sent to it once more",
+               "remove one of the two");
+  }
+}
+
 }  // namespace
 
 std::optional<Sink> ReadSink(const Directive& setting) {
@@ -85,86 +162,18 @@ std::string SinkKey(const Sink& sink) {
   return sink.host + " " + port;
 }
 
-void JudgeTrapTarget(const Sight& sight, Report& report) {
-  if (sight.Keyword() == "trap2sink" && LacksTarget(sight) && !sight.line.setting->rest.empty()) {
-    report.Add(sight.line.number, "a trap target without a host: the daemon takes what follows for the host",
-               "give the target a host, or remove it");
-  }
-}
-
-void JudgeTrapPortAsCommunity(const Sight& sight, Report& report) {
-  const Sink* const sink = JudgedSink(sight);
-  if (sink != nullptr && sink->words.size() == 2 && IsDigits(sink->words[1])) {
-    report.Add(sight.line.number, "a trap target with a port and no community: the daemon takes the port for the community",
-               "give the trap target a community, or write the port behind the host (HOST:PORT)");
-  }
-}
-
-void JudgeTrapQuotes(const Sight& sight, Report& report) {
-  const Sink* const sink = JudgedSink(sight);
-  if (sink == nullptr || !IsQuoted(*sink)) {
-    return;
-  }
-  const bool isOneWord = sink->words[1].size() > 1 && sink->words[1].back() == '"';
-  report.Add(sight.line.number,
-             isOneWord
-                 ? "the daemon knows no quotes here: it sends them as part of the trap community"
-                 : "the daemon knows no quotes here: it cuts the trap community at the space, takes the rest for the port "
-                   "and sends no traps to this target",
-             "take a trap community without spaces and quotes");
-}
-
-void JudgeTrapPort(const Sight& sight, Report& report) {
-  const Sink* const sink = JudgedSink(sight);
-  if (sink == nullptr || IsQuoted(*sink)) {
-    return;
-  }
-  const bool wrongField = sink->words.size() > 2 && !IsPort(sink->words[2]);
-  if (wrongField || (!sink->ownPort.empty() && !IsPort(sink->ownPort))) {
-    report.Add(sight.line.number, "the trap port is no number from 1 to 65535: no traps reach this target",
-               "give a port from 1 to 65535 without leading zeros, or none for 162");
-  }
-}
-
-void JudgeTrapPortTwice(const Sight& sight, Report& report) {
-  const Sink* const sink = JudgedSink(sight);
-  if (sink != nullptr && !IsQuoted(*sink) && sink->words.size() > 2 && !sink->ownPort.empty()) {
-    report.Add(
-        sight.line.number,
-        "the target holds a port, and another one follows: the daemon cannot make a target of both and sends no traps",
-        "remove one of the two ports");
-  }
-}
-
-void JudgeTrapBareAddress(const Sight& sight, Report& report) {
-  const Sink* const sink = JudgedSink(sight);
-  if (sink != nullptr && !IsQuoted(*sink) && sink->words.size() > 2 && sink->isBareAddress) {
-    report.Add(
-        sight.line.number,
-        "the daemon appends the port to the address, which gives no address or another one: no traps reach this target",
-        "write the address in brackets, [" + sink->host + "]");
-  }
-}
-
-void JudgeTrapCommunityLength(const Sight& sight, Report& report) {
-  const Sink* const sink = JudgedSink(sight);
-  if (sink != nullptr && sink->words.size() > 1 && sink->words[1].size() > kLongestCommunity) {
-    report.Add(sight.line.number, "the trap community is longer than 256 bytes: no traps reach this target",
-               "take a trap community of 256 bytes at most");
-  }
-}
-
-void JudgeSinkTwice(const Sight& sight, Report& report) {
-  const Sink* const sink = JudgedSink(sight);
-  if (sink == nullptr) {
-    return;
-  }
-  const auto found = sight.above.sinks.find(SinkKey(*sink));
-  if (found != sight.above.sinks.end()) {
-    report.Add(sight.line.number,
-               "the trap target of " + report.LineName(found->second) + " again: every trap is sent to it once more",
-               "remove one of the two");
-  }
+std::vector<Rule> TrapRules() {
+  using S = Severity;
+  return {
+      {"trap-without-target", S::Error, JudgeTrapTarget},
+      {"trap-port-as-community", S::Error, JudgeTrapPortAsCommunity},
+      {"trap-community-quoted", S::Error, JudgeTrapQuotes},
+      {"trap-port-wrong", S::Error, JudgeTrapPort},
+      {"trap-port-twice", S::Error, JudgeTrapPortTwice},
+      {"trap-address-without-brackets", S::Error, JudgeTrapBareAddress},
+      {"trap-community-too-long", S::Error, JudgeTrapCommunityLength},
+      {"trap-target-twice", S::Warning, JudgeSinkTwice},
+  };
 }
 
 }  // namespace devhost

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <string_view>
 
 #include "devhost/check/Rules.h"
@@ -10,7 +9,6 @@ namespace devhost {
 namespace {
 
 constexpr std::size_t kLongestText = 255;
-constexpr unsigned kWidestMode = 0640;
 
 // The settings of the agent, in the words of the daemon.
 bool IsAgentKeyword(std::string_view keyword) {
@@ -33,6 +31,51 @@ bool IsTime(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+void JudgeNul(const Sight& sight, Report& report) {
+  if (!sight.above.hasNul && Contains(sight.line.text, std::string_view("\0", 1))) {
+    report.Add("a NUL byte: this is not a text file, and the daemon reads the line only up to it",
+               "rewrite the file as plain text");
+  }
+}
+
+void JudgeHash(const Sight& sight, Report& report) {
+  if (!IsAgentKeyword(sight.Keyword()) || sight.line.setting->rest.substr(0, 1) != "#") {
+    return;
+  }
+  report.Add(std::string("the daemon takes a value that begins with # for a comment and rejects the line: ") +
+                 (IsCommunityKeyword(sight.Keyword()) ? "nobody gets access by it"
+                  : sight.Keyword() == "trap2sink"    ? "it sends no traps"
+                                                      : "its default is served"),
+             "begin the value with another character");
+}
+
+void JudgeMissingValue(const Sight& sight, Report& report) {
+  if (IsAgentKeyword(sight.Keyword()) && sight.line.setting->rest.empty()) {
+    report.Add("no value: the daemon rejects the line", "give a value that is not only blanks, or remove the line");
+  }
+}
+
+void JudgeTextLength(const Sight& sight, Report& report) {
+  if (IsSystemText(sight.Keyword()) && sight.line.setting->rest.size() > kLongestText) {
+    report.Add("the text is longer than 255 bytes: the daemon rejects the line and serves its default",
+               "choose a text of at most 255 bytes; a letter outside ASCII has two bytes or more");
+  }
+}
+
+void JudgeAgentXTimeout(const Sight& sight, Report& report) {
+  if (sight.Keyword() != "agentxtimeout") {
+    return;
+  }
+  const std::string_view word = FirstWord(sight.line.setting->rest);
+  if (!IsTime(word)) {
+    report.Add("agentXTimeout is not a number of seconds: the daemon uses its built-in default",
+               "give a number of seconds, for example 6");
+  } else if (word.find_first_of("123456789") == std::string_view::npos) {
+    report.Add("agentXTimeout is 0: every request to an AgentX subagent fails at once",
+               "give a number of seconds, for example 6");
+  }
+}
+
 }  // namespace
 
 bool IsSystemText(std::string_view keyword) {
@@ -45,63 +88,15 @@ bool IsRejected(const Directive& setting) {
          (setting.keyword == "agentxtimeout" && !IsTime(FirstWord(setting.rest)));
 }
 
-void JudgeNul(const Sight& sight, Report& report) {
-  if (!sight.above.hasNul && Contains(sight.line.text, std::string_view("\0", 1))) {
-    report.Add(sight.line.number, "a NUL byte: this is no text file, and the daemon reads the line only up to it",
-               "write the file anew as plain text");
-  }
-}
-
-void JudgeHash(const Sight& sight, Report& report) {
-  if (!IsAgentKeyword(sight.Keyword()) || sight.line.setting->rest.substr(0, 1) != "#") {
-    return;
-  }
-  report.Add(sight.line.number,
-             std::string("the daemon takes a value that begins with # for a comment and rejects the line: ") +
-                 (IsCommunityKeyword(sight.Keyword()) ? "nobody gets access by it"
-                  : sight.Keyword() == "trap2sink"    ? "no traps are sent by it"
-                                                      : "its default is served"),
-             "let the value begin with something else");
-}
-
-void JudgeMissingValue(const Sight& sight, Report& report) {
-  if (IsAgentKeyword(sight.Keyword()) && sight.line.setting->rest.empty()) {
-    report.Add(sight.line.number, "no value: the daemon rejects the line",
-               "give a value that is not only blanks, or remove the line");
-  }
-}
-
-void JudgeTextLength(const Sight& sight, Report& report) {
-  if (IsSystemText(sight.Keyword()) && sight.line.setting->rest.size() > kLongestText) {
-    report.Add(sight.line.number, "the text is longer than 255 bytes: the daemon rejects the line and serves its default",
-               "take a text of 255 bytes at most; beyond ASCII a letter has two bytes or more");
-  }
-}
-
-void JudgeAgentXTimeout(const Sight& sight, Report& report) {
-  if (sight.Keyword() != "agentxtimeout") {
-    return;
-  }
-  const std::string_view word = FirstWord(sight.line.setting->rest);
-  if (!IsTime(word)) {
-    report.Add(sight.line.number, "agentXTimeout has no number of seconds: the daemon goes by its built-in default",
-               "give a number of seconds, for example 6");
-  } else if (word.find_first_of("123456789") == std::string_view::npos) {
-    report.Add(sight.line.number, "agentXTimeout is 0: every request to an AgentX subagent fails at once",
-               "give a number of seconds, for example 6");
-  }
-}
-
-void JudgeFileMode(unsigned mode, Report& report) {
-  const unsigned permissions = mode & 0777U;
-  if ((permissions & ~kWidestMode) != 0) {
-    char text[8];
-    std::snprintf(text, sizeof text, "%04o", permissions);
-    const char* const who = (permissions & 0022U) != 0   ? "others than its owner may change it"
-                            : (permissions & 0004U) != 0 ? "others than its owner and group may read the communities"
-                                                         : "nobody needs to execute it";
-    report.Add(0, std::string("the file's mode is ") + text + ": " + who, "chmod 640, or 600");
-  }
+std::vector<Rule> ValueRules() {
+  using S = Severity;
+  return {
+      {"value-begins-with-hash", S::Error, JudgeHash},
+      {"value-missing", S::Error, JudgeMissingValue},
+      {"text-too-long", S::Error, JudgeTextLength},
+      {"agentx-timeout", S::Error, JudgeAgentXTimeout},
+      {"nul-byte", S::Error, JudgeNul},
+  };
 }
 
 }  // namespace devhost

@@ -17,16 +17,16 @@ struct DirectiveWord {
   char quote = '\0';  // the quote that it began with, or none
 };
 
-// One line of an snmpd.conf that is no comment and not empty.
+// One line of an snmpd.conf that is neither a comment nor empty.
 struct Directive {
-  std::string keyword;               // in lower case: the daemon does not mind
+  std::string keyword;               // in lower case: the daemon ignores case
   std::string rest;                  // what follows it, without the blanks around it, as it stands in the line
   std::size_t restBegin = 0;         // where that stands in the line
   std::vector<DirectiveWord> words;  // the same, cut into words
 };
 
-// Cuts a line, given without its line feed, as the daemon does. A section in brackets in front of the keyword is passed
-// over. Nothing for a comment, an empty line, or brackets alone.
+// Cuts a line, given without its line feed, as the daemon does. A section's name in brackets in front of the keyword is
+// skipped. Nothing for a comment, an empty line, or a section's name alone.
 std::optional<Directive> ReadDirective(std::string_view line);
 
 }  // namespace devhost

@@ -8,7 +8,7 @@
 
 namespace devhost {
 
-// What stands between words for the daemon.
+// Whether the daemon separates words at this character.
 inline bool IsConfigBlank(char character) {
   return character == ' ' || (character >= '\t' && character <= '\r');
 }
@@ -18,7 +18,7 @@ class WordCutter {
  public:
   explicit WordCutter(std::string_view line, std::size_t from = 0) : m_line(line), m_at(from) { SkipBlanks(); }
 
-  // Whether there is no word any more. What begins with # in front of a word is none.
+  // Whether no word is left. A comment is not a word.
   bool AtEnd() const { return AtLineEnd() || m_line[m_at] == '#'; }
   bool AtLineEnd() const { return m_at == m_line.size(); }
   // Where the next word begins.

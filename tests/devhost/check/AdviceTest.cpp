@@ -48,8 +48,8 @@ TEST(Advice, NamesOtherSettingsByTheirElements) {
   EXPECT_THAT(Advice("\n<snmpCommunityWriteSetting>both</snmpCommunityWriteSetting>\n"
                      "<snmpCommunityReadSetting>both</snmpCommunityReadSetting>\n"),
               ElementsAre(At(2,
-                             "snmpCommunityWriteSetting: the write community is the read community of "
-                             "snmpCommunityReadSetting in line 3 again")));
+                             "snmpCommunityWriteSetting: the write community is also the read community of "
+                             "snmpCommunityReadSetting in line 3:")));
 }
 
 TEST(Advice, FindsALineFeedAndWhatItMakes) {

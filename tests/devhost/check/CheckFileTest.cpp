@@ -88,5 +88,31 @@ TEST_F(ACheckedFile, KeepsEachByte) {
   EXPECT_EQ(std::filesystem::last_write_time(file), time);
 }
 
+TEST_F(ACheckedFile, IsFoundWhenItIsWiderThanItsGroupMayRead) {
+  const std::pair<mode_t, const char*> expected[] = {
+      {0644, "the file's mode is 0644: others besides its owner and group may read the communities"},
+      {0604, "the file's mode is 0604: others besides its owner and group may read the communities"},
+      {0660, "the file's mode is 0660: others besides its owner may change it"},
+      {0666, "the file's mode is 0666: others besides its owner may change it"},
+      {0602, "the file's mode is 0602: others besides its owner may change it"},
+      {0641, "the file's mode is 0641: nobody needs to execute it"},
+      {0750, "the file's mode is 0750: nobody needs to execute it"}};
+  const std::string file = File("rocommunity  reader\n");
+  for (const auto& [mode, reason] : expected) {
+    ::chmod(file.c_str(), mode);
+    const std::vector<Finding> findings = CheckFile(file, {}).findings;
+    ASSERT_EQ(findings.size(), 1u) << reason;
+    EXPECT_EQ(findings[0].reason, reason);
+  }
+}
+
+TEST_F(ACheckedFile, IsNotFoundWhenAtMostItsGroupMayRead) {
+  const std::string file = File("rocommunity  reader\n");
+  for (const mode_t mode : {0640U, 0600U, 0400U, 0440U}) {
+    ::chmod(file.c_str(), mode);
+    EXPECT_TRUE(CheckFile(file, {}).findings.empty()) << std::oct << mode;
+  }
+}
+
 }  // namespace
 }  // namespace devhost

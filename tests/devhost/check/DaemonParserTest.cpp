@@ -18,7 +18,7 @@ using testsupport::ScratchFolder;
 // The findings, as "LINE: REASON".
 std::vector<std::string> Said(const std::string& path, const std::string& text, bool showSecrets = false) {
   Report report("snmpd.conf", showSecrets);
-  AskDaemon(path, "snmpd.conf", text, report);
+  EXPECT_EQ(AskDaemon(path, text, report), "");
   std::vector<std::string> said;
   for (const Finding& finding : report.Take()) {
     EXPECT_EQ(finding.rule, kDaemonRule);

@@ -68,18 +68,18 @@ TEST(TheExamples, AreOneAndANearMissForEachRule) {
 }
 
 // The table of docs/check-rules.md: a line for each rule, "| `name` | error | ...".
-TEST(ThePageOfRules, TellsOfEachRuleAndNoOther) {
+TEST(ThePageOfRules, DescribesEachRuleAndNoOther) {
   std::istringstream page(testsupport::ScratchFolder::ReadFile(SOURCE_FOLDER "/docs/check-rules.md"));
-  std::vector<std::string> told;
+  std::vector<std::string> named;
   for (std::string line; std::getline(page, line);) {
     if (line.rfind("| `", 0) == 0) {
-      told.push_back(line.substr(3, line.find('`', 3) - 3));
+      named.push_back(line.substr(3, line.find('`', 3) - 3));
     }
   }
-  EXPECT_EQ(told, RuleNames());
+  EXPECT_EQ(named, RuleNames());
 }
 
-TEST(ThePageOfRules, TellsTheSeverities) {
+TEST(ThePageOfRules, NamesTheSeverities) {
   const std::string page = testsupport::ScratchFolder::ReadFile(SOURCE_FOLDER "/docs/check-rules.md");
   for (const Rule& rule : Rules()) {
     const std::string start = std::string("| `") + rule.name + "` | " +
@@ -89,87 +89,6 @@ TEST(ThePageOfRules, TellsTheSeverities) {
                               " |";
     EXPECT_NE(page.find(start), std::string::npos) << start;
   }
-}
-
-TEST(AFileWiderThanItsGroupMayRead, IsFound) {
-  for (const unsigned mode : {0644U, 0660U, 0666U, 0604U, 0641U, 0750U}) {
-    Report report("snmpd.conf", false);
-    report.Begin(kFileModeRule, Severity::Warning);
-    JudgeFileMode(mode, report);
-    EXPECT_EQ(report.Take().size(), 1u) << std::oct << mode;
-  }
-}
-
-TEST(AFileWiderThanItsGroupMayRead, IsToldOfByWhatOthersMayDo) {
-  const std::pair<unsigned, std::string> expected[] = {
-      {0644U, "the file's mode is 0644: others than its owner and group may read the communities"},
-      {0660U, "the file's mode is 0660: others than its owner may change it"},
-      {0602U, "the file's mode is 0602: others than its owner may change it"},
-      {0750U, "the file's mode is 0750: nobody needs to execute it"}};
-  for (const auto& [mode, reason] : expected) {
-    Report report("snmpd.conf", false);
-    report.Begin(kFileModeRule, Severity::Warning);
-    JudgeFileMode(mode, report);
-    EXPECT_EQ(report.Take().at(0).reason, reason);
-  }
-}
-
-TEST(AFileThatItsGroupMayRead, IsNotFound) {
-  for (const unsigned mode : {0640U, 0600U, 0400U, 0440U, 0100640U}) {
-    Report report("snmpd.conf", false);
-    report.Begin(kFileModeRule, Severity::Warning);
-    JudgeFileMode(mode, report);
-    EXPECT_TRUE(report.Take().empty()) << std::oct << mode;
-  }
-}
-
-TEST(Communities, AreMaskedUnlessAskedFor) {
-  const std::string text = "rocommunity  it's-secret\n";
-  ASSERT_EQ(Judged(text).size(), 1u);
-  EXPECT_EQ(Judged(text)[0].reason, "a quote or a backslash in the community: the daemon answers to ***** instead of *****");
-  EXPECT_EQ(Judged(text, "snmpd.conf", true)[0].reason,
-            "a quote or a backslash in the community: the daemon answers to \"it\" instead of \"it's-secret\"");
-}
-
-TEST(AFileOfNothingButMistakes, IsToldInBoundedSpace) {
-  std::string text = "rocommunity  reader\n";
-  for (int count = 0; count != 3000; ++count) {
-    text += "trap2sink  host" + std::to_string(count) + "  162\n";
-  }
-  const std::vector<Finding> findings = Judged(text);
-  ASSERT_EQ(findings.size(), Report::kMostOfOneRule + 1);
-  EXPECT_EQ(findings.back().rule, "trap-port-as-community");
-  EXPECT_EQ(findings.back().reason, "2000 more findings of this rule are not listed");
-}
-
-TEST(ALineBelowASection, ThatTheSectionDoesNotHoldWillWin) {
-  const std::string section = "# Halvoren Section Start\nrocommunity  reader\nsysName  box\n# Halvoren Section End\n\n";
-  EXPECT_EQ(LinesFound("will-override-section", section + "sysContact  Bob\nsysName  other\n"), std::vector<std::size_t>{6});
-  EXPECT_EQ(LinesFound("overrides-section", section + "sysContact  Bob\nsysName  other\n"), std::vector<std::size_t>{7});
-}
-
-TEST(ALineBelowASection, ThatSaysTheSameInOtherWordsIsNotFound) {
-  const std::string text =
-      "# Halvoren Section Start\nrocommunity  reader\nmaster  agentx\nsysObjectID  1.3.6.1.4.1.32473\n"
-      "# Halvoren Section End\n\nmaster  yes\nmaster  on\nmaster  all\nsysObjectID  .1.3.6.1.4.1.32473\n";
-  EXPECT_TRUE(Judged(text).empty());
-  EXPECT_EQ(LinesFound("overrides-section", text + "master  no\n"), std::vector<std::size_t>{11});
-}
-
-TEST(ALineBelowASection, OverridesTheAgentXTimeout) {
-  const std::string section = "# Halvoren Section Start\nrocommunity  reader\nagentXTimeout  6\n# Halvoren Section End\n\n";
-  EXPECT_EQ(LinesFound("overrides-section", section + "agentXTimeout  9\n"), std::vector<std::size_t>{6});
-  EXPECT_TRUE(LinesFound("overrides-section", section + "agentXTimeout  6\nagentXTimeout  x\n").empty());
-}
-
-TEST(ATrapPortWithoutCommunity, IsFoundWhateverNumberItIs) {
-  const std::string text = "rocommunity  reader\ntrap2sink  192.0.2.5  70000\n";
-  EXPECT_EQ(LinesFound("trap-port-as-community", text), std::vector<std::size_t>{2});
-}
-
-TEST(AnEmptyText, LetsNobodyIn) {
-  ASSERT_EQ(Judged("").size(), 1u);
-  EXPECT_EQ(Judged("")[0].rule, "no-access");
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ TEST_F(CheckCommand, PrintsFindingsAndCountsThem) {
   EXPECT_EQ(outcome.status, ExitStatus::Failed);
   EXPECT_EQ(outcome.out, file +
                              ":1: error: a quote or a backslash in the community: the daemon answers to ***** instead of "
-                             "***** [community-misread]\n    take a community without \", ' and \\\n" +
+                             "***** [community-misread]\n    choose a community without \", ' and \\\n" +
                              file + ": 1 error, 0 warnings\n");
 }
 
@@ -42,7 +42,7 @@ TEST_F(CheckCommand, WritesJsonLinesAndNothingElse) {
       Run({"check", "--json", file}).out,
       "{\"file\":\"" + file +
           "\",\"line\":1,\"severity\":\"error\",\"rule\":\"community-misread\",\"reason\":\"a quote or a backslash in "
-          "the community: the daemon answers to ***** instead of *****\",\"remedy\":\"take a community without \\\", ' "
+          "the community: the daemon answers to ***** instead of *****\",\"remedy\":\"choose a community without \\\", ' "
           "and \\\\\"}\n");
   EXPECT_EQ(Run({"check", "--json", File("snmpd.conf", "rocommunity  reader\n")}).out, "");
 }
