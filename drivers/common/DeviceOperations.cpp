@@ -3,19 +3,9 @@
 namespace drivers {
 
 const char* NameOf(DeviceOperation operation) {
-  switch (operation) {
-    case DeviceOperation::CopyFrom:
-      return "CopyFrom";
-    case DeviceOperation::CopyTo:
-      return "CopyTo";
-    case DeviceOperation::RebootController:
-      return "RebootController";
-    case DeviceOperation::StopMasterAgent:
-      return "StopMasterAgent";
-    case DeviceOperation::StartMasterAgent:
-      return "StartMasterAgent";
-  }
-  return "";
+  static constexpr std::array<const char*, kDeviceOperations.size()> kNames = {"CopyFrom", "CopyTo", "RebootController",
+                                                                               "StopMasterAgent", "StartMasterAgent"};
+  return kNames[static_cast<std::size_t>(operation)];
 }
 
 std::optional<DeviceOperation> OperationNamed(const std::string& name) {

@@ -1,7 +1,10 @@
 #include "drivers/common/SnmpDeviceDriver.h"
 
 #include <exception>
+#include <filesystem>
+#include <system_error>
 
+#include "drivers/common/FileStatus.h"
 #include "host/IInstanceManager.h"
 #include "host/LogXMessage.h"
 
@@ -127,6 +130,25 @@ bool SnmpDeviceDriver::IsSNMPVersionValid(const std::string& version) {
 
 void SnmpDeviceDriver::Log(const std::string& line) const {
   LogXMessage(kOperatorLevel, "SNMP device %lu: %s", m_driverId, line.c_str());
+}
+
+int SnmpDeviceDriver::Report(const std::string& action, int status) const {
+  if (status != 0) {
+    Log("cannot " + action + ": " + DescribeStatus(status) + " (status " + std::to_string(status) + ")");
+  }
+  return status;
+}
+
+std::string SnmpDeviceDriver::DescribeStatus(int status) const {
+  return DescribeFileStatus(status);
+}
+
+void SnmpDeviceDriver::ReportMissingFolder(const std::string& folder) const {
+  std::error_code error;
+  if (!std::filesystem::is_directory(folder, error)) {
+    Log("the folder " + folder + " is missing" + (error ? " (" + error.message() + ")" : std::string()) +
+        "; make it, the device does not");
+  }
 }
 
 void SnmpDeviceDriver::Leave() noexcept {

@@ -58,6 +58,12 @@ class SnmpDeviceDriver : public H7BaseDriver, public IDriver, public SettingsHol
 
   // One line to the host's log at the level for operators, with the device's id in front.
   void Log(const std::string& line) const;
+  // Logs "cannot ACTION: why (status N)" unless `status` is 0. Returns `status`.
+  int Report(const std::string& action, int status) const;
+  // The status in words. For drivers that have statuses besides those of drivers/common/FileStatus.h.
+  virtual std::string DescribeStatus(int status) const;
+  // Logs that the folder is missing, if it is. It is never made here.
+  void ReportMissingFolder(const std::string& folder) const;
 
   // Takes the device away from host and agent; done again, it does nothing. A driver whose hooks need its own members calls
   // it first in its destructor, the base's destructor otherwise.

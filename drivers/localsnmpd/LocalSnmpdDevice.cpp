@@ -1,7 +1,5 @@
 #include "drivers/localsnmpd/LocalSnmpdDevice.h"
 
-#include <filesystem>
-#include <system_error>
 #include <thread>
 
 #include "drivers/common/FileStatus.h"
@@ -55,11 +53,7 @@ std::string LocalSnmpdDevice::Prepare(const DeviceConfiguration& configuration, 
   if (daemon.port == 0) {
     return "no UDP port of 127.0.0.1 is free; give one with port";
   }
-  std::error_code error;
-  if (!std::filesystem::is_directory(configuration.folder, error)) {
-    Log("the folder " + configuration.folder + " is missing" + (error ? " (" + error.message() + ")" : std::string()) +
-        "; make it, the device does not");
-  }
+  ReportMissingFolder(configuration.folder);
   m_rebootPause = daemon.rebootPause;
   m_daemon.emplace(Daemon::Options{configuration.folder, daemon.program, daemon.port, daemon.startDeadline},
                    [this](const std::string& line) { Log(line); });
@@ -169,16 +163,16 @@ int LocalSnmpdDevice::StartOnLine() {
 }
 
 int LocalSnmpdDevice::StartDaemon() {
-  return m_state.online ? StartOnLine() : RefuseOffLine("start the daemon");
+  return m_state.online ? StartOnLine() : Report("start the daemon", kControllerOffLine);
 }
 
 int LocalSnmpdDevice::StopDaemon() {
-  return m_state.online ? m_daemon->Stop() : RefuseOffLine("stop the daemon");
+  return m_state.online ? m_daemon->Stop() : Report("stop the daemon", kControllerOffLine);
 }
 
 int LocalSnmpdDevice::Reboot() {
   if (!m_state.online) {
-    return RefuseOffLine("reboot the controller");
+    return Report("reboot the controller", kControllerOffLine);
   }
   const bool wasRunning = m_daemon->IsRunning();
   const int stopped = m_daemon->Stop();
@@ -226,18 +220,12 @@ std::string LocalSnmpdDevice::ComeOnLine() {
   return std::string();
 }
 
-int LocalSnmpdDevice::RefuseOffLine(const char* action) const {
-  Log(std::string("cannot ") + action + ": " + DescribeDaemonStatus(kControllerOffLine) + " (status " +
-      std::to_string(kControllerOffLine) + ")");
-  return kControllerOffLine;
+int LocalSnmpdDevice::ReportFile(const std::string& action, int status) const {
+  return Report(action + " " + m_file->GetPath(), status);
 }
 
-int LocalSnmpdDevice::ReportFile(const char* action, int status) const {
-  if (status != 0) {
-    Log(std::string("cannot ") + action + " " + m_file->GetPath() + ": " + DescribeDaemonStatus(status) + " (status " +
-        std::to_string(status) + ")");
-  }
-  return status;
+std::string LocalSnmpdDevice::DescribeStatus(int status) const {
+  return DescribeDaemonStatus(status);
 }
 
 void LocalSnmpdDevice::RegisterCommands() {

@@ -44,6 +44,7 @@ class LocalSnmpdDevice final : public SnmpDeviceDriver {
   int StopDaemon() override;
   int StartDaemon() override;
   void SettingsChanged() override;
+  std::string DescribeStatus(int status) const override;
 
   void TakeStateBack();
   int ReadOffLine(std::string& config);
@@ -51,8 +52,7 @@ class LocalSnmpdDevice final : public SnmpDeviceDriver {
   int StartOnLine();
   int ApplyToDaemon(const std::string& config);
   std::string ComeOnLine();
-  int RefuseOffLine(const char* action) const;
-  int ReportFile(const char* action, int status) const;
+  int ReportFile(const std::string& action, int status) const;
   Reply OnSetOnline(const ICmdMessage& message);
   Reply OnGetDaemon(const ICmdMessage& message);
 

@@ -30,8 +30,6 @@ class SimulatedDevice final : public SnmpDeviceDriver {
   int StopDaemon() override { return 0; }
   int StartDaemon() override { return 0; }
 
-  int Report(const char* action, int status) const;
-
   std::optional<ConfigFile> m_file;
 };
 
