@@ -14,20 +14,20 @@ class AgentLink {
   // The manager is the device driver's own and outlives this object.
   explicit AgentLink(IInstanceManager& instanceManager);
 
-  // Announces the device. False when there is no agent. Announcing again is allowed; the agent keeps the first record.
+  // Announces the device. Returns false when there is no agent. May be called again; the agent keeps the first record.
   bool Announce(unsigned long deviceId, ISupportSNMP& device);
 
-  // Tells the agent, when there is one, that the device is gone, announced or not.
+  // Tells the agent, if there is one, that the device is gone, whether it was announced or not.
   void Withdraw(unsigned long deviceId);
 
-  // The device is announced to the agent that is there now.
+  // Whether the device is announced to the agent that is there now.
   bool IsAnnounced() const;
 
  private:
   ISNMPConfigurationAgent* FindAgent() const;
 
   IInstanceManager& m_instanceManager;
-  // Which agent the device was announced to. Only ever compared: it may be gone.
+  // The agent that the device was announced to. Only compared: it may be gone.
   const void* m_announcedTo;
 };
 

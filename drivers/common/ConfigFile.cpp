@@ -31,7 +31,7 @@ class Descriptor {
 
   bool IsOpen() const { return m_descriptor >= 0; }
   int Get() const { return m_descriptor; }
-  // Closes now. The descriptor is gone whatever comes back; an interrupted close has closed.
+  // Closes now. The descriptor is gone whatever is returned; an interrupted close has closed.
   int Close() {
     const int result = m_calls.Close(std::exchange(m_descriptor, -1));
     return result != 0 && errno != EINTR ? FileStatusOfErrno(errno) : 0;
@@ -46,7 +46,7 @@ int LastStatus() {
   return FileStatusOfErrno(errno);
 }
 
-// An open that follows no link says ELOOP where it meets one, and ENXIO where it meets a socket.
+// An open that follows no link fails with ELOOP at a link and with ENXIO at a socket.
 int StatusOfFailedOpen() {
   return errno == ELOOP ? kFileIsSymbolicLink : errno == ENXIO ? kFileIsNotRegular : LastStatus();
 }
@@ -183,7 +183,7 @@ int ConfigFile::CompareFormer(int folder, const Former& former, const std::strin
   }
   std::string text;
   const int status = ReadOpened(file.Get(), text);
-  // A host that ended right behind the rename does not know that the new text is in place.
+  // A host that ended right after the rename does not know that the new text is in place.
   return status != 0 ? status : text == expected || text == wanted ? 0 : kFileWasChanged;
 }
 
@@ -193,7 +193,7 @@ int ConfigFile::WriteTemporary(int folder, const std::string& text, const Former
     return LastStatus();
   }
   const int status = FillTemporary(file.Get(), text, former);
-  // Some file systems tell of a full disk only now.
+  // Some file systems report a full disk only now.
   const int closed = file.Close();
   return status != 0 ? status : closed;
 }

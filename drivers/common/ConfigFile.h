@@ -14,11 +14,11 @@ namespace drivers {
 //
 // Nobody ever sees half a file: the new text is written to a temporary file beside it, made durable, and renamed over it. A
 // process that dies in between leaves the old or the new file, and at most the temporary one, which the next write removes.
-// A symbolic link under the file's name is refused, so that nobody can point the agent at another file; links on the way to
-// the folder are followed. Reading can be told to follow it: that harms nobody.
+// A symbolic link under the file's name is refused, so that nobody can point the agent at another file; only reading
+// follows it, on request. Links on the way to the folder are followed.
 class ConfigFile {
  public:
-  // Far more than any snmpd.conf has, and little enough to be held in memory.
+  // Far more than any snmpd.conf holds, and little enough for the memory.
   static constexpr std::size_t kMaximumSize = std::size_t{256} * 1024 * 1024;
 
   // `folder` need not exist yet. `calls` is replaced in tests.
@@ -27,20 +27,21 @@ class ConfigFile {
   const std::string& GetFolder() const { return m_folder; }
   std::string GetPath() const;
 
-  // Replaces `text` by what the file holds. A file that does not exist reads as the empty text: a device that was never
-  // configured is no failure; a folder that does not exist is one. Nor is a file of more than kMaximumSize bytes read. On
-  // failure `text` is left alone. A link that leads nowhere is refused even where links are followed.
+  // Replaces `text` with the content of the file and returns 0, or a status, and leaves `text` as it is. A missing file
+  // reads as the empty text: the device was never configured. These fail: a missing folder, a file of more than kMaximumSize
+  // bytes, and a link that leads nowhere, even where links are followed.
   int Read(std::string& text, Links links = Links::Refuse) const;
 
-  // Installs `text`. The new file gets mode, owner and group of the old one, or mode 0600 when there is none; where they
-  // cannot be kept nothing is replaced. On failure the old file is whole and no temporary file is left; only when the last
-  // step fails, making the rename durable, is the new text in place already.
+  // Installs `text` and returns 0, or a status. The new file gets mode, owner and group of the old one, or mode 0600 when
+  // there is none; where they cannot be kept nothing is replaced. On failure the old file is whole and no temporary file is
+  // left. Only when the last step fails, which makes the rename durable, is the new text in place already.
   //
-  // Writers keep each other out by a lock on the folder; the second one fails at once.
+  // Writers exclude each other by a lock on the folder; the second one fails at once.
   int Replace(const std::string& text) const;
 
-  // The same where the file still holds `expected`, a missing file the empty text, or `text` already; else kFileWasChanged.
-  // It is compared under the lock. Who takes no lock can still slip in between the comparison and the renaming.
+  // The same, but only where the file still holds `expected` (a missing file holds the empty text) or holds `text` already;
+  // else kFileWasChanged. The comparison is made under the lock. A writer that takes no lock can still slip in between the
+  // comparison and the renaming.
   int ReplaceExpected(const std::string& expected, const std::string& text) const;
 
  private:

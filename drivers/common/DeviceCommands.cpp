@@ -134,11 +134,11 @@ DeviceCommands::Reply DeviceCommands::OnFailOperation(const ICmdMessage& message
   const std::string name = message.GetString("operation");
   const std::optional<DeviceOperation> operation = OperationNamed(name);
   if (!operation) {
-    return Answer("\"" + name + "\" is no operation; allowed are " + OperationNames());
+    return Answer("\"" + name + "\" is not an operation; allowed are " + OperationNames());
   }
   const std::optional<int> status = ReadNumber<int>(message.GetString("status"));
   if (!status) {
-    return Answer("the status \"" + message.GetString("status") + "\" is no whole number from " +
+    return Answer("the status \"" + message.GetString("status") + "\" is not a whole number from " +
                   RangeFrom(std::numeric_limits<int>::min()) + "; 0 ends the failing");
   }
   std::optional<unsigned long> times;

@@ -13,20 +13,21 @@
 
 namespace drivers {
 
-// The commands by which scripts play the outside world to a device: the person at its front panel, the failing network.
+// The commands with which scripts act as the world around a device: the person at its front panel, the failing network.
 //
 //   Announce, Withdraw                        to and from the agent
 //   SetSetting name value, EraseSetting name  by the names of drivers/common/SettingNames.h
 //   AddTrapTarget target community port, ClearTrapTargets
-//   FailOperation operation status [times]    status 0 ends it; without times until told otherwise
+//   FailOperation operation status [times]    status 0 ends it; without times, until the next one
 //   GetSettings, GetFilePath, GetCounts
 //
-// The reply is <Success/>, the element asked for, or <Fail>what is wrong and what is allowed</Fail> with nothing changed.
+// The reply is <Success/>, the requested element, or <Fail>what is wrong and what is allowed</Fail>; a command that fails
+// changes nothing.
 class DeviceCommands {
  public:
   // What a command can ask of the driver besides settings and operations.
   struct Driver {
-    std::function<std::string()> announce;  // what is in the way, empty when it was done
+    std::function<std::string()> announce;  // returns why it is impossible, or nothing when it was done
     std::function<void()> withdraw;
     std::function<std::string()> filePath;
     std::function<void()> settingsChanged = [] {};  // a command has changed a setting, perhaps to what it was
@@ -35,6 +36,7 @@ class DeviceCommands {
   // All that is passed in outlives this object; the dispatcher drops the handlers before.
   DeviceCommands(SnmpSettings& settings, DeviceOperations& operations, Driver driver);
 
+  // Binds all commands above.
   void Register(UICmdDispatcher& dispatcher);
 
  private:
@@ -42,7 +44,7 @@ class DeviceCommands {
 
   void Bind(UICmdDispatcher& dispatcher, const char* name, Reply (DeviceCommands::*handler)(const ICmdMessage&));
 
-  // Answers a command that sets something, and tells the driver when it was done.
+  // Answers a command that sets something, and notifies the driver if it was done.
   Reply AnswerChange(const std::string& wrong);
 
   Reply OnAnnounce(const ICmdMessage& message);

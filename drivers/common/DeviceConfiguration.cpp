@@ -26,11 +26,11 @@ std::string ReadAttributes(const H7XML::INode& config, DeviceConfiguration& resu
   return std::string();
 }
 
-// What would be read by nobody is likely a mistake.
+// Text that nobody reads is likely a mistake.
 std::string RefuseContent(const H7XML::INode& element, const std::string& name) {
   const std::string text = element.GetValue();
   if (text.find_first_not_of(" \t\r\n") != std::string::npos) {
-    return "the element " + name + " holds the text \"" + text.substr(0, 60) + "\"; values stand in attributes";
+    return "the element " + name + " holds the text \"" + text.substr(0, 60) + "\"; put values into attributes";
   }
   return std::string();
 }
@@ -42,7 +42,7 @@ std::string ReadSetting(const H7XML::INode& element, std::set<std::string>& seen
     return "in a setting element, " + wrong;
   }
   if (!seen.insert(name).second) {
-    return "the setting " + name + " stands twice; once is allowed";
+    return "the setting " + name + " is given twice; once is allowed";
   }
   return std::string();
 }

@@ -15,7 +15,7 @@ namespace drivers {
 //     <trapTarget target="10.0.0.5" community="public" port="162"/>
 //   </config>
 //
-// `folder` is required, absolute and holds the device's snmpd.conf. Each setting stands once at most, by the names of
+// `folder` is required, absolute and holds the device's snmpd.conf. Each setting is given at most once, by the names of
 // drivers/common/SettingNames.h; an empty value is "never held anything", not "erased". A trap target needs its target.
 struct DeviceConfiguration {
   std::string folder;
@@ -24,8 +24,8 @@ struct DeviceConfiguration {
   SnmpSettings settings;
 };
 
-// Reads `config` into `result`. What is wrong and what is allowed, in one line; empty when all is well. `result` is of no
-// use then. Attributes that a device does not know cannot be seen; elements that it does not know are wrong.
+// Reads `config` into `result`. Returns what is wrong and what is allowed, in one line, or nothing when it is valid; an
+// invalid one leaves `result` unusable. Unknown elements are wrong; unknown attributes cannot be seen.
 std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result);
 
 }  // namespace drivers

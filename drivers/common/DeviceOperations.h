@@ -15,21 +15,23 @@ inline constexpr std::array<DeviceOperation, 5> kDeviceOperations = {
     DeviceOperation::CopyFrom, DeviceOperation::CopyTo, DeviceOperation::RebootController, DeviceOperation::StopMasterAgent,
     DeviceOperation::StartMasterAgent};
 
-// The operation's name, as in `ISupportSNMP`; and back, empty for no such operation.
+// The operation's name, as in `ISupportSNMP`.
 const char* NameOf(DeviceOperation operation);
+// The operation of that name, or nothing.
 std::optional<DeviceOperation> OperationNamed(const std::string& name);
 
-// Counts a device's operations and lets them fail on demand.
+// Counts a device's operations and makes them fail on demand.
 class DeviceOperations {
  public:
-  // Called first in an operation. Counts it, failing or not; 0 when the operation is to be done, else the status that it is
-  // to answer without doing anything.
+  // Called first in an operation. Counts it, failing or not. Returns 0 when the operation shall go on, else the status that
+  // it shall return without doing anything.
   int Begin(DeviceOperation operation);
 
-  // From now on the operation fails with `status`: `times` times, or without `times` until told otherwise. Replaces what was
-  // told before; status 0 ends it.
+  // From now on the operation fails with `status`: `times` times, or until the next call. Replaces what an earlier call
+  // asked for; status 0 ends it.
   void Fail(DeviceOperation operation, int status, std::optional<unsigned long> times);
 
+  // How often the operation was called.
   unsigned long Count(DeviceOperation operation) const;
 
  private:

@@ -8,12 +8,12 @@
 
 namespace drivers {
 
-// What becomes of a symbolic link under a file's name.
+// How a symbolic link under a file's name is treated.
 enum class Links { Refuse, Follow };
 
-// The system calls behind `ConfigFile`, one each, so that a test can let any of them fail. Results and errno are those of
-// the system call. Names are relative to the descriptor of an opened folder and, but for reading on demand, never followed
-// when they are symbolic links.
+// The system calls that `ConfigFile` makes, one each, so that a test can make any of them fail. Results and errno are those
+// of the system call. Names are relative to the descriptor of an opened folder. Symbolic links are never followed, except
+// for reading with Links::Follow.
 class FileCalls {
  public:
   virtual ~FileCalls();
@@ -24,7 +24,8 @@ class FileCalls {
   virtual int CreateNew(int folder, const char* name, mode_t mode);
   virtual int Close(int descriptor);
 
-  // Takes the folder for this writer; at once, or EWOULDBLOCK. Given up with the last descriptor, also by a killed process.
+  // Takes the folder for this writer, or fails at once with EWOULDBLOCK. Released with the last descriptor, so a killed
+  // process releases it, too.
   virtual int LockFolder(int folder);
   virtual int Stat(int folder, const char* name, struct stat& result);
   virtual int StatOpened(int descriptor, struct stat& result);

@@ -6,15 +6,15 @@
 // The statuses with which a device answers when its file cannot be read or replaced. 0 is success.
 //
 //   -1            the file is a symbolic link, dangling or not: refused
-//   -2            the file is something else than a regular file: refused
+//   -2            the file is not a regular file: refused
 //   -3            a folder has the name of the temporary file, .snmpd.conf.new: it stays, nothing is written
 //   -4            somebody changed the file since it was copied out: it stays
 //   -100 - errno  the system's own reason, each its own status. On Linux, for example:
-//                 -102 no such folder   -105 input/output error      -113 permission denied   -120 no folder
+//                 -102 no such folder   -105 input/output error      -113 permission denied   -120 not a folder
 //                 -101 not permitted    -111 another writer at work  -127 file too large      -128 no space left
 //                 -130 read-only file system                         -222 quota exceeded
 //
-// No status is ever -9: the agent takes that one for "accepted for later", and nothing here is.
+// No status is ever -9: to the agent it means "accepted for later", and nothing here is.
 namespace drivers {
 
 inline constexpr int kFileIsSymbolicLink = -1;
@@ -22,7 +22,7 @@ inline constexpr int kFileIsNotRegular = -2;
 inline constexpr int kFolderInTheWay = -3;
 inline constexpr int kFileWasChanged = -4;
 
-// The status of a system error number; `error` is not 0.
+// The status for a system error number, which is not 0.
 int FileStatusOfErrno(int error);
 
 // The status in words, for the log.

@@ -71,14 +71,14 @@ bool ReadSwitch(const std::string& text, bool& value) {
 std::string SetSettingByName(SnmpSettings& settings, const std::string& name, const std::string& value) {
   const Row* const row = FindRow(name);
   if (row == nullptr || !CanBeSet(*row)) {
-    return "\"" + name + "\" is no setting with a value; allowed are " + Names(CanBeSet);
+    return "\"" + name + "\" is not a setting with a value; allowed are " + Names(CanBeSet);
   }
   if (row->text != nullptr) {
     (settings.*row->text).Set(value);
     return std::string();
   }
   if (!ReadSwitch(value, settings.*row->toggle)) {
-    return "\"" + value + "\" is no value of the switch " + name + "; allowed are true and false";
+    return "\"" + value + "\" is not a value of the switch " + name + "; allowed are true and false";
   }
   return std::string();
 }
@@ -86,7 +86,7 @@ std::string SetSettingByName(SnmpSettings& settings, const std::string& name, co
 std::string EraseSettingByName(SnmpSettings& settings, const std::string& name) {
   const Row* const row = FindRow(name);
   if (row == nullptr || !CanBeErased(*row)) {
-    return "\"" + name + "\" is no setting that can be erased; allowed are " + Names(CanBeErased);
+    return "\"" + name + "\" is not a setting that can be erased; allowed are " + Names(CanBeErased);
   }
   if (row->text != nullptr) {
     (settings.*row->text).Erase();

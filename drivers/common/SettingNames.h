@@ -13,13 +13,13 @@
 //   the list, with an erased flag       trapTargets
 namespace drivers {
 
-// Reads a switch: true and false, or 1 and 0. False when `text` is neither; `value` is then left alone.
+// Reads a switch: true and false, or 1 and 0. Returns false when `text` is neither; `value` is then unchanged.
 bool ReadSwitch(const std::string& text, bool& value);
 
-// Sets a text or a switch. What is wrong and what is allowed, in one line, and nothing changed; empty when it was set.
+// Sets a text or a switch. Returns what is wrong and what is allowed, in one line, and changes nothing; or nothing.
 std::string SetSettingByName(SnmpSettings& settings, const std::string& name, const std::string& value);
 
-// Empties a text or the list and sets its erased flag. The result is as above.
+// Empties a text or the list and sets its erased flag. Returns the same.
 std::string EraseSettingByName(SnmpSettings& settings, const std::string& name);
 
 // One setting as text. `erased` is null where the setting has no such flag. The value of trapTargets is their number.

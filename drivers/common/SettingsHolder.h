@@ -10,8 +10,8 @@
 
 namespace drivers {
 
-// The settings half of an SNMP-capable device: the first 32 operations of `ISupportSNMP` over one `SnmpSettings`, which
-// lives as long as this object. It needs no host.
+// The settings of an SNMP-capable device: the first 32 operations of `ISupportSNMP`, on one `SnmpSettings`. It needs no
+// host.
 class SettingsHolder : public ISupportSNMP {
  public:
   bool GetIsManagedDevice() final { return m_settings.managed; }
@@ -48,7 +48,7 @@ class SettingsHolder : public ISupportSNMP {
 
   std::vector<TrapTarget> GetTrapTargetsSetting() final { return m_settings.trapTargets.Get(); }
   void SetTrapTargetsSetting(std::vector<TrapTarget> targets) final { Note(m_settings.trapTargets.Set(std::move(targets))); }
-  // Clearing what is empty already changes nothing: the tool's every request begins with it.
+  // Clearing an empty list changes nothing: every request of the tool begins with it.
   void ClearTrapTargetSetting() final { Note(m_settings.trapTargets.Set({})); }
   void AddTrapTargetSetting(std::string target, std::string community, std::string port) final {
     m_settings.trapTargets.Add(TrapTarget(target, community, port));

@@ -14,7 +14,7 @@ namespace {
 
 const unsigned int kOperatorLevel = 3;
 
-// Does a step of leaving. What goes wrong there must neither end the process nor keep the next step from being done.
+// Does one step of leaving. A failure must neither end the process nor prevent the next step.
 template <class Step>
 void ReportFailure(unsigned long driverId, const char* what, Step step) noexcept {
   try {
@@ -48,7 +48,7 @@ int SnmpDeviceDriver::Initialize(unsigned long driverId, H7XML::INode& config, H
     m_driverId = driverId;
     const std::string wrong = Configure(config);
     if (!wrong.empty()) {
-      Log("wrong configuration: " + wrong);
+      Log("invalid configuration: " + wrong);
       return 1;
     }
     // Last, since whoever finds the device may call it at once.
@@ -90,7 +90,7 @@ void SnmpDeviceDriver::AgentAvailable() {
 
 std::string SnmpDeviceDriver::Announce() {
   if (!m_published) {
-    return "the device has no right configuration; see the log";
+    return "the configuration of the device is invalid; see the log";
   }
   return m_agent.Announce(m_driverId, *this) ? "" : "no agent is present";
 }

@@ -14,44 +14,44 @@
 namespace drivers {
 
 // What every driver of an SNMP-capable device shares: its life in the host, its settings, its announcement to the agent, its
-// device commands. A driver derives from this class and says what its file and its controller are.
+// device commands. A driver derives from this class and provides the file and the controller.
 //
 // The device is announced when the agent says that it is there, and in `Initialize` when it is there already; it withdraws
-// when it is destroyed. A device with a wrong configuration logs one line, fails its `Initialize` and stays unknown to all.
+// when it is destroyed. A device with an invalid configuration logs one line, fails its `Initialize` and is not published.
 class SnmpDeviceDriver : public H7BaseDriver, public IDriver, public SettingsHolder {
  public:
   ~SnmpDeviceDriver() override;
 
-  // 0; 1 when the configuration is wrong or the host refuses the device. Once that was right it is kept, with the settings,
-  // for the life of the driver: a later call only announces the device where that is due.
+  // Returns 0, or 1 when the configuration is invalid or the host refuses the device. A valid configuration is kept, with
+  // the settings, for the life of the driver: a later call only announces the device if it is not announced yet.
   int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override;
   h7::auto_com<H7XML::INode> GetPersistState(unsigned long reserved) override;
   void RegisterCommands() override;
 
   void AgentAvailable() final;
-  // Counted and made to fail on demand here, done by the hooks below. The agent's working path names no file of the device.
+  // These count the operations and make them fail on demand; the hooks below do them. The agent's working path is ignored.
   int CopyFrom(const std::string& path, std::string& config) final;
   int CopyTo(const std::string& path, const std::string& config) final;
   int RebootController() final;
   int StopMasterAgent() final;
   int StartMasterAgent() final;
   std::string GetSNMPVersion() final;
-  // The configured verdict on the configured version; no other version is valid.
+  // The configured answer for the configured version; no other version is valid.
   bool IsSNMPVersionValid(const std::string& version) final;
 
  protected:
   explicit SnmpDeviceDriver(IInstanceManager& instanceManager);
 
-  // Called once, when `configuration` has been read and its settings are in place: the time to keep what the driver needs of
-  // it, and of attributes of its own in `config`, and to put settings of an earlier life back. What is wrong and what is
-  // allowed, in one line; empty when all is well.
+  // Called once, when `configuration` has been read and its settings are in place. The driver keeps what it needs of it and
+  // of its own attributes in `config`, and restores saved settings. Returns what is wrong and what is allowed, in one line,
+  // or nothing.
   virtual std::string Prepare(const DeviceConfiguration& configuration, const H7XML::INode& config) = 0;
   // The absolute path of the device's snmpd.conf; empty before Prepare.
   virtual std::string FilePath() const = 0;
-  // As `CopyFrom` and `CopyTo`. Called after Prepare only.
+  // Do the work of `CopyFrom` and `CopyTo`. Called only after Prepare.
   virtual int ReadFile(std::string& config) = 0;
   virtual int WriteFile(const std::string& config) = 0;
-  // As the operations of the controller.
+  // Do the work of the three operations of the controller. Called only after Prepare.
   virtual int Reboot() = 0;
   virtual int StopDaemon() = 0;
   virtual int StartDaemon() = 0;
@@ -65,8 +65,8 @@ class SnmpDeviceDriver : public H7BaseDriver, public IDriver, public SettingsHol
   // Logs that the folder is missing, if it is. It is never made here.
   void ReportMissingFolder(const std::string& folder) const;
 
-  // Takes the device away from host and agent; done again, it does nothing. A driver whose hooks need its own members calls
-  // it first in its destructor, the base's destructor otherwise.
+  // Withdraws the device from host and agent; a second call does nothing. A driver whose hooks need its own members calls it
+  // first in its destructor; otherwise the base's destructor does.
   void Leave() noexcept;
 
  private:

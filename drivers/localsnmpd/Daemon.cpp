@@ -99,7 +99,7 @@ int Daemon::Stop() {
 int Daemon::PrepareFiles(const std::string& config, std::string& program) {
   program = FindDaemonProgram(m_options.program);
   if (program.empty()) {
-    // Once in the life of a device: the operator knows, and the tool asks often.
+    // Logged once in the life of a device: the tool asks often.
     if (!m_saidNotInstalled) {
       m_saidNotInstalled = true;
       Fail(kDaemonNotInstalled,
@@ -119,7 +119,7 @@ int Daemon::PrepareFiles(const std::string& config, std::string& program) {
     return Fail(kServedCopyNotWritten, wrong);
   }
   for (const ServedConfig::Note& note : served.notes) {
-    // A line that only moves, with the section above it, is no news.
+    // A line that only moves with the section above it is not logged again.
     if (m_noted.insert(note.line + '\n' + note.what).second) {
       m_log("snmpd.conf:" + std::to_string(note.number) + ": " + note.what);
     }
@@ -140,7 +140,7 @@ DaemonProcess::Command Daemon::MakeCommand(const std::string& program) const {
 
 int Daemon::Launch(const std::string& program, const std::vector<std::string>& secrets) {
   if (!IsUdpPortFree(m_options.port)) {
-    return Fail(kPortTaken, "cannot start the daemon: somebody else has " + GetAddress());
+    return Fail(kPortTaken, "cannot start the daemon: another program has " + GetAddress());
   }
   int error = 0;
   m_process = DaemonProcess::Start(MakeCommand(program), error);
@@ -169,12 +169,12 @@ int Daemon::WaitUntilReady() {
   return StopFailed(kDaemonEndedAtStart);
 }
 
-// What has failed is no daemon that runs: it goes at once.
+// Stops a daemon that did not start as it should, and logs why.
 int Daemon::StopFailed(int status) {
   const std::string ended = m_process->WaitForEnd(milliseconds(0)) ? m_process->DescribeEnd() : std::string();
   m_process.reset();
   if (status == kPortTaken) {
-    return Fail(status, "the daemon was stopped: somebody else answers at " + GetAddress());
+    return Fail(status, "the daemon was stopped: another program answers at " + GetAddress());
   }
   if (status == kDaemonNotReady) {
     return Fail(status,

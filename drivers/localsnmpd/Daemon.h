@@ -25,22 +25,22 @@ class Daemon {
     std::string program;  // as configured, see FindDaemonProgram
     std::uint16_t port;
     std::chrono::milliseconds startDeadline;
-    std::chrono::milliseconds gentleStop{5000};  // the time to stop in before it is killed
+    std::chrono::milliseconds gentleStop{5000};  // how long it may take to stop before it is killed
   };
   // One line for the host's log.
   using Log = std::function<void(const std::string&)>;
 
   Daemon(const Options& options, Log log);
 
-  // Starts the daemon with this configuration and waits until it answers. A daemon that runs goes on as it is. Words of
-  // `secrets` are not logged.
+  // Starts the daemon with this configuration and waits until it answers. A daemon that runs already is left as it is. The
+  // log masks `secrets`. Returns 0 or a status, as do the two below.
   int Start(const std::string& config, const std::vector<std::string>& secrets);
-  // Stops it when it runs and starts it with another configuration. What can be found wrong before, is: it runs on then.
+  // Stops it if it runs and starts it with another configuration. Fails before it stops the daemon where it can.
   int Restart(const std::string& config, const std::vector<std::string>& secrets);
-  // Stops it when it runs, gently at first.
+  // Stops it if it runs: with SIGTERM, and SIGKILL if that does not help.
   int Stop();
 
-  // Whether it runs. One that has ended by itself since this, or any of the above, was last asked is logged.
+  // Whether it runs. Logs a daemon that has ended by itself since the last call of this or of any of the above.
   bool IsRunning();
   // Its process, 0 when it does not run.
   pid_t GetPid();
@@ -58,7 +58,7 @@ class Daemon {
   const Options m_options;
   const Log m_log;
   DaemonFolder m_folder;
-  std::set<std::string> m_noted;  // what was said of lines of the configuration: once is enough
+  std::set<std::string> m_noted;  // the notes about lines of the configuration that are in the log already
   bool m_saidNotInstalled = false;
   std::unique_ptr<DaemonProcess> m_process;
 };

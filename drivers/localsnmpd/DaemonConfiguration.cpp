@@ -19,7 +19,7 @@ struct Range {
   const char* unit;
 };
 
-// The attribute as a whole number. Nothing when it is missing; `wrong` is filled when it is no number of the range.
+// The attribute as a whole number, or nothing when it is missing. Fills `wrong` when it is not a number of the range.
 std::optional<int> ReadNumber(const H7XML::INode& config, const char* name, const Range& range, const char* others,
                               std::string& wrong) {
   const std::string text = config.GetNamedString(name);

@@ -18,7 +18,7 @@ namespace drivers {
 //     agentx            the socket for its subagents
 //     data/             what it keeps: its engine id, values that were set over SNMP
 //
-// The daemon gets all names relative to its working folder: the path of a socket may only be 107 bytes long.
+// The daemon gets all names relative to its working folder, because the path of a socket has at most 107 bytes.
 class DaemonFolder {
  public:
   static constexpr char kServedName[] = "snmpd.conf.served";
@@ -28,20 +28,21 @@ class DaemonFolder {
   // `folder` need not exist yet.
   explicit DaemonFolder(const std::string& folder);
 
-  // Makes what is missing of daemon/, with driver.conf and an empty log, and takes it for this object alone. What is wrong
-  // in one line; empty when all is there.
+  // Makes what is missing of daemon/, writes driver.conf and an empty log, and locks it for this object. Returns what is
+  // wrong, in one line, or nothing.
   std::string Prepare();
-  // Writes what the daemon is to read, mode 0600. The result is as above.
+  // Writes snmpd.conf.served, mode 0600. Returns the same.
   std::string WriteServed(const std::string& text) const;
-  // The daemon's log; empty when there is none.
+  // What the daemon has written to its log; empty when there is none.
   std::string ReadLog() const;
 
-  // Open from Prepare on.
+  // Open after Prepare.
   const devhost::FileDescriptor& GetFolder() const { return m_daemon; }
   const devhost::FileDescriptor& GetLog() const { return m_log; }
 
   // The absolute path of daemon/.
   std::string GetPath() const;
+  // Where the daemon looks for included files.
   IncludePaths GetIncludePaths() const;
 
  private:

@@ -13,11 +13,11 @@
 
 namespace drivers {
 
-// One process of a program, from its start until it is reaped. It never outlives this object, nor the host, however that
+// One process of a program, from its start until it is reaped. It never outlives this object or the host, however the host
 // ends.
 //
-// A thread of its own, the keeper, starts it and waits for it. The system kills a process that asked for that when the
-// thread that started it goes, so that thread may only go with the host; and a process that ends is reaped at once. The
+// A thread of its own, the keeper, starts it and waits for it, so that a process that ends is reaped at once. The keeper
+// must not end before the process: the process has asked the system to be killed when the thread that started it ends. The
 // keeper calls nothing of the host.
 class DaemonProcess {
  public:
@@ -29,19 +29,19 @@ class DaemonProcess {
     int output;                            // descriptor for standard output and error; borrowed
   };
 
-  // Starts the program. Null, and the system's reason in `error`, when it cannot be started.
+  // Starts the program. Returns null, and the system's error number in `error`, when it cannot be started.
   static std::unique_ptr<DaemonProcess> Start(const Command& command, int& error);
 
-  // Kills the process when it has not ended, and reaps it.
+  // Kills the process if it has not ended, and reaps it.
   ~DaemonProcess();
   DaemonProcess(const DaemonProcess&) = delete;
   DaemonProcess& operator=(const DaemonProcess&) = delete;
 
-  // Its id. It may belong to another process once this one has ended: signals go through Signal.
+  // Its id. It may belong to another process once this one has ended: use Signal to send signals.
   pid_t GetPid() const { return m_pid; }
-  // Does nothing to a process that has ended.
+  // Sends a signal, unless the process has ended.
   void Signal(int signal);
-  // Waits that long at most; true as soon as the process has ended.
+  // Waits at most that long. Returns true as soon as the process has ended.
   bool WaitForEnd(std::chrono::milliseconds wait);
   // How it ended, in words: "exit status 1", "killed by signal 9 (Killed)".
   std::string DescribeEnd();

@@ -17,11 +17,11 @@ std::string DescribeDaemonStatus(int status) {
     case kDaemonNotReady:
       return "the daemon did not answer in time";
     case kPortTaken:
-      return "somebody else has the daemon's port";
+      return "another program has the daemon's port";
     case kDaemonFolderUnusable:
       return "the daemon's folder cannot be used";
     case kServedCopyNotWritten:
-      return "what the daemon is to read cannot be written";
+      return "the copy that the daemon reads cannot be written";
     case kDaemonDoesNotEnd:
       return "the daemon does not end";
     case kControllerOffLine:

@@ -3,18 +3,18 @@
 
 #include <string>
 
-// The statuses with which a device with a daemon of its own answers, beside those of drivers/common/FileStatus.h. 0 is
-// success; -9 says that a text was accepted for later, and nothing else ever does.
+// The statuses of a device with a daemon of its own, besides those of drivers/common/FileStatus.h. 0 is success; -9, and no
+// other status, means that a text was accepted for later.
 //
 //   -9   the controller is off line: CopyFrom gave the last text that is known, CopyTo keeps the text for later
 //   -10  no daemon program is installed
 //   -11  the system does not start the program
 //   -12  the daemon ended while it started
 //   -13  the daemon did not answer in time, and was stopped
-//   -14  somebody else has the daemon's port
+//   -14  another program has the daemon's port
 //   -15  the folder daemon/ beside snmpd.conf cannot be used
-//   -16  snmpd.conf.served, what the daemon is to read, cannot be written
-//   -17  the daemon does not end, not even killed
+//   -16  snmpd.conf.served, the copy that the daemon reads, cannot be written
+//   -17  the daemon does not end, even when it is killed
 //   -20  the controller is off line: nothing was done
 //   -21  the controller is off line, and no text of its snmpd.conf is known
 namespace drivers {

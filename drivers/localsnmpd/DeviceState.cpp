@@ -59,7 +59,7 @@ bool Unescape(const std::string& escaped, std::string& text) {
   return true;
 }
 
-// A whole file keeps its lines, for people and programs that look at the state. The lines around it keep blanks at its ends.
+// A file keeps its lines, for people and programs that look at the state. The dashes keep the blanks at its ends.
 const char kFence[] = "-\n";
 const char kFenceBehind[] = "\n-";
 const std::size_t kFenceSize = 2;

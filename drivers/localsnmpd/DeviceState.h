@@ -16,7 +16,7 @@ struct PendingText {
   std::string base;  // what the file held, as far as was known, when the text was made from it
 };
 
-// What a device keeps from one life of the host to the next.
+// What a device saves from one life of the host to the next.
 struct DeviceState {
   SnmpSettings settings;
   bool online = true;                  // whether the controller can be reached
@@ -24,7 +24,7 @@ struct DeviceState {
   std::optional<PendingText> pending;  // only off line
 };
 
-// As an element:
+// Writes the state as an element:
 //
 //   <LocalSnmpd version="1" online="true">
 //     <setting name="sysName" value="kitchen" erased="false"/>   one for each setting, see drivers/common/SettingNames.h
@@ -36,8 +36,8 @@ struct DeviceState {
 // Bytes that XML cannot carry are escaped (%XX).
 h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state);
 
-// What is wrong in one line, and `state` is of no use; empty when all is well. Nothing that is unknown, missing or there
-// twice is passed over.
+// Reads `node` into `state`. Returns what is wrong, in one line, and leaves `state` unusable; or nothing. Everything that is
+// unknown, missing or given twice is wrong.
 std::string ReadDeviceState(const H7XML::INode& node, DeviceState& state);
 
 }  // namespace drivers

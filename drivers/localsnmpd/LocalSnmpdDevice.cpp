@@ -23,7 +23,7 @@ LocalSnmpdDevice::~LocalSnmpdDevice() {
       m_daemon->Stop();
     }
   } catch (...) {
-    // No memory for its messages: it is killed with its object.
+    // There is no memory for its messages: it is killed with its object.
     m_daemon.reset();
   }
 }
@@ -70,7 +70,7 @@ void LocalSnmpdDevice::TakeStateBack() {
   const std::string wrong = ReadDeviceState(*m_handedState, state);
   m_handedState.Reset();
   if (!wrong.empty()) {
-    Log("the state that was kept is not taken back: " + wrong + "; the settings are those of the project");
+    Log("the saved state cannot be used: " + wrong + "; the settings of the project are used");
     return;
   }
   Settings() = state.settings;
@@ -87,7 +87,7 @@ h7::auto_com<H7XML::INode> LocalSnmpdDevice::GetPersistState(unsigned long) {
 }
 
 void LocalSnmpdDevice::SettingsChanged() {
-  // Once is enough until the host has asked: a request of the tool sets a dozen settings.
+  // Once is enough until the host asks for the state: a request of the tool sets a dozen settings.
   if (m_file && !m_saidStateChanged) {
     DmInvalidateState();
     m_saidStateChanged = true;
@@ -103,7 +103,7 @@ int LocalSnmpdDevice::ReadFile(std::string& config) {
   if (!m_state.online) {
     return ReadOffLine(config);
   }
-  // A link is followed: reading harms nobody, and the tool shall see the settings. Writing refuses it.
+  // Reading through a link is harmless, and the tool shall see the settings. Writing refuses it.
   const int status = m_file->Read(config, Links::Follow);
   if (status == 0) {
     m_copiedOut = true;
@@ -183,8 +183,8 @@ int LocalSnmpdDevice::Reboot() {
   return wasRunning ? StartOnLine() : 0;
 }
 
-// What is in the way; empty when the controller is on line and what was pending is in its file and, where it runs, in its
-// daemon.
+// Returns what is wrong; or nothing, when the controller is on line and the pending text is in its file and, if the daemon
+// runs, in use.
 std::string LocalSnmpdDevice::ComeOnLine() {
   m_daemon->IsRunning();
   if (m_state.online) {
@@ -198,23 +198,24 @@ std::string LocalSnmpdDevice::ComeOnLine() {
   const PendingText pending = *m_state.pending;
   int status = m_file->ReplaceExpected(pending.base, pending.text);
   if (status != 0 && status != kFileWasChanged) {
-    ReportFile("install what was accepted off line in", status);
-    return "what was accepted off line cannot be installed: " + DescribeDaemonStatus(status) + "; the device stays off line";
+    ReportFile("install the text that was accepted off line in", status);
+    return "the text that was accepted off line cannot be installed: " + DescribeDaemonStatus(status) +
+           "; the device stays off line";
   }
   m_state.online = true;
   m_state.pending.reset();
   SettingsChanged();
   if (status == kFileWasChanged) {
-    const std::string line = "what was accepted off line is dropped: somebody changed " + m_file->GetPath() +
+    const std::string line = "the text that was accepted off line is dropped: somebody changed " + m_file->GetPath() +
                              " meanwhile; the settings stay, send them again";
     Log(line);
     return line;
   }
   m_state.known = pending.text;
-  Log("what was accepted off line is in " + m_file->GetPath());
+  Log("the text that was accepted off line is in " + m_file->GetPath());
   status = ApplyToDaemon(pending.text);
   if (status != 0) {
-    return "what was accepted off line is in the file, but " + DescribeDaemonStatus(status);
+    return "the text that was accepted off line is in the file, but " + DescribeDaemonStatus(status);
   }
   SetIsConfigDirty(false);
   return std::string();
@@ -238,7 +239,7 @@ LocalSnmpdDevice::Reply LocalSnmpdDevice::OnSetOnline(const ICmdMessage& message
   bool online = false;
   std::string wrong;
   if (!m_file) {
-    wrong = "the device has no right configuration; see the log";
+    wrong = "the configuration of the device is invalid; see the log";
   } else if (!message.Has("online") || !ReadSwitch(message.GetString("online"), online)) {
     wrong = "online is \"" + message.GetString("online") + "\"; allowed are true and false";
   } else if (online) {
@@ -252,7 +253,7 @@ LocalSnmpdDevice::Reply LocalSnmpdDevice::OnSetOnline(const ICmdMessage& message
 
 LocalSnmpdDevice::Reply LocalSnmpdDevice::OnGetDaemon(const ICmdMessage&) {
   if (!m_daemon) {
-    return H7XML::CreateXmlNode("Fail", "the device has no right configuration; see the log");
+    return H7XML::CreateXmlNode("Fail", "the configuration of the device is invalid; see the log");
   }
   const pid_t pid = m_daemon->GetPid();
   const Reply reply = H7XML::CreateXmlNode("daemon", std::string());

@@ -18,10 +18,10 @@ namespace drivers {
 // An SNMP-capable device whose controller is this machine: one folder with its snmpd.conf, and one SNMP daemon that serves
 // it on a port of 127.0.0.1. Statuses are those of drivers/localsnmpd/DaemonStatus.h and drivers/common/FileStatus.h.
 //
-// A file that somebody changed since it was copied out is never overwritten. While the controller is off line, a switch for
-// tests, the last known text is handed out and a new one accepted for later; it is installed when the controller is back.
+// A file that somebody changed since it was copied out is never overwritten. Tests can switch the controller off line: then
+// the last known text is handed out, and a new one is accepted for later and installed when the controller is back.
 //
-// Settings and those texts are kept from one life of the host to the next. The daemon ends with the driver.
+// Settings and those texts survive the host. The daemon ends with the driver.
 class LocalSnmpdDevice final : public SnmpDeviceDriver {
  public:
   explicit LocalSnmpdDevice(IInstanceManager& instanceManager);
@@ -56,13 +56,13 @@ class LocalSnmpdDevice final : public SnmpDeviceDriver {
   Reply OnSetOnline(const ICmdMessage& message);
   Reply OnGetDaemon(const ICmdMessage& message);
 
-  // As the host handed it over; given back as it is where the configuration is wrong and nobody reads it.
+  // The saved state from the host, until Prepare reads it. With an invalid configuration it is given back as it is.
   h7::auto_com<H7XML::INode> m_handedState;
   std::optional<PortReservation> m_port;  // none for a configured port
   std::chrono::milliseconds m_rebootPause{0};
   std::optional<ConfigFile> m_file;
   std::optional<Daemon> m_daemon;
-  // Its settings are of no use here: those that count are the base's.
+  // Its settings are only set for saving: the base holds those in use.
   DeviceState m_state;
   bool m_copiedOut = false;         // in this life
   bool m_saidStateChanged = false;  // and the host has not asked for the state since

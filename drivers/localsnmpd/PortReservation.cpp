@@ -17,12 +17,12 @@ namespace {
 const std::uint16_t kFirstPort = 20000;
 const std::uint16_t kPorts = 10000;
 
-// Nothing when somebody has the name.
+// A socket of that name; not open when another process has it.
 devhost::FileDescriptor TakeName(std::uint16_t port) {
   const std::string name = "local_snmpd/udp/" + std::to_string(port);
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
-  // A first byte of zero: a name that is no file.
+  // A first byte of zero: the name is not that of a file.
   std::memcpy(address.sun_path + 1, name.data(), name.size());
   const std::size_t size = offsetof(sockaddr_un, sun_path) + 1 + name.size();
   devhost::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));

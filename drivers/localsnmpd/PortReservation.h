@@ -9,14 +9,14 @@ namespace drivers {
 
 // A free UDP port of 127.0.0.1 that no other device on this machine chooses while this object lives.
 //
-// The port itself stays unbound, for the daemon. What keeps other devices off is a local socket whose name holds the number:
-// the system knows such names per network, as it knows ports, and drops them with their process. The ports are taken from a
-// range from which the system gives none to programs that ask for any.
+// The port itself stays unbound, for the daemon. A local socket whose name contains the number keeps other devices away:
+// such names, like ports, belong to a network namespace and vanish with their process. The range is one from which the
+// system gives no ports to programs that ask for any.
 class PortReservation {
  public:
   PortReservation();
 
-  // 0 when no port was free.
+  // The port, or 0 when none was free.
   std::uint16_t GetPort() const { return m_port; }
 
  private:

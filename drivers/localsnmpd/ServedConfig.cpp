@@ -23,12 +23,12 @@ using devhost::Directive;
 const std::size_t kMostFiles = 1000;
 const std::uintmax_t kMostBytes = std::uintmax_t{16} * 1024 * 1024;
 
-// Why the daemon may not get a line of that keyword; null for others.
+// Why the daemon must not get a line with this keyword; null for other keywords.
 const char* WhyForbidden(const std::string& keyword) {
   if (keyword == "agentaddress") {
     return "would open other ports";
   }
-  // The system forgets that the daemon is to die with the host as soon as it becomes another user.
+  // Once the daemon becomes another user, the system no longer kills it with the host.
   return keyword == "agentuser" || keyword == "agentgroup" ? "would let the daemon outlive the host" : nullptr;
 }
 
@@ -44,12 +44,12 @@ void ForEachLine(std::string_view text, Work work) {
   }
 }
 
-// Looks through included files, and through those that they include, for what they may not hold.
+// Looks through included files, and those that they include, for lines that the daemon must not get.
 class IncludeJudge {
  public:
   explicit IncludeJudge(const IncludePaths& paths) : m_paths(paths) {}
 
-  // What is in the way of an include that stands in a file of `folder`; empty when nothing is, and for other lines.
+  // Why the daemon must not get an include in a file of `folder`; empty when it may, and for other lines.
   std::string Judge(const Directive& directive, std::string_view line, const fs::path& folder) {
     for (const fs::path& file : FilesOf(directive, line, folder)) {
       const std::string found = JudgeFile(file);
@@ -90,7 +90,7 @@ class IncludeJudge {
   std::string JudgeFile(const fs::path& file) {
     std::error_code error;
     const fs::path whole = fs::weakly_canonical(file, error);
-    // What is no file that can be read, the daemon does not read either.
+    // The daemon does not read it either.
     if (error || !fs::is_regular_file(whole, error) || !m_seen.insert(whole).second) {
       return std::string();
     }

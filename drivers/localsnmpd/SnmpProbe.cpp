@@ -32,7 +32,7 @@ const Byte kDiscovery[] = {0x30, 0x39,                          // message
                            0x30, 0x11, 0x04, 0x00, 0x04, 0x00,                          // scope: no engine, no context
                            0xa0, 0x0b, 0x02, 0x01, 0x02, 0x02, 0x01, 0x00, 0x02, 0x01, 0x00, 0x30, 0x00};  // get of nothing
 
-// How every answer to it goes on behind its own tag and length: the version, the header's tag and length, the message id.
+// What follows the tag and length of every answer: the version, the header's tag and length, the message id.
 const Byte kVersion[] = {0x02, 0x01, 0x03, 0x30};
 const Byte kMessageId[] = {0x02, 0x02, 0x01, 0x02};
 

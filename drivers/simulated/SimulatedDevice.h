@@ -11,9 +11,9 @@ class IInstanceManager;
 
 namespace drivers {
 
-// An SNMP-capable device without a controller behind it: its snmpd.conf is a real file in the folder that the project names,
-// its controller's actions do nothing but succeed. The folder is never made: a device whose folder is missing logs that when
-// it starts, and its file operations answer a status until the folder is there.
+// An SNMP-capable device without a controller: its snmpd.conf is a real file in the folder that the project names, and the
+// controller's actions only succeed. The folder is never made: a device whose folder is missing logs that when it starts,
+// and its file operations fail until the folder is there.
 class SimulatedDevice final : public SnmpDeviceDriver {
  public:
   explicit SimulatedDevice(IInstanceManager& instanceManager);

@@ -153,7 +153,7 @@ TEST_F(APreview, WithAModuleThatCannotBeLoadedSaysWhy) {
 TEST_F(APreview, WithADriverThatCannotStartSaysWhy) {
   input.device.configXml = "<config folder='" + folder.Path("home/kitchen") +
                            "' versionValid='hidden-kept'><setting name='communityRead' value='hidden-kept'/></config>";
-  const std::string wrong = "kitchen: SNMP device 12: wrong configuration: versionValid is ";
+  const std::string wrong = "kitchen: SNMP device 12: invalid configuration: versionValid is ";
   EXPECT_THAT(Complaints(), ElementsAre(StartsWith(wrong + "\"*****\""), HasSubstr("its Initialize returned 1"),
                                         StartsWith("SetDeviceState would answer <Fail/>")));
   input.showSecrets = true;

@@ -137,11 +137,12 @@ TEST_F(ADevice, SaysWhatIsWrongWithACommandAndChangesNothing) {
   EXPECT_EQ("<Fail>the parameter name is missing; needed: name, value", m_host.Command("SetSetting", {{"value", "x"}}));
   EXPECT_EQ("<Fail>the parameter value is missing; needed: name, value",
             m_host.Command("SetSetting", {{"name", "sysName"}}));
-  EXPECT_EQ("<Fail>\"on\" is no value of the switch enabled; allowed are true and false",
+  EXPECT_EQ("<Fail>\"on\" is not a value of the switch enabled; allowed are true and false",
             m_host.Command("SetSetting", {{"name", "enabled"}, {"value", "on"}}));
   EXPECT_EQ("<Fail>the parameter name is missing; needed: name", m_host.Command("EraseSetting"));
   EXPECT_EQ(
-      0U, m_host.Command("EraseSetting", {{"name", "enabled"}}).find("<Fail>\"enabled\" is no setting that can be erased"));
+      0U,
+      m_host.Command("EraseSetting", {{"name", "enabled"}}).find("<Fail>\"enabled\" is not a setting that can be erased"));
   EXPECT_EQ("<Fail>the parameter port is missing; needed: target, community, port",
             m_host.Command("AddTrapTarget", {{"target", "10.0.0.5"}, {"community", ""}}));
   EXPECT_EQ("<Fail>the target is empty; give a target, and community and port where they are known",
@@ -154,11 +155,12 @@ TEST_F(ADevice, SaysWhatIsWrongWithAnOrderToFail) {
   EXPECT_EQ("<Fail>the parameter status is missing; needed: operation, status",
             m_host.Command("FailOperation", {{"operation", "CopyTo"}}));
   EXPECT_EQ(
-      "<Fail>\"Copy\" is no operation; allowed are CopyFrom, CopyTo, RebootController, StopMasterAgent, StartMasterAgent",
+      "<Fail>\"Copy\" is not an operation; allowed are CopyFrom, CopyTo, RebootController, StopMasterAgent, "
+      "StartMasterAgent",
       m_host.Command("FailOperation", {{"operation", "Copy"}, {"status", "1"}}));
   for (const char* const status : {"", "x", "1.5", "1 ", " 1", "99999999999", "-"}) {
     EXPECT_EQ("<Fail>the status \"" + std::string(status) +
-                  "\" is no whole number from -2147483648 to 2147483647; 0 ends the failing",
+                  "\" is not a whole number from -2147483648 to 2147483647; 0 ends the failing",
               m_host.Command("FailOperation", Parameters{{"operation", "CopyTo"}, {"status", status}}));
   }
   for (const char* const times : {"", "0", "-1", "many", "1x", "2147483648"}) {

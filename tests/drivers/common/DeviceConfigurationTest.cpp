@@ -76,18 +76,18 @@ TEST(AWrongDeviceConfiguration, IsToldInOneLineThatSaysWhatIsAllowed) {
             WrongWith("<config folder='/d' versionValid='maybe'/>"));
   EXPECT_EQ("the element settings is unknown; allowed are setting and trapTarget",
             WrongWith("<config folder='/d'><settings/></config>"));
-  EXPECT_EQ("in a setting element, \"yes\" is no value of the switch managed; allowed are true and false",
+  EXPECT_EQ("in a setting element, \"yes\" is not a value of the switch managed; allowed are true and false",
             WrongWith("<config folder='/d'><setting name='managed' value='yes'/></config>"));
   EXPECT_NE("", WrongWith("<config folder='/d'><setting value='x'/></config>"));
   EXPECT_NE("", WrongWith("<config folder='/d'><setting name='trapTargets' value='x'/></config>"));
   EXPECT_EQ(
-      "the setting sysName stands twice; once is allowed",
+      "the setting sysName is given twice; once is allowed",
       WrongWith("<config folder='/d'><setting name='sysName' value='a'/><setting name='sysName' value='a'/></config>"));
   EXPECT_EQ("a trapTarget element has no target; give target, and community and port where they are known",
             WrongWith("<config folder='/d'><trapTarget community='public'/></config>"));
-  EXPECT_EQ("the element config holds the text \"box\"; values stand in attributes",
+  EXPECT_EQ("the element config holds the text \"box\"; put values into attributes",
             WrongWith("<config folder='/d'>box</config>"));
-  EXPECT_EQ("the element setting holds the text \"box\"; values stand in attributes",
+  EXPECT_EQ("the element setting holds the text \"box\"; put values into attributes",
             WrongWith("<config folder='/d'><setting name='sysName'>box</setting></config>"));
   EXPECT_EQ("the element setting holds elements; none are allowed there",
             WrongWith("<config folder='/d'><setting name='sysName'><value/></setting></config>"));

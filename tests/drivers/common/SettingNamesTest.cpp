@@ -73,16 +73,16 @@ TEST(SettingsByName, SayWhatIsWrongAndWhatIsAllowedAndChangeNothing) {
   SnmpSettings settings;
   const std::string before = All(settings);
   EXPECT_EQ(
-      "\"sysname\" is no setting with a value; allowed are managed, configDirty, enabled, communityRead, communityWrite, "
+      "\"sysname\" is not a setting with a value; allowed are managed, configDirty, enabled, communityRead, communityWrite, "
       "sysContact, usePrimaryContact, sysLocation, useProjectOwnerAddress, sysName, useRoomDevice",
       SetSettingByName(settings, "sysname", "x"));
   EXPECT_NE("", SetSettingByName(settings, "trapTargets", "x"));
   EXPECT_NE("", SetSettingByName(settings, "", "x"));
-  EXPECT_EQ("\"yes\" is no value of the switch managed; allowed are true and false",
+  EXPECT_EQ("\"yes\" is not a value of the switch managed; allowed are true and false",
             SetSettingByName(settings, "managed", "yes"));
   EXPECT_NE("", SetSettingByName(settings, "managed", ""));
   EXPECT_EQ(
-      "\"managed\" is no setting that can be erased; allowed are communityRead, communityWrite, sysContact, sysLocation, "
+      "\"managed\" is not a setting that can be erased; allowed are communityRead, communityWrite, sysContact, sysLocation, "
       "sysName, trapTargets",
       EraseSettingByName(settings, "managed"));
   EXPECT_NE("", EraseSettingByName(settings, "nothing"));

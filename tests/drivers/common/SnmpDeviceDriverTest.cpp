@@ -169,12 +169,12 @@ TEST_F(ADeviceDriver, WithAWrongConfigurationSaysSoOnceAndStaysUnknown) {
   m_host.Instances().Publish(m_agent);
   EXPECT_NE(0, Initialize("<config folder='d'/>"));
   EXPECT_EQ(
-      (Lines{"3: SNMP device 12: wrong configuration: folder is \"d\"; give the absolute path of the folder that holds "
+      (Lines{"3: SNMP device 12: invalid configuration: folder is \"d\"; give the absolute path of the folder that holds "
              "the device's snmpd.conf"}),
       m_host.log);
   EXPECT_EQ(nullptr, Published());
   Factory().RegisterCommands();
-  EXPECT_EQ("<Fail>the device has no right configuration; see the log", m_host.Command("Announce"));
+  EXPECT_EQ("<Fail>the configuration of the device is invalid; see the log", m_host.Command("Announce"));
   m_driver.reset();
   EXPECT_TRUE(m_agent.calls.empty());
   EXPECT_TRUE(m_asked.empty());
@@ -184,7 +184,7 @@ TEST_F(ADeviceDriver, WithAttributesOfItsOwnThatAreWrongStaysUnknownToo) {
   m_host.Instances().Publish(m_agent);
   m_driver->m_wrong = "port is \"x\"; give a number";
   EXPECT_NE(0, Initialize());
-  EXPECT_EQ((Lines{"3: SNMP device 12: wrong configuration: port is \"x\"; give a number"}), m_host.log);
+  EXPECT_EQ((Lines{"3: SNMP device 12: invalid configuration: port is \"x\"; give a number"}), m_host.log);
   EXPECT_EQ(nullptr, Published());
   EXPECT_TRUE(m_agent.calls.empty());
 }

@@ -334,7 +334,7 @@ TEST_F(ADaemon, WhosePortSomebodyHasIsNotStarted) {
   Make(Script("touch started"));
   const SnmpResponder other(m_port.GetPort(), SnmpResponder::Report());
   EXPECT_EQ(drivers::kPortTaken, m_daemon->Start(kPublic, {}));
-  EXPECT_EQ((Lines{"cannot start the daemon: somebody else has " + m_daemon->GetAddress() + " (status -14)"}), m_log);
+  EXPECT_EQ((Lines{"cannot start the daemon: another program has " + m_daemon->GetAddress() + " (status -14)"}), m_log);
   EXPECT_FALSE(std::filesystem::exists(m_folder.Path("kitchen/daemon/started")));
 }
 
@@ -343,7 +343,7 @@ TEST_F(ADaemon, IsNotMistakenForAnotherEngineThatTookItsPort) {
   const SnmpResponder other(m_port.GetPort(), SnmpResponder::Report(), m_folder.Path("kitchen/daemon/started"));
   EXPECT_EQ(drivers::kPortTaken, m_daemon->Start(kPublic, {}));
   EXPECT_FALSE(m_daemon->IsRunning());
-  EXPECT_TRUE(HasLogged("somebody else answers at"));
+  EXPECT_TRUE(HasLogged("another program answers at"));
 }
 
 TEST_F(ADaemon, WhoseFilesCannotBeMadeSaysWhyAndGoesOnAsItIs) {

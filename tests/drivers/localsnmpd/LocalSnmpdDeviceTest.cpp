@@ -312,7 +312,7 @@ TEST_F(ALocalDevice, HandsOutTheLastTextOffLineAndAcceptsANewOneForLater) {
   EXPECT_EQ("cellar", device.Get());
   EXPECT_FALSE(device->GetIsConfigDirty());
   EXPECT_EQ("false", device.Tell("pending"));
-  EXPECT_EQ((Lines{Line("what was accepted off line is in " + Folder() + "/snmpd.conf")}), device.host.log);
+  EXPECT_EQ((Lines{Line("the text that was accepted off line is in " + Folder() + "/snmpd.conf")}), device.host.log);
   EXPECT_EQ("<Success>", device.SetOnline("true"));
   // What it installed itself counts as copied out.
   EXPECT_EQ(0, device.CopyIn(kKitchen));
@@ -354,7 +354,7 @@ TEST_F(ALocalDevice, DropsWhatItAcceptedWhenTheFileWasChangedMeanwhile) {
   device->SetIsConfigDirty(true);
   EXPECT_EQ(-9, device.CopyIn(kCellar));
   WriteFile("by hand");
-  const std::string dropped = "what was accepted off line is dropped: somebody changed " + Folder() +
+  const std::string dropped = "the text that was accepted off line is dropped: somebody changed " + Folder() +
                               "/snmpd.conf meanwhile; the settings stay, send them again";
   EXPECT_EQ("<Fail>" + dropped, device.SetOnline("true"));
   EXPECT_EQ((Lines{Line(dropped)}), device.host.log);
@@ -387,8 +387,8 @@ TEST_F(ALocalDevice, SaysWhatIsWrongWithItsCommands) {
   EXPECT_EQ("<Fail>online is \"maybe\"; allowed are true and false", device.SetOnline("maybe"));
   EXPECT_EQ("true", device.Tell("online"));
   Device wrong(Folder(), "port='80'");
-  EXPECT_EQ("<Fail>the device has no right configuration; see the log", wrong.SetOnline("true"));
-  EXPECT_EQ("<Fail>the device has no right configuration; see the log", wrong.host.Command("GetDaemon"));
+  EXPECT_EQ("<Fail>the configuration of the device is invalid; see the log", wrong.SetOnline("true"));
+  EXPECT_EQ("<Fail>the configuration of the device is invalid; see the log", wrong.host.Command("GetDaemon"));
 }
 
 TEST_F(ALocalDevice, KeepsSettingsFlagsAndTextsForItsNextLife) {
@@ -439,10 +439,9 @@ TEST_F(ALocalDevice, OffLineKnowsTheTextOfItsFormerLife) {
 TEST_F(ALocalDevice, StartsWithTheProjectsSettingsWhenItsStateIsDamaged) {
   Device device(Folder(), "", ToNode("<SNMPState/>"), "<setting name='sysName' value='project'/>");
   EXPECT_EQ("project", device->GetSysNameSetting());
-  EXPECT_EQ(
-      (Lines{Line("the state that was kept is not taken back: it is an element SNMPState of version \"\", not LocalSnmpd of "
-                  "version 1; the settings are those of the project")}),
-      device.host.log);
+  EXPECT_EQ((Lines{Line("the saved state cannot be used: it is an element SNMPState of version \"\", not LocalSnmpd of "
+                        "version 1; the settings of the project are used")}),
+            device.host.log);
 }
 
 TEST_F(ALocalDevice, GivesItsStateBackUnreadWhereItsConfigurationIsWrong) {
@@ -521,7 +520,7 @@ TEST_F(ALocalDevice, SaysWhatIsWrongWithItsConfiguration) {
   for (const Case& each : cases) {
     Device device(Folder(), each.attributes);
     EXPECT_NE(0, device.result);
-    EXPECT_EQ((Lines{Line(std::string("wrong configuration: ") + each.wrong)}), device.host.log);
+    EXPECT_EQ((Lines{Line(std::string("invalid configuration: ") + each.wrong)}), device.host.log);
   }
   EXPECT_EQ(0, Device(Folder(), "port='65535' program='/no' rebootPause='60000' startDeadline='600'").result);
   EXPECT_EQ("udp:127.0.0.1:65535", Device(Folder(), "port='65535'").Tell("address"));

@@ -171,7 +171,7 @@ TEST_F(ASimulatedDevice, WithAWrongConfigurationIsUnknownToTheAgent) {
   LoadAgent();
   LoadKitchen("versionValid='maybe'");
   ASSERT_FALSE(m_log.empty());
-  EXPECT_EQ("3: SNMP device 12: wrong configuration: versionValid is \"maybe\"; allowed are true and false", m_log[0]);
+  EXPECT_EQ("3: SNMP device 12: invalid configuration: versionValid is \"maybe\"; allowed are true and false", m_log[0]);
   EXPECT_EQ("<devices/>", Command(kAgent, "List"));
   EXPECT_EQ(0U, Command(kKitchen, "Announce").find("<Fail>"));
   EXPECT_EQ("<filePath/>", Command(kKitchen, "GetFilePath"));
