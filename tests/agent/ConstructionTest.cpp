@@ -18,7 +18,7 @@ class Construction : public testing::Test {
     EXPECT_EQ(devhost::LiveXmlObjects(), 0U);
   }
 
-  // Creates an agent while the host fails in the call `failing` and, if wanted, in all that follow.
+  // Creates an agent while the host fails in the call `failing` and, with `fromThereOn`, in all later calls.
   void FailAt(const std::string& failing, bool fromThereOn = false) {
     bool failed = false;
     journal.SetHook([failing, fromThereOn, &failed](const std::string& call) {
@@ -32,14 +32,14 @@ class Construction : public testing::Test {
       HostedAgent agent(host);
       ADD_FAILURE() << "created although " << failing << " failed";
     } catch (const std::runtime_error& error) {
-      EXPECT_EQ(error.what(), failing) << "another exception than the first came out";
+      EXPECT_EQ(error.what(), failing) << "a later exception came out instead of the first";
     }
     journal.SetHook(nullptr);
   }
 
   Journal journal;
   RecordingHost host{journal};
-  bool hostKeepsListeners = false;  // because it failed when it was to forget them
+  bool hostKeepsListeners = false;  // because it failed to unregister them
 };
 
 TEST_F(Construction, BuildsTheBaseTakesTheVariableManagerThenListens) {

@@ -20,7 +20,7 @@ std::string Deleted(const std::string& id) {
   return "ConSendDataToUI <ManagedDeviceDeleted><id>" + id + "</id></ManagedDeviceDeleted>";
 }
 
-// Not an AgentTest: here the host fails, and so may keep what the agent wanted to take back.
+// Not an AgentTest, because here the host fails, and so may keep what the agent wanted to take back.
 class Destruction : public testing::Test {
  protected:
   void SetUp() override {
@@ -132,7 +132,7 @@ TEST_F(Destruction, OfAnAgentThatWasNeverInitialisedWithdrawsNothing) {
 }
 
 TEST_F(Destruction, LosesOnlyWhatDependsOnTheStepThatThrew) {
-  // Each step, and how many of the calls after it belong to it.
+  // Each step, and how many of the calls after it depend on it.
   const std::pair<std::string, std::ptrdiff_t> steps[] = {{"UnregisterListener 34 0", 0},
                                                           {"UnregisterListener 35 0", 0},
                                                           {"UnregisterListener 36 0", 0},

@@ -2,7 +2,7 @@
 #include "tests/support/AgentFixture.h"
 #include "tests/support/RecordingDevice.h"
 
-// A program of its own: its host's parser makes documents that have no root element, which the development host never does.
+// This is a program of its own. Its host's parser makes documents without a root element; the development host never does.
 namespace {
 
 class Rootless final : public H7XML::IDocument {
@@ -24,7 +24,7 @@ Rootless s_document;
 
 namespace H7XML {
 
-// The program's definition goes before the one in the host's library.
+// The program's definition takes precedence over the one in the host's library.
 h7::auto_com<IDocument> CreateXmlDocument(const std::string&) {
   s_document.AddRef();
   return h7::auto_com<IDocument>(&s_document);

@@ -6,7 +6,8 @@
 #include "tests/support/AgentFixture.h"
 #include "tests/support/RecordingDevice.h"
 
-// A program of its own: its host's base answers what the development host's never does, and its log shows the format.
+// This is a program of its own. Its host's base gives answers that the development host's never gives, and its log shows the
+// format.
 namespace {
 
 using testing::ElementsAre;
@@ -24,7 +25,7 @@ std::vector<std::string> s_lines;
 
 }  // namespace
 
-// The program's definitions go before those in the host's library.
+// The program's definitions take precedence over those in the host's library.
 int H7BaseAgentDriver::Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) {
   s_initialised.push_back({driverId, &config, persisted});
   return 7;

@@ -50,9 +50,9 @@ struct World {
 
 struct Operation {
   const char* name;
-  std::string (*run)(World&);  // its result
-  const char* mark;            // for walks: the first call to each device that is visited; else null
-  bool walksTheMap;            // the walk sees devices that come and go
+  std::string (*run)(World&);  // returns the operation's result
+  const char* mark;            // for walks: the first call to each visited device; otherwise null
+  bool walksTheMap;            // the walk notices devices that come and go
 };
 
 std::string OnFive(World& world, const char* command) {
@@ -116,13 +116,13 @@ unsigned long DeviceOf(const std::string& call) {
   return std::stoul(call);
 }
 
-// What an operation did, apart from what happened inside the action.
+// What an operation did, without what happened inside the action.
 struct Outcome {
   std::string result;
-  Calls deviceCalls;  // the operation's own
+  Calls deviceCalls;  // without those of the action
   bool acted = false;
-  unsigned long self = 0;       // who acted
-  std::set<unsigned long> ids;  // who was registered after the action
+  unsigned long self = 0;       // the device that acted
+  std::set<unsigned long> ids;  // the devices that were registered after the action
 };
 
 class ADeviceThatCallsBack : public testing::TestWithParam<std::tuple<Operation, Action>> {
@@ -146,7 +146,7 @@ class ADeviceThatCallsBack : public testing::TestWithParam<std::tuple<Operation,
         inside = true;
         action.run(world, outcome.self);
         inside = false;
-        // A record in use lives on. The signal that the agent is there does not come through one.
+        // A record in use lives on. Initialize signals devices without a record.
         EXPECT_TRUE(!record.expired() || operation.name == std::string("Initialize"));
         for (const auto& entry : map) {
           outcome.ids.insert(entry.first);
@@ -191,7 +191,7 @@ class ADeviceThatCallsBack : public testing::TestWithParam<std::tuple<Operation,
   }
 };
 
-// Those up to the acting device as before, then those with higher ids that are registered now.
+// The walk visits the devices up to the acting one as before, then those with higher ids that are registered now.
 Ids ExpectedVisits(const Outcome& outcome) {
   Ids ids;
   for (const unsigned long id : {3UL, 5UL, 7UL}) {
@@ -229,7 +229,7 @@ TEST_P(ADeviceThatCallsBack, DoesNotDisturbTheOperation) {
       for (const unsigned long id : visited) {
         const Calls calls = CallsTo(id, outcome.deviceCalls);
         const Calls usual = CallsTo(5, undisturbed.deviceCalls);
-        // A state that was set meanwhile has filled settings, and a device that withdrew is not released at the end.
+        // When the action set a state, it has filled settings. When a device has withdrawn, it is not released at the end.
         if (action.setsState || (destroys && outcome.ids.count(id) == 0)) {
           EXPECT_TRUE(IsPartOf(calls, usual)) << testing::PrintToString(calls);
         } else {

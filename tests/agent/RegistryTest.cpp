@@ -55,7 +55,7 @@ TEST_F(TheRegistry, KeepsTheFirstDeviceOfAnIdAndTellsTheToolTwice) {
   EXPECT_THAT(journal.Calls(), ElementsAre("7.GetSysNameSetting"));
 }
 
-TEST_F(TheRegistry, LogsADeviceThatIsNoneAndDoesNothingElse) {
+TEST_F(TheRegistry, LogsANullDeviceAndDoesNothingElse) {
   agent->AddSNMPDevice(7, nullptr);
   agent->AddSNMPDevice(42, nullptr);
   agent->AddSNMPDevice(4294967295UL, nullptr);
@@ -64,7 +64,7 @@ TEST_F(TheRegistry, LogsADeviceThatIsNoneAndDoesNothingElse) {
   EXPECT_EQ(Ids(), "");
 }
 
-TEST_F(TheRegistry, KeepsADeviceWhoseIdIsAnnouncedAgainWithNone) {
+TEST_F(TheRegistry, KeepsADeviceWhenItsIdIsAnnouncedWithANullDevice) {
   agent->AddSNMPDevice(7, &seven);
   journal.Take();
   agent->AddSNMPDevice(7, nullptr);
@@ -89,7 +89,7 @@ TEST_F(TheRegistry, ForgetsADeviceWithoutTouchingIt) {
   EXPECT_TRUE(seven.managed);
 }
 
-TEST_F(TheRegistry, TellsOfAWithdrawalThoughTheIdWasNeverAnnounced) {
+TEST_F(TheRegistry, NotifiesOfAWithdrawalEvenIfTheIdWasNeverAnnounced) {
   agent->AddSNMPDevice(7, &seven);
   journal.Take();
   agent->DeleteSNMPDevice(8);

@@ -5,16 +5,16 @@
 #include <random>
 #include <string>
 
-// Random texts of what a parser of snmpd.conf trips over. The same texts in every run, on every platform.
+// Makes random texts that are hard for a parser of snmpd.conf. The texts are the same in every run and on every platform.
 class HostileText {
  public:
   explicit HostileText(unsigned int seed) : m_engine(seed) {}
 
-  // A whole file.
+  // Returns a whole file.
   std::string File() { return Of(kFileParts, Below(40)); }
-  // A value for a setting: no line feed, no marker; perhaps empty.
+  // Returns a value for a setting: without a line feed or a marker, and sometimes empty.
   std::string Value() { return Of(kValueParts, Below(5)); }
-  // Below `limit`.
+  // Returns a number below `limit`.
   unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(m_engine() % limit); }
 
  private:

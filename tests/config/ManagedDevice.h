@@ -14,7 +14,7 @@
 #include "tests/support/RecordingDevice.h"
 #include "tests/support/RecordingHost.h"
 
-// An agent that knows one device, number 7, and the record that it keeps of it.
+// An agent that knows one device, number 7, and the agent's record of it.
 class ManagedDeviceTest : public testing::Test {
  protected:
   ManagedDeviceTest() : host(journal), hosted(host), agent(hosted.Agent()), device(7, journal) {
@@ -28,13 +28,13 @@ class ManagedDeviceTest : public testing::Test {
     EXPECT_EQ(devhost::LiveXmlObjects(), 0U);
   }
 
-  // The lines stand inside a managed section, which is the record's text from then on.
+  // Reads `lines` inside a managed section, which becomes the record's text.
   void ReadSection(const std::string& lines) {
     record->SetConfig("# Halvoren Section Start\n" + lines + "\n# Halvoren Section End\n");
     agent.MergeFromConfig(record);
   }
 
-  // The calls of setters since the journal was last taken.
+  // Returns the calls of setters since the journal was last taken.
   std::vector<std::string> Setters() {
     std::vector<std::string> setters;
     for (const std::string& call : journal.Take()) {

@@ -10,18 +10,18 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-// A device that calls back from inside the calls that reach it. The record is the registered one.
+// A device that calls back from inside the calls that it gets. The record is the registered one.
 class AReentrantDevice : public ManagedDeviceTest {
  protected:
   AReentrantDevice() {
-    // The agent's own record, so that nested requests meet the one under way.
+    // This is the agent's own record, so that nested requests use the same one as the outer request.
     record = SNMPConfigurationAgentTestAccess(agent).devices.at(7);
     device.file = "# Halvoren Section Start\n" + std::string(4000, '#') +
                   "\nrocommunity  r\nrwcommunity  w\nagentXTimeout  9\nsysContact  c\nsysLocation  l\nsysName  n\n"
                   "trap2sink  10.0.0.5\ntrap2sink  10.0.0.6\n# Halvoren Section End\n\nbelow\n";
   }
 
-  // Runs `act` once, from inside the first call of that name.
+  // Runs `act` once, from inside the first call that begins with `call`.
   void During(const std::string& call, std::function<void()> act) {
     journal.SetHook([this, call, act](const std::string& noted) {
       if (noted.compare(0, call.size(), call) == 0) {
@@ -91,7 +91,7 @@ TEST_F(AReentrantDevice, MayAskForItsStateToBeSetWhileItIsWritten) {
     EXPECT_EQ(agent.WriteConfig(record), 0) << call;
     EXPECT_TRUE(nested) << call;
     EXPECT_THAT(device.file, testing::EndsWith("Quentara.\n\nbelow\n")) << call;
-    // The section stands once.
+    // The file has only one section.
     EXPECT_EQ(device.file.find("Section Start"), device.file.rfind("Section Start")) << call;
   }
 }

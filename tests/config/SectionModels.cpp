@@ -107,7 +107,7 @@ void Fill(const std::string& text, Device& device) {
     } else if (Has(line, "agentXTimeout")) {
       FillTimeout(line, device.agentXTimeout);
     } else if (Has(line, "agentXRetries")) {
-      // Taken, and without effect.
+      // The line is recognised but has no effect.
     } else if (Has(line, "sysContact")) {
       FillWord(line, "sysContact", device.sysContact);
     } else if (Has(line, "sysLocation")) {

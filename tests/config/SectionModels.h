@@ -6,17 +6,17 @@
 
 #include "device/TrapTarget.h"
 
-// The rules of the managed section as they read, token by token and without any thought of cost: what the quick code is
-// measured against.
+// The rules of the managed section, followed literally, token by token and at any cost. Tests compare the fast code with
+// these models.
 namespace section_models {
 
-// The file that results from a new section and a file's old text.
+// Returns the file that results from a new section and a file's old text.
 std::string Merge(const std::string& section, const std::string& oldText);
 
-// The lines inside all sections, without empty ones.
+// Returns the lines inside all sections, without empty ones.
 std::vector<std::string> LinesInside(const std::string& text);
 
-// A device as far as the reader sees it.
+// A device, as far as the reader sees it.
 struct Word {
   std::string value;
   bool erased = false;

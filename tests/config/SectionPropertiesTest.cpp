@@ -147,7 +147,7 @@ TEST_F(ADeviceWithHostileText, IsFilledAsTheRulesSayTokenByToken) {
   EXPECT_GT(filled, kRounds / 10);
 }
 
-// What a device holds that forgets its settings and takes them from its own file, time after time.
+// A device that forgets its settings again and again and takes them from its own file each time.
 class AFileReadBackByAnEmptyDevice : public ManagedDeviceTest {
  protected:
   std::string Next() {

@@ -99,7 +99,7 @@ TEST_F(InsideASection, TheFirstKeywordOfTheOrderDecidesNotTheFirstInTheLine) {
   EXPECT_THAT(Setters(), ElementsAre("7.SetCommunityWriteSetting sysName"));
 }
 
-// Each keyword, in the order in which lines are tested, together with all that come after it.
+// Each line contains one keyword together with all that come after it in the order in which lines are tested.
 TEST_F(InsideASection, EachKeywordIsTestedBeforeAllLaterOnes) {
   const std::vector<std::pair<std::string, std::string>> order = {{"rocommunity", "7.SetCommunityReadSetting"},
                                                                   {"rwcommunity", "7.SetCommunityWriteSetting"},

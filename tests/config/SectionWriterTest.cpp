@@ -18,7 +18,7 @@ using managed_section::Write;
 
 const char kStamp[] = "Saturday, November, 07 2026 at 04:05:09";
 
-// A golden file, with the enterprise number that this build was configured with.
+// Returns a golden file with the enterprise number of this build.
 std::string Golden(const std::string& name) {
   std::string text = testsupport::ScratchFolder::ReadFile(CONFIG_DATA_FOLDER "/" + name);
   const std::string number = ".32473\n";
@@ -33,7 +33,7 @@ Settings WithAgentX() {
   return settings;
 }
 
-// The lines below the heading that ends with `heading`, up to the next rule line.
+// Returns the lines below the heading that ends with `heading`, up to the next line of "#".
 std::string Below(const std::string& heading, const Settings& settings) {
   const std::string section = Write(FixedTexts(), settings, kStamp);
   const std::size_t start = section.find(heading);
@@ -62,7 +62,7 @@ std::string TrapLines(const std::vector<TrapTarget>& traps) {
 
 class AClockIn : public testing::Test {
  protected:
-  // A zone spelled out, so that no zone data is needed.
+  // The zone is spelled out, so that the test needs no zone data.
   void SetZone(const char* zone) {
     ::setenv("TZ", zone, 1);
     ::tzset();

@@ -10,7 +10,7 @@ using testsupport::TrapText;
 
 class ATrapLine : public ManagedDeviceTest {
  protected:
-  // What the device holds after the line was read, as target|community|port.
+  // Returns what the device holds after the line was read, as target|community|port.
   std::string Read(const std::string& line) {
     device.trapTargets.clear();
     ReadSection(line);

@@ -7,7 +7,7 @@
 #include "tests/support/AgentFixture.h"
 #include "tests/support/RecordingDevice.h"
 
-// An agent with its commands registered; devices are added by the tests.
+// An agent with its commands registered. The tests add devices.
 class DeviceTest : public AgentTest {
  protected:
   using RecordingDevice = testsupport::RecordingDevice;
@@ -22,7 +22,7 @@ class DeviceTest : public AgentTest {
     journal.Take();
   }
 
-  // The settings element of a device that holds nothing.
+  // Returns the settings element of a device that holds nothing.
   static std::string EmptyElement(const std::string& deviceId) {
     return "<managedDevice><snmpIsManagedDevice>false</snmpIsManagedDevice><snmpIsConfigDirty>false</snmpIsConfigDirty>"
            "<snmpEnabledSetting>false</snmpEnabledSetting><snmpCommunityReadSetting/><snmpCommunityWriteSetting/>"
@@ -33,7 +33,7 @@ class DeviceTest : public AgentTest {
            deviceId + "</deviceId></managedDevice>";
   }
 
-  // What the writing of an element asks the device.
+  // Returns the calls to the device when its settings element is written.
   static Calls ElementCalls(const std::string& id) {
     Calls calls;
     for (const char* getter :
@@ -45,7 +45,7 @@ class DeviceTest : public AgentTest {
     return calls;
   }
 
-  // What the writing of a managed section asks the device before CopyTo, in any order.
+  // Returns, in any order, the calls to the device before CopyTo when its managed section is written.
   static Calls SectionCalls(const std::string& id) {
     return {id + ".GetCommunityReadSetting", id + ".GetCommunityWriteSetting", id + ".GetSysContactSetting",
             id + ".GetSysLocationSetting",   id + ".GetSysNameSetting",        id + ".GetTrapTargetsSetting"};

@@ -15,7 +15,7 @@ using testsupport::TrapText;
 
 class ADeviceRecord : public testing::Test {
  protected:
-  // The calls that reach the device during `use`.
+  // Returns the calls that reach the device during `use`.
   std::vector<std::string> CallsOf(const std::function<void()>& use) {
     journal.Take();
     use();
@@ -106,7 +106,7 @@ TEST_F(ADeviceRecord, ReadsEveryFlagWithOneCall) {
 }
 
 struct Word {
-  const char* name;  // behind "Get" and "Set"
+  const char* name;  // what follows "Get" and "Set"
   std::string (SNMPDevice::*get)();
   void (SNMPDevice::*set)(std::string);
   std::string RecordingDevice::*value;

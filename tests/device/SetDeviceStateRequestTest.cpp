@@ -32,7 +32,7 @@ class ASetDeviceStateRequest : public DeviceTest {
   std::string Reply(const std::string& xml) { return host.CommandText("SetDeviceState", {{"xml", xml}}); }
   static std::string With(const std::string& children) { return "<d>" + children + "<deviceId>7</deviceId></d>"; }
 
-  // What applying an element calls, with the settings' values.
+  // Returns the calls, with the settings' values, when an element is applied.
   static Calls Applied(const Calls& values, const Calls& traps) {
     const char* const setters[] = {
         "SetIsManagedDevice",   "SetEnabledSetting",           "SetCommunityReadSetting", "SetCommunityWriteSetting",
@@ -126,7 +126,7 @@ TEST_F(ASetDeviceStateRequest, StopsAtAFailedWrite) {
   }
 }
 
-TEST_F(ASetDeviceStateRequest, FailsWithoutATextOfADevice) {
+TEST_F(ASetDeviceStateRequest, FailsWithoutTheXmlOfADevice) {
   for (const char* xml : {"", "no xml", "<d>", "<!-- no root -->", "<d/>", "<d><deviceId>8</deviceId></d>",
                           "<d><deviceId>-7</deviceId></d>", "<d deviceId=\"7\"/>", "<d><x><deviceId>7</deviceId></x></d>"}) {
     EXPECT_EQ(Reply(xml), "<Fail/>") << xml;
@@ -286,7 +286,7 @@ TEST_F(ASetDeviceStateRequest, IsCarriedOutToTheEndForADeviceThatWithdrawsItself
   }
 }
 
-// Notes the making of nodes, the look for trap targets and the reading of texts among the other calls.
+// Records, among the other calls, when nodes are made, trap targets are looked up and texts are read.
 class ASetDeviceStateRequestToTheLetter : public ASetDeviceStateRequest, private devhost::XmlObserver {
  protected:
   Calls CallsOfRequest(const Calls& starts) {

@@ -18,16 +18,16 @@ struct DocumentBlock {
   std::map<std::string, std::string> attributes;
   std::string text;       // with the final line feed
   std::size_t line = 0;   // of the opening fence, counted from 1
-  std::size_t begin = 0;  // where the text stands in the page
+  std::size_t begin = 0;  // the offset of the text in the page
 };
 
-// The fenced blocks of a page, in its order. Throws std::runtime_error, naming the line, for a block that is never closed or
-// an attribute that is not name=value.
+// Returns the fenced blocks of a page, in order. Throws std::runtime_error, which names the line, for a block that is never
+// closed or an attribute that is not name=value.
 std::vector<DocumentBlock> ReadBlocks(const std::string& page);
 
-// The text of the block that a page under the project's folder marks with example=NAME, for tests that compare it with what
-// the system makes: DocumentExample("docs/managed-section.md", "section"). Throws std::runtime_error when the page has no
-// such block, or several.
+// Returns the text of the block that a page of the project marks with example=NAME. Tests compare it with what the system
+// makes: DocumentExample("docs/managed-section.md", "section"). Throws std::runtime_error when the page has no such block,
+// or several.
 std::string DocumentExample(const std::string& page, const std::string& name);
 
 }  // namespace testsupport

@@ -1,4 +1,4 @@
-// Runs the examples of every page: see README.md here.
+// Runs the examples of every page. README.md describes how.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace {
 
 const std::string kSource = SOURCE_FOLDER;
 
-// The pages with examples, relative to the project's folder.
+// Returns the pages with examples, relative to the project's folder.
 std::vector<std::string> Pages() {
   std::vector<std::string> pages = {"tests/docs/README.md"};
   if (std::filesystem::exists(kSource + "/README.md")) {
@@ -31,12 +31,12 @@ std::vector<std::string> Pages() {
   return pages;
 }
 
-// What is wrong with a block as such, or "".
+// Returns what is wrong with the form of a block, or "".
 std::string WhyWrong(const DocumentBlock& block) {
   for (const auto& [name, value] : block.attributes) {
     if ((name != "file" && name != "example") || value.empty() || value.find("..") != std::string::npos ||
         value.front() == '/') {
-      return name + "=" + value + " is no attribute; allowed: file=NAME, example=NAME";
+      return name + "=" + value + " is not an attribute; allowed: file=NAME, example=NAME";
     }
   }
   if (block.language == "console") {
@@ -70,7 +70,7 @@ TEST_P(ThePage, HasExamplesThatWork) {
   }
   if (UpdateGoldens() && updated != page) {
     std::ofstream(kSource + "/" + GetParam(), std::ios::binary) << updated;
-    GTEST_SKIP() << GetParam() << " was written anew: look at the change before you keep it";
+    GTEST_SKIP() << GetParam() << " was written again: look at the change before you keep it";
   }
 }
 

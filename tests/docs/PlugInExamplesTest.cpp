@@ -1,4 +1,4 @@
-// Compares the complete examples of the format pages with what the plug-in makes of them.
+// Compares the complete examples of the format pages with the plug-in's results.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -40,7 +40,7 @@ class SettingsOnly final : public drivers::SettingsHolder {
   bool IsSNMPVersionValid(const std::string&) override { return false; }
 };
 
-// A new device 12 to which the settings element of a page was applied.
+// A new device 12. ApplyExample applies the settings element of a page to it.
 class TheDevice : public testing::Test {
  protected:
   void ApplyExample(const char* page, const char* example) {
@@ -55,7 +55,7 @@ class TheDevice : public testing::Test {
             device.GetSysNameSetting(),       device.GetTrapTargetsSetting()};
   }
 
-  // The file of the page's example, with the enterprise number of this build.
+  // Returns the file of the page's example, with the enterprise number of this build.
   static std::string NewFile() {
     std::string file = DocumentExample(kSectionPage, "new");
     const std::size_t at = file.find(kDocumentedNumber);

@@ -48,7 +48,7 @@ Background::Background(std::vector<std::string> words, std::vector<std::pair<std
   const pid_t parent = ::getpid();
   m_pid = ::fork();
   if (m_pid == 0) {
-    // Drivers in this process have threads: nothing here may take a lock.
+    // Drivers in this process have threads, so the child may not take a lock.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() == parent && ::dup2(file, 1) == 1 && ::dup2(file, 2) == 2) {
       ::execve(arguments[0], arguments.data(), inherited.data());
@@ -57,7 +57,7 @@ Background::Background(std::vector<std::string> words, std::vector<std::pair<std
   }
   ::close(file);
   if (m_pid < 0) {
-    throw std::runtime_error("no child for " + words[0]);
+    throw std::runtime_error("cannot start " + words[0]);
   }
 }
 

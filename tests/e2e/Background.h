@@ -12,8 +12,8 @@ namespace e2e {
 // A program that runs beside a test. It dies with the test, and with this object.
 class Background {
  public:
-  // `words` are the program's path and its arguments, `environment` is set beside what it inherits. What it writes goes to
-  // the file `output`. Throws std::runtime_error when it cannot be started.
+  // `words` are the program's path and its arguments; `environment` is added to the inherited environment. The program's
+  // output goes to the file `output`. Throws std::runtime_error when the program cannot be started.
   Background(std::vector<std::string> words, std::vector<std::pair<std::string, std::string>> environment,
              const std::string& output);
   ~Background();
@@ -21,9 +21,9 @@ class Background {
   Background& operator=(const Background&) = delete;
 
   pid_t Pid() const { return m_pid; }
-  // Kills and reaps it. Whether it was still running.
+  // Kills and reaps the program. Returns whether it was still running.
   bool Kill();
-  // Whether it has ended by itself; it is reaped then.
+  // Returns whether the program has ended by itself, and then reaps it.
   bool Ended();
 
  private:

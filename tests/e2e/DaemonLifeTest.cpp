@@ -1,4 +1,4 @@
-// Start, stop and reboot through the tool, and what happens to daemons from outside.
+// Daemons are started, stopped and rebooted through the tool, and killed from outside.
 #include <gmock/gmock.h>
 #include <signal.h>
 
@@ -30,7 +30,7 @@ Settings Named(const std::string& name, const std::string& read = "public") {
   return settings;
 }
 
-// The sockets of a process.
+// Returns the inodes of a process's sockets.
 std::set<std::string> Sockets(pid_t pid) {
   std::set<std::string> inodes;
   for (const fs::directory_entry& entry : fs::directory_iterator("/proc/" + std::to_string(pid) + "/fd")) {
@@ -42,14 +42,14 @@ std::set<std::string> Sockets(pid_t pid) {
   return inodes;
 }
 
-// The ports on which a process takes what comes: "udp:40161".
+// Returns the ports on which a process listens: "udp:40161".
 std::set<std::string> OpenPorts(pid_t pid) {
   const std::set<std::string> own = Sockets(pid);
   std::set<std::string> ports;
   for (const std::string protocol : {"udp", "udp6", "tcp", "tcp6"}) {
     std::ifstream table("/proc/" + std::to_string(pid) + "/net/" + protocol);
     std::string line;
-    std::getline(table, line);  // headings
+    std::getline(table, line);  // the headings
     while (std::getline(table, line)) {
       std::string number, local, remote, state, queues, timer, retries, user, timeout, inode;
       std::istringstream(line) >> number >> local >> remote >> state >> queues >> timer >> retries >> user >> timeout >>
@@ -82,8 +82,8 @@ TEST_F(TheMasterAgent, StopsAndStartsThroughTheTool) {
   EXPECT_EQ(As("public").Get(kSysName).value, "kitchen");
 }
 
-// The section names a privileged AgentX port, and the owner's line two more: several daemons could not share them, and an
-// ordinary user could not open the first.
+// The section names a privileged AgentX port, which an ordinary user cannot open. The owner's line names two more ports.
+// Several daemons could not share these ports.
 TEST_F(TheMasterAgent, OpensItsOwnPortOnly) {
   Begin("agentaddress udp:127.0.0.1:" + FreePort() + ",tcp:127.0.0.1:" + FreePort() + "\n");
   Serve(kKitchen, Named("kitchen"));
@@ -151,7 +151,7 @@ TEST_F(ADaemonThatIsKilled, IsSeenToBeGoneAndServesAgainAfterAStart) {
   EXPECT_EQ(As("public").Get(kSysName).value, "kitchen");
 }
 
-// No waiting here: the driver may or may not have noticed yet.
+// The test does not wait: the driver may or may not have noticed yet that the daemon is gone.
 TEST_F(ADaemonThatIsKilled, ComesBackWithAStartRightAfter) {
   Begin();
   Serve(kKitchen, Named("kitchen"));

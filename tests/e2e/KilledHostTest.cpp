@@ -1,4 +1,4 @@
-// Kills the real program at random moments among many changes, and looks at what it leaves.
+// Kills the real program at random moments during many changes, and checks what it leaves behind.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -27,7 +27,7 @@ namespace {
 
 using std::filesystem::exists;
 
-// Two changes that differ at both ends of the section, and foreign text of several disk blocks: a mixture would show.
+// Changes differ at both ends of the section, and the foreign text has several disk blocks, so a mixture would be noticed.
 Settings Change(const std::string& word) {
   Settings settings;
   settings.read = "read" + word;
@@ -50,7 +50,7 @@ class AHostThatIsKilled : public ARealSystem {
   static constexpr int kRequests = 200;
 
   AHostThatIsKilled() {
-    // Daemons that outlive the killed program become children of this process, so none escapes notice.
+    // Daemons that outlive the killed program become children of this process, so the test finds all of them.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     MakeDevice(kKitchen, ForeignText());
     folder.Write("odd.xml", SettingsElement(kKitchen, Change("odd")));
@@ -67,7 +67,7 @@ class AHostThatIsKilled : public ARealSystem {
   }
   ~AHostThatIsKilled() override { ::prctl(PR_SET_CHILD_SUBREAPER, 0); }
 
-  // The file after each of the changes, without the time, and the one that was there at first.
+  // Returns the file that was there at first, and the file after each change, without the time.
   std::set<std::string> PossibleFiles() {
     std::set<std::string> files = {File(kKitchen)};
     LoadAgent();
@@ -81,7 +81,7 @@ class AHostThatIsKilled : public ARealSystem {
     return files;
   }
 
-  // How often the program has said that a change was made.
+  // Returns how many changes the program has reported.
   int Changes() const {
     const std::string output = folder.Read("output");
     int changes = 0;
@@ -91,8 +91,8 @@ class AHostThatIsKilled : public ARealSystem {
     return changes;
   }
 
-  // Runs the script until that many changes were made and `moment` has come, and kills the program. False when it ended
-  // before, or never came so far.
+  // Runs the script until it has made `changes` changes, waits for `moment`, and kills the program. Returns false when the
+  // program ended before that, or never made so many changes.
   bool RunAndKill(int changes, const std::function<void()>& moment) {
     Background program({ProgramPath("devhost"), "run", "--project", folder.Path("project.xml"), "--state",
                         folder.Path("state"), folder.Path("changes.devhost")},
@@ -102,22 +102,22 @@ class AHostThatIsKilled : public ARealSystem {
     return program.Kill() && there;
   }
 
-  // Any moment. Not a wait for something: the moment is what the test is about.
+  // Waits until a random moment. This is not a wait for an event: the random moment is what the test is about.
   void Linger() { std::this_thread::sleep_for(std::chrono::microseconds(m_later(random))); }
-  // A moment at which the temporary file is there, if one can be caught: that is a matter of microseconds.
+  // Waits until the temporary file is there, if it can be caught: it exists only for microseconds.
   void AwaitWrite() const {
     for (int look = 0; look != 100000 && !exists(folder.Path("kitchen/.snmpd.conf.new")); ++look) {
     }
   }
-  // The moment after the file was touched.
+  // Waits until the file was changed.
   void AwaitNewFile() const {
     const FileMark before = Mark();
     for (int look = 0; look != 100000 && Mark() == before; ++look) {
     }
   }
 
-  // The daemons that the program left to this process die soon and are reaped. How many there were; one that goes on is a
-  // failure, and is killed.
+  // Reaps the daemons that the program left to this process, which die soon, and returns how many there were. A daemon that
+  // keeps running is a failure, and is killed.
   static int ReapDaemons() {
     int daemons = 0;
     const auto none = [&daemons] {
@@ -141,7 +141,7 @@ class AHostThatIsKilled : public ARealSystem {
   std::minstd_rand random{std::random_device{}()};
 
  private:
-  // What tells whether a file was touched: which it is, how long it is, when it was written.
+  // Shows whether a file was changed: its inode, its size, and when it was written.
   using FileMark = std::tuple<ino_t, off_t, time_t, long>;
   FileMark Mark() const {
     struct stat file = {};

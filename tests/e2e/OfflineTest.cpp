@@ -86,16 +86,16 @@ TEST_F(AFileThatChanges, WhileTheControllerIsOffLineIsNotOverwritten) {
   EXPECT_TRUE(IsDirty(kKitchen));
   EXPECT_FALSE(GetDaemon(kKitchen).pending);
 
-  // The tool sends its settings again; this time they meet the file as it is now.
+  // The tool sends its settings again, and this time they are merged into the file as it is now.
   EXPECT_EQ(SetState(kKitchen, Named("pantry")), "<Success/>");
   EXPECT_FALSE(IsDirty(kKitchen));
   EXPECT_THAT(File(kKitchen), EndsWith("good morning\nextend evening /bin/echo good evening\n"));
   EXPECT_EQ(As("public").Get(kSysName).value, "pantry");
 }
 
-// The device tells its host that there is something new to keep when it reads a file that it does not know yet: that is
-// before the agent has it written, and somebody edits it then. It says so once until it is asked, so the request is one that
-// sets nothing new: it has failed before.
+// When the device reads a file that it does not know yet, it invalidates its state. That is after the read and before the
+// write, so this is the moment at which the test edits the file. The device invalidates its state only once until the host
+// has asked for it. So the request must set nothing new, and the test sends one that has failed before.
 TEST_F(AFileThatChanges, BetweenReadAndWriteIsNotOverwritten) {
   Begin("# by hand\n");
   host->Command(kKitchen, "FailOperation", {{"operation", "CopyTo"}, {"status", "5"}, {"times", "1"}});

@@ -27,10 +27,10 @@ struct Settings {
   std::string name = {};
   std::vector<TrapTarget> traps = {};
 };
-// The element that the tool sends.
+// Returns the element that the tool sends.
 std::string SettingsElement(unsigned long id, const Settings& settings);
 
-// What the driver says of its daemon.
+// What the driver says about its daemon.
 struct Daemon {
   bool running = false;
   pid_t pid = 0;
@@ -39,9 +39,9 @@ struct Daemon {
   bool pending = false;
 };
 
-// A file without what differs from write to write.
+// Returns a file without the text that differs from write to write.
 std::string WithoutTime(std::string text);
-// Whether that daemon is there, be it as a dead child that nobody has reaped.
+// Returns whether the process exists, even as a dead child that nobody has reaped.
 bool Exists(pid_t daemon);
 
 // The built modules in a development host: the agent as driver 1, devices with real files and real daemons as 12 and 7. The
@@ -53,39 +53,39 @@ class ARealSystem : public testing::Test {
   static constexpr unsigned long kBath = 7;
 
   ARealSystem();
-  // Stops the host; daemons left behind and broken manners are failures.
+  // Stops the host. Remaining daemons and bad manners are failures.
   ~ARealSystem() override;
 
-  // The folder of a device, with that text as its snmpd.conf.
+  // Makes the folder of a device, with the text `file` as its snmpd.conf.
   void MakeDevice(unsigned long id, const std::string& file);
-  // Loads the agent, then a device into its folder, which is the one in the scratch folder unless another is named.
+  // Load the agent, and a device with its folder, which is in the scratch folder unless `folder` names another.
   void LoadAgent();
   void LoadDevice(unsigned long id, const std::string& folder = {});
-  // All of the above for the kitchen alone.
+  // Does all of the above for the kitchen alone.
   void Begin(const std::string& file = "# by hand\n");
   // Stops the host and makes a new one, with nothing loaded.
   void RestartHost();
 
-  // Commands of the tool, and what it is answered.
+  // Send a command of the tool and return the answer.
   std::string SetState(unsigned long id, const Settings& settings);
   std::string Action(unsigned long id, const std::string& name);
   bool IsDirty(unsigned long id);
-  // Commands of the driver.
+  // Send a command of the driver.
   std::string SetOnline(unsigned long id, bool online);
   Daemon GetDaemon(unsigned long id);
   int Count(unsigned long id, const std::string& operation);
 
-  // SetDeviceState and StartMasterAgent; both must succeed.
+  // Sends SetDeviceState and StartMasterAgent. Both must succeed.
   void Serve(unsigned long id, const Settings& settings);
 
   SnmpClient As(const std::string& community, unsigned long id = kKitchen);
-  // Whether a community gets nothing. Silence alone could be a daemon that is slow, so it is also asked, by somebody who
-  // may, whether it has refused just this one.
+  // Returns whether the daemon refuses a community. Without an answer the daemon could just be slow. So `asker`, who has
+  // access, also asks the daemon whether it has counted one more refusal.
   bool Refuses(const std::string& community, const SnmpClient& asker, unsigned long id = kKitchen);
 
   std::string File(unsigned long id) const;
   void WriteFile(unsigned long id, const std::string& text) const;
-  // The log lines so far.
+  // Returns the log lines so far.
   std::vector<std::string> Log() const { return observer.Texts(devhost::Occurrence::Kind::Log); }
 
   testsupport::ScratchFolder folder;
@@ -98,7 +98,7 @@ class ARealSystem : public testing::Test {
   void Load(unsigned long id, const std::string& name, const std::string& module, const std::string& config);
   void StopHost();
 
-  std::vector<pid_t> m_daemons;  // all that were seen
+  std::vector<pid_t> m_daemons;  // every daemon that a test has seen
 };
 
 }  // namespace e2e

@@ -1,4 +1,4 @@
-// What somebody edits in the tool comes back over SNMP from the daemon.
+// The daemon serves over SNMP what somebody edits in the tool.
 #include <gmock/gmock.h>
 #include <sys/utsname.h>
 
@@ -29,7 +29,7 @@ Settings Kitchen() {
   return settings;
 }
 
-// The object behind the first line that a program of an extend line prints.
+// Returns the object whose value is the first line that the program of an extend line prints.
 std::string ExtendOutput(const std::string& name) {
   std::string object = ".1.3.6.1.4.1.8072.1.3.2.3.1.1." + std::to_string(name.size());
   for (const char letter : name) {
@@ -64,7 +64,7 @@ TEST_F(TheDaemon, ServesAChangeAtOnceWhenItRuns) {
 TEST_F(TheDaemon, ServesTheOldSectionOfADeviceThatIsNewToTheTool) {
   Begin();
   Serve(kKitchen, Kitchen());
-  // The same file in the hands of a device that holds nothing yet.
+  // Another device, which holds nothing yet, gets the same file.
   folder.Write("bath/snmpd.conf", File(kKitchen));
   LoadDevice(kBath);
   host->Command(kAgent, "GetDeviceList", {});
@@ -123,7 +123,7 @@ TEST_F(Communities, ThatAreWrongGetNothing) {
   }
 }
 
-TEST_F(Communities, ThatAreEmptyLetNobodyInButWhomTheOwnerLetsIn) {
+TEST_F(Communities, ThatAreEmptyAdmitOnlyWhomTheOwnersLinesAdmit) {
   Begin("rocommunity owner\n");
   Settings settings = Kitchen();
   settings.read.clear();

@@ -9,11 +9,11 @@
 namespace e2e {
 namespace {
 
-// Patience costs nothing where an answer comes.
+// Time-outs in seconds. A long one costs nothing when an answer comes.
 constexpr char kPatient[] = "10";
 constexpr char kImpatient[] = "0.2";
 
-// The bytes of "41 64 61 ", which may go over several lines.
+// Returns the bytes of a text such as "41 64 61 ", which may have several lines.
 std::string FromHex(const std::string& text) {
   std::istringstream digits(text);
   std::string bytes;
@@ -29,7 +29,8 @@ std::string Trimmed(const std::string& text) {
   return end == std::string::npos ? std::string() : text.substr(0, end + 1);
 }
 
-// What stands behind " = ": "Hex-STRING: 41 42", "INTEGER: 5", "\"\"", "No Such Object available on this agent at this OID".
+// Reads the text behind " = ": "Hex-STRING: 41 42", "INTEGER: 5", "\"\"", "No Such Object available on this agent at this
+// OID".
 Answer ReadValue(const std::string& text) {
   if (text.rfind("No Such ", 0) == 0) {
     return {"", text.rfind("No Such Object", 0) == 0 ? "noSuchObject" : "noSuchInstance"};
@@ -39,13 +40,13 @@ Answer ReadValue(const std::string& text) {
   }
   const std::size_t colon = text.find(": ");
   if (colon == std::string::npos) {
-    throw std::runtime_error("a value of no known type: " + text);
+    throw std::runtime_error("a value of an unknown type: " + text);
   }
   const std::string value = text.substr(colon + 2);
   return {text.compare(0, colon, "Hex-STRING") == 0 ? FromHex(value) : Trimmed(value), ""};
 }
 
-// An object begins a line with its identifier; a long value goes on in the next lines.
+// The line of an object begins with its identifier. A long value continues in the next lines.
 std::map<std::string, Answer> ReadObjects(const std::string& output) {
   std::map<std::string, std::string> texts;
   std::istringstream lines(output);
@@ -117,7 +118,7 @@ std::string SnmpClient::Run(const std::string& program, const std::string& patie
   if (run.words[0].empty()) {
     throw std::runtime_error(program + " is missing: install the package snmp");
   }
-  // Numeric names and no MIB files; strings always in hexadecimal, so that no byte is lost.
+  // Names are numeric, without MIB files. Strings are always hexadecimal, so that no byte is lost.
   for (const std::string& word : {std::string("-v2c"), std::string("-c"), m_community, std::string("-t"), patience,
                                   std::string("-r"), std::string("0"), std::string("-m"), std::string(), std::string("-M"),
                                   std::string(), std::string("-OnxUe"), m_address}) {

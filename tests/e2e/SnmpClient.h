@@ -16,29 +16,29 @@ inline constexpr char kSysServices[] = ".1.3.6.1.2.1.1.7.0";
 inline constexpr char kSystemGroup[] = ".1.3.6.1.2.1.1";
 inline constexpr char kBadCommunities[] = ".1.3.6.1.2.1.11.4.0";  // requests refused for their community
 inline constexpr char kFailureTraps[] =
-    ".1.3.6.1.2.1.11.30.0";  // whether refusals are trapped: 1 or 2; writable, at first 2
+    ".1.3.6.1.2.1.11.30.0";  // whether a refusal sends a trap: 1 or 2; writable, at first 2
 
-// What came back for one object.
+// The answer for one object.
 struct Answer {
   std::string value;  // the bytes of a string, the digits of a number or an object identifier
   std::string error;  // empty when there is a value; "timeout", "noAccess", "notWritable", "noSuchObject", ...
 };
-// Prints one in a failed test.
+// Shows an answer in a failed test.
 std::ostream& operator<<(std::ostream& stream, const Answer& answer);
 
-// Somebody with a community, snmpget, snmpset and snmpwalk. Each request is one run of the real program.
+// A client with a community, which runs the real programs snmpget, snmpset and snmpwalk, once for each request.
 class SnmpClient {
  public:
-  // `address` as the programs want it: "udp:127.0.0.1:40161".
+  // `address` has the form that the programs need: "udp:127.0.0.1:40161".
   SnmpClient(std::string address, std::string community)
       : m_address(std::move(address)), m_community(std::move(community)) {}
 
   Answer Get(const std::string& object) const;
-  // The same for somebody who expects no answer, and waits no longer than he must to say that there was none.
+  // The same when no answer is expected: waits only a short time.
   Answer GetNothing(const std::string& object) const;
-  // `type` as snmpset names it: "i" for a number, "s" for a string.
+  // `type` is that of snmpset: "i" for a number, "s" for a string.
   Answer Set(const std::string& object, const std::string& type, const std::string& value) const;
-  // Everything below an object, by object identifier.
+  // Returns everything below an object, by object identifier.
   std::map<std::string, std::string> Walk(const std::string& object) const;
 
  private:

@@ -37,7 +37,7 @@ class Socket {
   Socket(const Socket&) = delete;
   Socket& operator=(const Socket&) = delete;
 
-  // Port 0 is any that is free. The port that it got.
+  // Binds to a free port and returns it.
   std::string Bind() const {
     sockaddr_in address = Loopback(0);
     socklen_t size = sizeof address;
@@ -48,7 +48,7 @@ class Socket {
     return std::to_string(ntohs(address.sin_port));
   }
 
-  // Whether somebody there answers a datagram soon. Connected, so that a closed port is noticed at once.
+  // Returns whether a datagram to the port is answered soon. The socket is connected, so that a closed port fails at once.
   bool Asks(const std::string& port, const std::string& datagram) const {
     const sockaddr_in address = Loopback(static_cast<std::uint16_t>(std::stoul(port)));
     ::connect(m_handle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
@@ -70,7 +70,7 @@ class Socket {
   int m_handle;
 };
 
-// SNMPv3 discovery: every engine answers it with a report, whatever it lets in otherwise.
+// Sends an SNMPv3 discovery. Every engine answers it with a report, whatever else it refuses.
 bool Listens(const std::string& port) {
   static const char kDiscovery[] =
       "\x30\x39\x02\x01\x03\x30\x0f\x02\x02\x01\x02\x02\x03\x00\xff\xe3\x04\x01\x04\x02\x01\x03\x04\x10\x30\x0e\x04\x00\x02"
@@ -79,7 +79,8 @@ bool Listens(const std::string& port) {
   return Socket().Asks(port, std::string(kDiscovery, sizeof kDiscovery - 1));
 }
 
-// "TRAP|from|TRAP2, SNMP v2c, community NAME|... = OID: KIND" with tabs between the values. False for other lines.
+// Reads "TRAP|from|TRAP2, SNMP v2c, community NAME|... = OID: KIND" with tabs between the values. Returns false for other
+// lines.
 bool ReadTrap(const std::string& line, Trap& trap) {
   const std::string community = "community ";
   const std::string kind = ".1.3.6.1.6.3.1.1.4.1.0 = OID: ";
@@ -96,7 +97,7 @@ bool ReadTrap(const std::string& line, Trap& trap) {
 
 std::vector<Trap> ReadTraps(const std::string& output) {
   std::vector<Trap> traps;
-  std::istringstream lines(output.substr(0, output.rfind('\n') + 1));  // not the line that is being written
+  std::istringstream lines(output.substr(0, output.rfind('\n') + 1));  // without a line that is still being written
   std::string line;
   Trap trap;
   while (std::getline(lines, line)) {
@@ -123,7 +124,7 @@ std::string FreePort() {
 
 TrapReceiver::TrapReceiver() {
   m_folder.Write("snmptrapd.conf", "disableAuthorization yes\n");
-  // Somebody else may take the port in the moment between.
+  // Another process may take the free port before the program does.
   for (int attempt = 0; attempt != 5; ++attempt) {
     if (Start()) {
       return;

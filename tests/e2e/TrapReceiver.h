@@ -15,21 +15,21 @@ inline constexpr char kShutdown[] = ".1.3.6.1.4.1.8072.4.0.2";
 
 struct Trap {
   std::string kind;       // an object identifier
-  std::string community;  // bytes beyond ASCII as dots: so the program prints them
+  std::string community;  // with dots for bytes beyond ASCII, as the program prints them
 };
 bool operator==(const Trap& left, const Trap& right);
 std::ostream& operator<<(std::ostream& stream, const Trap& trap);
 
-// A real snmptrapd on a port of its own, that takes traps of any community.
+// A real snmptrapd on a port of its own. It accepts traps of any community.
 class TrapReceiver {
  public:
-  // Returns when it listens. Throws std::runtime_error when it cannot.
+  // Returns when the program listens. Throws std::runtime_error when it cannot.
   TrapReceiver();
 
-  // Its UDP port on 127.0.0.1.
+  // Returns its UDP port on 127.0.0.1.
   const std::string& Port() const { return m_port; }
-  // All traps that were sent here before this call, in order. Datagrams of one machine do not overtake each other: once a
-  // trap of our own has come through, the others have, too.
+  // Returns all traps that were sent here before this call, in order. Sends a trap of its own and waits for it: datagrams of
+  // one machine do not overtake each other, so the others have arrived, too.
   std::vector<Trap> Traps();
 
  private:
@@ -42,7 +42,7 @@ class TrapReceiver {
   int m_marks = 0;
 };
 
-// A UDP port of 127.0.0.1 that nobody has at the moment.
+// Returns a UDP port of 127.0.0.1 that is free at the moment.
 std::string FreePort();
 
 }  // namespace e2e

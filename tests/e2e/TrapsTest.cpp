@@ -1,4 +1,4 @@
-// Trap targets hear of the daemon.
+// Trap targets get traps from the daemon.
 #include <gmock/gmock.h>
 
 #include "tests/e2e/RealSystem.h"
@@ -46,8 +46,8 @@ TEST_F(TrapTargets, ThatChangeHearTheOldDaemonGoOrTheNewOneCome) {
   EXPECT_THAT(second.Traps(), ElementsAre(Trap{kColdStart, "beta"}, Trap{kShutdown, "beta"}));
 }
 
-// The daemon takes a quoted community of a trap2sink line apart at its spaces. The section is written so all the same; the
-// daemon leaves that target out and serves the rest.
+// The daemon cuts a quoted community of a trap2sink line at its spaces. The section is still written like that: the daemon
+// ignores this target and serves the rest.
 TEST_F(TrapTargets, WithASpaceInTheCommunityHearNothing) {
   Begin();
   Serve(kKitchen,

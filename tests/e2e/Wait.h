@@ -6,7 +6,7 @@
 
 namespace e2e {
 
-// Looks again and again until `there` is true; false when it was not by a deadline that only a hung program meets.
+// Calls `there` again and again until it is true. Returns false after a deadline that only a hung program reaches.
 template <typename Predicate>
 bool Eventually(const Predicate& there) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);

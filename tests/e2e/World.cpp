@@ -28,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kFolderName[] = "SNMP_E2E_FOLDER";  // set inside
+constexpr char kFolderName[] = "SNMP_E2E_FOLDER";  // set inside the world
 constexpr char kDiskName[] = "SNMP_E2E_DISK";
 constexpr unsigned int kNobody = 65534;
 
@@ -41,8 +41,8 @@ void Print(const std::string& line) {
   std::fflush(stdout);
 }
 
-// The built files, laid out as in the build folder, so that the program finds its modules, and those of the project that
-// tests read.
+// Copies the built files, laid out as in the build folder so that the program finds its modules, and the project's files
+// that the tests read.
 void CopyBuild(const fs::path& folder) {
   for (const char* const room : {"bin", "lib", "tests", "source", "tmp", "disk"}) {
     fs::create_directory(folder / room);
@@ -56,7 +56,7 @@ void CopyBuild(const fs::path& folder) {
     fs::copy_file(library, folder / "lib" / fs::path(library).filename());
   }
   fs::copy_file("/proc/self/exe", folder / "tests/e2e");
-  // The modes came along, and a project may be root's alone.
+  // The modes were copied, too, and perhaps only root may read the project.
   const fs::perms exec = fs::perms::owner_exec;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
     const bool open = (entry.status().permissions() & exec) != fs::perms::none;
@@ -75,8 +75,8 @@ void WriteFile(const char* path, const std::string& text) {
   }
 }
 
-// A user namespace gives an ordinary user the right to the other two. It stays who it is inside, and the rights go with the
-// next exec.
+// Inside a user namespace, an ordinary user may make the other two namespaces. The process keeps its user, and loses the
+// rights at the next exec.
 void EnterUserNamespace() {
   const std::string user = std::to_string(::getuid());
   const std::string group = std::to_string(::getgid());
@@ -115,7 +115,7 @@ void MountDisk(const std::string& path, uid_t owner) {
   }
 }
 
-// Makes one part of the world, or says why the tests go on without.
+// Makes one part of the world, or prints why the tests run without it.
 template <typename Make>
 bool Try(const char* with, const char* without, const Make& make) {
   try {
@@ -133,7 +133,7 @@ bool BecomeOrdinary() {
          ::setresuid(kNobody, kNobody, kNobody) == 0;
 }
 
-// In the child: everything up to the program inside. Returns only when that could not be started.
+// Runs in the child: makes the world and starts the program inside. Returns only when that fails.
 int Enter(const fs::path& folder, bool drop, char** argv) {
   if (::geteuid() != 0) {
     Try("a user namespace", "no namespaces", EnterUserNamespace);
@@ -148,9 +148,9 @@ int Enter(const fs::path& folder, bool drop, char** argv) {
     Print(Reason("not run: cannot become user 65534"));
     return kNotRun;
   }
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a change of user has undone it
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // again, because the change of user has cleared it
   const std::string program = folder / "tests/e2e";
-  if (::chdir((folder / "tmp").c_str()) != 0) {  // where it is now, this user may not be allowed
+  if (::chdir((folder / "tmp").c_str()) != 0) {  // this user may not have access to the current folder
     Print(Reason("cannot enter a folder"));
     return 1;
   }

@@ -1,4 +1,4 @@
-// Folders in which nothing can be written: the tool is told, the old file stays whole and is served.
+// When a folder cannot be written to, the tool gets an error, and the old file stays intact and is served.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -25,7 +25,7 @@ Settings Named(const std::string& name) {
   return settings;
 }
 
-// Takes what room is left on a disk, until it is destroyed.
+// Fills the rest of a disk, until it is destroyed.
 class Filler {
  public:
   explicit Filler(const std::string& folder) : m_path(folder + "/filler") {

@@ -1,4 +1,4 @@
-// e2e --as-root|--as-user [ARGUMENT OF THE TEST LIBRARY...]: the tests of this room, in a world of their own.
+// e2e --as-root|--as-user [ARGUMENT OF THE TEST LIBRARY...]: runs the tests of this room in a world of their own.
 #include <gtest/gtest.h>
 
 #include <cstdio>

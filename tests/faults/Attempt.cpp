@@ -27,7 +27,7 @@ std::size_t ChildrenOf(const H7XML::INode& node) {
   return count;
 }
 
-// What the agent cannot do; null when it can do everything.
+// Returns what the agent cannot do, or null when it can do everything.
 const char* Unable(World& world) {
   HostedAgent& agent = *world.agent;
   agent->AddSNMPDevice(4, &world.Device(4));
@@ -89,12 +89,12 @@ bool Attempt::Run() {
   const std::size_t liveXml = devhost::LiveXmlObjects();
   m_ending = m_faults.Run(
       m_world.journal, [this] { m_operation.run(m_world); }, CallingBack());
-  Expect(EndedWell(), "the fault did not come out as it was thrown, or came out where it must be kept in");
+  Expect(EndedWell(), "the fault did not come out as it was thrown, or came out where it must be dropped");
   if (m_faults.Thrown() == 0) {
     CheckUndisturbed();
   }
   m_world.reply.Reset();
-  Expect(devhost::LiveXmlObjects() == liveXml, "XML objects are held that nobody holds");
+  Expect(devhost::LiveXmlObjects() == liveXml, "XML objects are alive, but nobody holds them");
   if (!m_world.agent) {
     CheckWhatDestructionDid();
   }
@@ -107,7 +107,7 @@ bool Attempt::Run() {
     UseOtherwise();
     DestroyCleanly();
   }
-  Expect(devhost::LiveXmlObjects() == liveXml, "XML objects are held when the agent is gone");
+  Expect(devhost::LiveXmlObjects() == liveXml, "XML objects are still held after the agent is gone");
   Expect(m_misuses.count == 0, "an XML object was released too often or used after its end");
   for (const boost::weak_ptr<SNMPDevice>& record : m_records) {
     Expect(record.expired(), "a record outlived the agent");
@@ -157,7 +157,7 @@ bool Attempt::EndedWell() const {
   if (m_operation.passes == Passes::Never || m_faults.Thrown() == m_keptInByDevice) {
     return returned;
   }
-  // The first one that no device has dropped.
+  // The first fault that no device has dropped must come out.
   return m_ending.how == Ending::How::ThrewAFault && m_ending.number == m_keptInByDevice + 1;
 }
 
@@ -179,7 +179,7 @@ bool Attempt::AnyManaged() const {
 }
 
 void Attempt::CheckWhatDestructionDid() {
-  // A host that fails to take something back keeps it; there is nothing that the agent could do about it.
+  // A host that fails to unregister something keeps it; the agent cannot change that.
   Expect(LeftInHost() <= KeptIn(), "the host was left with a listener or an instance of an agent that is gone");
   if (m_operation.stage != Stage::Running || m_callBack != nullptr) {
     return;
@@ -205,13 +205,13 @@ void Attempt::CheckUndisturbed() {
 }
 
 void Attempt::CheckResult() {
-  Expect(TakeResult(m_world) == m_reference.result, "the result is not that of a world without faults");
+  Expect(TakeResult(m_world) == m_reference.result, "the result differs from that in a world without faults");
   if (m_callBack != nullptr) {
-    // What the device did itself has left its traces.
+    // The device has changed things itself, so the descriptions differ.
     return;
   }
   const std::string description = m_world.Description();
-  Expect(description == m_reference.description, "what the operation left is not what it leaves in a world without faults");
+  Expect(description == m_reference.description, "the operation left another state than in a world without faults");
 }
 
 void Attempt::DoAgain() {
@@ -227,7 +227,7 @@ void Attempt::DoAgain() {
     const std::string disorder = m_world.Disorder();
     Expect(disorder.empty(), disorder.c_str());
   } catch (const std::exception& error) {
-    Expect(false, (std::string("done again, the operation throws: ") + error.what()).c_str());
+    Expect(false, (std::string("the repeated operation throws: ") + error.what()).c_str());
   }
 }
 

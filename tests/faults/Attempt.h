@@ -12,25 +12,25 @@
 
 namespace faults {
 
-// A device that calls back into the agent from inside a call that reaches it. Faults strike from then on: what happens
-// before is the same as without it.
+// A device that calls back into the agent from inside a call that it gets. Faults strike only from that call on, because
+// before it everything is the same as without a call back.
 struct CallBack {
   void (*run)(World&, unsigned long self);
-  std::string from;    // the call, as the journal notes it; only the first such call
-  bool keepsFaultsIn;  // the device drops what the agent throws at it
+  std::string from;    // the call, as the journal records it; only the first such call counts
+  bool keepsFaultsIn;  // the device catches and drops what the agent throws
 };
 
-// What an operation comes to and leaves behind in a world where nothing fails.
+// The result of an operation, and the state that it leaves, in a world where nothing fails.
 struct Reference {
   std::string result;
   std::string description;
 };
 Reference ReferenceOf(const Operation& operation);
 
-// One run of an operation in a world of its own, with a fault at one place, and a look at what is left of the world.
+// One run of an operation in a world of its own, with a fault at one place, and the checks of that world afterwards.
 class Attempt {
  public:
-  // `complaints` gets what is wrong. `callBack` may be null.
+  // Adds what is wrong to `complaints`. `callBack` may be null.
   Attempt(const Operation& operation, const Reference& reference, const FaultKind& kind, unsigned int k,
           const CallBack* callBack, std::vector<std::string>& complaints);
 
@@ -41,9 +41,9 @@ class Attempt {
   void Expect(bool holds, const char* complaint);
   void NoteRecords();
   std::function<void(const std::string&)> CallingBack();
-  // Whether the fault came out as it must.
+  // Returns whether the fault came out as it must.
   bool EndedWell() const;
-  // Faults that went no further than the operation.
+  // Returns the number of faults that did not come out of the operation.
   unsigned int KeptIn() const;
   std::size_t LeftInHost() const;
   void CheckWhatDestructionDid();
@@ -54,7 +54,7 @@ class Attempt {
   void DestroyCleanly();
   bool AnyManaged() const;
 
-  // Hears of XML objects that are released too often or used after their end. First in, last out.
+  // Counts XML objects that are released too often or used after their end. It is the first member, so it is destroyed last.
   class Misuses final : public devhost::XmlMisuseSink {
    public:
     Misuses() : m_former(devhost::SetXmlMisuseSink(this)) {}

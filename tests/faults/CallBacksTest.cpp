@@ -1,5 +1,5 @@
-// Devices that call back into the agent from inside an operation, in which then a fault strikes: while the device calls
-// back, or later.
+// Devices call back into the agent from inside an operation. A fault strikes during the call back, or later in the
+// operation.
 #include <gmock/gmock.h>
 
 #include <string>

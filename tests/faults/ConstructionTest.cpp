@@ -1,4 +1,4 @@
-// The last step of construction makes the fixed texts: it calls nobody, only memory can fail.
+// The last step of construction makes the fixed texts. It calls nothing outside, so only memory can fail.
 #include <gmock/gmock.h>
 
 #include "tests/faults/Faults.h"
@@ -23,7 +23,7 @@ TEST(TheLastStepOfConstruction, TakesAllListenersBackWhenMemoryFails) {
     EXPECT_THAT(world.host.Listeners(), testing::IsEmpty()) << "k = " << k;
     failedInTheLastStep += world.journal.Calls() == all ? 1 : 0;
   }
-  // One allocation for each of the seven texts.
+  // There is one allocation for each of the seven texts.
   EXPECT_GE(failedInTheLastStep, 7);
 }
 

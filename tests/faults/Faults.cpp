@@ -32,7 +32,7 @@ Ending Faults::Run(Journal& journal, const std::function<void()>& work,
       }
     });
   }
-  // The work ends in here, so that nothing of the exception's handling is hit by a fault.
+  // The faults are disarmed in here, so that none strikes while the exception is handled.
   const std::function<void()> armed = [this, &work] {
     struct Armed {
       ~Armed() {

@@ -13,12 +13,12 @@
 
 namespace faults {
 
-// What goes wrong.
+// A kind of fault.
 struct FaultKind {
   const char* name;
   bool allocations;  // allocations fail; otherwise calls into the host or into a device throw
-  bool lasting;      // all that follow fail too, as long as the faults are armed
-  bool foreign;      // what a call throws is derived from no standard exception
+  bool lasting;      // all later ones fail, too, as long as the faults are armed
+  bool foreign;      // what a call throws is not derived from std::exception
 };
 
 constexpr FaultKind kFaultKinds[] = {{"AnAllocationFails", true, false, false},
@@ -32,7 +32,7 @@ inline void PrintTo(const FaultKind& kind, std::ostream* out) {
   *out << kind.name;
 }
 
-// What faults throw. The number, 1 for the first that was thrown, tells them apart.
+// What faults throw. The number tells them apart; the first fault has 1.
 struct NoMemory : std::bad_alloc {
   explicit NoMemory(unsigned int which) : number(which) {}
   unsigned int number;
@@ -45,18 +45,18 @@ struct Foreign {
   unsigned int number;
 };
 
-// How a piece of work that faults were let loose on ended.
+// How a piece of work with faults has ended.
 struct Ending {
   enum class How { Returned, ThrewAFault, ThrewSomethingElse };
   How how = How::Returned;
-  unsigned int number = 0;  // of the fault that came out
+  unsigned int number = 0;  // the number of the fault that came out
 };
 
 // Lets something fail while a piece of work runs: the `k`-th allocation or call, counted from 1.
 //
-// Every allocation counts, whoever makes it: the plug-in, the XML library, the recording fakes. None of them may lose one,
-// and all of them pass it on, but for what must not throw: the base's end and the log line drop what they cannot do. A call
-// is what the journal hears of, and each call into the XML library but AddRef and Release.
+// Every allocation counts, whether the plug-in, the XML library or the recording fakes make it. None of them may lose memory
+// when a fault strikes, and all pass the fault on, except what must not throw: the base's destruction and the log line drop
+// it. A call is what the journal records, and each call into the XML library except AddRef and Release.
 class Faults : private devhost::XmlObserver, private AllocationObserver {
  public:
   Faults(const FaultKind& kind, unsigned int k) : m_kind(kind), m_k(k) {}
@@ -64,18 +64,18 @@ class Faults : private devhost::XmlObserver, private AllocationObserver {
   Faults(const Faults&) = delete;
   Faults& operator=(const Faults&) = delete;
 
-  // Runs `work` with the faults armed, once. `onCall` runs from inside each call that the journal hears of and that does
-  // not fail.
+  // Runs `work` once with the faults armed. `onCall` runs from inside each call that the journal records and that does not
+  // fail.
   Ending Run(Journal& journal, const std::function<void()>& work,
              const std::function<void(const std::string&)>& onCall = nullptr);
 
-  // Nothing counts until `Begin`, which is called while the work runs.
+  // After `WaitForBegin`, nothing counts until `Begin`, which is called while the work runs.
   void WaitForBegin() { m_waits = true; }
   void Begin() { m_waits = false; }
 
-  // How many faults were thrown.
+  // Returns how many faults were thrown.
   unsigned int Thrown() const { return m_thrown; }
-  // The call that failed first; empty when none did.
+  // Returns the call that failed first, or an empty text.
   const std::string& FailedCall() const { return m_failedCall; }
 
  private:

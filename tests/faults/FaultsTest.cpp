@@ -1,4 +1,4 @@
-// The faults themselves.
+// Tests of the faults themselves.
 #include "tests/faults/Faults.h"
 
 #include <gmock/gmock.h>
@@ -23,7 +23,7 @@ constexpr FaultKind kOneCall = faults::kFaultKinds[2];
 constexpr FaultKind kAllCalls = faults::kFaultKinds[3];
 constexpr FaultKind kForeign = faults::kFaultKinds[4];
 
-// No new-expression: the compiler may leave those out.
+// This does not use a new-expression, because the compiler may optimise it away.
 void Allocate() {
   ::operator delete(::operator new(1));
 }
@@ -102,7 +102,7 @@ TEST_F(AFault, StrikesCallsToHostDevicesAndXmlInTheirOrder) {
   }
 }
 
-TEST_F(AFault, TellsWhatWasThrownFromSomethingElse) {
+TEST_F(AFault, IsToldApartFromOtherExceptions) {
   Faults foreign(kForeign, 1);
   Expect(foreign.Run(journal, [this] { EXPECT_THROW(journal.Note("a call"), Foreign); }), Ending::How::Returned, 0);
   Faults translated(kOneCall, 1);

@@ -12,7 +12,7 @@
 namespace faults {
 namespace {
 
-// In front of each block; the rest of the room in front only keeps the alignment.
+// The label stands in front of each block. The rest of the space in front of the block is only for the alignment.
 struct Label {
   std::uint32_t state;
   std::uint32_t form;

@@ -3,25 +3,26 @@
 
 #include <cstddef>
 
-// The memory of this test program. Its global operator new and delete are replaced: they count what is alive, let a test
-// fail an allocation, and end the program with a message when a block is given back twice or in another way than it was got.
+// The memory of this test program. It replaces the global operator new and delete: they count live blocks, and a test can
+// let an allocation fail. They end the program with a message when a block is released twice, or with the wrong kind of
+// delete.
 namespace faults {
 
-// How many blocks from operator new have not been given back.
+// Returns how many blocks from operator new have not been released.
 std::size_t LiveBlocks() noexcept;
 
-// Hears of each allocation of this thread before it is made. It does not allocate itself.
+// Is called for each allocation of this thread before it is made. It must not allocate itself.
 class AllocationObserver {
  public:
-  // May throw: the allocation then is not made, and this is what comes out of operator new. Not told of those allocations
-  // that must not throw.
+  // May throw: then the allocation is not made, and the exception comes out of operator new. It is not called for
+  // allocations that must not throw.
   virtual void OnAllocation() = 0;
 
  protected:
   ~AllocationObserver() = default;
 };
 
-// One observer for each thread; null (the initial state) for none.
+// Sets the observer of this thread. Null, the initial state, means no observer.
 void SetAllocationObserver(AllocationObserver* observer) noexcept;
 
 }  // namespace faults

@@ -92,7 +92,7 @@ const std::vector<Operation> kOperations = {
      [](W& w) {
        Command(w, "StartMasterAgent", {{"deviceId", "5"}});
      }},
-    // What device drivers call.
+    // Calls of device drivers.
     {"AddSNMPDevice", kRuns, kOut, [](W& w) { w.Announce(4); }},
     {"AddSNMPDeviceAgain", kRuns, kOut, [](W& w) { w.Published().AddSNMPDevice(5, &w.Device(4)); }},
     {"AddSNMPDeviceThatIsNull", kRuns, kNever, [](W& w) { w.Agent()->AddSNMPDevice(4, nullptr); }},

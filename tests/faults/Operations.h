@@ -9,16 +9,16 @@
 
 namespace faults {
 
-// What becomes of a fault that strikes inside an operation.
+// What happens to a fault that strikes inside an operation.
 enum class Passes {
   Through,  // it comes out of the operation, unchanged
-  Never     // it is kept in: what is called must not throw, or has nothing to say in the end
+  Never     // the operation drops it, because it must not throw or its result does not matter
 };
 
 // One operation of the agent, as its host or a device calls it.
 struct Operation {
   const char* name;
-  Stage stage;  // where it begins
+  Stage stage;  // the stage of the agent's life before the operation
   Passes passes;
   void (*run)(World&);  // leaves its result in the world's `reply` and `answer`
 };

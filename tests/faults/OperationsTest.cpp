@@ -1,4 +1,4 @@
-// Each operation of the agent, with each kind of fault at each place.
+// Runs each operation of the agent with each kind of fault at each place.
 #include <gmock/gmock.h>
 
 #include <string>

@@ -5,8 +5,8 @@
 namespace faults {
 namespace {
 
-// The XML library keeps the memory of its last objects for a while. Once that place is full, each object that goes there
-// frees another one, and blocks can be counted.
+// The XML library keeps the memory of its last released objects for a while. Once this quarantine is full, each object that
+// enters it frees another one, so the number of blocks stays the same.
 void FillXmlQuarantine() {
   for (int i = 0; i != 1100; ++i) {
     H7XML::CreateXmlNode("x", "");

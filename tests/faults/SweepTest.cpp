@@ -1,4 +1,4 @@
-// The sweep, let loose on operations that lose something.
+// Tests the sweep with operations that lose something.
 #include "tests/faults/Sweep.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ using testing::HasSubstr;
 constexpr faults::FaultKind kAnAllocationFails = faults::kFaultKinds[0];
 constexpr faults::FaultKind kACallThrows = faults::kFaultKinds[2];
 
-// What the broken operations below lose, until the end of a test.
+// Holds what the broken operations below lose, until the end of a test.
 struct Lost {
   std::vector<h7::auto_com<H7XML::INode>> nodes;
   std::vector<boost::shared_ptr<SNMPDevice>> records;
@@ -53,7 +53,7 @@ TEST_F(ASweep, CountsTheFaultsAndDoesNotComplainWhenAllIsWell) {
   const Operation operation = {"Announce", Stage::Running, Passes::Through, Announce};
   const faults::SweepResult result = faults::Sweep(operation, kACallThrows);
   EXPECT_THAT(result.complaints, testing::IsEmpty());
-  // The notification's node, its child, and the sending.
+  // They are the notification's node, its child, and the sending.
   EXPECT_EQ(result.faults, 3U);
 }
 
@@ -81,7 +81,7 @@ TEST_F(ASweep, SeesAFaultThatBecomesAnother) {
                              try {
                                world.Announce(4);
                              } catch (const std::runtime_error& error) {
-                               // Sliced.
+                               // This slices the exception.
                                throw std::runtime_error(error);
                              }
                            }),
@@ -99,7 +99,7 @@ TEST_F(ASweep, SeesANodeThatIsNotReleasedWhenTheNextCallFails) {
                                throw;
                              }
                            }),
-              Contains(HasSubstr("XML objects are held that nobody holds")));
+              Contains(HasSubstr("XML objects are alive, but nobody holds them")));
 }
 
 TEST_F(ASweep, SeesANodeThatIsReleasedTwiceWhenTheNextCallFails) {
@@ -121,7 +121,7 @@ TEST_F(ASweep, SeesARecordThatIsHeld) {
     s_lost->records.push_back(world.State().devices.at(5));
     world.Announce(4);
   });
-  EXPECT_THAT(complaints, Contains(HasSubstr("the record of 5 is held by somebody besides the registry")));
+  EXPECT_THAT(complaints, Contains(HasSubstr("the record of 5 is held by others than the registry")));
   EXPECT_THAT(complaints, Contains(HasSubstr("a record outlived the agent")));
 }
 
@@ -176,7 +176,7 @@ TEST_F(ASweep, SeesAResultThatDependsOnWhatFailedBefore) {
                              world.answer = ++s_lost->count;
                              world.Announce(4);
                            }),
-              Contains(HasSubstr("the result is not that of a world without faults")));
+              Contains(HasSubstr("the result differs from that in a world without faults")));
 }
 
 TEST_F(ASweep, SeesAnOperationThatDoesNotWorkASecondTime) {
@@ -188,16 +188,16 @@ TEST_F(ASweep, SeesAnOperationThatDoesNotWorkASecondTime) {
                              world.Device(5).dirty = true;
                              world.Announce(4);
                            }),
-              Contains(HasSubstr("done again, the operation throws: no second time")));
+              Contains(HasSubstr("the repeated operation throws: no second time")));
 }
 
-TEST_F(ASweep, SeesWhatAnOperationLeftOtherwise) {
+TEST_F(ASweep, SeesThatAnOperationLeftSomethingElse) {
   EXPECT_THAT(ComplaintsOf(Passes::Through,
                            [](World& world) {
                              world.Device(7).sysName += "x";
                              world.Announce(4);
                            }),
-              Contains(HasSubstr("what the operation left is not what it leaves in a world without faults")));
+              Contains(HasSubstr("the operation left another state than in a world without faults")));
 }
 
 TEST_F(ASweep, SeesADeviceThatNeverCallsBack) {

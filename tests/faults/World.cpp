@@ -24,7 +24,7 @@ const char kPersisted[] =
     "<variable deviceid=\"99\" variableid=\"1\" name=\"a variable that is gone\" snmpTrapEnabled=\"true\"/>"
     "</variables></SNMPState>";
 
-// What the host lists, hidden ones and one that it does not know when it is asked among it.
+// The host's list. It includes a hidden variable, and one that the host does not find when it is asked for it.
 const char kVariableList[] =
     "<variables><variable deviceid=\"5\" variableid=\"1\" hidden=\"0\"/><variable deviceid=\"5\" variableid=\"2\" "
     "hidden=\"0\"/>"
@@ -206,7 +206,7 @@ std::string World::Disorder() {
       return record + " is missing or another device's";
     }
     if (entry.second.use_count() != 1) {
-      return record + " is held by somebody besides the registry";
+      return record + " is held by others than the registry";
     }
   }
   const std::pair<const char*, VariableMap*> maps[] = {{"the map of variables", &state.deviceVariables},

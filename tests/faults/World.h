@@ -16,10 +16,10 @@
 
 namespace faults {
 
-// How far the agent's life has come before an operation.
+// The stage of the agent's life before an operation.
 enum class Stage { NoAgent, Constructed, Running };
 
-// A variable that notes its calls, "5/1.GetName", so that they can fail.
+// A variable that records its calls, "5/1.GetName", so that they can fail.
 class NotedVariable : public FakeVariable {
  public:
   NotedVariable(unsigned long deviceId, unsigned long variableId, Journal& journal);
@@ -33,8 +33,8 @@ class NotedVariable : public FakeVariable {
   Journal& m_journal;
 };
 
-// A project with an agent. Its devices 5 (managed), 7 (settings empty, to be filled from its file) and 9 (managed) are
-// registered when the agent runs; 4 waits. Texts are too long to fit into a string object, so that each copy allocates.
+// A project with an agent. When the agent runs, its devices 5 (managed), 7 (empty settings, to be filled from its file) and
+// 9 (managed) are registered; device 4 is not yet. Texts are too long to fit into a string object, so each copy allocates.
 class World {
  public:
   explicit World(Stage stage);
@@ -45,18 +45,19 @@ class World {
   HostedAgent& Agent() { return *agent; }
   SNMPConfigurationAgentTestAccess State() { return SNMPConfigurationAgentTestAccess(agent->Agent()); }
   void RegisterCommands();
-  // What device drivers use, also while the agent is being destroyed. Throws std::logic_error when nothing is published.
+  // Returns what device drivers use, even while the agent is being destroyed. Throws std::logic_error when nothing is
+  // published.
   ISNMPConfigurationAgent& Published();
   testsupport::RecordingDevice& Device(unsigned long id) { return *devices.at(id); }
   void Announce(unsigned long id) { Published().AddSNMPDevice(id, devices.at(id).get()); }
-  // Registers 5, 7 and 9, and no other, whatever is registered.
+  // Registers exactly 5, 7 and 9, whatever was registered before.
   void AnnounceAll();
   std::vector<unsigned long> Registered();
 
-  // All that an operation can change, as text. The time stamps in files are masked.
+  // Returns everything that an operation can change, as text. The time stamps in files are masked.
   std::string Description();
-  // What is wrong with registry and maps, whatever an operation has done or not; empty when all is well. To be asked when
-  // no operation is under way.
+  // Returns what is wrong with registry and maps, whatever an operation has done, or an empty text. Call it when no
+  // operation is running.
   std::string Disorder();
 
   Journal journal;
@@ -66,7 +67,7 @@ class World {
   h7::auto_com<H7XML::INode> persisted;
   std::unique_ptr<HostedAgent> agent;
 
-  // What an operation came to.
+  // The result of an operation.
   h7::auto_com<H7XML::INode> reply;
   int answer = 0;
   bool commandsRegistered = false;

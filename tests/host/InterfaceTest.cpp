@@ -1,5 +1,5 @@
-// The interfaces of host/ are binary contracts: which slot each operation has, that there are no others, and who may be
-// deleted.
+// The interfaces of host/ are binary contracts. The tests check the slot of each operation, that there are no other slots,
+// and which interfaces can be deleted through.
 #include <gmock/gmock.h>
 
 #include <cstddef>
@@ -31,7 +31,7 @@ namespace {
 
 using testsupport::SlotOf;
 
-// The number of slots of a table: that of the first operation which a derived class adds.
+// The number of slots of a table is the slot of the first operation that a derived class adds.
 template <class Interface>
 class Extended : public Interface {
  public:
@@ -109,7 +109,7 @@ TEST(TheSlots, OfISupportSNMPStandAsWritten) {
   EXPECT_EQ(SlotCount<S>(), 40U);
 }
 
-// A virtual destructor has two slots: one that destroys, one that frees as well.
+// A virtual destructor has two slots: one destroys, the other one also frees the memory.
 template <class Driver>
 void ExpectDriverSlots() {
   EXPECT_TRUE(std::has_virtual_destructor<Driver>::value);
@@ -118,7 +118,7 @@ void ExpectDriverSlots() {
   EXPECT_EQ(SlotOf(&Driver::RegisterCommands), 4U);
 }
 
-// Reaches what is protected.
+// Has access to protected operations.
 class AddedToBase : public H7BaseDriver {
  public:
   virtual void Added() = 0;
@@ -143,7 +143,7 @@ TEST(TheSlots, OfTheDriverBasesStandAsWritten) {
   EXPECT_EQ(SlotOf(&AddedToAgent::Added), 5U);
 }
 
-// What free functions return is not part of their symbols' names.
+// The name of a free function's symbol does not contain its result type, so the linker would not notice a change.
 TEST(TheFunctions, OfTheHostHaveTheTypesThatModulesRelyOn) {
   using Node = h7::auto_com<H7XML::INode>;
   EXPECT_TRUE((std::is_same<decltype(H7XML::CreateXmlDocument), h7::auto_com<H7XML::IDocument>(const std::string&)>::value));
@@ -162,7 +162,7 @@ std::string TextOf(const std::filesystem::path& path) {
   return text.str();
 }
 
-// The classes with virtual operations that the headers define.
+// Returns the classes with virtual operations that the headers define.
 std::set<std::string> DefinedInterfaces() {
   const std::regex definition("class H7_HOST_API (\\w+)[^;{]*\\{");
   std::set<std::string> names;

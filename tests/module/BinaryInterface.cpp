@@ -1,5 +1,5 @@
-// Read by scripts/abi, not built: makes the compiler lay out every class and every table that crosses the border between
-// host and module, and the classes of the plug-in whose layout others rely on.
+// scripts/abi reads this file; it is not built. It makes the compiler lay out every class and every table that crosses the
+// border between host and module, and the classes of the plug-in whose layout others rely on.
 
 #include "agent/SNMPConfigurationAgent.h"
 #include "device/SNMPDevice.h"
@@ -18,7 +18,7 @@
 #include "host/IVariableManager.h"
 #include "host/UICmdDispatcher.h"
 
-// A call through a table lays the table out.
+// A call through a table makes the compiler lay the table out.
 void Tables(SNMPConfigurationAgent& agent, ISNMPConfigurationAgent& published, ISupportSNMP& device, IDriver& driver,
             H7BaseDriver& base, H7BaseAgentDriver& agentBase, ISystemEventCallback& listener, ICmdMessage& message,
             UICmdDispatcher& dispatcher, IDriverManager& drivers, IInstanceManager& instances, IVariable& variable,
@@ -42,7 +42,7 @@ void Tables(SNMPConfigurationAgent& agent, ISNMPConfigurationAgent& published, I
   document.AddRef();
 }
 
-// The size of a class lays it out.
+// Using the size of a class makes the compiler lay the class out.
 unsigned long Classes() {
   return sizeof(SNMPConfigurationAgent) + sizeof(SNMPDevice) + sizeof(TrapTarget) + sizeof(managed_section::Texts) +
          sizeof(AutoQueryInstanceRegisterer) + sizeof(VariableKey) + sizeof(h7::auto_com<H7XML::INode>);

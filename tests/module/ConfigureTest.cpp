@@ -7,7 +7,7 @@
 
 namespace {
 
-// Configures the project in a folder of its own.
+// Configures the project in a scratch folder.
 ShellResult Configure(const std::string& number) {
   const testsupport::ScratchFolder build;
   return RunInShell("'" CMAKE_PROGRAM "' -S '" SOURCE_FOLDER "' -B '" + build.Path() +
@@ -17,7 +17,7 @@ ShellResult Configure(const std::string& number) {
                     number + "'");
 }
 
-TEST(AnEnterpriseNumberThatIsNone, IsRefusedWhenTheBuildIsConfigured) {
+TEST(AnEnterpriseNumberThatIsNotDecimal, IsRefusedWhenTheBuildIsConfigured) {
   for (const char* number : {"12x", "", "-1", "1.2", " 7"}) {
     const ShellResult result = Configure(number);
     EXPECT_NE(result.status, 0) << number;
@@ -28,7 +28,7 @@ TEST(AnEnterpriseNumberThatIsNone, IsRefusedWhenTheBuildIsConfigured) {
   }
 }
 
-TEST(AnEnterpriseNumberOfDigits, IsTaken) {
+TEST(AnEnterpriseNumberOfDigits, IsAccepted) {
   const ShellResult result = Configure("8072");
   EXPECT_EQ(result.status, 0) << result.output;
 }

@@ -1,4 +1,4 @@
-// The 40 operations of a device, called by their numbers.
+// Calls the 40 operations of a device by their numbers.
 
 #include <gmock/gmock.h>
 
@@ -22,7 +22,7 @@ class TheSlotsOfADevice : public testing::Test {
     return CallSlot<Signature>(view, number - 1, std::forward<Arguments>(arguments)...);
   }
 
-  // The slot answers with the flag and runs the operation of that name.
+  // Expects that the slot returns the flag and runs the operation `name`.
   void ExpectFlag(std::size_t number, bool& flag, const std::string& name) {
     for (const bool value : {true, false}) {
       flag = value;
@@ -40,7 +40,7 @@ class TheSlotsOfADevice : public testing::Test {
     }
   }
 
-  // Getter, setter and erased flag of a text, in this order from `number` on.
+  // Expects getter, setter and erased flag of a text, in this order from `number` on.
   void ExpectText(std::size_t number, std::string& text, bool& erased, const std::string& name) {
     text = "a text that is longer than any buffer inside a string";
     EXPECT_EQ(Call<std::string()>(number), text) << number;

@@ -1,4 +1,4 @@
-// The operations that a host offers, called by their numbers.
+// Calls the operations that a host offers by their numbers.
 
 #include <gmock/gmock.h>
 
@@ -26,7 +26,7 @@ using testsupport::CallSlot;
 using NodeHandle = h7::auto_com<INode>;
 using Text = const std::string;
 
-// What ran last, with its arguments.
+// Records which operation ran last, with its arguments.
 class Recorder {
  public:
   std::string Ran() const { return std::exchange(m_ran, ""); }
@@ -201,7 +201,7 @@ TEST(TheSlotsOfACommand, ReadItsParameters) {
 
 using Handler = boost::function<NodeHandle(ICmdMessage const&)>;
 
-// A function, not a lambda without members: moving that one makes g++ warn, optimised, of bytes that it never has.
+// This is a function because g++, when it optimises, warns about bytes that a lambda without captures does not have.
 NodeHandle Answer(ICmdMessage const&) {
   return NodeHandle();
 }

@@ -12,7 +12,7 @@ ShellResult Check(const std::string& folder) {
   return RunInShell("'" SOURCE_FOLDER "/scripts/check-includes' '" + folder + "'");
 }
 
-// What the check says about one file with one include, in a tree where that include exists.
+// Returns what the check says about one file with one include, in a tree where that include exists.
 std::string Verdict(const std::string& file, const std::string& include) {
   const testsupport::ScratchFolder tree;
   if (include.front() == '"') {
@@ -81,7 +81,7 @@ TEST(ARoomWithoutARule, IsRefused) {
   EXPECT_THAT(Verdict("devhost/A.cpp", "\"devhost/text/B.h\""), HasSubstr("no rule in scripts/include-rules.txt"));
 }
 
-// Arrows that the rules allow one by one may still close a circle.
+// Even arrows that the rules allow one by one may close a circle.
 TEST(RoomsThatIncludeEachOther, AreNamed) {
   const testsupport::ScratchFolder tree;
   tree.Write("tests/A.h", "#include \"bench/B.h\"\n");
@@ -106,7 +106,7 @@ TEST(FilesThatIncludeEachOther, AreNamed) {
   EXPECT_THAT(result.output, testing::AllOf(HasSubstr(" host/A.h"), HasSubstr(" host/B.h"), HasSubstr(" host/C.h")));
 }
 
-TEST(AFolderWithoutRooms, IsNoSuccess) {
+TEST(AFolderWithoutRooms, Fails) {
   const testsupport::ScratchFolder tree;
   EXPECT_EQ(Check(tree.Path()).status, 1);
 }

@@ -1,4 +1,4 @@
-// The binary contract of the agent's class: bases, members, virtual table.
+// Tests the binary contract of the agent's class: bases, members, virtual table.
 
 #include <gmock/gmock.h>
 
@@ -62,7 +62,7 @@ TEST_F(TheAgentsClass, HasItsMembersInOrderWithNothingBetween) {
   next += static_cast<std::ptrdiff_t>(sizeof(DeviceMap));
   EXPECT_EQ(OffsetOf(access.registererAddress), next);
   next += word;
-  // The instance manager, a reference.
+  // The next member is a reference to the instance manager.
   const void* manager;
   std::memcpy(&manager, static_cast<const char*>(static_cast<const void*>(&agent)) + next, sizeof manager);
   EXPECT_EQ(manager, static_cast<const void*>(&host.Instances()));
@@ -84,7 +84,7 @@ TEST_F(TheAgentsClass, HasItsMembersInOrderWithNothingBetween) {
 }
 
 TEST_F(TheAgentsClass, HasItsTableInOrder) {
-  // The two first entries are the destructor's.
+  // The first two entries belong to the destructor.
   EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::Initialize), 2U);
   EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::GetPersistState), 3U);
   EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::RegisterCommands), 4U);
@@ -94,7 +94,7 @@ TEST_F(TheAgentsClass, HasItsTableInOrder) {
   EXPECT_EQ(SlotOf(&SNMPConfigurationAgent::OnSystemEvent), 8U);
 }
 
-// The last slot is followed by the head of the next base's table: the way back to the object and the type of it.
+// Behind the last slot stands the head of the next base's table: the offset to the object, and the object's type.
 TEST_F(TheAgentsClass, HasNothingElseInItsTable) {
   void* const* const table = TableOf(&agent);
   EXPECT_EQ(reinterpret_cast<std::intptr_t>(table[-2]), 0);
@@ -114,7 +114,7 @@ TEST_F(TheAgentsClass, IsHandedOutAsTheViewsThatWereAgreed) {
   }
 }
 
-// What each slot of a table does, whichever view it was reached through.
+// Each slot of a table does the same, through whichever view it is called.
 class TheAgentsTables : public TheAgentsClass {
  protected:
   void ExpectLife(const void* view, std::size_t first) {
@@ -166,7 +166,7 @@ TEST_F(TheAgentsTables, RunItsEvents) {
   ExpectEvents(static_cast<ISystemEventCallback*>(&agent), 0);
 }
 
-// Slot 0 of a table with a destructor destroys, slot 1 frees the memory as well.
+// In a table with a destructor, slot 0 destroys, and slot 1 also frees the memory.
 TEST_F(TheAgentsTables, DestroyThroughTheirFirstTwoSlots) {
   const bool throughDriver[] = {false, true};
   for (const bool driver : throughDriver) {

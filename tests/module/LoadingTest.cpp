@@ -1,4 +1,4 @@
-// What loading and unloading the built module does to the process around it.
+// Tests what loading and unloading the built module does to the process.
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
@@ -51,7 +51,7 @@ std::size_t Mappings() {
   return static_cast<std::size_t>(std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n'));
 }
 
-// Bytes that are allocated now.
+// Returns how many bytes are allocated now.
 std::size_t AllocatedBytes() {
 #ifdef TESTS_UNDER_ADDRESS_SANITIZER
   return __sanitizer_get_current_allocated_bytes();
@@ -61,7 +61,7 @@ std::size_t AllocatedBytes() {
 #endif
 }
 
-// The names of the functions that run when the module is loaded, in their order.
+// Returns the names of the functions that run when the module is loaded, in order.
 std::vector<std::string> Initialisers(void* module) {
   link_map* map = nullptr;
   EXPECT_EQ(::dlinfo(module, RTLD_DI_LINKMAP, &map), 0);
@@ -77,7 +77,7 @@ std::vector<std::string> Initialisers(void* module) {
   std::vector<std::string> names;
   for (std::size_t i = 0; i != count; ++i) {
     std::ostringstream address;
-    // A function in the short instruction set of ARM has an odd address, its symbol has not.
+    // In the short instruction set of ARM, the address of a function is odd, but that of its symbol is not.
     address << std::hex << (functions[i] - map->l_addr);
     const ShellResult line = RunInShell("nm --format=posix '" AGENT_MODULE "' | grep -iE ' t 0*" + address.str() +
                                         " ' | cut -d ' ' -f 1 | head -n 1");
@@ -86,14 +86,14 @@ std::vector<std::string> Initialisers(void* module) {
   return names;
 }
 
-// The toolchain's own and those of the sanitizers and of coverage do not count.
+// Initialisers of the toolchain, the sanitizers and coverage do not count.
 bool IsFromTheBuild(const std::string& name) {
   return name == "frame_dummy" || name.find("asan.module_ctor") != std::string::npos ||
          name.find("sancov.module_ctor") != std::string::npos || name.find("_sub_I_00") != std::string::npos ||
          name.find("__llvm_profile") != std::string::npos;
 }
 
-// One: it makes the path that devices are given.
+// The one initialiser makes the path that the agent passes to devices.
 TEST(LoadingTheModule, RunsOneInitialiser) {
   void* const module = ::dlopen(AGENT_MODULE, RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(module, nullptr) << ::dlerror();
@@ -120,7 +120,8 @@ TEST(LoadingTheModule, CallsNobodyAndOpensNothing) {
   EXPECT_FALSE(host.AnythingPublished());
 }
 
-// Loaded, initialised, with a device whose file was written, with a state and answers; then everything goes.
+// Loads and initialises the agent, writes a device's file, sends a command and an event, asks for the state, and destroys
+// everything.
 void LiveOnce() {
   Journal journal;
   testsupport::RecordingDevice device(7, journal);
@@ -141,10 +142,10 @@ void LiveOnce() {
   host.DropHandlers();
 }
 
-// Until the development host has filled its quarantine of released nodes.
+// How many lives it takes to fill the development host's quarantine of released nodes.
 constexpr int kWarmUp = 500;
 
-// By how many bytes a thousand times the action lets the allocated memory grow.
+// Returns by how many bytes the allocated memory grows when the action runs a thousand times.
 template <class Action>
 std::size_t GrowthInAThousand(Action action) {
   const std::size_t bytes = AllocatedBytes();
@@ -155,14 +156,15 @@ std::size_t GrowthInAThousand(Action action) {
   return bytesAfter > bytes ? bytesAfter - bytes : 0;
 }
 
-// What an allocator keeps at hand counts as allocated, comes and goes. A leak has 16 bytes at least in each of a thousand.
+// Memory that an allocator keeps in reserve counts as allocated, and varies. A leak has at least 16 bytes in each of the
+// thousand runs.
 constexpr std::size_t kKeptAtHand = 4000;
 
 TEST(TheModule, IsLoadedUsedAndUnloadedAThousandTimesWithoutGrowth) {
   for (int i = 0; i != kWarmUp; ++i) {
     ASSERT_NO_FATAL_FAILURE(LiveOnce());
   }
-  // The sanitizers keep some 65 bytes for each time that any module of theirs is loaded; else this is none.
+  // The sanitizers keep some 65 bytes each time a module that is built with them is loaded; without them nothing is kept.
   const std::size_t forLoading = GrowthInAThousand([] { ::dlclose(::dlopen(AGENT_MODULE, RTLD_NOW | RTLD_LOCAL)); });
   const std::vector<std::string> files = Entries("/proc/self/fd");
   const std::size_t mappings = Mappings();
@@ -171,7 +173,7 @@ TEST(TheModule, IsLoadedUsedAndUnloadedAThousandTimesWithoutGrowth) {
   EXPECT_LE(forLoading, kKeptAtHand);
   EXPECT_LE(Mappings(), mappings + 1);
 #else
-  // Theirs grow by one for every page of what they keep.
+  // The sanitizers' mappings grow by one for each page that they keep.
   EXPECT_LE(Mappings(), mappings + 20);
 #endif
   EXPECT_EQ(Entries("/proc/self/fd"), files);

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-// What a command of the shell printed, both streams in one, and its exit status.
+// The output of a shell command, with both streams in one, and its exit status.
 struct ShellResult {
   int status = -1;
   std::string output;

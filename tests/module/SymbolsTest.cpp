@@ -1,4 +1,4 @@
-// What the built module shows and what it asks for.
+// Tests which symbols the built module exports and which it takes.
 
 #include <cxxabi.h>
 #include <dlfcn.h>
@@ -37,8 +37,8 @@ std::string Demangled(const std::string& name) {
   return status == 0 ? text.get() : name;
 }
 
-// The dynamic symbols of the module that `option` selects, each with what follows a "@" in its name: the version that a
-// run-time library has given it. Demangled; several versions of one symbol are several entries.
+// Returns the demangled dynamic symbols of the module that `option` selects. Each has its version, which a run-time library
+// has added behind a "@". Several versions of one symbol are several entries.
 Symbols SymbolsOf(const std::string& module, const std::string& option) {
   const ShellResult nm = RunInShell("nm --dynamic --format=posix " + option + " '" + module + "'");
   EXPECT_EQ(nm.status, 0) << "nm (package binutils) cannot list the symbols of the module: " << nm.output;
@@ -65,7 +65,7 @@ bool BeginsWith(const std::string& text, const char* start) {
   return text.compare(0, std::strlen(start), start) == 0;
 }
 
-// What compilers, sanitizers and coverage put into every module: optional, or theirs.
+// Returns whether compilers, sanitizers or coverage put the symbol into every module.
 bool IsFromTheBuild(const std::string& name) {
   static const char* const kWeak[] = {"_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__gmon_start__"};
   for (const char* weak : kWeak) {
@@ -81,7 +81,7 @@ bool IsFromTheBuild(const std::string& name) {
   return false;
 }
 
-// The undefined-behaviour sanitizer looks at the types behind objects; nobody else asks for the base's base.
+// The undefined-behaviour sanitizer looks at the types of objects, so only it needs the type of the base's base.
 bool IsUnderSanitizer() {
   for (const auto& symbol : SymbolsOf(AGENT_MODULE, "--undefined-only")) {
     if (BeginsWith(symbol.first, "__ubsan_")) {
@@ -91,8 +91,8 @@ bool IsUnderSanitizer() {
   return false;
 }
 
-// Names from the files exports.txt and imports.txt. To renew one after a change that hosts have agreed to: take over what
-// the failing test prints as the actual list; one demangled name stands on each line, in the order of the letters.
+// The names stand in the files exports.txt and imports.txt, one demangled name on each line, sorted. After a change that
+// hosts have agreed to, replace the file with the actual list that the failed test prints.
 TEST(TheModulesSymbols, ThatItExportsAreThoseOfTheList) {
   Names exported;
   for (const auto& symbol : SymbolsOf(AGENT_MODULE, "--defined-only")) {
@@ -102,7 +102,7 @@ TEST(TheModulesSymbols, ThatItExportsAreThoseOfTheList) {
   EXPECT_EQ(exported, Listed("exports.txt"));
 }
 
-// The symbols of the run-time libraries have versions. What has none is a host's to offer.
+// The symbols of the run-time libraries have versions. The host must offer those without a version.
 TEST(TheModulesSymbols, ThatItTakesFromTheHostAreThoseOfTheList) {
   Names host;
   for (const auto& symbol : SymbolsOf(AGENT_MODULE, "--undefined-only")) {
@@ -124,7 +124,7 @@ TEST(TheModulesSymbols, ThatItTakesFromElsewhereAreThoseOfTheRunTimeLibraries) {
   }
 }
 
-// The library behind each "needed" entry of the module.
+// Checks the library of each "needed" entry of the module.
 TEST(TheModule, NeedsTheRunTimeLibrariesAndNoOther) {
   const ShellResult readelf = RunInShell("readelf --dynamic --wide '" AGENT_MODULE "'");
   ASSERT_EQ(readelf.status, 0) << readelf.output;

@@ -42,7 +42,7 @@ class AWholeSystem : public testing::Test {
          "<config folder='" + folder.Path(name) + "' version='1.2.0' versionValid='true'/>");
   }
 
-  // The settings of a device, as the tool sends them back.
+  // Returns the settings of a device, as the tool sends them.
   static std::string Settings(unsigned long id, const std::string& sysName) {
     return "<managedDevice><snmpIsManagedDevice>true</snmpIsManagedDevice>"
            "<snmpCommunityReadSetting>public</snmpCommunityReadSetting>"
@@ -59,7 +59,7 @@ class AWholeSystem : public testing::Test {
     return host->Command(id, "FailOperation", {{"operation", operation}, {"status", status}});
   }
 
-  // The notifications so far, which are forgotten.
+  // Returns the notifications so far, and forgets them.
   std::vector<std::string> Notifications() {
     std::vector<std::string> texts = observer.Texts(devhost::Occurrence::Kind::Notification);
     observer.all.clear();

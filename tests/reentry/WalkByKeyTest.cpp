@@ -13,7 +13,7 @@ using Names = std::map<unsigned long, std::string>;
 
 class AWalk : public testing::Test {
  protected:
-  // Walks over `names`, calls `visit` for each entry and returns what was visited.
+  // Walks over `names`, calls `visit` for each entry, and returns the visited entries.
   std::vector<std::string> Visited(const std::function<void(unsigned long)>& visit) {
     std::vector<std::string> visited;
     WalkByKey(names, [&](unsigned long id, const std::string& name) {

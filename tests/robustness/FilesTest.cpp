@@ -1,4 +1,4 @@
-// What is no file that a person would write: each program says so in one line, or works.
+// When a file is not one that a person would write, each program says so in one line, or works.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -19,7 +19,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Words = std::vector<std::string>;
 
-// The programs that read a file of that name, whatever it is for them.
+// Returns the commands that read the file `name`, each in its own way.
 std::vector<Words> Readers(const std::string& name) {
   return {{"run", name}, {"check", name}, {"advise", name}, {"preview", "--project", "project.xml", "kitchen", name}};
 }
@@ -38,12 +38,12 @@ TEST(AFolder, IsRefusedByEveryProgram) {
   }
 }
 
-// All at the same time: each waits some seconds for a writer.
+// The programs run at the same time, because each waits some seconds for a writer.
 TEST(APipeThatNobodyWritesInto, IsRefusedByEveryProgram) {
   const Kitchen kitchen;
   ASSERT_EQ(::mkfifo(kitchen.Path("pipe").c_str(), 0600), 0);
   ASSERT_EQ(::mkfifo(kitchen.Path("slow").c_str(), 0600), 0);
-  // Somebody who takes longer than that has at least opened it.
+  // A writer who takes longer than that has at least opened the pipe.
   const int writer = ::open(kitchen.Path("slow").c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_GE(writer, 0);
   MeasuredRun patient({"check", "slow"}, kitchen.Path());
@@ -92,7 +92,7 @@ TEST(AStateThatIsAPipeOrAFolder, IsPutAside) {
                                     "driver-12.xml.damaged\n"));
 }
 
-// A quarter of a gigabyte is read before it is refused, so not by every program.
+// Only two programs run, because each reads a quarter of a gigabyte before it refuses the file.
 TEST(AFileWithoutEnd, IsRefused) {
   const Kitchen kitchen;
   const std::string problem = "cannot read \"/dev/zero\": it is larger than the 268435456 bytes that are allowed\n";
@@ -105,7 +105,7 @@ TEST(AFileWithoutEnd, IsRefused) {
 #endif
 }
 
-TEST(AnEmptyFile, IsAScriptButNoXml) {
+TEST(AnEmptyFile, IsAScriptButNotXml) {
   const Kitchen kitchen;
   kitchen.Write("empty", "");
   EXPECT_EQ(Measure({"run", "empty"}, kitchen.Path()).status, 0);
@@ -115,13 +115,13 @@ TEST(AnEmptyFile, IsAScriptButNoXml) {
   EXPECT_EQ(Project(kitchen, ""), "devhost: other.xml:1:1: the project is no well-formed XML: no root element\n");
 }
 
-TEST(AScript, MayHaveAMarkOfByteOrderAndCarriageReturnsAndNoLastLineFeed) {
+TEST(AScript, MayHaveAByteOrderMarkAndCarriageReturnsAndNoLastLineFeed) {
   const Kitchen kitchen;
   kitchen.Write("script", "\xef\xbb\xbfprint a\r\nprint b");
   EXPECT_THAT(Measure({"run", "script"}, kitchen.Path()).output, HasSubstr("\nprint a\nprint b\n"));
 }
 
-TEST(AScript, MayHoldBytesThatAreNoUtf8) {
+TEST(AScript, MayHoldBytesThatAreNotUtf8) {
   const Kitchen kitchen;
   kitchen.Write("script", "print \xff\xfe\nprint b");
   EXPECT_THAT(Measure({"run", "script"}, kitchen.Path()).output, HasSubstr("\nprint \xff\xfe\nprint b\n"));
@@ -144,14 +144,14 @@ TEST(AProjectInAnotherEncoding, IsRefused) {
   EXPECT_EQ(Project(kitchen, std::string("<project>\0</project>", 20)), "devhost: other.xml:1:10" + problem);
 }
 
-TEST(AnSnmpdConfWithNulBytes, IsToldOf) {
+TEST(AnSnmpdConfWithNulBytes, IsReported) {
   const Kitchen kitchen;
   kitchen.WriteConf(std::string("rocommunity a\0b\r\nsysName \xff", 26));
   EXPECT_THAT(Measure({"check", "kitchen/snmpd.conf"}, kitchen.Path()).output,
               StartsWith("kitchen/snmpd.conf:1: error: a NUL byte"));
 }
 
-TEST(AnOutputThatTakesNothing, IsToldOf) {
+TEST(AnOutputThatTakesNothing, IsReported) {
   const Kitchen kitchen;
   kitchen.Write("script", "print a\n");
   for (const char* const command : {"run script", "check kitchen/snmpd.conf", "advise settings.xml",

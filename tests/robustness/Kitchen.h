@@ -9,7 +9,7 @@
 
 namespace testsupport {
 
-// A folder with a project of the agent and one device.
+// A folder with a project that has the agent and one device.
 class Kitchen : public ScratchFolder {
  public:
   Kitchen() {
@@ -32,7 +32,7 @@ class Kitchen : public ScratchFolder {
   static constexpr char kProjectTail[] = "</project>\n";
   static constexpr char kSettingsHead[] = "<managedDevice><snmpIsManagedDevice>true</snmpIsManagedDevice>";
   static constexpr char kSettingsTail[] = "<deviceId>12</deviceId></managedDevice>";
-  // Above a section, so that a preview shows it, masked.
+  // Text above a section is dropped, so a preview shows it, masked.
   static constexpr char kSection[] = "\n# Halvoren Section Start\n# Halvoren Section End\n";
 };
 

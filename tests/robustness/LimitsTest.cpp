@@ -1,4 +1,4 @@
-// What is bounded, and what is said beyond the bounds.
+// Tests the bounds, and the messages beyond them.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -39,7 +39,7 @@ TEST(Xml, HasFourMillionElementsAtMost) {
   const std::string problem = "the settings are not well-formed XML: more than 4000000 elements; allowed: so many at most";
   ExpectRefused(Measure({"advise", "settings.xml"}, kitchen.Path()), "devhost: settings.xml:2:15999997: " + problem + "\n");
 #ifdef MEASURES_MEMORY
-  // Secrets are looked for in it first: many seconds under sanitizers.
+  // The program first searches the file for secrets, which takes many seconds under sanitizers.
   EXPECT_THAT(Measure(kRun, kitchen.Path()).output, HasSubstr("reply agent <Fail/>\n"));
 #endif
 
@@ -58,14 +58,14 @@ TEST(Xml, HasFourMillionElementsAtMost) {
       "many at most\n");
 }
 
-// Comments hold no elements, and closing tags are none.
+// Elements inside a comment do not count, nor do closing tags.
 TEST(Xml, MayHoldWhatOnlyLooksLikeElements) {
   const Kitchen kitchen;
   WriteRepeated(kitchen.Path("settings.xml"), "<a><!-- ", "<b/>", 5000000, " --></a>");
   EXPECT_EQ(Measure({"advise", "settings.xml"}, kitchen.Path()).status, 1);
 }
 
-// What is refused behind a project of millions of attributes has read them: seconds under sanitizers.
+// The program reads millions of attributes before it refuses the file, which takes seconds under sanitizers.
 #ifdef MEASURES_MEMORY
 TEST(Xml, HasTenMillionAttributesAtMost) {
   const Kitchen kitchen;
@@ -86,7 +86,7 @@ TEST(XmlOfAPerson, IsAThousandLevelsDeepAtMost) {
       "devhost: settings.xml:1:3001: the settings are not well-formed XML: elements are nested more than 1000 deep\n");
 }
 
-// For a driver there is no such bound, nor does anything overflow the stack.
+// XML for a driver has no such bound, and it does not overflow the stack either.
 TEST(XmlForADriver, MayBeHundredsOfThousandsOfLevelsDeep) {
   const Kitchen kitchen;
   WriteRepeated(kitchen.Path("end"), "", "</a>", 300000, "");
@@ -97,7 +97,7 @@ TEST(XmlForADriver, MayBeHundredsOfThousandsOfLevelsDeep) {
   EXPECT_THAT(run.output, HasSubstr("reply agent <Fail/>\n"));
 }
 
-// What looks like the beginning of so long a secret may go on as one.
+// A text that begins like a long secret may continue like it, so the rest is masked.
 TEST(ASecretOfMoreThanAKilobyte, HidesWhatFollowsItsBeginning) {
   const Kitchen kitchen;
   const std::string secret(1500, 's');

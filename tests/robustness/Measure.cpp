@@ -25,7 +25,7 @@ double Seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-// Keeps the beginning and the end of a long output.
+// Shortens a long output to its beginning and its end.
 void Shorten(std::string& output) {
   constexpr std::size_t kEnds = 100000;
   if (output.size() > 4 * kEnds) {
@@ -89,7 +89,7 @@ Measured MeasuredRun::Wait() {
     Shorten(result.output);
   });
   if (!ended) {
-    throw std::runtime_error("devhost does not come to an end");
+    throw std::runtime_error("devhost does not end");
   }
   int status = 0;
   struct rusage usage = {};

@@ -1,4 +1,4 @@
-// That memory stays within a few times the input. Where nothing can be measured, under sanitizers, there is nothing to run.
+// Tests that memory stays within a few times the input. Under sanitizers memory cannot be measured, so there are no tests.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -13,13 +13,13 @@ namespace testsupport {
 namespace {
 
 constexpr std::size_t kMegabyte = 1000000;
-constexpr std::size_t kProgram = 80 * kMegabyte;  // what it takes before it has read anything, generously
+constexpr std::size_t kProgram = 80 * kMegabyte;  // a generous limit for the program before it has read anything
 
 using Words = std::vector<std::string>;
 
 const Words kPreview = {"preview", "--project", "project.xml", "kitchen", "settings.xml"};
 
-// A hundred megabytes, which are read once and take a fraction of a second.
+// The hundred megabytes are read once, which takes a fraction of a second.
 TEST(AHundredMegabytesInOneLine, AreCheckedInNotMuchMoreMemory) {
   const Kitchen kitchen;
   WriteRepeated(kitchen.Path("snmpd.conf"), "", "rocommunity ", 100 * kMegabyte / 12, "");
@@ -45,7 +45,7 @@ TEST(AHundredMegabytesOfAScript, ArePlayedInAFewTimesTheirMemory) {
   EXPECT_LT(run.peak, kProgram + 600 * kMegabyte);
 }
 
-TEST(AHundredMegabytesThatAreNoState, AreRefusedInNotMuchMoreMemory) {
+TEST(AHundredMegabytesThatAreNotAState, AreRefusedInNotMuchMoreMemory) {
   const Kitchen kitchen;
   kitchen.Write("states/lock", "");
   WriteRepeated(kitchen.Path("states/driver-1.xml"), "", std::string("\0", 1), 100 * kMegabyte, "");

@@ -1,4 +1,4 @@
-// That time grows with the input, not with its square. Sizes are such that the square would be seconds.
+// Tests that time grows with the input, not with its square. The sizes are so large that the square would take seconds.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -15,7 +15,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// A text that is `head`, then `unit` so many times, then `tail`.
+// A text of `head`, then `times` times `unit`, then `tail`.
 struct Shape {
   const char* name;
   std::string head;
@@ -112,7 +112,7 @@ TEST(SettingsXmlOfOneElement, IsJudgedInTimeThatGrowsWithItsAttributes) {
   EXPECT_LE(GrowthOfTime(write, 40000, {"advise", "settings.xml"}, kitchen.Path()), kMostGrowth);
 }
 
-// A session: a script, and what it needs. Written for a size.
+// A session of a given size: a script and the files that it needs.
 struct Session {
   const char* name;
   std::size_t size;
@@ -150,7 +150,7 @@ void Secrets(const Kitchen& kitchen, std::size_t size) {
       kitchen, [](std::size_t i) { return "device kitchen set communityRead secret" + std::to_string(i) + "\n"; }, size);
 }
 
-// Each secret begins like the next one, and so does a text.
+// Each secret begins like the next one, and the text begins like all of them.
 void SecretsInSecrets(const Kitchen& kitchen, std::size_t size) {
   WriteNumbered(
       kitchen.Path("script"), "",

@@ -50,18 +50,18 @@ TEST_P(ASession, PlaysAsItsGoldenTranscriptSays) {
   const std::string played = PlayTranscript(expected, folder.Path());
   if (UpdateGoldens() && played != expected) {
     std::ofstream(golden, std::ios::binary) << played;
-    GTEST_SKIP() << golden << " was written anew: look at the change before you keep it";
+    GTEST_SKIP() << golden << " was written again: look at the change before you keep it";
   }
   if (played != expected) {
     ADD_FAILURE() << UnifiedDifference(expected, played) << "If the new output is right, write " << golden
-                  << " anew with UPDATE_GOLDENS=1.";
+                  << " again with UPDATE_GOLDENS=1.";
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, ASession, testing::ValuesIn(Sessions()),
                          [](const testing::TestParamInfo<std::string>& session) { return session.param; });
 
-// Every community that a file of the sessions holds, as settings, XML, snmpd.conf or script.
+// Returns every community in the files of the sessions: in settings, XML, snmpd.conf or scripts.
 std::set<std::string> Communities() {
   const std::regex places(
       "<(?:snmpCommunity(?:Read|Write)Setting|community)>([^<]+)<|community=\"([^\"]+)\"|"
@@ -83,8 +83,8 @@ std::set<std::string> Communities() {
   return communities;
 }
 
-// What the sessions print, but for those that ask for secrets.
-TEST(NoSession, PrintsACommunityUnlessItIsAsked) {
+// Returns what the sessions print, except those that ask for secrets.
+TEST(NoSession, PrintsACommunityUnlessItIsAskedTo) {
   const std::set<std::string> communities = Communities();
   ASSERT_TRUE(communities.count("my house") == 1 && communities.count("byhand") == 1 &&
               communities.count("hidden one") == 1);

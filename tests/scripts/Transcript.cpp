@@ -28,7 +28,7 @@ void Replace(std::string& text, const std::string& what, const std::string& by) 
   }
 }
 
-// What differs from run to run and from machine to machine, replaced by names.
+// Replaces text that differs from run to run and from machine to machine with names.
 std::string Normal(std::string output, const std::string& folder) {
   Replace(output, folder, "{project}");
   Replace(output, MODULE_FOLDER, "{modules}");

@@ -12,8 +12,8 @@
 #include "tests/support/Journal.h"
 #include "tests/support/RecordingHost.h"
 
-// For tests of an agent in a recording host. When a test is over, nothing of the agent may be left in the host. What is
-// given to the agent (devices, variables) belongs into a fixture, because it has to outlive the test's body.
+// For tests of an agent in a recording host. After a test, nothing of the agent may be left in the host. Devices and
+// variables that a test gives to the agent must be members of a fixture, because they must outlive the test's body.
 class AgentTest : public testing::Test {
  public:
   using Calls = std::vector<std::string>;
@@ -21,7 +21,7 @@ class AgentTest : public testing::Test {
  protected:
   AgentTest() { journal.Take(); }
 
-  // The agent goes before the devices that a test's own fixture holds.
+  // The agent is destroyed before the devices in a test's own fixture.
   void TearDown() override {
     journal.SetHook(nullptr);
     agent.Destroy();
@@ -34,7 +34,7 @@ class AgentTest : public testing::Test {
 
   static std::string Text(const H7XML::INode& node) { return devhost::XmlText(node, devhost::XmlStyle::Compact); }
 
-  // The calls so far that begin with one of `starts`.
+  // Returns the calls so far that begin with one of `starts`.
   Calls CallsOf(const Calls& starts) const {
     Calls calls;
     for (const std::string& call : journal.Calls()) {
@@ -50,7 +50,7 @@ class AgentTest : public testing::Test {
 
   Journal journal;
   RecordingHost host{journal};
-  HostedAgent agent{host};  // constructed only; the journal has forgotten that
+  HostedAgent agent{host};  // constructed, not initialised; the journal no longer has these calls
 };
 
 #endif

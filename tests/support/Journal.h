@@ -6,14 +6,14 @@
 #include <utility>
 #include <vector>
 
-// The calls that recording fakes received, in order, from all fakes that share the journal.
+// The calls to all recording fakes that share this journal, in order.
 class Journal {
  public:
-  // Notes a call, then runs the hook, from inside the call: it may throw, or call back into what is being tested.
+  // Records a call, then runs the hook from inside the call. The hook may throw, or call back into the tested code.
   void Note(std::string call) {
     m_calls.push_back(std::move(call));
     if (m_hook) {
-      // Copies, because the hook may take the calls or set another hook.
+      // These are copies, because the hook may take the calls or set another hook.
       const std::string noted = m_calls.back();
       const std::function<void(const std::string&)> hook = m_hook;
       hook(noted);
@@ -24,7 +24,7 @@ class Journal {
 
   const std::vector<std::string>& Calls() const { return m_calls; }
 
-  // The calls so far, which are forgotten.
+  // Returns the calls so far, and forgets them.
   std::vector<std::string> Take() {
     std::vector<std::string> calls;
     calls.swap(m_calls);

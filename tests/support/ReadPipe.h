@@ -9,8 +9,8 @@
 
 namespace testsupport {
 
-// Calls `use` with everything that comes out of a pipe until its end, block by block; false when that takes longer than the
-// limit.
+// Calls `use` with everything that comes out of a pipe until its end, block by block. Returns false when that takes longer
+// than the limit.
 template <class Use>
 bool ReadPipe(int from, std::chrono::milliseconds limit, Use use) {
   const auto deadline = std::chrono::steady_clock::now() + limit;

@@ -12,10 +12,10 @@
 
 namespace testsupport {
 
-// The results of one operation of a fake: those scripted, one each, then `always`.
+// The results of one operation of a fake: each scripted one once, then `always`.
 class Statuses {
  public:
-  // The next results, one call each.
+  // The next results, one for each call.
   void Script(std::deque<int> next) { m_next = std::move(next); }
   int Next() {
     if (m_next.empty()) {
@@ -32,12 +32,12 @@ class Statuses {
   std::deque<int> m_next;
 };
 
-// An SNMP-capable device that keeps its settings in plain sight and notes every call that reaches it, before the call does
-// anything: "7.GetSysNameSetting", "7.SetSysNameSetting box", "7.AddTrapTargetSetting 10.0.0.5|public|162",
-// "7.CopyFrom /etc/snmp/snmpd.conf.local". The first word is the device's id; switches read true or false, the trap targets
-// of a list stand one behind the other as target|community|port, parted by blanks. An empty text leaves the blank before it.
+// An SNMP-capable device with public settings. It records every call before the call does anything: "7.GetSysNameSetting",
+// "7.SetSysNameSetting box", "7.AddTrapTargetSetting 10.0.0.5|public|162", "7.CopyFrom /etc/snmp/snmpd.conf.local". The call
+// begins with the device's id. Switches are written true or false. The trap targets of a list are written one after the
+// other as target|community|port, with blanks between them. Before an empty text, the blank stays.
 //
-// A journal hook that throws leaves the device as it was. Setters touch no erased flag: tests set those.
+// A journal hook that throws leaves the device as it was. Setters do not change erased flags; tests set those.
 class RecordingDevice : public ISupportSNMP {
  public:
   RecordingDevice(unsigned long deviceId, Journal& journal);
@@ -76,7 +76,8 @@ class RecordingDevice : public ISupportSNMP {
   void AddTrapTargetSetting(std::string target, std::string community, std::string port) override;
   bool GetWasTrapTargetsSettingErased() override;
   void AgentAvailable() override;
-  // Success fills `config` with the file's text, or the file with `config`; a failure leaves both alone.
+  // On success, `CopyFrom` copies the file's text to `config`, and `CopyTo` copies `config` to the file. A failure changes
+  // neither.
   int CopyFrom(const std::string& path, std::string& config) override;
   int CopyTo(const std::string& path, const std::string& config) override;
   int RebootController() override;
@@ -105,7 +106,7 @@ class RecordingDevice : public ISupportSNMP {
   std::vector<TrapTarget> trapTargets;
   bool trapTargetsErased = false;
 
-  // The device's snmpd.conf, and the last text that CopyTo was given, installed or not.
+  // The device's snmpd.conf, and the last text that CopyTo got, installed or not.
   std::string file;
   std::string offered;
 
@@ -127,7 +128,7 @@ class RecordingDevice : public ISupportSNMP {
   Journal& m_journal;
 };
 
-// "target|community|port", as it stands in the journal; a list's parts are parted by blanks.
+// Returns "target|community|port", as in the journal. In a list there are blanks between the targets.
 std::string TrapText(const TrapTarget& trap);
 std::string TrapText(const std::vector<TrapTarget>& traps);
 

@@ -133,7 +133,7 @@ void RecordingHost::UnregisterQuery(const char* iid) {
 
 void* RecordingHost::Query(const char* iid) {
   if (iid == std::string(devhost::DriverServices_IID)) {
-    // How a base finds its host is between the two of them, and no call of the driver's own.
+    // This is how a base finds its host. It is not a call of the driver, so it is not recorded.
     return static_cast<devhost::DriverServices*>(this);
   }
   m_journal.Note(std::string("Query ") + iid);

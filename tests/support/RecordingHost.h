@@ -22,7 +22,7 @@
 class ISNMPConfigurationAgent;
 class SNMPConfigurationAgent;
 
-// A variable of the fake project. Its calls are not noted.
+// A variable of the fake project. Its calls are not recorded.
 class FakeVariable : public IVariable {
  public:
   FakeVariable(unsigned long deviceId, unsigned long variableId, std::string variableName, bool trapEnabled = false)
@@ -38,15 +38,15 @@ class FakeVariable : public IVariable {
   bool enabled;
 };
 
-// A host for one driver, which notes in a journal every call that the driver makes:
+// A host for one driver. It records in a journal every call that the driver makes:
 //   "BaseConstructed 0" (the multiplicity), "BaseInitialized 3" (the id), "BaseDestroyed",
 //   "GetInstanceManager", "GetDriverManager", "GetVariableManager", "GetUICmdDispatcher",
-//   "RegisterListener 34 0", "UnregisterListener 34 0" (with " unknown" behind it for one that was not registered),
+//   "RegisterListener 34 0", "UnregisterListener 34 0" (followed by " unknown" when it was not registered),
 //   "RegisterQuery IID", "UnregisterQuery IID", "Query IID", "FindDrivers 0 IID", "RegisterUICmd NAME",
-//   "FindVariable 1 2", "ListVariables true" (with " not empty" behind it for a text that holds something),
+//   "FindVariable 1 2", "ListVariables true" (followed by " not empty" when the passed text is not empty),
 //   "ConSendDataToUI <xml/>", "DmInvalidateState", "Log 3 text".
-// A call is noted first; when the journal's hook throws from it, it has no other effect, as in a host that fails. What the
-// hook throws out of "BaseDestroyed" and "Log" is dropped: a host does not throw there.
+// A call is recorded first. When the journal's hook throws, the call has no other effect, as in a host that fails. What the
+// hook throws in "BaseDestroyed" and "Log" is dropped, because a host does not throw there.
 class RecordingHost : private devhost::DriverServices,
                       private devhost::LogSink,
                       private IInstanceManager,
@@ -62,38 +62,38 @@ class RecordingHost : private devhost::DriverServices,
     unsigned long reserved;
   };
 
-  // The journal outlives the host. While the host lives, the process's log comes here.
+  // The journal outlives the host. While the host lives, it gets the process's log.
   explicit RecordingHost(Journal& journal);
   ~RecordingHost() override;
   RecordingHost(const RecordingHost&) = delete;
   RecordingHost& operator=(const RecordingHost&) = delete;
 
-  // What a driver is created with.
+  // Returns the instance manager with which a driver is created.
   IInstanceManager& Instances() { return *this; }
   IVariableManager* Variables() { return this; }
 
-  // The reply of the registered handler. Throws std::out_of_range for a command that nobody registered.
+  // Returns the reply of the registered handler. Throws std::out_of_range for a command that nobody registered.
   h7::auto_com<H7XML::INode> Command(const std::string& name, const Parameters& parameters = {});
   // The same, as XML on one line.
   std::string CommandText(const std::string& name, const Parameters& parameters = {});
   void DropHandlers() { m_handlers.clear(); }
 
-  // Delivers an event to those who listen for its id.
+  // Delivers an event to the listeners of its id.
   void SendEvent(unsigned int eventId, H7XML::INode& event);
   // Makes the event as a host does, and delivers it under the id that belongs to its name.
   void SendEvent(const std::string& name, const Parameters& parameters = {});
 
-  // What drivers left here.
+  // What drivers have registered or published and not taken back.
   const std::vector<Listener>& Listeners() const { return m_listeners; }
   void* Published(const std::string& iid) const;
   bool AnythingPublished() const { return !m_published.empty(); }
 
-  // Answers.
-  std::vector<ISupportSNMP*> drivers;  // to FindDrivers for ISupportSNMP_IID
-  bool refusesRegistrations = false;   // RegisterQuery answers false; so it does for a name that is taken
-  std::map<std::pair<unsigned long, unsigned long>, IVariable*> variables;  // to FindVariable
-  std::string variableList = "<variables/>";                                // to ListVariables(xml, false)
-  std::string userVariableList = "<variables/>";                            // to ListVariables(xml, true)
+  // The host's answers.
+  std::vector<ISupportSNMP*> drivers;  // FindDrivers for ISupportSNMP_IID
+  bool refusesRegistrations = false;   // RegisterQuery returns false, as it always does for a name that is taken
+  std::map<std::pair<unsigned long, unsigned long>, IVariable*> variables;  // FindVariable
+  std::string variableList = "<variables/>";                                // ListVariables(xml, false)
+  std::string userVariableList = "<variables/>";                            // ListVariables(xml, true)
 
  private:
   void BaseConstructed(H7BaseDriver& driver, DriverMultiplicity multiplicity) override;
@@ -124,7 +124,7 @@ class RecordingHost : private devhost::DriverServices,
   devhost::LogSink* m_formerSink;
 };
 
-// An agent as a host has it: made by the exported factory, deleted through the pointer that came from there.
+// An agent as in a host: the exported factory makes it, and it is deleted through the pointer that the factory returned.
 class HostedAgent {
  public:
   // The host outlives the agent.
@@ -133,7 +133,7 @@ class HostedAgent {
   HostedAgent(const HostedAgent&) = delete;
   HostedAgent& operator=(const HostedAgent&) = delete;
 
-  // Initialises the agent as driver 3 with an empty configuration. Returns its answer.
+  // Initialises the agent as driver 3 with an empty configuration. Returns the agent's result.
   int Initialize(H7XML::INode* persisted = nullptr);
   // Drops the handlers, then deletes the agent, once.
   void Destroy();
@@ -141,7 +141,7 @@ class HostedAgent {
   IDriver& Driver() const { return *m_driver; }
   SNMPConfigurationAgent& Agent() const;
   SNMPConfigurationAgent* operator->() const { return &Agent(); }
-  // What device drivers find. Throws std::logic_error before the agent is published.
+  // Returns what device drivers find. Throws std::logic_error before the agent is published.
   ISNMPConfigurationAgent& Published() const;
 
  private:

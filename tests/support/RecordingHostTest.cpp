@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using Calls = std::vector<std::string>;
 
-// A driver that lets the test make the calls.
+// A driver whose calls the test makes.
 class Guinea : public H7BaseAgentDriver, public ISystemEventCallback {
  public:
   explicit Guinea(IInstanceManager& instances) : H7BaseAgentDriver(instances, DriverMultiplicity_PerDevice) {}

@@ -11,7 +11,7 @@
 
 namespace testsupport {
 
-// A folder of a test's own under the system's folder for temporary files, removed with all it holds at the end.
+// A folder for one test in the system's folder for temporary files. At the end it is removed with everything in it.
 class ScratchFolder {
  public:
   ScratchFolder() {
@@ -46,7 +46,7 @@ class ScratchFolder {
 
   std::string Read(const std::string& name) const { return ReadFile(Path(name)); }
 
-  // The content of any file.
+  // Returns the content of any file.
   static std::string ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {

@@ -6,12 +6,13 @@
 #include <cstring>
 #include <stdexcept>
 
-// Virtual tables, seen as a caller sees them that was built elsewhere.
+// Virtual tables, as a caller sees them that was built separately.
 namespace testsupport {
 
-// The slot that a pointer to a virtual member of a class's own table names: such a pointer holds the slot's distance from
-// the start of the table, in bytes. Where the low bit of a function's address means something (ARM), the mark "virtual"
-// stands in the second word. Throws std::logic_error for a member that is not virtual or comes from another base's table.
+// Returns the slot to which a pointer to a virtual member of a class's own table refers. Such a pointer holds the slot's
+// distance from the start of the table, in bytes. On ARM, where the low bit of a function's address has a meaning, the mark
+// for "virtual" is in the second word. Throws std::logic_error for a member that is not virtual or comes from another base's
+// table.
 template <class Member>
 std::size_t SlotOf(Member member) {
   std::uintptr_t words[2];
@@ -30,7 +31,7 @@ std::size_t SlotOf(Member member) {
   return distance / sizeof(void*);
 }
 
-// The table that the first word of a view points to.
+// Returns the table to which the first word of a view points.
 inline void* const* TableOf(const void* view) {
   void* const* table;
   std::memcpy(&table, view, sizeof table);

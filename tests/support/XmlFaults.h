@@ -5,8 +5,8 @@
 
 #include "devhost/xml/XmlObserver.h"
 
-// Runs `work` again and again, with each of its calls into the XML library failing once, until it gets through, and
-// `check(k)` after each run, in which call k failed. Returns how often it ran.
+// Runs `work` again and again, until none of its calls into the XML library fails. In run k, counted from 0, the call number
+// k fails. `check(k)` follows each run. Returns the number of runs.
 template <class Work, class Check>
 int WithEachXmlCallFailing(Work work, Check check) {
   struct Countdown final : devhost::XmlObserver {

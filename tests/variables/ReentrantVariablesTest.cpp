@@ -1,4 +1,4 @@
-// A host whose variable manager sends events from inside the agent's questions.
+// A host whose variable manager sends events while the agent calls it.
 #include <functional>
 
 #include "tests/variables/VariablesFixture.h"
@@ -15,7 +15,7 @@ class AVariableManagerThatSendsEvents : public VariablesTest {
     host.userVariableList = List(Listed(1, 1));
   }
 
-  // Runs `action` once, from inside the first such call.
+  // Runs `action` once, from inside the first call `wanted`.
   void Inside(const std::string& wanted, std::function<void()> action) {
     journal.SetHook([this, wanted, action](const std::string& call) {
       if (call == wanted) {
@@ -86,7 +86,7 @@ TEST_F(AVariableManagerThatSendsEvents, MayAskForTheStateInsideALookup) {
             "<variable deviceid=\"1\" variableid=\"1\" name=\"v\" snmpTrapEnabled=\"false\"/></variables></SNMPState>");
 }
 
-// A variable that runs an action from inside the questions that the agent asks it.
+// A variable that runs an action while the agent calls it.
 class ATalkativeVariable : public FakeVariable {
  public:
   using FakeVariable::FakeVariable;

@@ -9,7 +9,7 @@ using testing::IsEmpty;
 
 class SystemEvents : public VariablesTest {
  protected:
-  // Delivers an event that is read from XML.
+  // Delivers the event that `xml` describes.
   void Deliver(const std::string& xml) {
     const h7::auto_com<H7XML::INode> event = devhost::ReadXmlNode(xml);
     agent->OnSystemEvent(*event);

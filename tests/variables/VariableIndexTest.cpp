@@ -191,7 +191,7 @@ TEST_F(TheVariableIndex, TakesSavedFlagsOverToItsVariables) {
   }
   TrapEnabledMap& saved = State().savedTrapFlags;
   saved[VariableKey(5, 7)] = false;
-  saved[VariableKey(5, 8)] = true;  // no such variable
+  saved[VariableKey(5, 8)] = true;  // this variable does not exist
   saved[VariableKey(5, 9)] = true;
   saved[VariableKey(7, 7)] = true;  // the host does not know it
   journal.Take();

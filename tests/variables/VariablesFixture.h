@@ -7,7 +7,7 @@
 
 #include "tests/support/AgentFixture.h"
 
-// A variable that notes in a journal what it is asked: "1.20.GetName".
+// A variable that records each call in a journal: "1.20.GetName".
 class NotingVariable : public FakeVariable {
  public:
   NotingVariable(Journal& journal, unsigned long deviceId, unsigned long variableId)
@@ -38,7 +38,7 @@ class VariablesTest : public AgentTest {
  protected:
   using Ids = std::pair<unsigned long, unsigned long>;
 
-  // Makes the host know a variable.
+  // Adds a variable that the host knows.
   FakeVariable& Know(unsigned long deviceId, unsigned long variableId, bool enabled = false) {
     FakeVariable& variable =
         m_variables.emplace(Ids(deviceId, variableId), FakeVariable(deviceId, variableId, "v", enabled)).first->second;
@@ -52,7 +52,7 @@ class VariablesTest : public AgentTest {
   }
   static std::string List(const std::string& listed) { return "<variables>" + listed + "</variables>"; }
 
-  // The pairs of a map, in its order: "1.3 1.20 2.10".
+  // Returns the pairs of a map, in its order: "1.3 1.20 2.10".
   template <class Map>
   static std::string Pairs(const Map& map) {
     std::string pairs;
@@ -62,7 +62,7 @@ class VariablesTest : public AgentTest {
     return pairs;
   }
 
-  // The calls into the XML library that `work` makes: "SetNamedString name".
+  // Returns the calls into the XML library that `work` makes: "SetNamedString name".
   template <class Work>
   static Calls XmlCallsOf(Work work) {
     struct Observer : devhost::XmlObserver {
