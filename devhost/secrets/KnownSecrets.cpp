@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "devhost/secrets/SecretXml.h"
 #include "devhost/secrets/Secrets.h"
 
 namespace devhost {
@@ -10,7 +11,7 @@ namespace devhost {
 namespace {
 
 constexpr std::size_t kShortest = 4;
-// Far more than a community or passphrase has. Of what is longer, the beginning is learnt.
+// Communities and passphrases are far shorter. Of a longer text, only the beginning is learnt.
 constexpr std::size_t kLongest = 1024;
 
 bool IsWordCharacter(char c) {
@@ -18,12 +19,12 @@ bool IsWordCharacter(char c) {
          static_cast<unsigned char>(c) >= 0x80;
 }
 
-// Whether the text is cut between two words there, so that "art" is not found in "party".
+// Returns whether a word begins or ends at `at`, so that "art" is not found in "party".
 bool IsEdge(std::string_view text, std::size_t at) {
   return at == 0 || at == text.size() || !IsWordCharacter(text[at - 1]) || !IsWordCharacter(text[at]);
 }
 
-// Comments explain: "createUser NAME [MD5 PASSPHRASE]".
+// Comments explain things: "createUser NAME [MD5 PASSPHRASE]".
 bool IsComment(std::string_view line) {
   const std::size_t first = line.find_first_not_of(" \t");
   return first != std::string_view::npos && line[first] == '#';
@@ -38,7 +39,7 @@ std::size_t CommonLength(std::string_view left, std::string_view right) {
   return static_cast<std::size_t>(std::mismatch(left.begin(), end, right.begin()).first - left.begin());
 }
 
-// As it stands in XML.
+// Returns the text as it stands in XML, with the characters in `which` escaped.
 std::string Coded(const std::string& text, std::string_view which) {
   std::string coded;
   for (const char c : text) {
@@ -54,7 +55,7 @@ std::string Coded(const std::string& text, std::string_view which) {
 }  // namespace
 
 void KnownSecrets::Learn(std::string_view secret) {
-  // Quotes within quotes are rarely meant, and a text of nothing but quotes would be learnt in every length.
+  // Quotes within quotes are rare, and a text of nothing but quotes would be learnt in every length.
   constexpr int kMostQuotes = 4;
   for (int quotes = 0; IsQuoted(secret); ++quotes) {
     if (quotes <= kMostQuotes) {
@@ -107,7 +108,8 @@ std::size_t KnownSecrets::EndOfSecret(std::string_view text, std::size_t begin) 
     return begin;
   }
   while (rest.size() >= kShortest) {
-    // Every secret that the rest begins with is also what the last one in front of the rest begins with.
+    // In the order of the map, take the last secret that is not behind the rest. Every secret with which the rest begins is
+    // also a beginning of that one.
     const auto next = m_secrets.upper_bound(rest);
     if (next == m_secrets.begin()) {
       break;
@@ -140,7 +142,7 @@ std::vector<SecretPlace> KnownSecrets::Places(const std::string& text) const {
 }
 
 std::string KnownSecrets::Mask(std::string_view text) const {
-  // Those that would be cut up as the tags of XML come first.
+  // Known secrets that look like tags are masked first, because MaskXml would cut them up.
   const std::string plain(text);
   std::vector<SecretPlace> cut = Places(plain);
   cut.erase(std::remove_if(cut.begin(), cut.end(),

@@ -13,41 +13,37 @@
 
 namespace devhost {
 
-// The texts that MaskXml would mask as communities, as they are without the XML around them.
-std::vector<std::string> SecretsInXml(std::string_view xml);
-// What MaskCommandLine would mask.
-std::vector<std::string> SecretsInCommandLine(const std::vector<std::string>& words);
-
-// The secrets that have come by, to find them where nothing around them tells: in log lines, reasons and the output of
-// programs.
+// Remembers secrets that have appeared in known places. So it finds them in texts that do not show where secrets stand: log
+// lines, reasons of failures, and the output of programs.
 class KnownSecrets {
  public:
-  // Very short texts are not learnt: they are no secrets, and would be found everywhere. One in quotes is learnt without
-  // them, too, and each as XML writes it.
+  // Learns a secret, also as XML writes it and without the quotes around it. Ignores texts of fewer than four bytes: they
+  // are not secrets, and would be found everywhere.
   void Learn(std::string_view secret);
+  // Learns every secret in known places of the XML, which may be cut off.
   void LearnFromXml(std::string_view xml);
-  // From an snmpd.conf. Nothing is learnt from comments, which explain things with ordinary words.
+  // Learns every secret of an snmpd.conf. Ignores comments, because they explain things with ordinary words.
   void LearnFromConfig(std::string_view text);
 
-  // A text of any kind on one or several lines: masks what the functions of Secrets.h find and, as whole words, what is
-  // known.
+  // Masks a text of any kind, of one or several lines: what the functions of Secrets.h find, and known secrets that stand
+  // there as whole words.
   std::string Mask(std::string_view text) const;
-  // Masks what is known only.
+  // Masks only known secrets.
   std::string MaskKnown(const std::string& text) const;
 
  private:
-  // As it is, and as XML writes it.
+  // Adds a secret as it is, and as XML writes it.
   void AddAsWritten(std::string_view secret);
-  // `isCut`: it is the beginning of a longer one.
+  // Adds one text. With `isCut`, it is the beginning of a longer secret.
   void Add(const std::string& secret, bool isCut);
   std::vector<SecretPlace> Places(const std::string& text) const;
-  // The end of the longest secret that begins there; `begin` when none does. Where the beginning of a very long one stands,
-  // all that follows may be its own.
+  // Returns the end of the longest secret that begins at `begin`, or `begin` when none begins there. Behind the beginning of
+  // a very long secret, everything may belong to it.
   std::size_t EndOfSecret(std::string_view text, std::size_t begin) const;
 
-  // Those of very long ones are beginnings, and marked so.
+  // Each secret, and whether it is only the beginning of a very long one.
   std::map<std::string, bool, std::less<>> m_secrets;
-  std::unordered_set<std::string> m_starts;  // their first bytes: most words of a text begin like none of them
+  std::unordered_set<std::string> m_starts;  // the first bytes of all secrets: few words of a text begin with one of them
 };
 
 }  // namespace devhost

@@ -8,7 +8,7 @@ namespace devhost {
 
 namespace {
 
-// Whether a command has that name for a community, or names a setting that is one and this is its value.
+// Returns whether the parameter `name` is a community, or the value of a setting that is one.
 bool IsSecret(const std::string& name, const Parameters& parameters) {
   if (name != "value") {
     return IsSecretSetting(name);
@@ -66,7 +66,7 @@ std::string Masker::Xml(const std::string& xml) const {
   if (m_showSecrets) {
     return xml;
   }
-  // The reason of a failure is a message like any other.
+  // The reason of a failure is a message.
   return xml.compare(0, 5, "<Fail") == 0 ? m_known.Mask(xml) : MaskXml(xml);
 }
 
@@ -89,7 +89,7 @@ std::string Masker::CommandLine(const std::vector<std::string>& words) const {
   for (const std::string& word : m_showSecrets ? words : MaskCommandLine(words)) {
     line += (line.empty() ? "" : " ") + AsWord(line.empty() || m_showSecrets ? word : m_known.Mask(word));
   }
-  // A secret with blanks may be several words.
+  // A secret with blanks may be spread over several words.
   return m_showSecrets ? line : m_known.MaskKnown(line);
 }
 

@@ -10,27 +10,32 @@
 
 namespace devhost {
 
-// What the program prints of texts that may hold communities and passphrases: nothing but that they are there, unless the
-// user asked to see them.
+// Masks communities and passphrases in the texts that the program prints, unless the user has asked to see them.
 class Masker {
  public:
+  // With `showSecrets`, nothing is masked.
   explicit Masker(bool showSecrets) : m_showSecrets(showSecrets) {}
 
-  // Secrets that come by are remembered, to be found in texts that do not tell where they stand.
+  // These remember the secrets in known places, to find them later in other texts.
+  // The parameters of a command: communities, the value of a community setting, and secrets in XML.
   void Learn(const Parameters& parameters);
+  // XML from or for a driver.
   void LearnFromXml(std::string_view xml);
+  // A whole snmpd.conf.
   void LearnFromConfig(std::string_view text);
+  // The words of a program's command line.
   void LearnFromCommandLine(const std::vector<std::string>& words);
 
-  // A text of any kind: a message, a log line, what a program wrote.
+  // These return a text with its secrets masked.
+  // A text of any kind: a message, a log line, the output of a program.
   std::string Text(std::string_view text) const;
-  // The same, when the whole of it is a secret.
+  // A text that is a secret as a whole. An empty one stays empty.
   std::string Secret(const std::string& text) const;
-  // XML from or for a driver.
+  // XML from or for a driver. The text of <Fail> is a message, so known secrets are masked in it, too.
   std::string Xml(const std::string& xml) const;
   // A line of an snmpd.conf.
   std::string ConfigLine(std::string_view line) const;
-  // The parameters of a command; a value that begins with @ names a file.
+  // The parameters of a command. A value that begins with a single @ names a file and is not masked.
   Parameters CommandParameters(const Parameters& parameters) const;
   // A program's command line, as a script would write it.
   std::string CommandLine(const std::vector<std::string>& words) const;
@@ -40,10 +45,10 @@ class Masker {
   KnownSecrets m_known;
 };
 
-// Learns a secret as it is, and as messages quote it: on one line, and cut.
+// Learns a secret as it is, and as messages quote it: on one line, and cut when it is long.
 void LearnQuoted(KnownSecrets& secrets, std::string_view secret);
 
-// Whether the setting of that name is a community.
+// Returns whether the setting `name` is a community.
 bool IsSecretSetting(std::string_view name);
 
 }  // namespace devhost

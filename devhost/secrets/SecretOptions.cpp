@@ -1,12 +1,12 @@
-// The options of the snmp commands.
-#include <cstring>
+#include "devhost/secrets/SecretOptions.h"
 
-#include "devhost/secrets/SecretPlaces.h"
+#include <cstring>
 
 namespace devhost {
 
 namespace {
 
+// The options of the snmp commands that have a value, and those of them whose value is a secret.
 constexpr char kWithValue[] = "YmMDvrtcZeEnulxXaApT3sSLIPOC";
 constexpr char kSecret[] = "cAX";
 
@@ -28,7 +28,7 @@ std::optional<std::size_t> SecretOptionWalk::Step(const std::string& word) {
   if (word.size() < 2 || word.front() != '-' || word[1] == '-') {
     return std::nullopt;
   }
-  // Letters without a value may stand together, and the value in the same word as its letter.
+  // Letters without a value may stand together, and a value may stand in the same word as its letter.
   std::size_t at = 1;
   while (at < word.size() && !IsOneOf(kWithValue, word[at])) {
     ++at;

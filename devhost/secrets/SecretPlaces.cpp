@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "devhost/secrets/SecretOptions.h"
 #include "devhost/secrets/Secrets.h"
 #include "devhost/snmpd/WordCutter.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
 
-// Where the secrets of a directive stand.
+// Where the secrets of a directive stand: in one of its words, as in one of its forms below, or in all of its rest.
 enum class Kind { First, Second, Third, Sink, Options, User, StoredUser, Rest };
 
 Kind const* FindKind(std::string_view keyword) {
@@ -40,8 +41,8 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// A word as a keyword: without the marks that stand around it in a comment, a difference or a message, or that the daemon
-// passes over; in lower case. "" when it is too long for one.
+// Returns a word as a keyword, in lower case. Leaves out the marks that may stand around it in a comment, a difference or a
+// message, and those that the daemon ignores. Returns "" when the word is too long for a keyword.
 std::string_view Normal(std::string_view word, char (&space)[24]) {
   constexpr std::string_view kMarks = "#\"'\\`+-<>()|,";
   std::size_t size = 0;
@@ -57,7 +58,7 @@ std::string_view Normal(std::string_view word, char (&space)[24]) {
   return {space, size};
 }
 
-// The name in front of the mark at `end`, back to what cannot be in one.
+// Returns the name in front of `end`: the letters that stand there.
 std::string_view NameBefore(std::string_view text, std::size_t end) {
   std::size_t begin = end;
   while (begin > 0 && IsLetter(text[begin - 1])) {
@@ -143,8 +144,8 @@ class Scanner {
     }
   }
 
-  // The next word behind a directive. A line may hold many directives, and none of them may read on for long: what follows a
-  // word that is too long for every use is hidden, like the word.
+  // Returns the next word behind a directive. A line may have many directives, so none of them may read far. A word that is
+  // too long for any use is hidden with all that follows it.
   DirectiveWord Cut(WordCutter& cutter) {
     constexpr std::size_t kLongestWord = 1024;
     DirectiveWord word = cutter.Next();
@@ -154,7 +155,7 @@ class Scanner {
     return word;
   }
 
-  // The word behind so many others, and behind a context (-Cn NAME).
+  // Hides the word behind `others` other words, not counting a context (-Cn NAME).
   void Word(std::size_t from, std::size_t others) {
     WordCutter cutter(m_line, from);
     for (std::size_t i = 0; i != others && !cutter.AtLineEnd(); ++i) {
@@ -171,7 +172,7 @@ class Scanner {
     }
   }
 
-  // TARGET [COMMUNITY [PORT]]. The daemon cuts this one at blanks only, so with quotes it is not sure which part is which.
+  // TARGET [COMMUNITY [PORT]]. The daemon cuts this directive only at blanks, so with quotes the parts are not certain.
   void Sink(std::size_t from) {
     WordCutter cutter(m_line, from);
     for (std::size_t i = 0; !cutter.AtLineEnd() && IsSinkOption(cutter); ++i) {
@@ -188,7 +189,7 @@ class Scanner {
     if (m_line.substr(target.begin, target.end - target.begin).find_first_of("\"'\\") != npos) {
       return HideFrom(target.begin);
     }
-    // Without a target, the agent's line has the community in its place, behind twice as many blanks.
+    // When the target is empty, the agent's line has the community in its place, behind twice as many blanks.
     const bool noTarget = gap == 4 || (gap > 4 && m_line.substr(from, gap).find('\t') != npos);
     if (noTarget && (cutter.AtLineEnd() || cutter.At() - target.end == 2)) {
       Hide(target);
@@ -209,7 +210,7 @@ class Scanner {
     }
   }
 
-  // Takes the name of an option that has a value.
+  // Moves `cutter` behind the name of an option, when it has a value, and returns whether there was one.
   bool IsSinkOption(WordCutter& cutter) {
     WordCutter ahead = cutter;
     const std::string word = Cut(ahead).text;
@@ -222,7 +223,7 @@ class Scanner {
 
   void Options(std::size_t from) {
     if (m_optionsSeen) {
-      return;  // they were looked for to the end of the line
+      return;  // the first search went to the end of the line
     }
     m_optionsSeen = true;
     SecretOptionWalk walk;
@@ -237,11 +238,11 @@ class Scanner {
     }
   }
 
-  // NAME [-e ENGINE] (PROTOCOL PASSPHRASE)...; a key stands behind -m or -l.
+  // NAME [-e ENGINE] (PROTOCOL PASSPHRASE)...; a key instead of a passphrase stands behind -m or -l.
   void User(std::size_t from) {
     WordCutter cutter(m_line, from);
     bool named = false;
-    bool protocol = true;  // is next
+    bool protocol = true;  // whether a protocol may come next
     for (int i = 0; i != 12 && !cutter.AtLineEnd(); ++i) {
       const DirectiveWord word = Cut(cutter);
       if (word.text == "-e" && !cutter.AtLineEnd()) {
@@ -264,7 +265,7 @@ class Scanner {
     return start == "md5" || start == "sha" || start == "des" || start == "aes" || name == "default";
   }
 
-  // As the daemon keeps one: the keys are the eighth word and those from the tenth on.
+  // A user as the daemon stores it: the keys are the eighth word and the words from the tenth on.
   void StoredUser(std::size_t from) {
     WordCutter cutter(m_line, from);
     for (int i = 0; i != 16 && !cutter.AtLineEnd(); ++i) {
@@ -275,7 +276,7 @@ class Scanner {
     }
   }
 
-  // Also inside a shell's quotes and brackets.
+  // Returns whether the word contains an snmp command, even inside a shell's quotes and brackets.
   static bool IsCommand(std::string_view word) {
     const std::size_t begin = word.find("snmp");
     std::size_t end = begin;
@@ -287,7 +288,7 @@ class Scanner {
            IsSnmpCommand(word.substr(begin, end - begin));
   }
 
-  // "SNMP v2c, community X", as a trap receiver says it: up to the next bar, since X may hold blanks.
+  // "SNMP v2c, community X", as a trap receiver prints it. X may have blanks, so it is hidden up to the next bar.
   void Told(std::size_t begin, std::size_t end) {
     if (m_line.substr(begin, end - begin) == "community" && (m_before == "v1," || m_before == "v2c,")) {
       const std::size_t from = m_line.find_first_not_of(' ', end);
@@ -303,7 +304,7 @@ class Scanner {
     }
   }
 
-  // community=X and its like, and value=X behind name=communityRead.
+  // community=X and similar names, and value=X behind name=communityRead.
   void Values(std::size_t begin, std::size_t end) {
     for (std::size_t equals = m_line.find('=', begin); equals < end; equals = m_line.find('=', equals + 1)) {
       const std::string_view name = NameBefore(m_line, equals);
@@ -345,7 +346,7 @@ class Scanner {
     }
   }
 
-  // A word that is a secret. Whoever writes one with quotes, backslashes or tabs may mean more than this word.
+  // Hides a word that is a secret. With quotes, backslashes or tabs, its author may have meant more than this word.
   void Hide(const DirectiveWord& word) {
     const bool alone = word.end >= m_end || IsConfigBlank(m_line[word.end]);
     if (!alone || IsUnclearFrom(word.end)) {
@@ -356,7 +357,7 @@ class Scanner {
 
   bool IsUnclearFrom(std::size_t at) const { return m_lastOdd != npos && m_lastOdd >= at; }
 
-  // Directives in a row hide the same words again and again.
+  // Merges the places now and then, because directives in a row hide the same words again and again.
   void Place(std::size_t begin, std::size_t end) {
     if (m_places.size() == m_mostPlaces) {
       m_places = MergedPlaces(std::move(m_places));
@@ -383,20 +384,20 @@ class Scanner {
   }
 
   std::string_view m_line;
-  // More than the daemon knows. Beyond them, the rest of the line is hidden.
+  // More options than the daemon knows. Behind them, the rest of the line is hidden.
   static constexpr std::size_t kMostOptions = 8;
   static constexpr std::size_t kLongestName = 256;  // of a setting
 
-  std::size_t m_end;              // without the blanks at the end
+  std::size_t m_end;              // the end of the line without its last blanks
   std::size_t m_lastOdd = npos;   // the last quote, backslash or tab
-  std::string_view m_before;      // the word before the one that is looked at
-  bool m_namesCommunity = false;  // the last name=
+  std::string_view m_before;      // the word before the current one
+  bool m_namesCommunity = false;  // whether the last name= is that of a community
   bool m_optionsSeen = false;
-  std::size_t m_bar = 0;          // the first one behind the last place where it was looked for, or the end
+  std::size_t m_bar = 0;          // the first bar behind the last place where one was searched for, or the end
   std::size_t m_valueEnd = 0;     // the same for the end of a value without quotes
-  std::size_t m_restFrom = npos;  // from there on, all is secret
+  std::size_t m_restFrom = npos;  // from here on, everything is hidden
   std::vector<SecretPlace> m_places;
-  std::size_t m_mostPlaces = 1024;  // before they are merged
+  std::size_t m_mostPlaces = 1024;  // at this number they are merged
 };
 
 }  // namespace
@@ -413,6 +414,17 @@ std::vector<SecretPlace> MergedPlaces(std::vector<SecretPlace> places) {
     }
   }
   return merged;
+}
+
+std::string Masked(std::string_view text, const std::vector<SecretPlace>& places) {
+  std::string masked;
+  masked.reserve(text.size());
+  std::size_t copied = 0;
+  for (const SecretPlace& place : places) {
+    masked.append(text, copied, place.begin - copied).append(kMask);
+    copied = place.end;
+  }
+  return masked.append(text, copied, npos);
 }
 
 std::vector<SecretPlace> SecretPlaces(std::string_view line) {

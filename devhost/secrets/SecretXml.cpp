@@ -1,25 +1,24 @@
-// Finding secrets in XML. What comes here may be cut off or no XML at all, so it is not parsed, only looked through.
+// Finds secrets in XML. The text may be cut off, or not be XML at all, so it is searched and not parsed.
+#include "devhost/secrets/SecretXml.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
-
-#include "devhost/secrets/KnownSecrets.h"
-#include "devhost/secrets/SecretPlaces.h"
 
 namespace devhost {
 
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
-constexpr int kDeepest = 3;  // of XML that is the text of XML
+constexpr int kDeepest = 3;  // how deep XML may stand in the text of other XML
 
 constexpr std::pair<std::string_view, char> kEntities[] = {
     {"&amp;", '&'},  {"&lt;", '<'},   {"&gt;", '>'},   {"&quot;", '"'}, {"&apos;", '\''},
     {"&#10;", '\n'}, {"&#xA;", '\n'}, {"&#13;", '\r'}, {"&#xD;", '\r'}, {"&#9;", '\t'},
     {"&#x9;", '\t'}, {"&#34;", '"'},  {"&#39;", '\''}, {"%0B", '\v'},   {"%0C", '\f'}};
 
-// A text with its entities replaced, and the blanks that states of devices escape because XML cannot carry them, and the way
-// back to where its bytes stood.
+// A text with its entities decoded, and with the blanks that the states of devices escape because XML cannot contain them.
+// It knows where each byte stood before.
 class DecodedText {
  public:
   explicit DecodedText(std::string_view coded) {
@@ -42,7 +41,7 @@ class DecodedText {
 
   const std::string& Text() const { return m_text; }
 
-  // Where the byte at `at`, or the end, stood.
+  // Returns where the byte at `at`, or the end, stood in the coded text.
   std::size_t Coded(std::size_t at) const {
     auto next = std::upper_bound(m_shifts.begin(), m_shifts.end(), at,
                                  [](std::size_t value, const auto& shift) { return value < shift.first; });
@@ -51,7 +50,8 @@ class DecodedText {
 
  private:
   std::string m_text;
-  std::vector<std::pair<std::size_t, std::size_t>> m_shifts;  // from a byte on: how far in front of its old place it is
+  // From which byte on the text has moved, and how far to the front.
+  std::vector<std::pair<std::size_t, std::size_t>> m_shifts;
 };
 
 bool IsNameStart(char c) {
@@ -79,7 +79,7 @@ struct XmlAttribute {
 struct XmlTag {
   std::string_view name;
   std::size_t end = 0;   // behind the closing >, or the end of the text
-  bool whole = false;    // it has one
+  bool whole = false;    // whether it has a closing >
   bool closing = false;  // </name>
   bool empty = false;    // <name/>
 };
@@ -95,7 +95,7 @@ XmlTag ReadTag(std::string_view xml, std::size_t at, Use use) {
   at += tag.closing ? 2 : 1;
   tag.name = name(at);
   at += tag.name.size();
-  XmlAttribute last;  // its value may still come
+  XmlAttribute last;  // the value may still follow
   const auto useLast = [&] {
     if (!last.name.empty()) {
       use(last);
@@ -134,7 +134,7 @@ class XmlScanner {
     while (at < m_xml.size()) {
       const std::size_t tag = NextTag(at);
       if (at == 0 && tag < m_xml.size() && IsEndOfSecret(tag)) {
-        Secret(0, tag);  // the start of this element was cut off
+        Secret(0, tag);  // the beginning of this element was cut off
       } else {
         Text(at, tag);
       }
@@ -168,7 +168,7 @@ class XmlScanner {
     }
   }
 
-  // A text or an attribute's value, in which a configuration or more XML may stand.
+  // Looks at a text or an attribute's value, which may contain a configuration or more XML.
   void Text(std::size_t begin, std::size_t end) {
     const std::string_view text = m_xml.substr(begin, end - begin);
     if (text.find_first_of("&%") == npos) {
@@ -179,7 +179,7 @@ class XmlScanner {
     }
     const DecodedText decoded(text);
     std::vector<SecretPlace> places = SecretPlacesInText(decoded.Text());
-    // A configuration may hold what only looks like XML: "Ada <ada@example.org>".
+    // A configuration may contain text that only looks like XML: "Ada <ada@example.org>".
     if (m_depth < kDeepest && decoded.Text().find('<') != npos) {
       const std::vector<SecretPlace> inXml = XmlScanner(decoded.Text(), m_depth + 1).Scan();
       places.insert(places.end(), inXml.begin(), inXml.end());
@@ -190,7 +190,7 @@ class XmlScanner {
     }
   }
 
-  // Returns where to go on.
+  // Looks at a tag. Returns where to continue.
   std::size_t Tag(std::size_t begin) {
     bool isSecret = false;
     bool named = false;
@@ -201,7 +201,7 @@ class XmlScanner {
       }
     });
     isSecret = isSecret || IsSecretElement(tag.name);
-    // Read again rather than kept: a tag may have millions of them.
+    // The attributes are read again and not kept, because a tag may have millions of them.
     ReadTag(m_xml, begin, [&](const XmlAttribute& attribute) {
       // A name that was cut off may be that of a community.
       const bool isValue = attribute.name == "value" && (isSecret || (!named && !tag.whole));
@@ -214,7 +214,7 @@ class XmlScanner {
     return isSecret && tag.whole && !tag.closing && !tag.empty ? Inside(tag) : tag.end;
   }
 
-  // All that an element holds is its secret, whatever it is made of.
+  // Takes everything inside an element as its secret. Returns where to continue.
   std::size_t Inside(const XmlTag& tag) {
     const std::string close = "</" + std::string(tag.name);
     std::size_t end = m_xml.find(close, tag.end);
@@ -248,7 +248,7 @@ std::vector<SecretPlace> SecretPlacesInXml(std::string_view xml) {
 std::vector<std::string> SecretsInXml(std::string_view xml) {
   std::vector<std::string> secrets;
   std::size_t lineBegin = 0;
-  std::size_t searched = 0;  // in front of it, for the line
+  std::size_t searched = 0;  // up to here, the beginning of the line is known
   for (const SecretPlace& place : SecretPlacesInXml(xml)) {
     const std::size_t feed = xml.substr(searched, place.begin - searched).rfind('\n');
     lineBegin = feed == npos ? lineBegin : searched + feed + 1;

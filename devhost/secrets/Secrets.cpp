@@ -2,14 +2,15 @@
 
 #include <algorithm>
 
-#include "devhost/secrets/KnownSecrets.h"
+#include "devhost/secrets/SecretOptions.h"
 #include "devhost/secrets/SecretPlaces.h"
+#include "devhost/secrets/SecretXml.h"
 
 namespace devhost {
 
 namespace {
 
-// The secrets behind options, with their places among all words.
+// Returns the secrets behind options, with their places among all words.
 std::vector<SecretWord> OptionSecrets(const std::vector<std::string>& words) {
   const auto command = std::find_if(words.begin(), words.end(), IsSnmpCommand);
   std::vector<SecretWord> secrets = SecretOptions({command, words.end()});
@@ -24,17 +25,6 @@ bool HoldsBlank(const std::string& word) {
 }
 
 }  // namespace
-
-std::string Masked(std::string_view text, const std::vector<SecretPlace>& places) {
-  std::string masked;
-  masked.reserve(text.size());
-  std::size_t copied = 0;
-  for (const SecretPlace& place : places) {
-    masked.append(text, copied, place.begin - copied).append(kMask);
-    copied = place.end;
-  }
-  return masked.append(text, copied, std::string_view::npos);
-}
 
 std::string MaskConfigLine(std::string_view line) {
   return Masked(line, SecretPlaces(line));
@@ -57,7 +47,7 @@ std::vector<std::string> MaskCommandLine(const std::vector<std::string>& words) 
     }
   }
   for (std::string& word : masked) {
-    // --rocommunity=public is a line of a configuration; what holds blanks is a shell's command or such a line.
+    // "--rocommunity=public" is a line of a configuration. A word with blanks is a shell's command, or such a line.
     const std::size_t equals = word.compare(0, 2, "--") == 0 ? word.find('=') : std::string::npos;
     if (equals != std::string::npos) {
       const std::string line = word.substr(2, equals - 2) + " " + word.substr(equals + 1);

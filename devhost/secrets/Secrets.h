@@ -7,24 +7,27 @@
 
 namespace devhost {
 
-// Communities and passphrases are passwords. Whatever the programs print goes through one of these first, unless the user
-// asked to see them. A secret is shown as ***** whatever its length; an empty one stays empty, because that there is none is
-// worth seeing.
+// Communities and passphrases are passwords. Everything that the programs print passes through one of these functions first,
+// unless the user has asked to see secrets. A secret of any length is shown as *****. An empty one stays empty, so that
+// readers see that it is missing.
 inline constexpr char kMask[] = "*****";
 
-// One line of an snmpd.conf, without its line feed; also in a comment, where people keep old lines. What cannot be cut into
-// words for sure is masked to the end of the line.
+// Masks the secrets in one line of an snmpd.conf, given without its line feed. They are masked in comments, too, where
+// people keep old lines. When the line cannot be cut into words for sure, it is masked to its end.
 std::string MaskConfigLine(std::string_view line);
 
-// A whole snmpd.conf.
+// Masks the secrets in a whole snmpd.conf.
 std::string MaskConfigText(std::string_view text);
 
-// XML, whole or cut off anywhere: the text of the elements that hold communities, the attributes that do (a setting named
-// communityRead or communityWrite, community="..."), and a whole snmpd.conf that stands in an element's text.
+// Masks the secrets in XML, complete or cut off anywhere: in elements and attributes that are communities (a setting named
+// communityRead or communityWrite, community="..."), and in an snmpd.conf that stands in a text or an attribute.
 std::string MaskXml(std::string_view xml);
 
-// The words of a program's command line, as scripts run it: the community or passphrase behind its option.
+// Masks the secrets in the words of a program's command line: the communities and passphrases behind options.
 std::vector<std::string> MaskCommandLine(const std::vector<std::string>& words);
+
+// Returns the secrets that MaskCommandLine would mask.
+std::vector<std::string> SecretsInCommandLine(const std::vector<std::string>& words);
 
 }  // namespace devhost
 

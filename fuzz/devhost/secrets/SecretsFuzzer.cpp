@@ -1,6 +1,7 @@
 // Cuts any text into directives and masks it. A certain secret never comes out.
 #include "devhost/secrets/KnownSecrets.h"
 #include "devhost/secrets/SecretPlaces.h"
+#include "devhost/secrets/SecretXml.h"
 #include "devhost/secrets/Secrets.h"
 #include "devhost/snmpd/Directive.h"
 #include "fuzz/support/Input.h"

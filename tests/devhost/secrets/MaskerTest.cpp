@@ -7,7 +7,7 @@
 namespace devhost {
 namespace {
 
-TEST(AMasker, HidesWhatAMessageSaysOfASecretThatHasComeBy) {
+TEST(AMasker, HidesALearntSecretInAMessage) {
   Masker masker(false);
   EXPECT_EQ(masker.Text("they say hidden one"), "they say hidden one");
   masker.LearnFromXml("<snmpCommunityReadSetting>hidden one</snmpCommunityReadSetting>");
@@ -19,7 +19,7 @@ TEST(AMasker, HidesWhatAMessageSaysOfASecretThatHasComeBy) {
             "*****, *****, *****, ***** and ***** at 10.0.0.5");
 }
 
-TEST(AMasker, HidesWhatAMessageQuotesOfALongSecret) {
+TEST(AMasker, HidesTheBeginningOfALongSecretThatAMessageQuotes) {
   Masker masker(false);
   const std::string secret = "a\tb" + std::string(300, 's');
   masker.Learn({{"name", "communityWrite"}, {"value", secret}});
@@ -41,13 +41,13 @@ TEST(AMasker, HidesACommandsSecretsAndNothingElse) {
   EXPECT_EQ(masker.CommandParameters(file), file);
 }
 
-TEST(AMasker, HidesWholeSecretsButShowsThatThereIsNone) {
+TEST(AMasker, HidesASecretAndShowsWhenItIsEmpty) {
   const Masker masker(false);
   EXPECT_EQ(masker.Secret("hidden"), "*****");
   EXPECT_EQ(masker.Secret(""), "");
 }
 
-TEST(AMasker, HidesWhatAFailureQuotes) {
+TEST(AMasker, HidesALearntSecretInTheReasonOfAFailure) {
   Masker masker(false);
   masker.LearnFromXml("<community>hidden</community>");
   EXPECT_EQ(masker.Xml("<Fail>the community hidden is wrong</Fail>"), "<Fail>the community ***** is wrong</Fail>");

@@ -1,4 +1,4 @@
-// Random texts with a known secret in them: it never comes out, and nothing else changes.
+// Masks random texts that contain a secret. The secret never comes out, and nothing else changes.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -11,7 +11,7 @@
 namespace devhost {
 namespace {
 
-// A text in which a secret stands, cut at it.
+// The text before and after a secret.
 struct Frame {
   std::string before;
   std::string after;
@@ -31,7 +31,8 @@ class Random {
     return text;
   }
 
-  // One that no other text of these tests holds by chance: the letters are in no directive, element or noise.
+  // Returns a secret that no other text of these tests contains by chance. Directives, elements and noise do not use its
+  // letters.
   std::string Secret(const std::string& letters) { return "Q" + Text(letters, 8) + "Z" + Text(letters, 8) + "Q"; }
 
  private:
@@ -40,7 +41,7 @@ class Random {
 
 const std::string kNoise = std::string("ab \t\r#<>&;\"'\\\x80\xff\x01=|-/") + '\0';
 
-// Lines that hold no secret of their own, whole, invalid UTF-8 and all.
+// Returns whole lines without a secret of their own. They may contain invalid UTF-8.
 std::string NoiseLines(Random& random) {
   std::string lines;
   for (std::size_t i = random.Below(4); i != 0; --i) {
@@ -81,7 +82,7 @@ TEST(ASecretInAConfiguration, NeverComesOutAndNothingElseChanges) {
     }
     const std::string before = NoiseLines(random) + frame.before;
     const std::string after = frame.after + "\n" + NoiseLines(random);
-    // What the noise holds is masked by itself, if at all.
+    // The noise is masked separately, if there is anything to mask in it.
     const std::size_t start = before.size() - frame.before.size();
     const std::string expected = MaskConfigText(before.substr(0, start)) + frame.before + kMask +
                                  (frame.after.find(" -X y") == std::string::npos ? frame.after : " -x DES -X ***** h") +
@@ -97,7 +98,7 @@ TEST(ASecretOfAnyCharacters, NeverComesOutOfItsLine) {
   Random random(4711);
   for (int i = 0; i != 4000; ++i) {
     const std::string part = random.Secret("KV");
-    // As the agent writes a community: in quotes when it holds a blank, and as it is otherwise.
+    // The agent writes a community in quotes when it has a blank, and otherwise as it is.
     const std::string community = random.Text("\"'\\\t #a", 4) + part + random.Text("\"'\\\t #a", 4) + part;
     const bool quoted = community.find(' ') != std::string::npos;
     const std::string written = quoted ? "\"" + community + "\"" : community;
@@ -137,7 +138,7 @@ TEST(ASecretInXml, NeverComesOutWhereverTheXmlIsCutOff) {
   Random random(7);
   for (const Frame& frame : kElements) {
     const std::string secret = random.Secret("KVWX&;\"'> ") + "Q";
-    // Not in a quote's value: a quote ends it.
+    // The value of an attribute has no quotes, because a quote would end it.
     const bool attribute = !frame.after.empty() && (frame.after.front() == '"' || frame.after.front() == '\'');
     const std::string inside = attribute ? "QKVQZQ" : secret;
     const std::string xml = frame.before + inside + frame.after;
