@@ -4,15 +4,14 @@
 
 namespace devhost {
 
-bool CallGate::Enter(const Call& call, Call& innermost) {
+std::optional<CallGate::Call> CallGate::Enter(const Call& call) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (!m_calls.empty() && !IsInside()) {
-    innermost = m_calls.back();
-    return false;
+    return m_calls.back();
   }
   m_calls.push_back(call);
   m_owner = std::this_thread::get_id();
-  return true;
+  return std::nullopt;
 }
 
 void CallGate::Leave() noexcept {

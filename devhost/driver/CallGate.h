@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,8 +23,9 @@ class CallGate {
     std::string Description() const { return title.empty() ? operation : operation + " of " + title; }
   };
 
-  // False when another thread is inside; `innermost` is then filled with what that one is doing.
-  bool Enter(const Call& call, Call& innermost);
+  // Nothing when the call may go on, until Leave. Where another thread is inside: what that one is doing, and the call must
+  // not go on.
+  std::optional<Call> Enter(const Call& call);
   void Leave() noexcept;
 
   // Whether a call is under way on this thread.

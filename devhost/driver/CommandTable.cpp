@@ -13,7 +13,7 @@ void CommandTable::RegisterUICmd(const std::string& name, Handler handler) {
   for (Command& command : m_commands) {
     if (command.name == name) {
       command.handler.swap(shared);
-      m_manners.Report("command \"" + name + "\" was registered twice; the later handler counts");
+      m_check.Report("command \"" + name + "\" was registered twice; the later handler counts");
       return;
     }
   }

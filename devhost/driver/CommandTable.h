@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "devhost/driver/Manners.h"
+#include "devhost/driver/ServiceCheck.h"
 #include "host/UICmdDispatcher.h"
 
 namespace devhost {
@@ -16,8 +16,8 @@ class CommandTable : public UICmdDispatcher {
   using Handler = boost::function<h7::auto_com<H7XML::INode>(ICmdMessage const&)>;
 
   virtual ~CommandTable() = default;
-  // Both outlive it; `manners` hears of names that are registered twice.
-  CommandTable(Manners& manners, ServiceCheck& check) : m_manners(manners), m_check(check) {}
+  // `check` outlives it, and hears of names that are registered twice.
+  explicit CommandTable(ServiceCheck& check) : m_check(check) {}
 
   void RegisterUICmd(const std::string& name, Handler handler) override;
 
@@ -33,7 +33,6 @@ class CommandTable : public UICmdDispatcher {
     std::string name;
     std::shared_ptr<const Handler> handler;
   };
-  Manners& m_manners;
   ServiceCheck& m_check;
   std::vector<Command> m_commands;
 };

@@ -15,7 +15,9 @@ struct DriverEntry {
 };
 
 // How messages name a driver: driver 12 "kitchen".
-std::string TitleOf(const DriverEntry& entry);
+inline std::string TitleOf(const DriverEntry& entry) {
+  return "driver " + std::to_string(entry.id) + " \"" + entry.name + "\"";
+}
 
 }  // namespace devhost
 

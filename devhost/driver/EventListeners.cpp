@@ -40,15 +40,14 @@ void EventListeners::Remove(unsigned long driverId, ISystemEventCallback& listen
 
 std::vector<EventListeners::Registration> EventListeners::RemoveAll(unsigned long driverId) {
   std::vector<Registration> removed;
-  for (auto it = m_registrations.begin(); it != m_registrations.end();) {
-    if ((*it)->driverId == driverId) {
-      removed.push_back(**it);
-      (*it)->active = false;
-      it = m_registrations.erase(it);
-    } else {
-      ++it;
+  m_registrations.remove_if([&](const std::shared_ptr<Registration>& registration) {
+    if (registration->driverId != driverId) {
+      return false;
     }
-  }
+    removed.push_back(*registration);
+    registration->active = false;
+    return true;
+  });
   return removed;
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "devhost/driver/Manners.h"
+#include "devhost/driver/ServiceCheck.h"
 #include "host/IDriverManager.h"
 #include "host/IInstanceManager.h"
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 
@@ -13,7 +12,6 @@
 #include "devhost/engine/LoadedDriver.h"
 #include "devhost/engine/ModuleWatch.h"
 #include "devhost/engine/StateKeeper.h"
-#include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
 namespace devhost {
@@ -35,18 +33,6 @@ h7::auto_com<H7XML::INode> ConfigNode(const DriverEntry& entry) {
   throw HostError("driver \"" + entry.name + "\" " + problem, &entry, kLoading, problem);
 }
 
-std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    joined += (joined.empty() ? "" : separator) + text;
-  }
-  return joined;
-}
-
-std::string CommandTitle(const std::string& name) {
-  return "command \"" + name + "\"";
-}
-
 // A call of the host's user. When no other one is around it, states that became out of date meanwhile are kept at its end.
 class HostCall {
  public:
@@ -59,8 +45,6 @@ class HostCall {
       m_states.SaveInvalid();
     }
   }
-  HostCall(const HostCall&) = delete;
-  HostCall& operator=(const HostCall&) = delete;
 
  private:
   StateKeeper& m_states;
@@ -76,17 +60,12 @@ class Host::Impl {
   Impl(HostObserver& observer, StateStore* store)
       : core(observer), states(core, store), variables(core.variables), watch(core) {}
   ~Impl() { StopAll(); }
-  Impl(const Impl&) = delete;
-  Impl& operator=(const Impl&) = delete;
 
   HostCall Begin(const std::string& call) { return HostCall(core, states, call); }
   void CheckEntry(const DriverEntry& entry) const;
   void Start(LoadedDriver& driver, H7XML::INode& config);
   void StopAll() noexcept;
   void Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded);
-  // Throws HostError, for that call, when there is none.
-  std::shared_ptr<LoadedDriver> Find(unsigned long driverId, const std::string& call) const;
-  std::string KnownCommands() const;
 
   HostCore core;
   StateKeeper states;
@@ -140,37 +119,6 @@ void Host::Impl::Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded) {
   }
 }
 
-std::shared_ptr<LoadedDriver> Host::Impl::Find(unsigned long driverId, const std::string& call) const {
-  std::shared_ptr<LoadedDriver> found = core.Find(driverId);
-  if (found != nullptr) {
-    return found;
-  }
-  constexpr std::size_t kMostListed = 20;
-  std::vector<std::string> known;
-  for (const std::shared_ptr<LoadedDriver>& driver : core.Snapshot()) {
-    known.push_back(known.size() == kMostListed ? "..." : driver->Title());
-    if (known.size() > kMostListed) {
-      break;
-    }
-  }
-  throw HostError("there is no driver " + std::to_string(driverId) +
-                      (known.empty() ? "; none is loaded" : "; loaded are: " + Join(known, ", ")),
-                  call);
-}
-
-// Devices of one kind have the same commands: they are told once, for the first of them.
-std::string Host::Impl::KnownCommands() const {
-  std::set<std::vector<std::string>> told;
-  std::vector<std::string> texts;
-  for (const std::shared_ptr<LoadedDriver>& driver : core.Snapshot()) {
-    const std::vector<std::string> commands = driver->Commands().Names();
-    if (!commands.empty() && told.insert(commands).second) {
-      texts.push_back(driver->Entry().name + ": " + Join(commands, ", "));
-    }
-  }
-  return texts.empty() ? "none" : Join(texts, "; ");
-}
-
 Host::Host(HostObserver& observer, StateStore* states) : m_impl(std::make_unique<Impl>(observer, states)) {}
 
 Host::~Host() = default;
@@ -209,30 +157,12 @@ void Host::Stop() {
 
 std::string Host::Command(unsigned long driverId, const std::string& name, const Parameters& parameters) {
   const HostCall call = m_impl->Begin(CommandTitle(name));
-  return m_impl->Find(driverId, CommandTitle(name))->Command(name, parameters);
+  return m_impl->core.Get(driverId, CommandTitle(name))->Command(name, parameters);
 }
 
 std::string Host::Command(const std::string& name, const Parameters& parameters) {
   const HostCall call = m_impl->Begin(CommandTitle(name));
-  HostCore::Drivers owners;
-  std::vector<std::string> titles;
-  for (const std::shared_ptr<LoadedDriver>& driver : m_impl->core.Snapshot()) {
-    if (driver->Commands().Find(name) != nullptr) {
-      owners.push_back(driver);
-      titles.push_back(driver->Title());
-    }
-  }
-  if (owners.empty()) {
-    throw HostError(
-        "no driver has registered the command " + Quoted(name) + "; the commands are: " + m_impl->KnownCommands(),
-        CommandTitle(name));
-  }
-  if (owners.size() != 1) {
-    throw HostError(
-        "several drivers have registered the command " + Quoted(name) + ": " + Join(titles, ", ") + "; name one of them",
-        CommandTitle(name));
-  }
-  return owners.front()->Command(name, parameters);
+  return m_impl->core.FindByCommand(name)->Command(name, parameters);
 }
 
 void Host::SendEvent(const std::string& name, const Parameters& parameters) {
@@ -249,7 +179,7 @@ void Host::SendEvent(const std::string& name, const Parameters& parameters) {
 
 std::string Host::GetPersistState(unsigned long driverId) {
   const HostCall call = m_impl->Begin("GetPersistState");
-  return m_impl->Find(driverId, "GetPersistState")->GetPersistState(XmlStyle::Compact);
+  return m_impl->core.Get(driverId, "GetPersistState")->GetPersistState(XmlStyle::Compact);
 }
 
 void Host::DefineVariable(const VariableEntry& entry) {
@@ -306,7 +236,7 @@ std::vector<DriverEntry> Host::Drivers() const {
 }
 
 std::vector<std::string> Host::Commands(unsigned long driverId) const {
-  return m_impl->Find(driverId, "")->Commands().Names();
+  return m_impl->core.Get(driverId, "")->Commands().Names();
 }
 
 std::size_t Host::MannersCount() const {

@@ -1,22 +1,35 @@
 #include "devhost/engine/HostCore.h"
 
-#include <algorithm>
-#include <iterator>
+#include <boost/algorithm/string.hpp>
+#include <optional>
+#include <set>
 #include <utility>
 
 #include "devhost/engine/LoadedDriver.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 
 namespace {
 
-void Erase(std::string& text, const std::string& part) {
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
-    text.erase(at, part.size());
+// Devices of one kind have the same commands: they are told once, for the first of them.
+std::string KnownCommands(const HostCore::Drivers& drivers) {
+  std::set<std::vector<std::string>> told;
+  std::vector<std::string> texts;
+  for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
+    const std::vector<std::string> commands = driver->Commands().Names();
+    if (!commands.empty() && told.insert(commands).second) {
+      texts.push_back(driver->Entry().name + ": " + boost::join(commands, ", "));
+    }
   }
+  return texts.empty() ? "none" : boost::join(texts, "; ");
 }
 
 }  // namespace
+
+std::string CommandTitle(const std::string& name) {
+  return "command \"" + name + "\"";
+}
 
 void HostCore::Emit(const LoadedDriver* driver, Occurrence occurrence, const Drivers& candidates) {
   if (driver != nullptr) {
@@ -38,8 +51,8 @@ void HostCore::Report(const LoadedDriver* driver, const std::string& what, const
   occurrence.call = call.Description();
   if (driver != nullptr) {
     // The report carries its driver: only others are named in its text.
-    Erase(occurrence.text, " of " + driver->Title());
-    Erase(occurrence.call, " of " + driver->Title());
+    boost::erase_all(occurrence.text, " of " + driver->Title());
+    boost::erase_all(occurrence.call, " of " + driver->Title());
   } else if (!candidates.empty()) {
     occurrence.text.insert(0, "one of them: ");
   }
@@ -47,19 +60,15 @@ void HostCore::Report(const LoadedDriver* driver, const std::string& what, const
 }
 
 HostCore::Drivers HostCore::OwnersOf(const void* code) const {
-  Drivers owners;
   const CodePlace place(code);
+  Drivers owners;
   const std::lock_guard<std::mutex> lock(m_driversMutex);
-  std::copy_if(m_drivers.begin(), m_drivers.end(), std::back_inserter(owners),
-               [&](const std::shared_ptr<LoadedDriver>& driver) { return driver->OwnsCode(place); });
+  for (const auto& [number, driver] : m_drivers) {
+    if (driver->OwnsCode(place)) {
+      owners.push_back(driver);
+    }
+  }
   return owners;
-}
-
-std::shared_ptr<LoadedDriver> HostCore::CalledOf(const Drivers& drivers) const {
-  const void* const called = gate.Innermost().driver;
-  const auto found = std::find_if(drivers.begin(), drivers.end(),
-                                  [&](const std::shared_ptr<LoadedDriver>& driver) { return driver.get() == called; });
-  return found != drivers.end() ? *found : nullptr;
 }
 
 std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
@@ -67,74 +76,113 @@ std::shared_ptr<LoadedDriver> HostCore::DriverOf(const void* code) const {
   if (owners.size() == 1) {
     return owners.front();
   }
-  const std::lock_guard<std::mutex> lock(m_driversMutex);
-  return CalledOf(owners.empty() ? m_drivers : owners);
+  const void* const called = gate.Innermost().driver;
+  for (const std::shared_ptr<LoadedDriver>& driver : owners.empty() ? Snapshot() : owners) {
+    if (driver.get() == called) {
+      return driver;
+    }
+  }
+  return nullptr;
 }
 
 HostCore::Drivers HostCore::Snapshot() const {
   const std::lock_guard<std::mutex> lock(m_driversMutex);
-  return m_drivers;
-}
-
-void HostCore::Add(const std::shared_ptr<LoadedDriver>& driver) {
-  const std::lock_guard<std::mutex> lock(m_driversMutex);
-  m_drivers.push_back(driver);
-  m_byId[driver->Entry().id] = {driver, m_loaded++};
-}
-
-void HostCore::Remove(const LoadedDriver& driver) {
-  const std::lock_guard<std::mutex> lock(m_driversMutex);
-  // The latest goes first, as a rule.
-  const auto found = std::find_if(m_drivers.rbegin(), m_drivers.rend(),
-                                  [&](const std::shared_ptr<LoadedDriver>& each) { return each.get() == &driver; });
-  if (found != m_drivers.rend()) {
-    m_drivers.erase(std::next(found).base());
-  }
-  const auto known = m_byId.find(driver.Entry().id);
-  if (known != m_byId.end() && known->second.driver.get() == &driver) {
-    m_invalidStates.erase(known->second.number);
-    m_byId.erase(known);
-  }
-}
-
-std::shared_ptr<LoadedDriver> HostCore::Find(unsigned long driverId) const {
-  const std::lock_guard<std::mutex> lock(m_driversMutex);
-  const auto found = m_byId.find(driverId);
-  return found == m_byId.end() ? nullptr : found->second.driver;
-}
-
-HostCore::Drivers HostCore::WithInvalidStates() const {
-  const std::lock_guard<std::mutex> lock(m_driversMutex);
   Drivers drivers;
-  for (const auto& [number, driver] : m_invalidStates) {
+  drivers.reserve(m_drivers.size());
+  for (const auto& [number, driver] : m_drivers) {
     drivers.push_back(driver);
   }
   return drivers;
 }
 
-void HostCore::NoteStateInvalid(const LoadedDriver& driver) {
+void HostCore::Add(const std::shared_ptr<LoadedDriver>& driver) {
   const std::lock_guard<std::mutex> lock(m_driversMutex);
-  const auto found = m_byId.find(driver.Entry().id);
-  if (found != m_byId.end()) {
-    m_invalidStates[found->second.number] = found->second.driver;
+  m_numbers[driver->Entry().id] = m_loaded;
+  m_drivers[m_loaded++] = driver;
+}
+
+void HostCore::Remove(const LoadedDriver& driver) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_numbers.find(driver.Entry().id);
+  if (found != m_numbers.end()) {
+    m_invalidStates.erase(found->second);
+    m_drivers.erase(found->second);
+    m_numbers.erase(found);
   }
 }
 
-void HostCore::NoteStateTaken(const LoadedDriver& driver) {
+std::shared_ptr<LoadedDriver> HostCore::Find(unsigned long driverId) const {
   const std::lock_guard<std::mutex> lock(m_driversMutex);
-  const auto found = m_byId.find(driver.Entry().id);
-  if (found != m_byId.end()) {
-    m_invalidStates.erase(found->second.number);
+  const auto found = m_numbers.find(driverId);
+  return found == m_numbers.end() ? nullptr : m_drivers.at(found->second);
+}
+
+std::shared_ptr<LoadedDriver> HostCore::Get(unsigned long driverId, const std::string& call) const {
+  std::shared_ptr<LoadedDriver> found = Find(driverId);
+  if (found != nullptr) {
+    return found;
+  }
+  constexpr std::size_t kMostListed = 20;
+  std::vector<std::string> known;
+  for (const std::shared_ptr<LoadedDriver>& driver : Snapshot()) {
+    known.push_back(known.size() == kMostListed ? "..." : driver->Title());
+    if (known.size() > kMostListed) {
+      break;
+    }
+  }
+  throw HostError("there is no driver " + std::to_string(driverId) +
+                      (known.empty() ? "; none is loaded" : "; loaded are: " + boost::join(known, ", ")),
+                  call);
+}
+
+std::shared_ptr<LoadedDriver> HostCore::FindByCommand(const std::string& name) const {
+  const Drivers drivers = Snapshot();
+  Drivers owners;
+  std::vector<std::string> titles;
+  for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
+    if (driver->Commands().Find(name) != nullptr) {
+      owners.push_back(driver);
+      titles.push_back(driver->Title());
+    }
+  }
+  if (owners.empty()) {
+    throw HostError("no driver has registered the command " + Quoted(name) + "; the commands are: " + KnownCommands(drivers),
+                    CommandTitle(name));
+  }
+  if (owners.size() != 1) {
+    throw HostError("several drivers have registered the command " + Quoted(name) + ": " + boost::join(titles, ", ") +
+                        "; name one of them",
+                    CommandTitle(name));
+  }
+  return owners.front();
+}
+
+HostCore::Drivers HostCore::WithInvalidStates() const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  Drivers drivers;
+  for (const std::size_t number : m_invalidStates) {
+    drivers.push_back(m_drivers.at(number));
+  }
+  return drivers;
+}
+
+void HostCore::NoteState(const LoadedDriver& driver, bool invalid) {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found = m_numbers.find(driver.Entry().id);
+  if (found != m_numbers.end() && invalid) {
+    m_invalidStates.insert(found->second);
+  } else if (found != m_numbers.end()) {
+    m_invalidStates.erase(found->second);
   }
 }
 
 CallScope::CallScope(HostCore& core, const LoadedDriver* driver, const std::string& operation) : m_core(core) {
   const CallGate::Call call{driver, operation, driver != nullptr ? driver->Title() : ""};
-  CallGate::Call innermost;
-  if (m_core.gate.Enter(call, innermost)) {
+  const std::optional<CallGate::Call> other = m_core.gate.Enter(call);
+  if (!other) {
     return;
   }
-  const std::string problem = "came from a second thread while " + innermost.Description() + " is under way; it was refused";
+  const std::string problem = "came from a second thread while " + other->Description() + " is under way; it was refused";
   const std::string what = call.Description() + " " + problem;
   m_core.Report(driver, what);
   throw HostError(what, driver != nullptr ? &driver->Entry() : nullptr, operation, problem);

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -53,33 +54,34 @@ class HostCore {
   Drivers Snapshot() const;
   // The driver with that id, or null.
   std::shared_ptr<LoadedDriver> Find(unsigned long driverId) const;
+  // The same; throws HostError, naming what there is, when there is none. `call` is for the error.
+  std::shared_ptr<LoadedDriver> Get(unsigned long driverId, const std::string& call) const;
+  // The one driver that has registered the command. Throws HostError, naming the candidates, when none or several have.
+  std::shared_ptr<LoadedDriver> FindByCommand(const std::string& name) const;
   void Add(const std::shared_ptr<LoadedDriver>& driver);
   void Remove(const LoadedDriver& driver);
 
   // Whose persisted state is out of date, in the order of loading. A project may have many drivers, and few of them have
   // something to keep at a time.
   Drivers WithInvalidStates() const;
-  void NoteStateInvalid(const LoadedDriver& driver);
-  void NoteStateTaken(const LoadedDriver& driver);
+  void NoteStateInvalid(const LoadedDriver& driver) { NoteState(driver, true); }
+  void NoteStateTaken(const LoadedDriver& driver) { NoteState(driver, false); }
 
  private:
-  struct Loaded {
-    std::shared_ptr<LoadedDriver> driver;
-    std::size_t number = 0;  // in the order of loading
-  };
-
-  // The one of them that is being called, or null.
-  std::shared_ptr<LoadedDriver> CalledOf(const Drivers& drivers) const;
+  void NoteState(const LoadedDriver& driver, bool invalid);
 
   HostObserver& m_observer;
   std::recursive_mutex m_emitting;  // the observer may call the host
   mutable std::mutex m_driversMutex;
-  Drivers m_drivers;
-  std::unordered_map<unsigned long, Loaded> m_byId;
-  std::map<std::size_t, std::shared_ptr<LoadedDriver>> m_invalidStates;  // by the order of loading
+  std::map<std::size_t, std::shared_ptr<LoadedDriver>> m_drivers;  // by numbers in the order of loading
+  std::unordered_map<unsigned long, std::size_t> m_numbers;        // by id
+  std::set<std::size_t> m_invalidStates;                           // of these
   std::size_t m_loaded = 0;
   std::atomic<std::size_t> m_mannersCount{0};
 };
+
+// How messages name a command: command "X".
+std::string CommandTitle(const std::string& name);
 
 // A call that is under way, for as long as the scope lives.
 class CallScope {

@@ -1,5 +1,6 @@
 #include "devhost/engine/LoadedDriver.h"
 
+#include <boost/algorithm/string/join.hpp>
 #include <exception>
 #include <utility>
 
@@ -15,7 +16,7 @@ LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
     : m_core(core),
       m_entry(entry),
       m_module(entry.module),
-      m_commands(*this, *this),
+      m_commands(*this),
       m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
 
 template <class Action>
@@ -67,14 +68,11 @@ void LoadedDriver::MakeRegisterCommands() {
 }
 
 std::string LoadedDriver::Command(const std::string& name, const Parameters& parameters) {
-  const std::string call = "command \"" + name + "\"";
+  const std::string call = CommandTitle(name);
   const std::shared_ptr<const CommandTable::Handler> handler = m_commands.Find(name);
   if (handler == nullptr) {
-    std::string known;
-    for (const std::string& each : m_commands.Names()) {
-      known += (known.empty() ? "; it has: " : ", ") + each;
-    }
-    const std::string problem = "has no command \"" + name + "\"" + (known.empty() ? "; it has none" : known);
+    const std::string known = boost::join(m_commands.Names(), ", ");
+    const std::string problem = "has no " + call + (known.empty() ? "; it has none" : "; it has: " + known);
     throw HostError(Title() + " " + problem, &m_entry, call, problem);
   }
   Occurrence occurrence{Occurrence::Kind::Command, 0, "", name, ""};
@@ -194,8 +192,7 @@ void LoadedDriver::Report(const std::string& what) {
 
 bool LoadedDriver::Enter(const char* operation, From from) {
   // No driver is being called: what the host itself is doing meanwhile is still the call that is under way.
-  CallGate::Call innermost;
-  if (!m_core.gate.Enter({nullptr, operation, Title()}, innermost)) {
+  if (m_core.gate.Enter({nullptr, operation, Title()})) {
     Report(std::string(operation) + " came from a second thread; it was refused");
     return false;
   }

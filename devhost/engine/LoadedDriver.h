@@ -8,7 +8,7 @@
 #include "devhost/driver/DriverModule.h"
 #include "devhost/driver/DriverServices.h"
 #include "devhost/driver/InstanceDirectory.h"
-#include "devhost/driver/Manners.h"
+#include "devhost/driver/ServiceCheck.h"
 #include "devhost/engine/Host.h"
 #include "devhost/xml/XmlReader.h"
 
@@ -19,7 +19,7 @@ class HostCore;
 // One driver from the loading of its module to the unloading: the host's record of it, and the services behind its base.
 //
 // All calls into the driver go through here. An exception of the driver comes out as HostError.
-class LoadedDriver : public DriverServices, private Manners, private ServiceCheck {
+class LoadedDriver : public DriverServices, private ServiceCheck {
  public:
   // Loads the module. Throws ModuleError. `core` outlives the driver.
   LoadedDriver(HostCore& core, const DriverEntry& entry);

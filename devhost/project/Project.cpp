@@ -1,7 +1,7 @@
 #include "devhost/project/Project.h"
 
 #include <algorithm>
-#include <cctype>
+#include <boost/algorithm/string.hpp>
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
@@ -18,6 +18,7 @@ namespace devhost {
 namespace {
 
 constexpr char kAgentModule[] = "snmp_configuration_agent.so";
+constexpr char kPlaceholder[] = "{project}";
 
 // The loader takes a path without a slash for a name to search for, so paths are made absolute.
 std::string Absolute(const std::string& path) {
@@ -30,33 +31,11 @@ std::string Absolute(const std::string& path) {
   return absolute.lexically_normal().string();
 }
 
-std::string Trimmed(const std::string& text) {
-  constexpr char kBlanks[] = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
-
 // Replaces every `{project}` in what a driver gets to read.
-void Expand(std::string& text, const std::string& folder) {
-  constexpr char kPlaceholder[] = "{project}";
-  constexpr std::size_t kLength = sizeof(kPlaceholder) - 1;
-  std::size_t at = text.find(kPlaceholder);
-  if (at == std::string::npos) {
-    return;
-  }
-  std::string expanded;
-  std::size_t from = 0;
-  for (; at != std::string::npos; at = text.find(kPlaceholder, from)) {
-    expanded.append(text, from, at - from).append(folder);
-    from = at + kLength;
-  }
-  text = expanded.append(text, from, std::string::npos);
-}
-
 void Expand(XmlElement& element, const std::string& folder) {
-  Expand(element.text, folder);
+  boost::replace_all(element.text, kPlaceholder, folder);
   for (XmlAttribute& attribute : element.attributes) {
-    Expand(attribute.value, folder);
+    boost::replace_all(attribute.value, kPlaceholder, folder);
   }
   for (XmlElement& child : element.children) {
     Expand(child, folder);
@@ -65,11 +44,9 @@ void Expand(XmlElement& element, const std::string& folder) {
 
 // Names stand in scripts and messages, and a name of digits alone would read as an id.
 bool IsName(const std::string& text) {
-  const auto allowed = [](unsigned char c) {
-    return c < 0x80 && (std::isalnum(c) != 0 || c == '-' || c == '_' || c == '.');
-  };
-  const auto digit = [](unsigned char c) { return c >= '0' && c <= '9'; };
-  return std::all_of(text.begin(), text.end(), allowed) && !std::all_of(text.begin(), text.end(), digit);
+  constexpr char kDigits[] = "0123456789";
+  constexpr char kAllowed[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
+  return text.find_first_not_of(kAllowed) == std::string::npos && text.find_first_not_of(kDigits) != std::string::npos;
 }
 
 class ProjectFile {
@@ -83,8 +60,7 @@ class ProjectFile {
     if (root.name != "project") {
       Refuse(root, "the root element is <" + root.name + ">; allowed: <project>");
     }
-    AllowAttributes(root, {});
-    RefuseText(root);
+    Allow(root, {});
     Project project;
     for (XmlElement& child : root.children) {
       if (child.name == "driver") {
@@ -117,22 +93,17 @@ class ProjectFile {
     }
   }
 
-  void AllowAttributes(const XmlElement& element, const std::vector<std::string>& allowed) const {
-    std::string list;
-    for (const std::string& name : allowed) {
-      list += (list.empty() ? "" : ", ") + name;
-    }
+  // These attributes, and no text.
+  void Allow(const XmlElement& element, const std::vector<std::string>& allowed) const {
     for (const XmlAttribute& attribute : element.attributes) {
       if (std::find(allowed.begin(), allowed.end(), attribute.name) == allowed.end()) {
         Refuse(element, "unknown attribute " + Quoted(attribute.name) + " of <" + element.name +
-                            ">; allowed: " + (list.empty() ? "none" : list));
+                            ">; allowed: " + (allowed.empty() ? "none" : boost::join(allowed, ", ")));
       }
     }
-  }
-
-  void RefuseText(const XmlElement& element) const {
     if (!element.text.empty()) {
-      Refuse(element, "<" + element.name + "> holds the text " + Quoted(Trimmed(element.text)) + "; allowed: elements only");
+      Refuse(element,
+             "<" + element.name + "> holds the text " + Quoted(boost::trim_copy(element.text)) + "; allowed: elements only");
     }
   }
 
@@ -145,8 +116,7 @@ class ProjectFile {
   }
 
   DriverEntry ReadDriver(XmlElement& element) {
-    AllowAttributes(element, {"id", "name", "module"});
-    RefuseText(element);
+    Allow(element, {"id", "name", "module"});
     DriverEntry driver;
     driver.id = ReadId(element);
     driver.name = ReadName(element);
@@ -187,8 +157,7 @@ class ProjectFile {
   }
 
   VariableEntry ReadVariable(const XmlElement& element) {
-    AllowAttributes(element, {"device", "id", "name", "hidden", "trapEnabled"});
-    RefuseText(element);
+    Allow(element, {"device", "id", "name", "hidden", "trapEnabled"});
     if (!element.children.empty()) {
       const XmlElement& child = element.children.front();
       Refuse(child, "unknown element <" + child.name + "> in <" + element.name + ">; allowed: none");

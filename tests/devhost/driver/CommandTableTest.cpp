@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class ACommandTable : public testing::Test, private Manners, private ServiceCheck {
+class ACommandTable : public testing::Test, private ServiceCheck {
  protected:
   void Report(const std::string& what) override { reports.push_back(what); }
 
@@ -32,7 +32,7 @@ class ACommandTable : public testing::Test, private Manners, private ServiceChec
   std::vector<std::string> reports;
   bool allowed = true;
   int inside = 0;
-  CommandTable table{*this, *this};
+  CommandTable table{*this};
   const Parameters none{};
   const CommandMessage message{none};
 };

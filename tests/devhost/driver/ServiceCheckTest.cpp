@@ -1,4 +1,4 @@
-#include "devhost/driver/Manners.h"
+#include "devhost/driver/ServiceCheck.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +14,7 @@ class RecordingCheck : public ServiceCheck {
     return allowed;
   }
   void Leave() noexcept override { calls += "left;"; }
+  void Report(const std::string& what) override { calls += what; }
   std::string calls;
   bool allowed = true;
 };

@@ -1,19 +1,12 @@
-#ifndef DEVHOST_DRIVER_MANNERS_H
-#define DEVHOST_DRIVER_MANNERS_H
+#ifndef DEVHOST_DRIVER_SERVICE_CHECK_H
+#define DEVHOST_DRIVER_SERVICE_CHECK_H
 
 #include <string>
 
 namespace devhost {
 
-// Hears of drivers that break the host's rules.
-class Manners {
- public:
-  virtual ~Manners() = default;
-  // `what` says in one line what was done; who did it is known from the way the report came.
-  virtual void Report(const std::string& what) = 0;
-};
-
-// Keeps calls out of the host's tables that come from a second thread, or too early in a driver's life.
+// Stands between one driver and the host's tables: keeps out calls that come from a second thread, or too early in the
+// driver's life, and hears of bad manners.
 class ServiceCheck {
  public:
   enum class From { Construction, Initialize };  // from when on a driver may call an operation
@@ -22,6 +15,8 @@ class ServiceCheck {
   // False when the call must do nothing: it has been reported then. Otherwise other threads are kept out until Leave.
   virtual bool Enter(const char* operation, From from) = 0;
   virtual void Leave() noexcept = 0;
+  // `what` says in one line what the driver did.
+  virtual void Report(const std::string& what) = 0;
 };
 
 // A call of a driver to a service of the host, for as long as it works on the host's tables.
