@@ -21,7 +21,7 @@ void CheckIsFile(const std::string& path) {
     throw ModuleError("module \"" + path + "\" cannot be loaded: " + std::strerror(errno));
   }
   if (!S_ISREG(status.st_mode)) {
-    throw ModuleError("module \"" + path + "\" cannot be loaded: it is no file");
+    throw ModuleError("module \"" + path + "\" cannot be loaded: it is not a file");
   }
 }
 
@@ -65,7 +65,7 @@ void DriverModule::Open() {
   std::memcpy(&m_getCreationFunc, &function, sizeof function);
   m_version = *static_cast<const char* const*>(version);
   if (m_version == nullptr) {
-    throw ModuleError("module \"" + m_path + "\" is no driver module: its \"versionString\" is null");
+    throw ModuleError("module \"" + m_path + "\" is not a driver module: its \"versionString\" is null");
   }
   m_base = BaseOf(function);
 }
@@ -73,7 +73,7 @@ void DriverModule::Open() {
 void* DriverModule::RequiredSymbol(const char* name) const {
   void* const symbol = dlsym(m_handle, name);
   if (symbol == nullptr) {
-    throw ModuleError("module \"" + m_path + "\" is no driver module: it does not export \"" + name + "\"");
+    throw ModuleError("module \"" + m_path + "\" is not a driver module: it does not export \"" + name + "\"");
   }
   return symbol;
 }

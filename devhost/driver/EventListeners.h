@@ -22,6 +22,7 @@ class EventListeners {
     bool active;
   };
 
+  // `listener` is borrowed until its registration ends.
   void Add(unsigned long driverId, ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved);
   // Ends the earliest registration made with the same arguments; nothing happens when there is none.
   void Remove(unsigned long driverId, ISystemEventCallback& listener, unsigned int eventId, unsigned long reserved);

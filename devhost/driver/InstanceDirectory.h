@@ -15,7 +15,9 @@ namespace devhost {
 class InstanceDirectory {
  public:
   // False, and nothing published, when the driver has published `iid` already.
+  // `instance` is borrowed until it is withdrawn.
   bool Publish(unsigned long driverId, const std::string& iid, void* instance);
+  // Nothing happens when the driver has not published `iid`.
   void Withdraw(unsigned long driverId, const std::string& iid);
   // The earliest published under `iid`; null when there is none.
   void* Find(const std::string& iid) const;

@@ -38,14 +38,14 @@ class VariableManager : public IVariableManager {
  public:
   using Key = DualKey<unsigned long, unsigned long>;
   using Table = std::map<Key, Variable>;
-  // A variable that nobody finds any more, still where it was: it goes with this handle.
+  // A variable that was taken out: nobody finds it any more, and it goes with this handle.
   using Taken = Table::node_type;
 
   virtual ~VariableManager() = default;
   IVariable* FindVariable(unsigned long deviceId, unsigned long variableId) override;
   void ListVariables(std::string& xml, bool userVariables) override;
 
-  // The same with all that the host knows; null when there is none.
+  // The variable with all that the host knows; null when there is none. It stays with the manager.
   Variable* Find(unsigned long deviceId, unsigned long variableId);
   const Table& All() const { return m_variables; }
 

@@ -24,7 +24,7 @@ h7::auto_com<H7XML::INode> ConfigNode(const DriverEntry& entry) {
     return ReadXmlNode(entry.configXml.empty() ? "<config/>" : entry.configXml);
   } catch (const XmlError& error) {
     const std::string problem =
-        "line " + std::to_string(error.Line()) + " of its configuration element is no XML: " + error.what();
+        "line " + std::to_string(error.Line()) + " of its configuration element is not XML: " + error.what();
     throw HostError(TitleOf(entry) + ": " + problem, &entry, kLoading, problem);
   }
 }

@@ -16,31 +16,33 @@ namespace devhost {
 
 class StateStore;
 
-// One life of a development host: drivers are loaded, spoken to and unloaded. This is the facade that the program, tests,
-// benchmarks and fuzzers share.
+// One life of a development host: drivers are loaded, called and unloaded. This is the facade that the program, tests,
+// benchmarks and fuzzers share. One host at a time in a process: see ModuleWatch.
 //
-// Calls into drivers never overlap: a call from a second thread while one is under way is refused with HostError and
-// reported as Manners; nested calls pass. A driver's exception never leaves the host uncaught: it becomes a HostError that
-// names the driver, the call and the exception's text.
+// Calls into drivers never overlap. A call from a second thread while one is under way is refused with HostError and
+// reported as Manners; nested calls pass. A driver's exception becomes a HostError that names the driver, the call and the
+// exception's text. The host prints nothing: the observer hears of everything.
 //
-// With a store, drivers are handed what was kept for them, and asked for their state when they have called
-// `DmInvalidateState`, as soon as the outermost call of this class has returned from the drivers, and before a stop.
+// With a store, drivers get the state that was kept for them. A driver that has called `DmInvalidateState` is asked for its
+// state as soon as the outermost call of this class has returned from the drivers. All drivers are asked before a stop.
 class Host {
  public:
-  // `observer` and `states` must outlive the host. One host at a time in a process. Without a store (null) no state is kept.
+  // `observer` and `states` must outlive the host. Without a store (null) no state is kept. Throws HostError when there is a
+  // host in the process.
   explicit Host(HostObserver& observer, StateStore* states = nullptr);
-  // Stops first when that has not been done; problems then are reported to the observer only.
+  // Destroys and unloads the drivers that a stop has left. They are not asked for their states.
   ~Host();
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
 
   // Loads a module (all symbols bound, local), makes its driver, initialises it and lets it register its commands. Throws
-  // HostError, with nothing left loaded, when the file is missing or no module, lacks `GetCreationFunc` or `versionString`,
-  // or the driver throws while it is made.
+  // HostError, with nothing left loaded, when the id is taken, the file is missing or is not a module, lacks
+  // `GetCreationFunc` or `versionString`, or the driver throws meanwhile. A driver whose Initialize fails stays loaded.
   void Load(const DriverEntry& entry);
 
   // Asks the drivers for their states, destroys them in the reverse order of loading, checks what each left behind, then
-  // unloads the modules. What the drivers invalidate meanwhile is not asked for any more.
+  // unloads the modules. States that are invalidated meanwhile are not asked for. Throws HostError from inside a call. The
+  // host may be used again afterwards.
   void Stop();
 
   // Sends a command to the driver with that id and returns the reply as compact XML ("" when the driver returned no node).
@@ -55,7 +57,8 @@ class Host {
   // at the end.
   void SendEvent(const std::string& name, const Parameters& parameters);
 
-  // Asks a driver for its state, as compact XML ("" for none). It is not kept.
+  // Asks a driver for its state, as compact XML ("" for none). It is not kept. Throws HostError when there is no such driver
+  // or it throws.
   std::string GetPersistState(unsigned long driverId);
 
   // The variables of the project. All of these throw HostError where a variable is missing, or in the way of a new one.
@@ -65,8 +68,8 @@ class Host {
   // Adds a variable and sends "OnVariableAdded" or "OnUserVariableAdded".
   void AddVariable(const VariableEntry& entry);
   // Removes a variable or user variable and sends "OnVariableRemoved". It is out of the variable manager before the event,
-  // and freed after it; where a listener failed, or one of the ids is 0, which listeners take for a missing one, only
-  // after the drivers are gone.
+  // and freed after it. Where a listener failed, or one of the ids is 0, which listeners take for a missing one, a driver
+  // may still hold it, and it is freed with the host.
   void RemoveVariable(unsigned long deviceId, unsigned long variableId, bool user);
   // Removes an item of the project with its variables, in the same order, and sends "OnItemRemoved" alone. User variables of
   // the device stay: they belong to the project.
@@ -82,9 +85,9 @@ class Host {
 
   // The drivers loaded, in the order of loading.
   std::vector<DriverEntry> Drivers() const;
-  // The commands that a driver has registered, in the order of registration.
+  // The commands that a driver has registered, in the order of registration. Throws HostError when there is no such driver.
   std::vector<std::string> Commands(unsigned long driverId) const;
-  // How often drivers broke the rules since the host was made.
+  // How often drivers have broken the rules since the host was made.
   std::size_t MannersCount() const;
 
  private:

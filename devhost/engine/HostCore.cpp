@@ -12,13 +12,13 @@ namespace devhost {
 
 namespace {
 
-// Devices of one kind have the same commands: they are told once, for the first of them.
+// Devices of one kind have the same commands: they are listed once, for the first of them.
 std::string KnownCommands(const HostCore::Drivers& drivers) {
-  std::set<std::vector<std::string>> told;
+  std::set<std::vector<std::string>> listed;
   std::vector<std::string> texts;
   for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
     const std::vector<std::string> commands = driver->Commands().Names();
-    if (!commands.empty() && told.insert(commands).second) {
+    if (!commands.empty() && listed.insert(commands).second) {
       texts.push_back(driver->Entry().name + ": " + boost::join(commands, ", "));
     }
   }

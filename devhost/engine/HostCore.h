@@ -33,13 +33,12 @@ class HostCore {
   VariableManager variables;
   CallGate gate;
 
-  // `driver` may be null in all of these: none is known.
-  // Tells the observer. Where no driver is known for sure, all `candidates` are named.
+  // Tells the observer. `driver` may be null: nobody is known, and all `candidates` are named.
   void Emit(const LoadedDriver* driver, Occurrence occurrence, const Drivers& candidates = {});
   void Emit(Occurrence::Kind kind, const LoadedDriver* driver, const std::string& name, const std::string& text) {
     Emit(driver, {kind, 0, "", name, text});
   }
-  // Reports a driver that broke the rules; the call that is under way is named with it.
+  // Reports a driver that broke the rules, with the call that is under way.
   void Report(const LoadedDriver* driver, const std::string& what, const Drivers& candidates = {});
   std::size_t MannersCount() const { return m_mannersCount; }
 

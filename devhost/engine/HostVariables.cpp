@@ -59,7 +59,7 @@ std::vector<VariableEntry> HostVariables::List(Host::Flags flags) const {
 
 HostVariables::Taken HostVariables::Take(unsigned long deviceId, unsigned long variableId, bool user) {
   if (Get(deviceId, variableId, kRemoval).Entry().user != user) {
-    throw HostError(TitleOf(deviceId, variableId) + (user ? " is no user variable" : " is a user variable"), kRemoval);
+    throw HostError(TitleOf(deviceId, variableId) + (user ? " is not a user variable" : " is a user variable"), kRemoval);
   }
   const Taken taken = m_taken.emplace(m_taken.end());
   m_taken.back().push_back(m_manager.Take(deviceId, variableId));

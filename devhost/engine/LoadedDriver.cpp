@@ -29,7 +29,7 @@ auto LoadedDriver::Call(const std::string& description, Action action) {
   } catch (const std::exception& exception) {
     problem = exception.what();
   } catch (...) {
-    problem = "something that is no std::exception";
+    problem = "something that is not a std::exception";
   }
   // Thrown behind the handlers: the driver's exception object is gone before its module can be.
   throw HostError("an exception came out of " + description + " of " + Title() + ": " + problem, &m_entry, description,

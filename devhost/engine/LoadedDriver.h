@@ -18,7 +18,8 @@ class HostCore;
 
 // One driver from the loading of its module to the unloading: the host's record of it, and the services behind its base.
 //
-// All calls into the driver go through here. An exception of the driver comes out as HostError.
+// All calls into the driver go through here. An exception of the driver comes out as HostError, and so does a call from a
+// second thread.
 class LoadedDriver : public DriverServices, private ServiceCheck {
  public:
   // Loads the module. Throws ModuleError. `core` outlives the driver.
@@ -33,25 +34,28 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
   bool OwnsCode(const CodePlace& code) const { return m_module.Contains(code); }
   const CommandTable& Commands() const { return m_commands; }
 
+  // The start of its life, in this order. Both nodes are borrowed; `persisted` is null when nothing was kept.
   void Create();
-  // Both are borrowed for the call; `persisted` is null when there is none.
   void Initialize(H7XML::INode& config, H7XML::INode* persisted);
   void MakeRegisterCommands();
-  // The reply as compact XML.
+
+  // The reply as compact XML, "" for none. Throws HostError when the driver has not registered the command.
   std::string Command(const std::string& name, const Parameters& parameters);
+  // `listener` is the driver's. It gets a node of its own.
   void DeliverEvent(ISystemEventCallback& listener, const std::string& name, const XmlElement& event);
-  // "" for none.
+  // As XML, "" for none.
   std::string GetPersistState(XmlStyle style);
   // Whether what the driver gives may be kept: see StateKeeper.
   bool MayGiveState() const;
-  // From now on there is a state that a project load which fails can spoil.
+  // A failed project load can corrupt the state from now on.
   void NoteStateKept() { m_hasState = true; }
-  // `heard`: whether all its listeners heard the last "OnProjectLoaded" without an exception.
+  // `heard`: no listener of its threw at the last "OnProjectLoaded".
   void NoteProjectLoaded(bool heard) {
     m_stateIsWhole = heard || !m_hasState;
     m_hasState = m_hasState || heard;
   }
-  // Drops the handlers, destroys the driver when there is one, and reports and drops what it left behind.
+  // Drops the handlers, destroys the driver when there is one, and reports and drops what it left behind. The end of its
+  // life.
   void Destroy() noexcept;
 
   // The services behind the driver's base.

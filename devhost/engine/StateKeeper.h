@@ -14,20 +14,19 @@ class StateStore;
 
 // Carries the drivers' states between the drivers of a host and a store. What goes wrong is reported to the observer.
 //
-// A driver that listens to "OnProjectLoaded" knows a state that it was handed in full only once the project has loaded: what
-// it gave before would be kept in place of what nobody has read yet. So it is not asked before it has heard that event. When
-// a later one fails half-way, it knows only a part again, and is not asked before one has succeeded. What the project has
-// nothing to do with, a driver that does not listen gives at any time.
+// A driver that listens to "OnProjectLoaded" has not read its whole state until that event; saving earlier would lose data.
+// So it is not asked before. When a later "OnProjectLoaded" fails half-way, it knows a part only, and is not asked until one
+// has succeeded. A driver that does not listen is asked at any time.
 class StateKeeper {
  public:
   // Both outlive the keeper. Without a store (null) no driver is asked or handed anything.
   StateKeeper(HostCore& core, StateStore* store) : m_core(core), m_store(store) {}
 
-  // The state to hand to a driver; an empty handle when there is none.
+  // The state to hand to a driver; an empty handle when none is kept, or it cannot be read, which is reported.
   h7::auto_com<H7XML::INode> Load(const LoadedDriver& driver);
 
-  // Asks the drivers that have called `DmInvalidateState`, each once, however often it did. What a driver invalidates while
-  // it is asked waits for the next time, and so does what could not be kept.
+  // Asks the drivers that have called `DmInvalidateState`, each once, however often it did. A state that is invalidated
+  // while its driver is asked waits for the next time, and so does one that could not be kept.
   void SaveInvalid() noexcept;
   // Asks all drivers.
   void SaveAll() noexcept;

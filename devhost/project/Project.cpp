@@ -89,7 +89,7 @@ class ProjectFile {
       throw ProjectError(error.what());
     } catch (const XmlError& error) {
       throw ProjectError(m_path + ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column()) +
-                         ": the project is no well-formed XML: " + OneLine(error.what()));
+                         ": the project is not well-formed XML: " + OneLine(error.what()));
     }
   }
 

@@ -16,7 +16,7 @@ class ProjectError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The drivers that a host shall load, in that order, and the variables that it shall have.
+// The drivers that a host is to load, in that order, and the variables that it is to have.
 struct Project {
   std::vector<DriverEntry> drivers;
   std::vector<VariableEntry> variables;

@@ -112,7 +112,7 @@ TEST(AnEmptyFile, IsAScriptButNotXml) {
   EXPECT_THAT(Measure({"check", "empty"}, kitchen.Path()).output, HasSubstr("empty: warning: nobody has access"));
   EXPECT_EQ(Measure({"advise", "empty"}, kitchen.Path()).output,
             "devhost: empty:1:1: the settings are not well-formed XML: no root element\n");
-  EXPECT_EQ(Project(kitchen, ""), "devhost: other.xml:1:1: the project is no well-formed XML: no root element\n");
+  EXPECT_EQ(Project(kitchen, ""), "devhost: other.xml:1:1: the project is not well-formed XML: no root element\n");
 }
 
 TEST(AScript, MayHaveAByteOrderMarkAndCarriageReturnsAndNoLastLineFeed) {
@@ -138,7 +138,7 @@ TEST(AScriptWithNulBytes, IsRefused) {
 TEST(AProjectInAnotherEncoding, IsRefused) {
   const Kitchen kitchen;
   const std::string problem =
-      ": the project is no well-formed XML: a character that XML does not allow, or that is no UTF-8\n";
+      ": the project is not well-formed XML: a character that XML does not allow, or that is no UTF-8\n";
   EXPECT_EQ(Project(kitchen, "<project>\n\xe9</project>"), "devhost: other.xml:2:1" + problem);
   EXPECT_EQ(Project(kitchen, std::string("\xff\xfe<\0a\0/\0>\0", 10)), "devhost: other.xml:1:1" + problem);
   EXPECT_EQ(Project(kitchen, std::string("<project>\0</project>", 20)), "devhost: other.xml:1:10" + problem);

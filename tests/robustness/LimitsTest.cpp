@@ -54,7 +54,7 @@ TEST(Xml, HasFourMillionElementsAtMost) {
   WriteRepeated(kitchen.Path("project.xml"), "<project>\n", "<b/>", 5000000, "</project>");
   ExpectRefused(
       Measure(kRun, kitchen.Path()),
-      "devhost: project.xml:2:15999997: the project is no well-formed XML: more than 4000000 elements; allowed: so "
+      "devhost: project.xml:2:15999997: the project is not well-formed XML: more than 4000000 elements; allowed: so "
       "many at most\n");
 }
 

@@ -47,7 +47,7 @@ TEST(AModuleWithoutAFolder, IsNotSearchedFor) {
 }
 
 TEST(AFolder, IsNoModule) {
-  EXPECT_THAT(ErrorOf("/tmp"), HasSubstr("it is no file"));
+  EXPECT_THAT(ErrorOf("/tmp"), HasSubstr("it is not a file"));
 }
 
 TEST(ATextFile, IsNoModule) {
@@ -60,8 +60,8 @@ TEST(AModuleWithAnOpenSymbol, IsRefusedWithTheSymbolsName) {
 }
 
 TEST(AModuleWithoutAnExport, IsRefusedWithTheExportsName) {
-  EXPECT_THAT(ErrorOf(TestModule("no_factory")), HasSubstr("is no driver module: it does not export \"GetCreationFunc\""));
-  EXPECT_THAT(ErrorOf(TestModule("no_version")), HasSubstr("is no driver module: it does not export \"versionString\""));
+  EXPECT_THAT(ErrorOf(TestModule("no_factory")), HasSubstr("is not a driver module: it does not export \"GetCreationFunc\""));
+  EXPECT_THAT(ErrorOf(TestModule("no_version")), HasSubstr("is not a driver module: it does not export \"versionString\""));
   EXPECT_FALSE(IsInProcess("no_factory"));
   EXPECT_FALSE(IsInProcess("no_version"));
 }

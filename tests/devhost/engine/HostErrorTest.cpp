@@ -64,7 +64,7 @@ TEST_F(AHostError, OfAConfigurationThatIsNoXmlNamesTheDriver) {
   const HostError error = Thrown([&] { Load(5, "well_behaved", "<config>"); });
   ExpectDriver(error, 5, "well_behaved5");
   EXPECT_EQ(error.call, "loading");
-  EXPECT_THAT(error.text, StartsWith("line 1 of its configuration element is no XML"));
+  EXPECT_THAT(error.text, StartsWith("line 1 of its configuration element is not XML"));
 }
 
 TEST_F(AHostError, OfAnIdThatIsTakenNamesTheDriverThatIsNotLoaded) {

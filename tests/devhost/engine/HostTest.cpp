@@ -64,7 +64,7 @@ TEST_F(AHost, FindsTheOneDriverOfACommand) {
   LoadGreeter(3, "ho");
   EXPECT_THAT(ErrorOf([&] { host.Command("GreetFirst", {}); }),
               AllOf(HasSubstr("several drivers"), HasSubstr("7 \"well_behaved7\""), HasSubstr("3 \"well_behaved3\"")));
-  // Both have the same commands: they are told once.
+  // Both have the same commands: they are listed once.
   EXPECT_EQ(
       ErrorOf([&] { host.Command("Unheard", {}); }),
       "no driver has registered the command \"Unheard\"; the commands are: well_behaved7: Echo, GreetAll, GreetFirst, Say, "
@@ -196,7 +196,7 @@ TEST_F(AHost, RefusesAnIdOfMoreThan32Bits) {
 
 TEST_F(AHost, RefusesAConfigurationThatIsNoXml) {
   EXPECT_THAT(ErrorOf([&] { Load(7, "well_behaved", "<config>"); }),
-              AllOf(HasSubstr("driver 7 \"well_behaved7\": line 1"), HasSubstr("no XML")));
+              AllOf(HasSubstr("driver 7 \"well_behaved7\": line 1"), HasSubstr("not XML")));
   EXPECT_FALSE(IsInProcess("well_behaved"));
 }
 

@@ -121,7 +121,7 @@ TEST_F(AVariableOfAHost, IsNamedInEveryRefusalAndNoEventGoesOut) {
             "included");
   EXPECT_EQ(ErrorOf([&] { host.RemoveVariable(5, 9, false); }), "there is no variable 9 of device 5");
   EXPECT_EQ(ErrorOf([&] { host.RemoveVariable(5, 8, false); }), "variable 8 of device 5 is a user variable");
-  EXPECT_EQ(ErrorOf([&] { host.RemoveVariable(5, 7, true); }), "variable 7 of device 5 is no user variable");
+  EXPECT_EQ(ErrorOf([&] { host.RemoveVariable(5, 7, true); }), "variable 7 of device 5 is not a user variable");
   EXPECT_EQ(ErrorOf([&] { host.SetTrapEnabled(9, 9, true); }), "there is no variable 9 of device 9");
   EXPECT_EQ(ErrorOf([&] { host.TrapEnabled(9, 9); }), "there is no variable 9 of device 9");
   if (std::numeric_limits<unsigned long>::max() > 4294967295UL) {
@@ -175,7 +175,7 @@ TEST(TheVariablesOfAHost, AreBounded) {
   } catch (const HostError& error) {
     EXPECT_STREQ(error.what(), "variable 3 of device 5 cannot be added; a project has up to 2 variables");
   }
-  // One that is there already is told of as ever.
+  // One that is there already gets the same message as ever.
   try {
     variables.Add({5, 2, "c"});
     ADD_FAILURE() << "a variable was added twice";

@@ -1,5 +1,5 @@
-// A driver with a state to keep, which may be deaf to project loads, tells what it was handed and how often it was asked,
-// and holds a variable.
+// A driver with a state to keep, which may be deaf to project loads. Its replies say what state it was given and how often
+// it was asked for one. It can hold a variable.
 #include <boost/bind/bind.hpp>
 #include <stdexcept>
 #include <string>
@@ -85,7 +85,7 @@ class Keeper : public H7BaseAgentDriver, public ISystemEventCallback {
     GetUICmdDispatcher().RegisterUICmd(name, boost::bind(handler, this, boost::placeholders::_1));
   }
 
-  // The reply tells how often the state was asked for before the command ends.
+  // The reply says how often the state was asked for before the command ends.
   Reply OnSet(ICmdMessage const& message) {
     m_text = message.GetString("text");
     for (unsigned long i = 0; i != message.GetULong("times"); ++i) {

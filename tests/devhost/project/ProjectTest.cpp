@@ -98,8 +98,8 @@ TEST_F(AProject, ThatIsMissingIsNamed) {
 
 TEST_F(AProject, ThatIsNoXmlIsRefusedWithItsPlace) {
   EXPECT_THAT(ErrorOf("<project>\n<driver\n</project>"),
-              testing::MatchesRegex("project.xml:[23]:[0-9]+: the project is no well-formed XML: .+"));
-  EXPECT_THAT(ErrorOf(""), HasSubstr("the project is no well-formed XML"));
+              testing::MatchesRegex("project.xml:[23]:[0-9]+: the project is not well-formed XML: .+"));
+  EXPECT_THAT(ErrorOf(""), HasSubstr("the project is not well-formed XML"));
 }
 
 TEST_F(AProject, WithAnotherRootIsRefused) {
