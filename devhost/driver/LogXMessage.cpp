@@ -2,9 +2,8 @@
 
 #include <atomic>
 #include <cstdarg>
-#include <cstddef>
 #include <cstdio>
-#include <string>
+#include <cstdlib>
 
 #include "devhost/driver/LogSink.h"
 
@@ -12,24 +11,6 @@ namespace devhost {
 namespace {
 
 std::atomic<LogSink*> s_sink{nullptr};
-
-// False when the format cannot be followed or there is no memory for the line.
-bool Format(std::string& line, const char* format, std::va_list arguments) noexcept {
-  std::va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  bool formatted = false;
-  try {
-    if (length >= 0) {
-      line.resize(static_cast<std::size_t>(length));
-      formatted = std::vsnprintf(&line[0], line.size() + 1, format, again) == length;
-    }
-  } catch (...) {
-    // The line is dropped.
-  }
-  va_end(again);
-  return formatted;
-}
 
 }  // namespace
 
@@ -39,17 +20,19 @@ LogSink* SetLogSink(LogSink* sink) noexcept {
 
 }  // namespace devhost
 
+// A line whose format cannot be followed, or for which there is no memory, is dropped.
 void LogXMessage(unsigned int level, const char* format, ...) {
   devhost::LogSink* const sink = devhost::s_sink;
   if (format == nullptr || sink == nullptr) {
     return;
   }
-  std::string line;
+  char* line = nullptr;
   std::va_list arguments;
   va_start(arguments, format);
-  const bool formatted = devhost::Format(line, format, arguments);
+  const int length = vasprintf(&line, format, arguments);
   va_end(arguments);
-  if (formatted) {
-    sink->Log(level, line.c_str(), __builtin_return_address(0));
+  if (length >= 0) {
+    sink->Log(level, line, __builtin_return_address(0));
+    std::free(line);
   }
 }

@@ -1,5 +1,6 @@
 #include "devhost/engine/ModuleWatch.h"
 
+#include <boost/algorithm/string/join.hpp>
 #include <cstddef>
 #include <map>
 #include <utility>
@@ -17,14 +18,15 @@ std::string ByModule(const std::string& file) {
 }
 
 // What is left alive, for a message: how many, and the first few by name.
-std::string Summary(const std::vector<std::string>& descriptions) {
+std::string Summary(std::vector<std::string> descriptions) {
   constexpr std::size_t kShown = 3;
-  std::string text = "left " + std::to_string(descriptions.size()) + " XML object" + (descriptions.size() == 1 ? "" : "s") +
-                     " alive: " + descriptions.front();
-  for (std::size_t i = 1; i != descriptions.size() && i != kShown; ++i) {
-    text += ", " + descriptions[i];
+  const std::string count =
+      std::to_string(descriptions.size()) + (descriptions.size() == 1 ? " XML object" : " XML objects");
+  if (descriptions.size() > kShown) {
+    descriptions.resize(kShown);
+    descriptions.emplace_back("...");
   }
-  return text + (descriptions.size() > kShown ? ", ..." : "");
+  return "left " + count + " alive: " + boost::join(descriptions, ", ");
 }
 
 }  // namespace

@@ -60,7 +60,8 @@ TEST(AModuleWithAnOpenSymbol, IsRefusedWithTheSymbolsName) {
 }
 
 TEST(AModuleWithoutAnExport, IsRefusedWithTheExportsName) {
-  EXPECT_THAT(ErrorOf(TestModule("no_factory")), HasSubstr("is not a driver module: it does not export \"GetCreationFunc\""));
+  EXPECT_THAT(ErrorOf(TestModule("no_factory")),
+              HasSubstr("is not a driver module: it does not export \"GetCreationFunc\""));
   EXPECT_THAT(ErrorOf(TestModule("no_version")), HasSubstr("is not a driver module: it does not export \"versionString\""));
   EXPECT_FALSE(IsInProcess("no_factory"));
   EXPECT_FALSE(IsInProcess("no_version"));

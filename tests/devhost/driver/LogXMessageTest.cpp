@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cwchar>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,12 @@ TEST_F(TheLog, TakesLinesOfAnyLength) {
 
 TEST_F(TheLog, TakesNoLineWithoutAFormat) {
   LogXMessage(1, nullptr);
+  EXPECT_THAT(lines, IsEmpty());
+}
+
+TEST_F(TheLog, TakesNoLineWhoseFormatCannotBeFollowed) {
+  constexpr wint_t kOutsideOfEveryCharacterSet = 0x7FFFFFFF;
+  LogXMessage(1, "%lc", kOutsideOfEveryCharacterSet);
   EXPECT_THAT(lines, IsEmpty());
 }
 
