@@ -29,8 +29,17 @@ TEST(AProcessThatEndsDuringACall, NamesTheInnermostOne) {
   EXPECT_EXIT(
       {
         const EndNote outer("stop");
-        { const EndNote earlier("creation"); }
         const EndNote note("command \"Exit\" of driver 5 \"rude5\"");
+        std::exit(0);
+      },
+      ExitedWithCode(1), kExit);
+}
+
+TEST(AProcessThatEndsDuringACall, NamesNoneThatHasEnded) {
+  EXPECT_EXIT(
+      {
+        const EndNote note("command \"Exit\" of driver 5 \"rude5\"");
+        { const EndNote inner("creation"); }
         std::exit(0);
       },
       ExitedWithCode(1), kExit);

@@ -66,5 +66,14 @@ TEST_F(AnEvent, ComesToAllListenersBeforeTheFirstExceptionIsThrown) {
   EXPECT_THAT(observer.Texts(Kind::Notification), ElementsAre("<Heard>OnProjectLoaded</Heard>"));
 }
 
+TEST_F(AnEvent, EndsInTheFirstOfSeveralExceptions) {
+  for (const unsigned long id : {5UL, 6UL}) {
+    Load(id, "rude");
+    host.Command(id, "Listen", {});
+  }
+  EXPECT_EQ(ErrorOf([&] { host.LoadProject(); }),
+            "an exception came out of event \"OnProjectLoaded\" of driver 5 \"rude5\": not listening");
+}
+
 }  // namespace
 }  // namespace devhost

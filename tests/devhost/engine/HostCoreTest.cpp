@@ -45,6 +45,21 @@ TEST_F(AHostCore, KnowsItsDriversInTheOrderOfLoading) {
   EXPECT_EQ(core.Find(7), nullptr);
 }
 
+TEST_F(AHostCore, ListsTheFirstTwentyDriversForAnIdThatIsNotThere) {
+  for (unsigned long id = 1; id <= 22; ++id) {
+    Add(id);
+  }
+  try {
+    core.Get(99, "GetPersistState");
+    FAIL() << "there is a driver 99";
+  } catch (const HostError& error) {
+    EXPECT_THAT(error.what(),
+                testing::StartsWith("there is no driver 99; loaded are: driver 1 \"well_behaved1\", driver 2"));
+    EXPECT_THAT(error.what(), testing::EndsWith(", driver 20 \"well_behaved20\", ..."));
+    EXPECT_EQ(error.call, "GetPersistState");
+  }
+}
+
 TEST_F(AHostCore, NamesTheDriverOfWhatItEmits) {
   const auto driver = Add(7);
   core.Emit(Kind::Unload, driver.get(), "", "a.so");
