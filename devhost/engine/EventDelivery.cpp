@@ -32,7 +32,8 @@ XmlElement EventElement(const std::string& name, const Parameters& parameters) {
 
 void DeliverEvent(HostCore& core, unsigned int eventId, const std::string& name, const Parameters& parameters) {
   const XmlElement event = EventElement(name, parameters);
-  // A driver that is loaded by whoever hears the event has not heard it.
+  // A driver that is loaded by whoever hears the event has not heard it, and until the delivery is over nobody has, whatever
+  // ends it.
   const HostCore::Drivers drivers = eventId == SystemEvent_OnProjectLoaded ? core.Snapshot() : HostCore::Drivers();
   for (const std::shared_ptr<LoadedDriver>& driver : drivers) {
     driver->NoteProjectLoaded(false);

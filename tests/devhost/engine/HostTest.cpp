@@ -180,6 +180,21 @@ TEST_F(AHost, IsNotStoppedFromInsideACall) {
   EXPECT_EQ(host.Drivers().size(), 1U);
 }
 
+TEST_F(AHost, LoadsNothingWhileItStops) {
+  LoadGreeter(7, "hi");
+  std::string error;
+  observer.then = [&](const Occurrence& occurrence) {
+    if (occurrence.name == "Goodbye") {
+      error = ErrorOf([&] { LoadGreeter(8, "late"); });
+    }
+  };
+  host.Stop();
+  observer.then = nullptr;
+  EXPECT_EQ(error, "driver \"well_behaved8\" cannot be loaded while the host stops");
+  LoadGreeter(8, "in time");
+  EXPECT_EQ(host.Drivers().size(), 1U);
+}
+
 TEST_F(AHost, RefusesAnIdTwice) {
   LoadGreeter(7, "hi");
   EXPECT_THAT(ErrorOf([&] { LoadGreeter(7, "ho"); }), HasSubstr("has the id of driver 7 \"well_behaved7\""));

@@ -63,10 +63,10 @@ TEST_F(AProject, GivesItsDriversInTheOrderOfTheFile) {
 TEST_F(AProject, ReplacesItsFolderInTextsAndAttributesOfAConfiguration) {
   const Project project = Read(
       "<project><driver id=\"1\" name=\"a\" module=\"agent.so\"><config folder=\"{project}/x\">"
-      "<b c=\"{project}{project}\">in {project}!</b></config></driver></project>");
+      "<b c=\"{project}{project}\">in {project}, {project}!</b></config></driver></project>");
   const std::string& folder = m_folder.Path();
-  EXPECT_EQ(project.drivers.at(0).configXml,
-            "<config folder=\"" + folder + "/x\"><b c=\"" + folder + folder + "\">in " + folder + "!</b></config>");
+  EXPECT_EQ(project.drivers.at(0).configXml, "<config folder=\"" + folder + "/x\"><b c=\"" + folder + folder + "\">in " +
+                                                 folder + ", " + folder + "!</b></config>");
 }
 
 TEST_F(AProject, MayLieInAFolderWithCharactersThatXmlEscapes) {
