@@ -10,12 +10,10 @@ namespace {
 // The daemon's buffer; what is longer is cut.
 constexpr std::size_t kLongestCommunity = 255;
 
+// A line with a community that the daemon takes.
 bool IsJudged(const Sight& sight) {
-  return IsCommunityKeyword(sight.Keyword()) && !sight.line.setting->words.empty();
-}
-
-bool IsEmptyWord(const Directive& setting) {
-  return setting.words.front().text.empty();
+  return IsCommunityKeyword(sight.Keyword()) && !sight.line.setting->words.empty() &&
+         !sight.line.setting->words.front().text.empty();
 }
 
 // A community that the agent writes ends with its line. In other lines, a source and a limit may follow.
@@ -51,14 +49,15 @@ const Grant* Earlier(const Sight& sight) {
 }
 
 void JudgeCommunityInPairs(const Sight& sight, Report& report) {
-  if (IsJudged(sight) && IsEmptyWord(*sight.line.setting)) {
+  const bool isCommunity = IsCommunityKeyword(sight.Keyword()) && !sight.line.setting->words.empty();
+  if (isCommunity && sight.line.setting->words.front().text.empty()) {
     report.Add("the daemon takes two quotes in a row for an empty community and rejects the line: it gives access to nobody",
                "give the community without quotes; the agent adds them where there is a space");
   }
 }
 
 void JudgeCommunityMisread(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting) || (sight.line.IsInside() && HasMoreWords(*sight.line.setting))) {
+  if (!IsJudged(sight) || (sight.line.IsInside() && HasMoreWords(*sight.line.setting))) {
     return;
   }
   const std::string meant = MeantCommunity(sight.line).substr(0, kLongestCommunity);
@@ -71,7 +70,7 @@ void JudgeCommunityMisread(const Sight& sight, Report& report) {
 }
 
 void JudgeCommunityWords(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || !sight.line.IsInside() || IsEmptyWord(*sight.line.setting) || !HasMoreWords(*sight.line.setting)) {
+  if (!IsJudged(sight) || !sight.line.IsInside() || !HasMoreWords(*sight.line.setting)) {
     return;
   }
   report.Add("the agent takes everything after " + std::string(sight.Keyword()) +
@@ -87,7 +86,7 @@ void JudgeCommunityLength(const Sight& sight, Report& report) {
 }
 
 void JudgeWriteLikeRead(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
+  if (!IsJudged(sight)) {
     return;
   }
   const Grant* const earlier = Earlier(sight);
@@ -99,7 +98,7 @@ void JudgeWriteLikeRead(const Sight& sight, Report& report) {
 }
 
 void JudgeFirstGrantWins(const Sight& sight, Report& report) {
-  if (!IsJudged(sight) || IsEmptyWord(*sight.line.setting)) {
+  if (!IsJudged(sight)) {
     return;
   }
   const Grant* const earlier = Earlier(sight);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "devhost/snmpd/LineCutter.h"
+
 namespace devhost {
 
 namespace {
@@ -14,30 +16,6 @@ constexpr std::array<std::string_view, 4> kHeader = {kRuleLine, "#", "# snmpd.co
 constexpr std::array<std::string_view, 3> kTrailer = {
     "#", "#   File contents within the \"Halvoren Section\" will be overwritten by the",
     "#   SNMP Configuration Agent of Quentara."};
-
-// Cuts a text at its line feeds. A line feed at the very end opens no further line.
-class Lines {
- public:
-  explicit Lines(std::string_view text) : m_rest(text) {}
-
-  bool Next() {
-    if (m_rest.empty()) {
-      return false;
-    }
-    const std::size_t end = std::min(m_rest.find('\n'), m_rest.size());
-    m_line = m_rest.substr(0, end);
-    m_rest.remove_prefix(std::min(end + 1, m_rest.size()));
-    ++m_number;
-    return true;
-  }
-  std::string_view Line() const { return m_line; }
-  std::size_t Number() const { return m_number; }
-
- private:
-  std::string_view m_rest;
-  std::string_view m_line;
-  std::size_t m_number = 0;
-};
 
 // Follows the agent's reader: a section runs from one start marker to the next end marker, other markers are ignored.
 class Walk {
@@ -123,7 +101,7 @@ Layout LayOut(std::string_view text) {
   Walk walk;
   HeaderSearch header;
   TrailerWalk trailer(layout);
-  Lines lines(text);
+  LineCutter lines(text);
   while (lines.Next()) {
     const std::size_t number = lines.Number();
     walk.Step(lines.Line(), number);
@@ -150,7 +128,7 @@ Layout LayOut(std::string_view text) {
 
 void ForEachLine(std::string_view text, const std::function<void(const ConfigLine&)>& use) {
   Walk walk;
-  Lines lines(text);
+  LineCutter lines(text);
   while (lines.Next()) {
     ConfigLine line;
     line.number = lines.Number();

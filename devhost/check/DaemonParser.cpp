@@ -8,6 +8,7 @@
 #include "devhost/check/Rules.h"
 #include "devhost/secrets/Secrets.h"
 #include "devhost/snmpd/DaemonOutput.h"
+#include "devhost/snmpd/LineCutter.h"
 #include "devhost/system/PrivateFolder.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
@@ -15,15 +16,6 @@
 namespace devhost {
 
 namespace {
-
-std::vector<std::string_view> Lines(std::string_view text) {
-  std::vector<std::string_view> lines;
-  while (!text.empty()) {
-    lines.push_back(text.substr(0, text.find('\n')));
-    text.remove_prefix(std::min(lines.back().size() + 1, text.size()));
-  }
-  return lines;
-}
 
 // The daemon quotes words of the line that it complains of. Those that are shown masked elsewhere are so here.
 std::string Masked(std::string words, std::string_view line) {
@@ -80,7 +72,10 @@ std::string AskDaemon(const std::string& path, const std::string& text, Report& 
     // Commas separate files for the daemon.
     const bool readable = !path.empty() && path.find(',') == std::string::npos;
     const std::string file = readable ? std::filesystem::absolute(path).string() : home.Write("checked.conf", text);
-    const std::vector<std::string_view> lines = Lines(text);
+    std::vector<std::string_view> lines;
+    for (LineCutter cutter(text); cutter.Next();) {
+      lines.push_back(cutter.Line());
+    }
     for (const Complaint& complaint : ReadDaemonOutput(Parse(program, file, home.Path())).complaints) {
       const bool own = complaint.file == file;
       const bool hasLine = own && complaint.line != 0 && complaint.line <= lines.size();

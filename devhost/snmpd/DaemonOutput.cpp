@@ -1,10 +1,11 @@
 #include "devhost/snmpd/DaemonOutput.h"
 
-#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <set>
 #include <utility>
+
+#include "devhost/snmpd/LineCutter.h"
 
 namespace devhost {
 
@@ -45,9 +46,8 @@ std::optional<Complaint> ReadComplaint(std::string_view line) {
 DaemonOutput ReadDaemonOutput(std::string_view output) {
   DaemonOutput result;
   std::set<std::string_view> seen;  // the daemon says some things twice
-  while (!output.empty()) {
-    const std::string_view line = output.substr(0, output.find('\n'));
-    output.remove_prefix(std::min(line.size() + 1, output.size()));
+  for (LineCutter lines(output); lines.Next();) {
+    const std::string_view line = lines.Line();
     std::optional<Complaint> complaint = ReadComplaint(line);
     if (!complaint && !line.empty()) {
       result.otherLines.emplace_back(line);

@@ -65,21 +65,23 @@ DeviceCommands::DeviceCommands(SnmpSettings& settings, DeviceOperations& operati
     : m_settings(settings), m_operations(operations), m_driver(std::move(driver)) {}
 
 void DeviceCommands::Register(UICmdDispatcher& dispatcher) {
-  Bind(dispatcher, "Announce", &DeviceCommands::OnAnnounce);
-  Bind(dispatcher, "Withdraw", &DeviceCommands::OnWithdraw);
-  Bind(dispatcher, "SetSetting", &DeviceCommands::OnSetSetting);
-  Bind(dispatcher, "EraseSetting", &DeviceCommands::OnEraseSetting);
-  Bind(dispatcher, "AddTrapTarget", &DeviceCommands::OnAddTrapTarget);
-  Bind(dispatcher, "ClearTrapTargets", &DeviceCommands::OnClearTrapTargets);
-  Bind(dispatcher, "FailOperation", &DeviceCommands::OnFailOperation);
-  Bind(dispatcher, "GetSettings", &DeviceCommands::OnGetSettings);
-  Bind(dispatcher, "GetFilePath", &DeviceCommands::OnGetFilePath);
-  Bind(dispatcher, "GetCounts", &DeviceCommands::OnGetCounts);
-}
-
-void DeviceCommands::Bind(UICmdDispatcher& dispatcher, const char* name,
-                          Reply (DeviceCommands::*handler)(const ICmdMessage&)) {
-  dispatcher.RegisterUICmd(name, [this, handler](const ICmdMessage& message) { return (this->*handler)(message); });
+  dispatcher.RegisterUICmd("Announce", [this](const ICmdMessage&) { return Answer(m_driver.announce()); });
+  dispatcher.RegisterUICmd("Withdraw", [this](const ICmdMessage&) {
+    m_driver.withdraw();
+    return Answer(std::string());
+  });
+  dispatcher.RegisterUICmd("SetSetting", [this](const ICmdMessage& message) { return OnSetSetting(message); });
+  dispatcher.RegisterUICmd("EraseSetting", [this](const ICmdMessage& message) { return OnEraseSetting(message); });
+  dispatcher.RegisterUICmd("AddTrapTarget", [this](const ICmdMessage& message) { return OnAddTrapTarget(message); });
+  dispatcher.RegisterUICmd("ClearTrapTargets", [this](const ICmdMessage&) {
+    m_settings.trapTargets.Set({});
+    return AnswerChange(std::string());
+  });
+  dispatcher.RegisterUICmd("FailOperation", [this](const ICmdMessage& message) { return OnFailOperation(message); });
+  dispatcher.RegisterUICmd("GetSettings", [this](const ICmdMessage&) { return OnGetSettings(); });
+  dispatcher.RegisterUICmd("GetFilePath",
+                           [this](const ICmdMessage&) { return H7XML::CreateXmlNode("filePath", m_driver.filePath()); });
+  dispatcher.RegisterUICmd("GetCounts", [this](const ICmdMessage&) { return OnGetCounts(); });
 }
 
 DeviceCommands::Reply DeviceCommands::AnswerChange(const std::string& wrong) {
@@ -87,15 +89,6 @@ DeviceCommands::Reply DeviceCommands::AnswerChange(const std::string& wrong) {
     m_driver.settingsChanged();
   }
   return Answer(wrong);
-}
-
-DeviceCommands::Reply DeviceCommands::OnAnnounce(const ICmdMessage&) {
-  return Answer(m_driver.announce());
-}
-
-DeviceCommands::Reply DeviceCommands::OnWithdraw(const ICmdMessage&) {
-  m_driver.withdraw();
-  return Answer(std::string());
 }
 
 DeviceCommands::Reply DeviceCommands::OnSetSetting(const ICmdMessage& message) {
@@ -119,11 +112,6 @@ DeviceCommands::Reply DeviceCommands::OnAddTrapTarget(const ICmdMessage& message
         TrapTarget(message.GetString("target"), message.GetString("community"), message.GetString("port")));
   }
   return AnswerChange(missing);
-}
-
-DeviceCommands::Reply DeviceCommands::OnClearTrapTargets(const ICmdMessage&) {
-  m_settings.trapTargets.Set({});
-  return AnswerChange(std::string());
 }
 
 DeviceCommands::Reply DeviceCommands::OnFailOperation(const ICmdMessage& message) {
@@ -154,7 +142,7 @@ DeviceCommands::Reply DeviceCommands::OnFailOperation(const ICmdMessage& message
   return Answer(std::string());
 }
 
-DeviceCommands::Reply DeviceCommands::OnGetSettings(const ICmdMessage&) {
+DeviceCommands::Reply DeviceCommands::OnGetSettings() {
   const Reply reply = H7XML::CreateXmlNode("settings", std::string());
   VisitSettings(m_settings, [&reply](const NamedSetting& setting) {
     const Reply element = H7XML::CreateXmlNode("setting", std::string());
@@ -175,11 +163,7 @@ DeviceCommands::Reply DeviceCommands::OnGetSettings(const ICmdMessage&) {
   return reply;
 }
 
-DeviceCommands::Reply DeviceCommands::OnGetFilePath(const ICmdMessage&) {
-  return H7XML::CreateXmlNode("filePath", m_driver.filePath());
-}
-
-DeviceCommands::Reply DeviceCommands::OnGetCounts(const ICmdMessage&) {
+DeviceCommands::Reply DeviceCommands::OnGetCounts() {
   const Reply reply = H7XML::CreateXmlNode("counts", std::string());
   for (const DeviceOperation operation : kDeviceOperations) {
     const Reply element = H7XML::CreateXmlNode("count", std::string());

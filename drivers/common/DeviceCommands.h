@@ -42,21 +42,15 @@ class DeviceCommands {
  private:
   using Reply = h7::auto_com<H7XML::INode>;
 
-  void Bind(UICmdDispatcher& dispatcher, const char* name, Reply (DeviceCommands::*handler)(const ICmdMessage&));
-
   // Answers a command that sets something, and notifies the driver if it was done.
   Reply AnswerChange(const std::string& wrong);
 
-  Reply OnAnnounce(const ICmdMessage& message);
-  Reply OnWithdraw(const ICmdMessage& message);
   Reply OnSetSetting(const ICmdMessage& message);
   Reply OnEraseSetting(const ICmdMessage& message);
   Reply OnAddTrapTarget(const ICmdMessage& message);
-  Reply OnClearTrapTargets(const ICmdMessage& message);
   Reply OnFailOperation(const ICmdMessage& message);
-  Reply OnGetSettings(const ICmdMessage& message);
-  Reply OnGetFilePath(const ICmdMessage& message);
-  Reply OnGetCounts(const ICmdMessage& message);
+  Reply OnGetSettings();
+  Reply OnGetCounts();
 
   SnmpSettings& m_settings;
   DeviceOperations& m_operations;

@@ -9,6 +9,7 @@
 
 #include "devhost/snmpd/DaemonOutput.h"
 #include "devhost/snmpd/Directive.h"
+#include "devhost/snmpd/LineCutter.h"
 
 namespace drivers {
 
@@ -105,9 +106,8 @@ std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std:
   for (const TrapTarget& target : settings.trapTargets.Get()) {
     Collect(target.community, secrets);
   }
-  std::istringstream stream(config);
-  for (std::string line; std::getline(stream, line);) {
-    CollectFromLine(line, secrets);
+  for (devhost::LineCutter lines(config); lines.Next();) {
+    CollectFromLine(lines.Line(), secrets);
   }
   secrets.erase(std::string());
   std::vector<std::string> result(secrets.begin(), secrets.end());

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "devhost/snmpd/Directive.h"
+#include "devhost/snmpd/LineCutter.h"
 
 namespace drivers {
 
@@ -30,18 +31,6 @@ const char* WhyForbidden(const std::string& keyword) {
   }
   // Once the daemon becomes another user, the system no longer kills it with the host.
   return keyword == "agentuser" || keyword == "agentgroup" ? "would let the daemon outlive the host" : nullptr;
-}
-
-// Calls `work` with each line, without its line feed, and its number from 1, until it returns false.
-template <class Work>
-void ForEachLine(std::string_view text, Work work) {
-  for (std::size_t number = 1; !text.empty(); ++number) {
-    const std::size_t end = text.find('\n');
-    if (!work(text.substr(0, end), number) || end == std::string_view::npos) {
-      return;
-    }
-    text.remove_prefix(end + 1);
-  }
 }
 
 // Looks through included files, and those that they include, for lines that the daemon must not get.
@@ -102,18 +91,18 @@ class IncludeJudge {
     if (text.find('\0') != std::string::npos) {
       return whole.string() + " holds a zero byte";
     }
-    std::string found;
-    ForEachLine(text, [&](std::string_view line, std::size_t number) {
-      const std::optional<Directive> directive = devhost::ReadDirective(line);
+    for (devhost::LineCutter lines(text); lines.Next();) {
+      const std::optional<Directive> directive = devhost::ReadDirective(lines.Line());
       const char* const why = directive ? WhyForbidden(directive->keyword) : nullptr;
       if (why != nullptr) {
-        found = whole.string() + ":" + std::to_string(number) + " holds " + directive->keyword + ", which " + why;
-      } else if (directive) {
-        found = Judge(*directive, line, file.parent_path());
+        return whole.string() + ":" + std::to_string(lines.Number()) + " holds " + directive->keyword + ", which " + why;
       }
-      return found.empty();
-    });
-    return found;
+      const std::string found = directive ? Judge(*directive, lines.Line(), file.parent_path()) : std::string();
+      if (!found.empty()) {
+        return found;
+      }
+    }
+    return std::string();
   }
 
   const IncludePaths& m_paths;
@@ -124,25 +113,26 @@ class IncludeJudge {
 
 ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths) {
   ServedConfig result;
-  ForEachLine(text, [&](std::string_view line, std::size_t number) {
-    std::string served(line);
+  for (devhost::LineCutter lines(text); lines.Next();) {
+    std::string served(lines.Line());
     if (served.find('\0') != std::string::npos) {
       std::replace(served.begin(), served.end(), '\0', '?');
-      result.notes.push_back({number, served, "the line holds a zero byte; the daemon gets a question mark in its place"});
+      result.notes.push_back(
+          {lines.Number(), served, "the line holds a zero byte; the daemon gets a question mark in its place"});
     }
     const std::optional<Directive> directive = devhost::ReadDirective(served);
     const std::string found = directive ? IncludeJudge(paths).Judge(*directive, served, paths.device) : std::string();
     const char* const why = directive ? WhyForbidden(directive->keyword) : nullptr;
     if (why != nullptr) {
-      result.notes.push_back({number, served, directive->keyword + " " + why + "; the daemon does not get this line"});
+      result.notes.push_back(
+          {lines.Number(), served, directive->keyword + " " + why + "; the daemon does not get this line"});
     } else if (!found.empty()) {
-      result.notes.push_back({number, served, found + "; the daemon does not get this include"});
+      result.notes.push_back({lines.Number(), served, found + "; the daemon does not get this include"});
     }
     result.text += why != nullptr || !found.empty() ? "# " : "";
     result.text += served;
     result.text += '\n';
-    return true;
-  });
+  }
   return result;
 }
 
