@@ -12,8 +12,8 @@ namespace devhost {
 
 namespace {
 
-// The finding about a line of the section, told of the element that the line comes from. Nothing for the markers' lines, and
-// nothing for notes: a device that is being set holds its settings.
+// The finding about a line of the section, moved to the element that the line comes from. Nothing for the lines of markers,
+// and nothing for notes: a device that is being set holds its settings.
 std::optional<Finding> OfElement(Finding finding, const SettingsText& rendered, const XmlElement& root) {
   if (finding.severity == Severity::Note) {
     return std::nullopt;
@@ -44,8 +44,8 @@ std::vector<Finding> Advise(const std::string& settings, const std::string& name
   JudgeText(rendered.text, report);
   std::vector<Finding> findings;
   for (Finding& finding : report.Take()) {
-    if (auto told = OfElement(std::move(finding), rendered, root)) {
-      findings.push_back(std::move(*told));
+    if (auto moved = OfElement(std::move(finding), rendered, root)) {
+      findings.push_back(std::move(*moved));
     }
   }
   Report breaks(name, showSecrets);

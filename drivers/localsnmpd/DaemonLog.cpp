@@ -68,7 +68,7 @@ bool IsPartOfWord(const std::string& line, std::size_t at) {
                               (line[at] >= 'a' && line[at] <= 'z') || (line[at] >= 'A' && line[at] <= 'Z'));
 }
 
-// The text with ***** for each secret that stands in it as a word.
+// The text with ***** for each secret that it contains as a word.
 std::string Masked(std::string text, const std::vector<std::string>& secrets) {
   for (const std::string& secret : secrets) {
     std::size_t at = 0;

@@ -107,7 +107,7 @@ TEST(TheReader, TakesACommentForASetting) {
   EXPECT_EQ(Held("# sysName is the box under the stairs").Value("sysName"), "#  is the box under the stairs");
 }
 
-TEST(TheReader, GoesByTheFirstKeywordItKnows) {
+TEST(TheReader, UsesTheFirstKeywordItKnows) {
   Held held("sysName  the sysContact desk\nrocommunity6  six");
   EXPECT_EQ(held.Value("sysName"), "");
   EXPECT_EQ(held.Value("sysContact"), "sysName  the  desk");

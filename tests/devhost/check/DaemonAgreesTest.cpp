@@ -1,5 +1,5 @@
-// What the rules believe of the daemon, held together with the real one: it is given the example of each rule, and does
-// what the finding says; given the near miss, it does not.
+// What the rules assume about the daemon, compared with the real one: with the example of each rule it does what the finding
+// says, with the near miss it does not.
 #include <gmock/gmock.h>
 
 #include "config/SectionMerge.h"
@@ -68,20 +68,20 @@ TEST(TheDaemon, LetsInACommunityOfAnOldSection) {
   EXPECT_TRUE(ServedFile(Example("old-community")).LetsIn("former"));
 }
 
-TEST(TheDaemon, GoesByTheLastLineBelowASection) {
+TEST(TheDaemon, UsesTheLastLineBelowASection) {
   const ServedFile daemon(Example("overrides-section"));
   EXPECT_EQ(daemon.Value(e2e::kSysContact), "Bob");
   EXPECT_EQ(daemon.Value(e2e::kSysName), "other");
   EXPECT_EQ(daemon.Value(e2e::kSysServices), "3");
 }
 
-TEST(TheDaemon, GoesByTheLastObjectId) {
+TEST(TheDaemon, UsesTheLastObjectId) {
   const std::string text = Written({}) + "sysObjectID  1.3.6.1.4.1.32473.9\n";
   EXPECT_EQ(LinesFound("overrides-section", text).size(), 1u);
   EXPECT_EQ(ServedFile(text).Value(e2e::kSysObjectId), ".1.3.6.1.4.1.32473.9");
 }
 
-TEST(TheDaemon, GoesByLinesBelowTheSectionThatIsWrittenAboveThem) {
+TEST(TheDaemon, UsesLinesBelowTheSectionThatIsWrittenAboveThem) {
   managed_section::Settings settings;
   settings.agentXTimeout = "6";
   settings.agentXRetries = "2";
@@ -123,7 +123,7 @@ TEST(TheDaemon, ReadsOtherCommunitiesAsTheyAreMeant) {
   }
 }
 
-TEST(TheDaemon, AnswersToTheTextThatTheRulesForetell) {
+TEST(TheDaemon, AnswersToTheTextThatTheRulesPredict) {
   const std::vector<std::string> values = {"it's", "x\\y",      "x\\\\z",     "pub\\",  "'a b",  "\"cd\"",     "e\"f",
                                            "g''h", "\"i's j\"", "\"k\\l m\"", "'n\"o'", "p\\'q", "\"r\\\"s\"", "plain"};
   std::string text;
@@ -158,7 +158,7 @@ TEST(TheDaemon, LetsNobodyWriteByTheReadCommunity) {
   EXPECT_EQ(ServedFile(NearMiss("write-community-like-read")).As("writer").Set(e2e::kFailureTraps, "i", "1").error, "");
 }
 
-TEST(TheDaemon, GoesByTheFirstLineOfACommunity) {
+TEST(TheDaemon, UsesTheFirstLineOfACommunity) {
   EXPECT_EQ(ServedFile(Example("first-community-wins")).As("reader").Get(e2e::kSysObjectId).error, "");
   const ServedFile limited(NearMiss("first-community-wins"));
   EXPECT_EQ(limited.As("reader").Get(e2e::kSysObjectId).error, "");
@@ -274,7 +274,7 @@ TEST(TheDaemon, FailsEachRequestToASubagentWhenItsTimeoutIsNothing) {
   EXPECT_NE(failure.error, "timeout");
 }
 
-TEST(TheDaemon, GoesByTheLastAgentXTimeout) {
+TEST(TheDaemon, UsesTheLastAgentXTimeout) {
   ServedFile hasty("master  agentx\nagentXRetries  0\nagentXTimeout  6\nagentXTimeout  0\n");
   const e2e::Answer failure = hasty.AskSubagent(kSlowHello);
   EXPECT_EQ(failure.value, "");

@@ -47,9 +47,9 @@ TEST(TheDaemon, ReadsAFileWithACommaInItsName) {
 
 TEST(TheDaemon, IsQuotedWithoutCommunities) {
   // The daemon repeats the host, which is where the community comes to stand when the host is missing.
-  const std::string text = "rocommunity  reader\ntrap2sink    127.0.0.1:s3cret  162\n";
-  EXPECT_THAT(Said("", text), ElementsAre("2: the daemon says: Error: cannot create sink: *****"));
-  EXPECT_THAT(Said("", text, true), ElementsAre("2: the daemon says: Error: cannot create sink: 127.0.0.1:s3cret"));
+  const std::string text = "rocommunity  reader\n\n\ntrap2sink    127.0.0.1:s3cret  162\n";
+  EXPECT_THAT(Said("", text), ElementsAre("4: the daemon says: Error: cannot create sink: *****"));
+  EXPECT_THAT(Said("", text, true), ElementsAre("4: the daemon says: Error: cannot create sink: 127.0.0.1:s3cret"));
 }
 
 TEST(TheDaemon, LeavesNoTemporaryFolderBehind) {

@@ -27,7 +27,7 @@ TEST(AReport, GivesFindingsByLineAndNotesLast) {
   EXPECT_EQ(reasons, "2a 2b 3c 1note ");
 }
 
-TEST(AReport, NamesLinesAsItIsTold) {
+TEST(AReport, NamesLinesAsItsUserWants) {
   Report report("snmpd.conf", false);
   EXPECT_EQ(report.LineName(7), "line 7");
   report.NameLines([](std::size_t line) { return "element " + std::to_string(line); });

@@ -81,7 +81,7 @@ TEST(ANumberSign, EndsTheWordsInFrontOfAWordOnly) {
   EXPECT_EQ(ReadDirective("rocommunity #secret ")->rest, "#secret");
 }
 
-TEST(ADirective, TellsWhereItsPartsStand) {
+TEST(ADirective, KnowsWhereItsPartsAre) {
   const std::string line = "  [s] rocommunity  \"my house\"  a\\ b \r";
   const Directive directive = *ReadDirective(line);
   EXPECT_EQ(directive.rest, "\"my house\"  a\\ b");

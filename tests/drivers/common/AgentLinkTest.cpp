@@ -42,7 +42,7 @@ TEST_F(ALinkToTheAgent, AnnouncesAndWithdraws) {
   EXPECT_EQ((Calls{"Add 12", "Delete 12"}), m_agent.calls);
 }
 
-TEST_F(ALinkToTheAgent, TellsAnAgentAlsoWhatItKnows) {
+TEST_F(ALinkToTheAgent, NotifiesAnAgentEvenOfWhatItKnows) {
   m_manager.Publish(m_agent);
   m_link.Withdraw(12);
   m_link.Announce(12, Device());

@@ -76,7 +76,7 @@ TEST_F(ADevice, AddsAndClearsTrapTargets) {
   EXPECT_TRUE(m_settings.trapTargets.WasErased());
 }
 
-TEST_F(ADevice, TellsOfEachChangeAndOfNothingElse) {
+TEST_F(ADevice, ReportsEachChangeAndNothingElse) {
   m_host.Command("GetSettings");
   m_host.Command("FailOperation", {{"operation", "CopyTo"}, {"status", "1"}});
   m_host.Command("SetSetting", {{"name", "enabled"}, {"value", "on"}});

@@ -67,7 +67,7 @@ TEST(ADeviceConfiguration, ReadsTheExampleOfItsPage) {
   EXPECT_EQ(2U, configuration.settings.trapTargets.Get().size());
 }
 
-TEST(AWrongDeviceConfiguration, IsToldInOneLineThatSaysWhatIsAllowed) {
+TEST(AWrongDeviceConfiguration, IsReportedInOneLineThatSaysWhatIsAllowed) {
   EXPECT_EQ("folder is \"\"; give the absolute path of the folder that holds the device's snmpd.conf",
             WrongWith("<config/>"));
   EXPECT_EQ("folder is \"d\"; give the absolute path of the folder that holds the device's snmpd.conf",
@@ -93,7 +93,7 @@ TEST(AWrongDeviceConfiguration, IsToldInOneLineThatSaysWhatIsAllowed) {
             WrongWith("<config folder='/d'><setting name='sysName'><value/></setting></config>"));
 }
 
-TEST(AWrongDeviceConfiguration, IsToldByTheFirstThingThatIsWrong) {
+TEST(AWrongDeviceConfiguration, IsReportedByTheFirstThingThatIsWrong) {
   EXPECT_EQ("the element a is unknown; allowed are setting and trapTarget",
             WrongWith("<config folder='/d'><a/><setting name='sysName' value='x'/><b/></config>"));
 }

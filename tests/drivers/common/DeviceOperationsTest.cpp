@@ -18,7 +18,7 @@ TEST(AnOperation, GoesThroughAndIsCounted) {
   EXPECT_EQ(0UL, operations.Count(DeviceOperation::CopyFrom));
 }
 
-TEST(AFailingOperation, FailsAsOftenAsToldAndIsCountedAllTheSame) {
+TEST(AFailingOperation, FailsAsOftenAsAskedAndIsCountedAllTheSame) {
   DeviceOperations operations;
   operations.Fail(DeviceOperation::CopyTo, -9, 2UL);
   EXPECT_EQ(-9, operations.Begin(DeviceOperation::CopyTo));
@@ -28,7 +28,7 @@ TEST(AFailingOperation, FailsAsOftenAsToldAndIsCountedAllTheSame) {
   EXPECT_EQ(3UL, operations.Count(DeviceOperation::CopyTo));
 }
 
-TEST(AFailingOperation, FailsUntilToldOtherwise) {
+TEST(AFailingOperation, FailsUntilAskedOtherwise) {
   DeviceOperations operations;
   operations.Fail(DeviceOperation::RebootController, 7, std::nullopt);
   for (int i = 0; i < 100; ++i) {

@@ -144,7 +144,7 @@ TEST(ASwitch, IsOffWhenNewAndTurnsNoOther) {
   }
 }
 
-TEST(AChange, IsToldOnceForEachTextAndSwitchAndForNothingThatStaysAsItIs) {
+TEST(AChange, IsReportedOnceForEachTextAndSwitchAndForNothingThatStaysAsItIs) {
   for (const TextAccess& text : kTexts) {
     SettingsOnly device;
     (device.*text.set)("");
@@ -166,7 +166,7 @@ TEST(AChange, IsToldOnceForEachTextAndSwitchAndForNothingThatStaysAsItIs) {
   }
 }
 
-TEST(AChange, OfTheTrapTargetsIsToldWhenOneDiffers) {
+TEST(AChange, OfTheTrapTargetsIsReportedWhenOneDiffers) {
   SettingsOnly device;
   device.ClearTrapTargetSetting();
   EXPECT_EQ(0, device.changes);

@@ -81,7 +81,7 @@ TEST_F(ADaemonProcess, HasNoDescriptorsOfTheHostAndKeepsItsFilesToItself) {
   EXPECT_EQ("0\n1\n2\n3\n0077\n", Output("ls /proc/self/fd; umask"));
 }
 
-TEST_F(ADaemonProcess, TellsHowItEnded) {
+TEST_F(ADaemonProcess, SaysHowItEnded) {
   const auto ended = Shell("exit 3");
   EXPECT_TRUE(ended->WaitForEnd(kLong));
   EXPECT_EQ("exit status 3", ended->DescribeEnd());

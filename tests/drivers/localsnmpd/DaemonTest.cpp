@@ -15,7 +15,6 @@
 #include <string>
 #include <vector>
 
-#include "drivers/localsnmpd/DaemonConfiguration.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
 #include "drivers/localsnmpd/PortReservation.h"
 #include "drivers/localsnmpd/SnmpProbe.h"
@@ -281,7 +280,7 @@ TEST_F(ADaemon, WorksForAnOrdinaryUser) {
             }));
 }
 
-TEST_F(ADaemon, TellsWhichLinesTheDaemonRejectsWithoutTheCommunitiesInThem) {
+TEST_F(ADaemon, LogsWhichLinesTheDaemonRejectsWithoutTheCommunitiesInThem) {
   Make();
   EXPECT_EQ(0, m_daemon->Start(std::string(kPublic) + "trap2sink 127.0.0.1 hush 65535\nhush all\nsysName # x\n", {"hush"}));
   ASSERT_EQ(2U, m_log.size());
@@ -402,24 +401,6 @@ TEST_F(ADaemon, FollowsNoLinksThatStandInPlaceOfItsFiles) {
   }
   EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
   EXPECT_EQ("kept", m_folder.Read("precious"));
-}
-
-TEST(TheDaemonsProgram, IsFoundOutsideOfThePathTooAndNeverBelowTheCurrentFolder) {
-  const TemporaryFolder folder;
-  folder.Write("snmpd", "#!/bin/sh\n");
-  EXPECT_EQ("", drivers::FindDaemonProgram(folder.Path("snmpd")));
-  ASSERT_EQ(0, ::chmod(folder.Path("snmpd").c_str(), 0755));
-  EXPECT_EQ(folder.Path("snmpd"), drivers::FindDaemonProgram(folder.Path("snmpd")));
-  EXPECT_EQ("", drivers::FindDaemonProgram(folder.Path()));
-  const std::string former = ::getenv("PATH");
-  const auto formerFolder = std::filesystem::current_path();
-  std::filesystem::current_path(folder.Path());
-  ::setenv("PATH", ".::/no/folder", 1);
-  EXPECT_EQ("/usr/sbin/snmpd", drivers::FindDaemonProgram(""));
-  ::setenv("PATH", ("/no/folder:" + folder.Path()).c_str(), 1);
-  EXPECT_EQ(folder.Path("snmpd"), drivers::FindDaemonProgram(""));
-  ::setenv("PATH", former.c_str(), 1);
-  std::filesystem::current_path(formerFolder);
 }
 
 }  // namespace

@@ -4,10 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdint>
-#include <set>
 #include <string>
-#include <vector>
 
 #include "drivers/localsnmpd/PortReservation.h"
 #include "tests/drivers/support/SnmpResponder.h"
@@ -73,25 +70,6 @@ TEST(AnUdpPort, IsFreeUntilSomebodyHasIt) {
   EXPECT_TRUE(IsUdpPortFree(port.GetPort()));
   const SnmpResponder engine(port.GetPort(), "");
   EXPECT_FALSE(IsUdpPortFree(port.GetPort()));
-}
-
-TEST(APortReservation, IsFreeUnprivilegedAndNobodyElses) {
-  const PortReservation one;
-  const PortReservation other;
-  EXPECT_GE(one.GetPort(), 1024);
-  EXPECT_GE(other.GetPort(), 1024);
-  EXPECT_NE(one.GetPort(), other.GetPort());
-}
-
-TEST(APortReservation, PassesOverPortsThatOthersReserved) {
-  // So many that chance does not keep them apart.
-  std::vector<PortReservation> all;
-  std::set<std::uint16_t> ports;
-  for (int number = 0; number < 500; ++number) {
-    all.emplace_back();
-    ports.insert(all.back().GetPort());
-  }
-  EXPECT_EQ(500U, ports.size());
 }
 
 }  // namespace
