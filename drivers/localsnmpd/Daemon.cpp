@@ -32,7 +32,8 @@ std::vector<std::string> MakeEnvironment(const std::string& home) {
     }
   }
   environment.push_back("HOME=" + home);
-  environment.push_back("SNMPCONFPATH=" + std::string(DaemonFolder::kDataName));
+  // It never reads what it stores itself, not even when it is told over SNMP to read its files again.
+  environment.push_back("SNMPCONFPATH=" + std::string(DaemonFolder::kKeptName));
   environment.push_back("SNMP_PERSISTENT_DIR=" + std::string(DaemonFolder::kDataName));
   return environment;
 }
@@ -113,26 +114,32 @@ int Daemon::PrepareFiles(const std::string& config, std::string& program) {
   if (!wrong.empty()) {
     return Fail(kDaemonFolderUnusable, wrong);
   }
-  const ServedConfig served = MakeServedConfig(config, m_folder.GetIncludePaths());
+  ServedConfig served = MakeServedConfig(config);
   wrong = m_folder.WriteServed(served.text);
   if (!wrong.empty()) {
     return Fail(kServedCopyNotWritten, wrong);
   }
-  for (const ServedConfig::Note& note : served.notes) {
-    // A line that only moves with the section above it is not logged again.
-    if (m_noted.insert(note.line + '\n' + note.what).second) {
-      m_log("snmpd.conf:" + std::to_string(note.number) + ": " + note.what);
-    }
-  }
+  m_places = std::move(served.places);
+  LogNotes(served.notes);
   return 0;
 }
 
+void Daemon::LogNotes(const std::vector<ServedConfig::Note>& notes) {
+  for (const ServedConfig::Note& note : notes) {
+    // A line that only moves with the section above it is not logged again.
+    if (m_noted.insert(note.place.file + '\n' + note.line + '\n' + note.what).second) {
+      m_log(note.place.file + ":" + std::to_string(note.place.line) + ": " + note.what);
+    }
+  }
+}
+
 DaemonProcess::Command Daemon::MakeCommand(const std::string& program) const {
-  // -f: stays the host's child. -LE w: warnings and worse to standard error. -m, -M: no MIB files. -I -smux: opens no port
-  // for an old protocol. -r: goes on where it lacks rights.
+  // -f: stays the host's child. -LE w: warnings and worse to standard error. -m, -M: no MIB files. -r: goes on where it
+  // lacks rights. -I: without the modules that open a port for an old protocol, and that let whoever holds the write
+  // community load code, write files, fill the log, or start the daemon again.
   return {program,
           {"-f", "-LE", "w", "-c", "../" + std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName,
-           "-m", "", "-M", "", "-I", "-smux", "-r", GetAddress()},
+           "-m", "", "-M", "", "-I", "-smux,dlmod,nsLogging,nsDebug,versioninfo", "-r", GetAddress()},
           MakeEnvironment(m_folder.GetPath()),
           m_folder.GetFolder().Get(),
           m_folder.GetLog().Get()};
@@ -142,13 +149,17 @@ int Daemon::Launch(const std::string& program, const std::vector<std::string>& s
   if (!IsUdpPortFree(m_options.port)) {
     return Fail(kPortTaken, "cannot start the daemon: another program has " + GetAddress());
   }
+  const std::string wrong = m_folder.KeepData();
+  if (!wrong.empty()) {
+    return Fail(kDaemonFolderUnusable, wrong);
+  }
   int error = 0;
   m_process = DaemonProcess::Start(MakeCommand(program), error);
   if (!m_process) {
     return Fail(kDaemonNotStarted, "cannot start " + program + ": " + std::generic_category().message(error));
   }
   const int status = WaitUntilReady();
-  for (const std::string& line : LinesForLog(m_folder.ReadLog(), status != 0, secrets)) {
+  for (const std::string& line : LinesForLog(m_folder.ReadLog(), m_places, status != 0, secrets)) {
     m_log(line);
   }
   return status;

@@ -13,6 +13,7 @@
 
 #include "drivers/localsnmpd/DaemonFolder.h"
 #include "drivers/localsnmpd/DaemonProcess.h"
+#include "drivers/localsnmpd/ServedConfig.h"
 
 namespace drivers {
 
@@ -52,13 +53,15 @@ class Daemon {
   int Launch(const std::string& program, const std::vector<std::string>& secrets);
   int WaitUntilReady();
   int StopFailed(int status);
+  void LogNotes(const std::vector<ServedConfig::Note>& notes);
   DaemonProcess::Command MakeCommand(const std::string& program) const;
   int Fail(int status, const std::string& reason) const;
 
   const Options m_options;
   const Log m_log;
   DaemonFolder m_folder;
-  std::set<std::string> m_noted;  // the notes about lines of the configuration that are in the log already
+  std::vector<ServedConfig::Place> m_places;  // of the lines of the served file
+  std::set<std::string> m_noted;              // the notes about lines of the configuration that are in the log already
   bool m_saidNotInstalled = false;
   std::unique_ptr<DaemonProcess> m_process;
 };

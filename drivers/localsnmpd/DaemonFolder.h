@@ -4,7 +4,6 @@
 #include <string>
 
 #include "devhost/system/FileDescriptor.h"
-#include "drivers/localsnmpd/ServedConfig.h"
 
 namespace drivers {
 
@@ -16,7 +15,9 @@ namespace drivers {
 //     driver.conf       what the daemon reads after that
 //     log               what it writes, anew with each start
 //     agentx            the socket for its subagents
-//     data/             what it keeps: its engine id, values that were set over SNMP
+//     lock              locked while a device uses the folder
+//     data/             what it stores: its engine id, values that were set over SNMP
+//     kept/             what it reads of that at its next start, see KeptData.h
 //
 // The daemon gets all names relative to its working folder, because the path of a socket has at most 107 bytes.
 class DaemonFolder {
@@ -24,15 +25,19 @@ class DaemonFolder {
   static constexpr char kServedName[] = "snmpd.conf.served";
   static constexpr char kDriverConfigName[] = "driver.conf";
   static constexpr char kDataName[] = "data";
+  static constexpr char kKeptName[] = "kept";
 
   // `folder` need not exist yet.
   explicit DaemonFolder(const std::string& folder);
 
-  // Makes what is missing of daemon/, writes driver.conf and an empty log, and locks it for this object. Returns what is
-  // wrong, in one line, or nothing.
+  // Makes what is missing of daemon/, writes driver.conf and an empty log, and locks the folder for the life of this object.
+  // Returns what is wrong, in one line, or nothing.
   std::string Prepare();
   // Writes snmpd.conf.served, mode 0600. Returns the same.
   std::string WriteServed(const std::string& text) const;
+  // Writes what the daemon may read of the data that it stored when it last ran. Call it while the daemon does not run.
+  // Returns the same.
+  std::string KeepData() const;
   // What the daemon has written to its log; empty when there is none.
   std::string ReadLog() const;
 
@@ -42,12 +47,13 @@ class DaemonFolder {
 
   // The absolute path of daemon/.
   std::string GetPath() const;
-  // Where the daemon looks for included files.
-  IncludePaths GetIncludePaths() const;
 
  private:
+  std::string Lock();
+
   std::string m_folder;
   devhost::FileDescriptor m_daemon;
+  devhost::FileDescriptor m_lock;  // open from the first Prepare on
   devhost::FileDescriptor m_log;
 };
 

@@ -21,12 +21,13 @@ const std::size_t kMostComplaints = 50;
 const std::size_t kLongestLine = 400;
 const std::string_view kBlanksOfNoTarget = "    ";
 
-// The owner's name for a file that the daemon names relative to its working folder.
-std::string OwnersName(std::string file) {
-  if (file.compare(0, 3, "../") == 0) {
-    file.erase(0, 3);
+// The place that the owner knows for the one that the daemon names. The daemon reads its own files only.
+std::string OwnersPlace(const devhost::Complaint& complaint, const std::vector<ServedConfig::Place>& places) {
+  if (complaint.file == "../snmpd.conf.served" && complaint.line - 1 < places.size()) {
+    const ServedConfig::Place& place = places[complaint.line - 1];
+    return place.file + ":" + std::to_string(place.line);
   }
-  return file == "snmpd.conf.served" ? "snmpd.conf" : file;
+  return complaint.file + ":" + std::to_string(complaint.line);
 }
 
 void Collect(const std::string& community, std::set<std::string>& secrets) {
@@ -117,7 +118,8 @@ std::vector<std::string> CollectSecrets(const SnmpSettings& settings, const std:
   return result;
 }
 
-std::vector<std::string> LinesForLog(const std::string& output, bool hasFailed, const std::vector<std::string>& secrets) {
+std::vector<std::string> LinesForLog(const std::string& output, const std::vector<ServedConfig::Place>& places,
+                                     bool hasFailed, const std::vector<std::string>& secrets) {
   const devhost::DaemonOutput read = devhost::ReadDaemonOutput(output);
   std::vector<std::string> lines;
   for (const devhost::Complaint& complaint : read.complaints) {
@@ -125,8 +127,8 @@ std::vector<std::string> LinesForLog(const std::string& output, bool hasFailed, 
       lines.push_back("and " + std::to_string(read.complaints.size() - kMostComplaints) + " more complaints");
       break;
     }
-    lines.push_back(Printable(OwnersName(complaint.file) + ":" + std::to_string(complaint.line) + ": " + complaint.kind +
-                              ": " + Masked(complaint.text, secrets)));
+    lines.push_back(
+        Printable(OwnersPlace(complaint, places) + ": " + complaint.kind + ": " + Masked(complaint.text, secrets)));
   }
   const std::size_t others = hasFailed ? read.otherLines.size() : 0;
   for (std::size_t number = others - std::min(others, kMostOtherLines); number != others; ++number) {

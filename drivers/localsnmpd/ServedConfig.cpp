@@ -1,139 +1,133 @@
 #include "drivers/localsnmpd/ServedConfig.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
-#include <set>
 #include <string_view>
-#include <system_error>
+#include <utility>
 
 #include "devhost/snmpd/Directive.h"
 #include "devhost/snmpd/LineCutter.h"
+#include "devhost/snmpd/WordCutter.h"
+#include "drivers/localsnmpd/IncludedFiles.h"
+#include "drivers/localsnmpd/ServedDirectives.h"
 
 namespace drivers {
 
 namespace {
 
-namespace fs = std::filesystem;
 using devhost::Directive;
 
-const std::size_t kMostFiles = 1000;
-const std::uintmax_t kMostBytes = std::uintmax_t{16} * 1024 * 1024;
+const int kDeepest = 8;
+// The daemon reads the owner's lines as those of this section when they name no other.
+const std::string_view kSection = "snmpd";
 
-// Why the daemon must not get a line with this keyword; null for other keywords.
-const char* WhyForbidden(const std::string& keyword) {
-  if (keyword == "agentaddress") {
-    return "would open other ports";
+// The section that a line names in brackets in front of all else; nothing when it names none.
+std::optional<std::string> SectionOf(std::string_view line, bool& isAlone) {
+  devhost::WordCutter cutter(line);
+  if (cutter.AtEnd()) {
+    return std::nullopt;
   }
-  // Once the daemon becomes another user, the system no longer kills it with the host.
-  return keyword == "agentuser" || keyword == "agentgroup" ? "would let the daemon outlive the host" : nullptr;
+  const std::string word = cutter.Next().text;
+  isAlone = cutter.AtEnd();
+  if (word.compare(0, 1, "[") != 0) {
+    return std::nullopt;
+  }
+  // What the daemon would refuse is a section that is not served.
+  return word.back() == ']' && word.size() > 1 ? word.substr(1, word.size() - 2) : std::string();
 }
 
-// Looks through included files, and those that they include, for lines that the daemon must not get.
-class IncludeJudge {
+class Composer {
  public:
-  explicit IncludeJudge(const IncludePaths& paths) : m_paths(paths) {}
-
-  // Why the daemon must not get an include in a file of `folder`; empty when it may, and for other lines.
-  std::string Judge(const Directive& directive, std::string_view line, const fs::path& folder) {
-    for (const fs::path& file : FilesOf(directive, line, folder)) {
-      const std::string found = JudgeFile(file);
-      if (!found.empty()) {
-        return found;
-      }
+  void Add(const std::string& file, std::string_view text, int depth) {
+    bool isServed = true;  // whether the section that a former line switched to is served
+    for (devhost::LineCutter lines(text); lines.Next();) {
+      AddLine({file, lines.Number()}, std::string(lines.Line()), depth, isServed);
     }
-    return std::string();
   }
+
+  ServedConfig Take() { return std::move(m_result); }
 
  private:
-  std::vector<fs::path> FilesOf(const Directive& directive, std::string_view line, const fs::path& folder) const {
-    const fs::path name(directive.rest);
-    if (directive.keyword == "includefile") {
-      // The daemon takes the blanks at the end into the name.
-      return {folder / line.substr(directive.restBegin), folder / name};
+  using Place = ServedConfig::Place;
+
+  void AddLine(const Place& place, std::string line, int depth, bool& isServed) {
+    if (line.find('\0') != std::string::npos) {
+      // The daemon would go on with the next line there.
+      std::replace(line.begin(), line.end(), '\0', '?');
+      Note(place, line, "the line holds a zero byte; the daemon gets a question mark in its place");
     }
-    if (directive.keyword == "includesearch") {
-      const fs::path base = fs::path(m_paths.search) / name;
-      return {fs::path(base) += ".conf", fs::path(base) += ".local.conf"};
+    bool isAlone = false;
+    const std::optional<std::string> section = SectionOf(line, isAlone);
+    if (section && isAlone) {
+      isServed = *section == kSection;
+      LeaveOut(place, line, isServed ? "" : "the driver serves no other section than snmpd; its lines are left out");
+      return;
     }
-    std::vector<fs::path> files;
-    if (directive.keyword == "includedir") {
-      std::error_code error;
-      for (fs::directory_iterator entry(fs::path(m_paths.working) / name, error), end; !error && entry != end;
-           entry.increment(error)) {
-        const std::string file = entry->path().string();
-        const std::string suffix = ".conf";
-        if (file.size() > suffix.size() && file.compare(file.size() - suffix.size(), suffix.size(), suffix) == 0) {
-          files.push_back(entry->path());
-        }
-      }
-      std::sort(files.begin(), files.end());
+    const std::optional<Directive> directive = devhost::ReadDirective(line);
+    if (!directive) {
+      Serve(place, line);
+    } else if (section ? *section != kSection : !isServed) {
+      LeaveOut(place, line,
+               section ? "the driver serves no other section than snmpd; the daemon does not get this line" : "");
+    } else if (directive->keyword == "includefile" || directive->keyword == "includedir") {
+      Include(place, line, *directive, depth);
+    } else {
+      AddDirective(place, line, *directive);
     }
-    return files;
   }
 
-  std::string JudgeFile(const fs::path& file) {
-    std::error_code error;
-    const fs::path whole = fs::weakly_canonical(file, error);
-    // The daemon does not read it either.
-    if (error || !fs::is_regular_file(whole, error) || !m_seen.insert(whole).second) {
-      return std::string();
+  void AddDirective(const Place& place, const std::string& line, const Directive& directive) {
+    const std::string why = WhyNotServed(directive);
+    if (IsReplacedByDriver(directive)) {
+      LeaveOut(place, line, "");
+    } else if (!why.empty()) {
+      LeaveOut(place, line, why + "; the daemon does not get this line");
+    } else {
+      // Not as it stands: quotes, backslashes and brackets in front of it could mean something else to another daemon.
+      Serve(place, directive.keyword + ' ' + line.substr(directive.restBegin));
     }
-    if (m_seen.size() > kMostFiles || fs::file_size(whole, error) > kMostBytes) {
-      return "the included files are too many or too large to be looked through";
-    }
-    std::ifstream stream(whole, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(stream), {});
-    if (text.find('\0') != std::string::npos) {
-      return whole.string() + " holds a zero byte";
-    }
-    for (devhost::LineCutter lines(text); lines.Next();) {
-      const std::optional<Directive> directive = devhost::ReadDirective(lines.Line());
-      const char* const why = directive ? WhyForbidden(directive->keyword) : nullptr;
-      if (why != nullptr) {
-        return whole.string() + ":" + std::to_string(lines.Number()) + " holds " + directive->keyword + ", which " + why;
-      }
-      const std::string found = directive ? Judge(*directive, lines.Line(), file.parent_path()) : std::string();
-      if (!found.empty()) {
-        return found;
-      }
-    }
-    return std::string();
   }
 
-  const IncludePaths& m_paths;
-  std::set<fs::path> m_seen;
+  void Include(const Place& place, const std::string& line, const Directive& directive, int depth) {
+    std::vector<IncludedFiles::File> files;
+    std::string wrong = "files include each other too deeply";
+    if (depth != kDeepest) {
+      wrong = directive.keyword == "includedir" ? m_files.ReadFolder(directive.rest, files)
+                                                : m_files.Read(directive.rest, files);
+    }
+    LeaveOut(place, line, wrong.empty() ? wrong : wrong + "; the daemon does not get it");
+    for (const IncludedFiles::File& file : files) {
+      Add(file.path, file.text, depth + 1);
+    }
+  }
+
+  void Serve(const Place& place, const std::string& line) {
+    m_result.text += line;
+    m_result.text += '\n';
+    m_result.places.push_back(place);
+  }
+
+  void LeaveOut(const Place& place, const std::string& line, const std::string& what) {
+    if (!what.empty()) {
+      Note(place, line, what);
+    }
+    Serve(place, "# " + line);
+  }
+
+  void Note(const Place& place, const std::string& line, const std::string& what) {
+    m_result.notes.push_back({place, line, what});
+  }
+
+  IncludedFiles m_files;
+  ServedConfig m_result;
 };
 
 }  // namespace
 
-ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths) {
-  ServedConfig result;
-  for (devhost::LineCutter lines(text); lines.Next();) {
-    std::string served(lines.Line());
-    if (served.find('\0') != std::string::npos) {
-      std::replace(served.begin(), served.end(), '\0', '?');
-      result.notes.push_back(
-          {lines.Number(), served, "the line holds a zero byte; the daemon gets a question mark in its place"});
-    }
-    const std::optional<Directive> directive = devhost::ReadDirective(served);
-    const std::string found = directive ? IncludeJudge(paths).Judge(*directive, served, paths.device) : std::string();
-    const char* const why = directive ? WhyForbidden(directive->keyword) : nullptr;
-    if (why != nullptr) {
-      result.notes.push_back(
-          {lines.Number(), served, directive->keyword + " " + why + "; the daemon does not get this line"});
-    } else if (!found.empty()) {
-      result.notes.push_back({lines.Number(), served, found + "; the daemon does not get this include"});
-    }
-    result.text += why != nullptr || !found.empty() ? "# " : "";
-    result.text += served;
-    result.text += '\n';
-  }
-  return result;
+ServedConfig MakeServedConfig(const std::string& text) {
+  Composer composer;
+  composer.Add("snmpd.conf", text, 0);
+  return composer.Take();
 }
 
 }  // namespace drivers

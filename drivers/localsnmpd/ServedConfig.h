@@ -7,31 +7,31 @@
 
 namespace drivers {
 
-// Where the daemon looks for files that a configuration includes. All paths are absolute.
-struct IncludePaths {
-  std::string device;   // the folder of snmpd.conf: of includeFile
-  std::string working;  // the daemon's working folder: of includeDir
-  std::string search;   // of includeSearch
-};
-
-// What the daemon reads in place of snmpd.conf: the same lines with the same numbers. Lines that would make it serve other
-// ports than its own, or outlive the host, become comments:
-//  - agentaddress, agentuser and agentgroup, however they are written;
-//  - an include of files that hold such a line, or that cannot be judged because they are too many or too large.
-// A zero byte, after which the daemon would read on in the next line as if it were the same, is replaced by a question mark.
+// What the daemon reads in place of snmpd.conf. It holds comments and the directives of ServedDirectives.h, nothing else,
+// and names no other file: the included ones are part of it.
+//
+// includeFile and includeDir are resolved here, with absolute paths and regular files only. Lines of other sections than
+// snmpd, other includes and all other directives become comments.
 struct ServedConfig {
-  // A line that the daemon does not get as it is.
+  // Where a line stands: in snmpd.conf, or in an included file with that path.
+  struct Place {
+    std::string file;
+    std::size_t line = 0;  // from 1
+  };
+  // A line that the daemon does not get, or not as it stands.
   struct Note {
-    std::size_t number;  // of the line, from 1
-    std::string line;    // as it stands there
-    std::string what;    // in words
+    Place place;
+    std::string line;  // as it stands there
+    std::string what;  // in words, without anything from the line but known directives
   };
   std::string text;
+  std::vector<Place> places;  // of each line of the text
   std::vector<Note> notes;
 };
 
-// Makes it from the text of snmpd.conf. Reads the included files.
-ServedConfig MakeServedConfig(const std::string& text, const IncludePaths& paths);
+// Makes the served text of snmpd.conf from `text`, and reads the files that it includes: at most 100, to a depth of 8, with
+// 16 MiB in all. Never fails: what cannot be served is left out, with a note.
+ServedConfig MakeServedConfig(const std::string& text);
 
 }  // namespace drivers
 

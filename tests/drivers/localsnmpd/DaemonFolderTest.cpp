@@ -1,7 +1,13 @@
 #include "drivers/localsnmpd/DaemonFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <string>
 
 #include "tests/drivers/support/TemporaryFolder.h"
@@ -9,6 +15,80 @@
 namespace {
 
 using drivers::DaemonFolder;
+
+const char kInUse[] = "/daemon is in use by another device; give each device a folder of its own";
+
+TEST(ADaemonsFolder, IsNeverGivenUpForAMoment) {
+  const TemporaryFolder folder;
+  DaemonFolder first(folder.Path());
+  DaemonFolder second(folder.Path());
+  ASSERT_EQ("", first.Prepare());
+  const devhost::FileDescriptor lock(::open(folder.Path("daemon/lock").c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat attributes = {};
+  ASSERT_EQ(0, ::fstat(lock.Get(), &attributes));
+  EXPECT_EQ(mode_t{0600}, attributes.st_mode & 07777);
+  for (int time = 0; time < 3; ++time) {
+    // Whoever waits for the lock gets it as soon as it is given up, were it for a moment.
+    const pid_t waiting = ::fork();
+    if (waiting == 0) {
+      ::alarm(1);
+      const devhost::FileDescriptor own(::open(folder.Path("daemon/lock").c_str(), O_RDONLY | O_CLOEXEC));
+      ::_exit(::flock(own.Get(), LOCK_EX) == 0 ? 1 : 2);
+    }
+    ::usleep(100000);
+    EXPECT_EQ("", first.Prepare());
+    int status = 0;
+    EXPECT_EQ(waiting, ::waitpid(waiting, &status, 0));
+    EXPECT_TRUE(WIFSIGNALED(status)) << status;
+    EXPECT_EQ(folder.Path() + kInUse, second.Prepare());
+  }
+}
+
+TEST(ADaemonsFolder, IsNotHeldUpByALockOnTheFolderItself) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.Path("daemon"));
+  const devhost::FileDescriptor other(::open(folder.Path("daemon").c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(0, ::flock(other.Get(), LOCK_EX));
+  EXPECT_EQ("", DaemonFolder(folder.Path()).Prepare());
+}
+
+TEST(ADaemonsFolder, ThatWasReplacedIsLockedAnew) {
+  const TemporaryFolder folder;
+  DaemonFolder first(folder.Path());
+  ASSERT_EQ("", first.Prepare());
+  std::filesystem::remove_all(folder.Path("daemon"));
+  ASSERT_EQ("", first.Prepare());
+  EXPECT_EQ(folder.Path() + kInUse, DaemonFolder(folder.Path()).Prepare());
+}
+
+TEST(ADaemonsFolder, FollowsNoLinkThatStandsInPlaceOfItsLockOrItsData) {
+  const TemporaryFolder folder;
+  folder.Write("precious", "kept");
+  std::filesystem::create_directory(folder.Path("daemon"));
+  std::filesystem::create_symlink(folder.Path("precious"), folder.Path("daemon/lock"));
+  EXPECT_NE("", DaemonFolder(folder.Path()).Prepare());
+  std::filesystem::remove(folder.Path("daemon/lock"));
+  DaemonFolder daemon(folder.Path());
+  ASSERT_EQ("", daemon.Prepare());
+  folder.Write("stored", "engineBoots 3\noldEngineID 0x80001f88801e\n");
+  std::filesystem::create_symlink(folder.Path("stored"), folder.Path("daemon/data/snmpd.conf"));
+  EXPECT_EQ("", daemon.KeepData());
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("daemon/kept/snmpd.conf")));
+}
+
+TEST(ADaemonsData, IsKeptInPartAndStaysWhenTheDaemonStoredNoneAfterwards) {
+  const TemporaryFolder folder;
+  DaemonFolder daemon(folder.Path());
+  ASSERT_EQ("", daemon.Prepare());
+  EXPECT_EQ("", daemon.KeepData());
+  const std::string engine = "engineBoots 3\noldEngineID 0x80001f88801e\n";
+  folder.Write("daemon/data/snmpd.conf", "psyscontact x\nextend x /bin/true\n" + engine);
+  EXPECT_EQ("", daemon.KeepData());
+  EXPECT_EQ(engine + "psyscontact x\n", folder.Read("daemon/kept/snmpd.conf"));
+  folder.Write("daemon/data/snmpd.conf", "");
+  EXPECT_EQ("", daemon.KeepData());
+  EXPECT_EQ(engine + "psyscontact x\n", folder.Read("daemon/kept/snmpd.conf"));
+}
 
 TEST(ADaemonsLog, IsReadWhole) {
   const TemporaryFolder folder;

@@ -12,17 +12,18 @@ using Lines = std::vector<std::string>;
 
 // The daemon's words as the log gets them from a daemon that has failed.
 std::string Logged(const std::string& words, const Lines& secrets) {
-  const Lines lines = LinesForLog(words + "\n", true, secrets);
+  const Lines lines = LinesForLog(words + "\n", {}, true, secrets);
   return lines.size() == 1 ? lines[0] : "not one line";
 }
 
 TEST(TheDaemonsComplaints, NameTheOwnersFileAndLine) {
-  EXPECT_EQ(
-      (Lines{"snmpd.conf:5: Warning: Unknown token: bogus.", "extra/x.conf:12: Error: bad", "driver.conf:1: Error: no"}),
-      LinesForLog("../snmpd.conf.served: line 5: Warning: Unknown token: bogus.\n"
-                  "../extra/x.conf: line 12: Error: bad\n"
-                  "driver.conf: line 1: Error: no",
-                  false, {}));
+  EXPECT_EQ((Lines{"/etc/x.conf:7: Warning: Unknown token: bogus.", "../snmpd.conf.served:3: Error: bad",
+                   "../snmpd.conf.served:0: Error: worse", "driver.conf:1: Error: no"}),
+            LinesForLog("../snmpd.conf.served: line 2: Warning: Unknown token: bogus.\n"
+                        "../snmpd.conf.served: line 3: Error: bad\n"
+                        "../snmpd.conf.served: line 0: Error: worse\n"
+                        "driver.conf: line 1: Error: no",
+                        {{"snmpd.conf", 1}, {"/etc/x.conf", 7}}, false, {}));
 }
 
 TEST(TheDaemonsComplaints, AreBoundedInNumber) {
@@ -30,7 +31,7 @@ TEST(TheDaemonsComplaints, AreBoundedInNumber) {
   for (int number = 1; number <= 60; ++number) {
     log += "x: line " + std::to_string(number) + ": Error: y\n";
   }
-  const Lines complaints = LinesForLog(log, false, {});
+  const Lines complaints = LinesForLog(log, {}, false, {});
   ASSERT_EQ(51U, complaints.size());
   EXPECT_EQ("x:50: Error: y", complaints[49]);
   EXPECT_EQ("and 10 more complaints", complaints.back());
@@ -38,9 +39,9 @@ TEST(TheDaemonsComplaints, AreBoundedInNumber) {
 
 TEST(TheDaemonsOtherLines, AreTheLastOnesOfADaemonThatFailed) {
   const std::string log = "1\n2\n3\n4\n\na: line 1: Error: bad\n5\n6\n7\n";
-  EXPECT_EQ((Lines{"a:1: Error: bad"}), LinesForLog(log, false, {}));
+  EXPECT_EQ((Lines{"a:1: Error: bad"}), LinesForLog(log, {}, false, {}));
   EXPECT_EQ((Lines{"a:1: Error: bad", "snmpd: 3", "snmpd: 4", "snmpd: 5", "snmpd: 6", "snmpd: 7"}),
-            LinesForLog(log, true, {}));
+            LinesForLog(log, {}, true, {}));
 }
 
 TEST(ALineForTheLog, IsShortAndPrintable) {

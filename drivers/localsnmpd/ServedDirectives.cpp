@@ -1,0 +1,136 @@
+#include "drivers/localsnmpd/ServedDirectives.h"
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string_view>
+
+namespace drivers {
+
+namespace {
+
+// None of these makes the daemon read or write a file, opens a port, or changes who the daemon is. Those that run programs
+// are here since the owner writes them for that.
+const std::set<std::string_view>& Served() {
+  static const std::set<std::string_view> kServed = {
+      // The system and who may ask for what.
+      "sysdescr", "syslocation", "syscontact", "sysname", "sysservices", "sysobjectid", "rocommunity", "rwcommunity",
+      "rocommunity6", "rwcommunity6", "rouser", "rwuser", "createuser", "com2sec", "com2sec6", "group", "access",
+      "setaccess", "view", "authcommunity", "authuser", "authgroup", "authaccess", "engineid", "engineidtype", "engineidnic",
+      "sourcefiltertype", "sourcefilteraddress",
+      // Traps.
+      "authtrapenable", "trapsink", "trap2sink", "informsink", "trapsess", "trapcommunity", "v1trapaddress", "agentsecname",
+      "iquerysecname", "iqueryversion", "iqueryseclevel", "monitor", "defaultmonitors", "linkupdownnotifications",
+      "notificationevent", "setevent", "strictdisman", "repeat", "cron", "at",
+      // Subagents.
+      "master", "agentxtimeout", "agentxretries",
+      // What is shown of the machine.
+      "disk", "includealldisks", "load", "swap", "proc", "diskio", "diskio_exclude_fd", "diskio_exclude_loop",
+      "diskio_exclude_ram", "ignoredisk", "skipnfsinhostresources", "realstorageunits", "storageusenfs", "count_kthreads",
+      "interface", "ifmib_max_num_ifaces", "include_ifmib_iface_prefix", "interface_fadeout", "interface_replace_old",
+      "override",
+      // Programs.
+      "extend", "extendfix", "exec", "execfix", "sh", "pass", "pass_persist", "procfix",
+      // Bounds.
+      "maxgetbulkrepeats", "maxgetbulkresponses", "avgbulkvarbindsize", "pdustatsmax", "pdustatsthreshold",
+      "dontlogtcpwrappersconnects", "dontretainlogs", "donotretainnotificationlogs"};
+  return kServed;
+}
+
+// The reasons for directives that people are likely to have.
+const std::map<std::string_view, const char*>& Reasons() {
+  static const char kPorts[] = "would open other ports";
+  // Once the daemon becomes another user, the system no longer kills it with the host.
+  static const char kOutlive[] = "would let the daemon outlive the host";
+  static const char kFile[] = "names a file";
+  static const char kCode[] = "would run code in the daemon";
+  static const char kSearch[] =
+      "names a file that the daemon would look for; name it with includeFile and its absolute path";
+  static const std::map<std::string_view, const char*> kReasons = {{"agentaddress", kPorts},
+                                                                   {"smuxsocket", kPorts},
+                                                                   {"smuxpeer", kPorts},
+                                                                   {"proxy", kPorts},
+                                                                   {"agentuser", kOutlive},
+                                                                   {"agentgroup", kOutlive},
+                                                                   {"include", kSearch},
+                                                                   {"includesearch", kSearch},
+                                                                   {"persistentdir", kFile},
+                                                                   {"logoption", kFile},
+                                                                   {"file", kFile},
+                                                                   {"logmatch", kFile},
+                                                                   {"agentxperms", kFile},
+                                                                   {"mibfile", kFile},
+                                                                   {"mibdirs", kFile},
+                                                                   {"com2secunix", kFile},
+                                                                   {"sendmail_config", kFile},
+                                                                   {"sendmail_stats", kFile},
+                                                                   {"sendmail_queue", kFile},
+                                                                   {"dlmod", kCode},
+                                                                   {"perl", kCode},
+                                                                   {"perlinitfile", kCode}};
+  return kReasons;
+}
+
+// A target may name the way to it, and some ways are files or programs.
+bool IsOnNetwork(std::string_view target) {
+  static const std::set<std::string_view> kOthers = {"unix",    "local", "std",  "stdout",  "alias",    "callback",
+                                                     "ssh",     "tls",   "dtls", "tlstcp",  "tlsudp",   "sshtosnmp",
+                                                     "dtlsudp", "ipx",   "pvc",  "aal5pvc", "ethernet", "udpshared"};
+  const std::size_t colon = target.find(':');
+  std::string way(target.substr(0, colon));
+  for (char& character : way) {
+    character = character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+  }
+  return (colon == std::string_view::npos || kOthers.count(way) == 0) && target.find('/') == std::string_view::npos;
+}
+
+// Whether the target of a sink is on the network: the first word behind options, each of which has a value.
+bool HasNetworkTarget(const devhost::Directive& directive) {
+  std::size_t at = 0;
+  while (at < directive.words.size() && directive.words[at].text.substr(0, 1) == "-") {
+    at += 2;
+  }
+  return at >= directive.words.size() || IsOnNetwork(directive.words[at].text);
+}
+
+// It takes a program's options, and some of those name files. Only what says who sends, and how, is let through.
+bool IsHarmlessSession(const devhost::Directive& directive) {
+  static const std::string_view kWithValue = "vcualAxXlrtneE";
+  static const std::set<std::string_view> kOwn = {"-Ci", "-profile", "-name", "-tag"};
+  bool isValue = false;
+  for (const devhost::DirectiveWord& word : directive.words) {
+    const std::string& text = word.text;
+    const bool isOption = !isValue && text.substr(0, 1) == "-" && kOwn.count(text) == 0;
+    if (isOption ? text.size() < 2 || kWithValue.find(text[1]) == std::string_view::npos : !isValue && !IsOnNetwork(text)) {
+      return false;
+    }
+    isValue = isOption && text.size() == 2;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool IsReplacedByDriver(const devhost::Directive& directive) {
+  return directive.keyword == "agentxsocket";
+}
+
+std::string WhyNotServed(const devhost::Directive& directive) {
+  const auto reason = Reasons().find(directive.keyword);
+  if (reason != Reasons().end()) {
+    return directive.keyword + " " + reason->second;
+  }
+  if (Served().count(directive.keyword) == 0) {
+    return "the driver does not know this directive";
+  }
+  static const std::set<std::string_view> kSinks = {"trapsink", "trap2sink", "informsink"};
+  if (kSinks.count(directive.keyword) != 0 && !HasNetworkTarget(directive)) {
+    return "the target of " + directive.keyword + " is not on the network";
+  }
+  if (directive.keyword == "trapsess" && !IsHarmlessSession(directive)) {
+    return "an option or the target of trapsess may name a file";
+  }
+  return std::string();
+}
+
+}  // namespace drivers
