@@ -71,17 +71,25 @@ const std::map<std::string_view, const char*>& Reasons() {
   return kReasons;
 }
 
-// A target may name the way to it, and some ways are files or programs.
+// A target may name the way to it, and some ways are files or programs. What is neither a way over the network nor an
+// address is refused; a host before a port must not have the name of another way.
 bool IsOnNetwork(std::string_view target) {
-  static const std::set<std::string_view> kOthers = {"unix",    "local", "std",  "stdout",  "alias",    "callback",
-                                                     "ssh",     "tls",   "dtls", "tlstcp",  "tlsudp",   "sshtosnmp",
-                                                     "dtlsudp", "ipx",   "pvc",  "aal5pvc", "ethernet", "udpshared"};
+  static const std::set<std::string_view> kNetwork = {"udp", "udp6", "udpv6", "udpipv6", "ipv6",
+                                                      "tcp", "tcp6", "tcpv6", "tcpipv6"};
+  static const std::set<std::string_view> kOthers = {"unix",    "local",    "std",    "stdout", "alias",  "callback",
+                                                     "ssh",     "tls",      "tlstcp", "dtls",   "dtls6",  "sshtosnmp",
+                                                     "dtlsudp", "dtlsudp6", "ipx",    "pvc",    "aal5pvc"};
   const std::size_t colon = target.find(':');
+  if (colon == std::string_view::npos || target.find('/') != std::string_view::npos) {
+    return target.find('/') == std::string_view::npos;
+  }
   std::string way(target.substr(0, colon));
   for (char& character : way) {
     character = character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
   }
-  return (colon == std::string_view::npos || kOthers.count(way) == 0) && target.find('/') == std::string_view::npos;
+  const bool isAddress = way.find_first_not_of("[0123456789abcdef") == std::string::npos;
+  const bool hasPort = target.find_first_not_of("0123456789", colon + 1) == std::string_view::npos;
+  return kNetwork.count(way) != 0 || isAddress || (hasPort && kOthers.count(way) == 0);
 }
 
 // Whether the target of a sink is on the network: the first word behind options, each of which has a value.

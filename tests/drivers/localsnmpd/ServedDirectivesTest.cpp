@@ -12,7 +12,8 @@ std::string Why(const std::string& line) {
 
 TEST(ADirective, IsServedWhenItIsKnownToStayInTheCage) {
   for (const std::string line :
-       {"rocommunity public", "sysName x", "trap2sink 10.0.0.5 public 162", "trap2sink host:162 /unix:", "master agentx",
+       {"rocommunity public", "sysName x", "trap2sink 10.0.0.5 public 162",
+        "trap2sink host:162 /unix:", "trap2sink 2001:db8::1 public", "trap2sink [fe80::1]:162 public", "master agentx",
         "extend x /bin/true", "createUser bob SHA pass AES pass", "trapsink -profile unix:x -tag y ::1 public",
         "trap2sink UDP:10.0.0.5:162", "trapsess -v 3 -u bob -a SHA -A /pass -l authPriv 10.0.0.5",
         "trapsess -Ci -v2c -cpublic -name n tcp:10.0.0.5:162"}) {
@@ -37,8 +38,8 @@ TEST(ADirective, ThatIsNotKnownIsNotRepeated) {
 }
 
 TEST(ASink, HasItsTargetOnTheNetwork) {
-  for (const std::string target :
-       {"unix:/tmp/x", "UNIX:x", "/tmp/x", "std:", "ssh:host", "alias:x", "\"unix:x\"", "un\\ix:x"}) {
+  for (const std::string target : {"unix:/tmp/x", "UNIX:x", "/tmp/x", "std:", "ssh:host", "alias:x", "\"unix:x\"",
+                                   "un\\ix:x", "unix:162", "dtls6:162", "new:x"}) {
     EXPECT_EQ("the target of trap2sink is not on the network", Why("trap2sink " + target + " public")) << target;
     EXPECT_NE("", Why("trapsink -tag x " + target)) << target;
     EXPECT_NE("", Why("trapsess -v 2c -c public " + target)) << target;
