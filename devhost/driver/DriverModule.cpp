@@ -54,7 +54,9 @@ DriverModule::DriverModule(const std::string& path) : m_path(path.find('/') == s
 }
 
 DriverModule::~DriverModule() {
-  dlclose(m_handle);
+  if (m_handle != nullptr) {
+    dlclose(m_handle);
+  }
 }
 
 void DriverModule::Open() {
@@ -79,6 +81,9 @@ void* DriverModule::RequiredSymbol(const char* name) const {
 }
 
 IDriver* DriverModule::CreateDriver(IInstanceManager& instanceManager) const {
+  if (m_create) {
+    return m_create(instanceManager);
+  }
   const DriverCreationFunc create = m_getCreationFunc();
   return create != nullptr ? create(instanceManager) : nullptr;
 }

@@ -1,8 +1,10 @@
 #ifndef DEVHOST_DRIVER_DRIVER_MODULE_H
 #define DEVHOST_DRIVER_DRIVER_MODULE_H
 
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "host/IDriver.h"
 
@@ -24,19 +26,27 @@ class CodePlace {
   const void* m_base;  // where the module begins; null when the address is in none
 };
 
-// A driver module in this process, loaded with all its symbols bound and none of its own given to others.
+// Makes a driver that is part of the program, as a module's `DriverCreationFunc` makes one. What it captures outlives the
+// driver.
+using DriverFactory = std::function<IDriver*(IInstanceManager&)>;
+
+// A driver module in this process, loaded with all its symbols bound and none of its own given to others; or a driver of the
+// program itself in place of one.
 class DriverModule {
  public:
   // Throws ModuleError, with nothing left loaded. A path without a slash is taken from the current directory, never
   // searched.
   explicit DriverModule(const std::string& path);
+  // For a driver of the program. No code counts as this module's, because the program's code is the host's, too.
+  explicit DriverModule(DriverFactory create) : m_create(std::move(create)) {}
   // Unloads it. Nothing of the module's may be in use any more.
   ~DriverModule();
   DriverModule(const DriverModule&) = delete;
   DriverModule& operator=(const DriverModule&) = delete;
 
+  // "" for a driver of the program.
   const std::string& Path() const { return m_path; }
-  // The text behind the module's `versionString`, which goes with the module.
+  // The text behind the module's `versionString`, which goes with the module; null for a driver of the program.
   const char* Version() const { return m_version; }
   // Makes a driver; what the module throws passes through. Null when the module returned none.
   IDriver* CreateDriver(IInstanceManager& instanceManager) const;
@@ -48,6 +58,7 @@ class DriverModule {
   void Open();
   void* RequiredSymbol(const char* name) const;
 
+  const DriverFactory m_create;  // null for a module that was loaded
   std::string m_path;
   void* m_handle = nullptr;
   const void* m_base = nullptr;

@@ -123,14 +123,14 @@ Host::Host(HostObserver& observer, StateStore* states) : m_impl(std::make_unique
 
 Host::~Host() = default;
 
-void Host::Load(const DriverEntry& entry) {
+void Host::Load(const DriverEntry& entry, const DriverFactory& create) {
   const HostCall call = m_impl->Begin("loading of driver \"" + entry.name + "\"");
   m_impl->CheckEntry(entry);
   const h7::auto_com<H7XML::INode> config = ConfigNode(entry);
   const std::uint64_t mark = XmlMark();
   std::shared_ptr<LoadedDriver> driver;
   try {
-    driver = std::make_shared<LoadedDriver>(m_impl->core, entry);
+    driver = std::make_shared<LoadedDriver>(m_impl->core, entry, create);
   } catch (const ModuleError& error) {
     throw HostError(TitleOf(entry) + ": " + error.what(), &entry, kLoading, error.what());
   }

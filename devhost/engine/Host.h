@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "devhost/driver/DriverEntry.h"
+#include "devhost/driver/DriverModule.h"
 #include "devhost/driver/VariableEntry.h"
 #include "devhost/engine/HostError.h"
 #include "devhost/engine/Occurrence.h"
@@ -38,7 +39,9 @@ class Host {
   // Loads a module (all symbols bound, local), makes its driver, initialises it and lets it register its commands. Throws
   // HostError, with nothing left loaded, when the id is taken, the file is missing or is not a module, lacks
   // `GetCreationFunc` or `versionString`, or the driver throws meanwhile. A driver whose Initialize fails stays loaded.
-  void Load(const DriverEntry& entry);
+  // With `create` the driver is part of the program: no module is loaded, and the entry's module is only a name for
+  // messages.
+  void Load(const DriverEntry& entry, const DriverFactory& create = nullptr);
 
   // Asks the drivers for their states, destroys them in the reverse order of loading, checks what each left behind, then
   // unloads the modules. States that are invalidated meanwhile are not asked for. Throws HostError from inside a call. The

@@ -12,10 +12,10 @@
 #include "host/SystemEventId.h"
 
 namespace devhost {
-LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry)
+LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create)
     : m_core(core),
       m_entry(entry),
-      m_module(entry.module),
+      m_module(create ? DriverModule(create) : DriverModule(entry.module)),
       m_commands(*this),
       m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
 

@@ -22,8 +22,8 @@ class HostCore;
 // second thread.
 class LoadedDriver : public DriverServices, private ServiceCheck {
  public:
-  // Loads the module. Throws ModuleError. `core` outlives the driver.
-  LoadedDriver(HostCore& core, const DriverEntry& entry);
+  // Loads the module, unless `create` makes the driver. Throws ModuleError. `core` outlives the driver.
+  LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create = nullptr);
   // The driver has been destroyed; unloads the module.
   ~LoadedDriver() override = default;
   LoadedDriver(const LoadedDriver&) = delete;

@@ -21,7 +21,7 @@ h7::auto_com<H7XML::INode> StateKeeper::Load(const LoadedDriver& driver) {
 }
 
 void StateKeeper::SaveInvalid() noexcept {
-  if (m_store == nullptr || m_saving) {
+  if (!Asks() || m_saving) {
     return;
   }
   m_saving = true;
@@ -41,7 +41,7 @@ void StateKeeper::SaveInvalid() noexcept {
 }
 
 void StateKeeper::SaveAll() noexcept {
-  if (m_store == nullptr) {
+  if (!Asks()) {
     return;
   }
   for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
@@ -49,6 +49,10 @@ void StateKeeper::SaveAll() noexcept {
       Save(*driver);
     }
   }
+}
+
+bool StateKeeper::Asks() const {
+  return m_store != nullptr && m_store->TakesStates();
 }
 
 bool StateKeeper::Save(LoadedDriver& driver) noexcept {

@@ -20,6 +20,7 @@ class StateStore;
 class StateKeeper {
  public:
   // Both outlive the keeper. Without a store (null) no driver is asked or handed anything.
+  // With one that takes no states, none is asked.
   StateKeeper(HostCore& core, StateStore* store) : m_core(core), m_store(store) {}
 
   // The state to hand to a driver; an empty handle when none is kept, or it cannot be read, which is reported.
@@ -32,6 +33,7 @@ class StateKeeper {
   void SaveAll() noexcept;
 
  private:
+  bool Asks() const;
   // False, with a report, when the state is not kept.
   bool Save(LoadedDriver& driver) noexcept;
   void Report(const LoadedDriver& driver, const std::string& problem) noexcept;

@@ -28,6 +28,9 @@ class StateStore {
   // Keeps `xml` for that driver in place of what was kept before; "" keeps nothing. Throws StateError when that is not
   // possible; what was kept before is whole then.
   virtual void Save(unsigned long driverId, const std::string& xml) = 0;
+
+  // Whether `Save` is ever to be called. A host asks no driver for its state where it is not.
+  virtual bool TakesStates() const { return true; }
 };
 
 // Keeps states for as long as it lives.

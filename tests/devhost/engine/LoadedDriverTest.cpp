@@ -1,6 +1,12 @@
 // A driver in a host from the loading of its module to the unloading, whatever it does.
 #include "devhost/engine/LoadedDriver.h"
 
+#include "host/H7BaseAgentDriver.h"
+#include "host/H7XML.h"
+#include "host/IInstanceManager.h"
+#include "host/LogXMessage.h"
+#include "host/UICmdDispatcher.h"
+#include "tests/devhost/modules/Greeter.h"
 #include "tests/devhost/support/HostFixture.h"
 
 namespace devhost {
@@ -49,6 +55,51 @@ TEST_F(ALoadedDriver, IsGoneWhenItsRegisterCommandsThrows) {
   EXPECT_THAT(host.Drivers(), IsEmpty());
   EXPECT_THAT(observer.all, IsEmpty());
   EXPECT_FALSE(IsInProcess("throws_in_register_commands"));
+}
+
+// A driver of the test program, which publishes itself, answers a command and leaves its registration behind.
+class Resident : public H7BaseAgentDriver, public Greeter {
+ public:
+  Resident(IInstanceManager& instanceManager, std::string name)
+      : H7BaseAgentDriver(instanceManager, DriverMultiplicity_Single), m_name(std::move(name)) {}
+  int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override {
+    H7BaseAgentDriver::Initialize(driverId, config, persisted);
+    GetInstanceManager().RegisterQuery(Greeter_IID, static_cast<Greeter*>(this));
+    return 0;
+  }
+  void RegisterCommands() override {
+    GetUICmdDispatcher().RegisterUICmd("Speak", [this](const ICmdMessage&) {
+      LogXMessage(3, "spoken");
+      return H7XML::CreateXmlNode("Spoken", m_name);
+    });
+  }
+  std::string Greet() override { return m_name; }
+
+ private:
+  const std::string m_name;
+};
+
+TEST_F(ALoadedDriver, MayBePartOfTheProgram) {
+  const h7::auto_com<H7XML::INode> own = H7XML::CreateXmlNode("Own", "");
+  const std::string name = "at home";
+  host.Load({5, "resident", "this program", "<config/>"},
+            [&name](IInstanceManager& instanceManager) { return new Resident(instanceManager, name); });
+  Load(7, "well_behaved", "<config greeting='hi'/>");
+  EXPECT_EQ(host.Command(5, "Speak", {}), "<Spoken>at home</Spoken>");
+  EXPECT_EQ(observer.all.back().driverName, "resident");
+  EXPECT_THAT(observer.Texts(Kind::Log), ElementsAre("spoken"));
+  EXPECT_EQ(host.Command(7, "GreetAll", {}), "<Greetings><greeting>at home</greeting><greeting>hi</greeting></Greetings>");
+  host.Stop();
+  // What the program itself holds alive is not the driver's.
+  ExpectOneReport({5, "resident", "", ""}, "left its registration under \"test.Greeter\" behind");
+}
+
+TEST_F(ALoadedDriver, OfTheProgramThatIsNotMadeIsRefused) {
+  EXPECT_THAT(ErrorOf([&] {
+                host.Load({5, "resident", "", "<config/>"}, [](IInstanceManager&) { return nullptr; });
+              }),
+              HasSubstr("was not made"));
+  EXPECT_THAT(host.Drivers(), IsEmpty());
 }
 
 TEST_F(ALoadedDriver, IsNamedForListenersLeftBehind) {

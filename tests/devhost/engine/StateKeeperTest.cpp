@@ -35,8 +35,10 @@ class CountingStore : public StateMemory {
     const h7::auto_com<H7XML::INode> state = Load(driverId);
     return state ? XmlText(*state, XmlStyle::Compact) : "";
   }
+  bool TakesStates() const override { return takes; }
   int saves = 0;
   bool broken = false;
+  bool takes = true;
 };
 
 class AKeptState : public testing::Test {
@@ -248,6 +250,19 @@ TEST_F(AKeptState, StaysWhenTheDriverThrowsInsteadOfGivingANewOne) {
       observer.Texts(Kind::StateProblem),
       ElementsAre(
           "an exception came out of GetPersistState of driver 7 \"keeper7\": no state today; the state is not kept"));
+}
+
+TEST_F(AKeptState, OfAStoreThatTakesNoneIsHandedOutButNeverAskedFor) {
+  store.StateMemory::Save(7, "<State>old</State>");
+  store.takes = false;
+  Host host(observer, &store);
+  LoadKeeper(host, 7, "<config deaf='true'/>");
+  EXPECT_EQ(host.Command(7, "Began", {}), "<Began>State:old</Began>");
+  EXPECT_EQ(Set(host, "a", "3"), "<Asked>0</Asked>");
+  EXPECT_EQ(host.Command(7, "Asked", {}), "<Asked>0</Asked>");
+  host.Stop();
+  EXPECT_EQ(store.saves, 0);
+  EXPECT_EQ(store.Text(7), "<State>old</State>");
 }
 
 TEST_F(AKeptState, IsAskedForButNotKeptByGetPersistState) {
