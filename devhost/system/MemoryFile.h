@@ -1,0 +1,27 @@
+#ifndef DEVHOST_SYSTEM_MEMORY_FILE_H
+#define DEVHOST_SYSTEM_MEMORY_FILE_H
+
+#include <string>
+#include <string_view>
+
+#include "devhost/system/FileDescriptor.h"
+
+namespace devhost {
+
+// A file that lies in memory alone, for texts with secrets that another program is to read. It is never on a disk, and it is
+// gone with this process, however that ends.
+class MemoryFile {
+ public:
+  // Throws FileError when the system has no memory for it.
+  explicit MemoryFile(std::string_view text);
+
+  // Where programs that this process starts open it, as long as this object lives. Nobody but this user and root can.
+  std::string Path() const;
+
+ private:
+  const FileDescriptor m_file;
+};
+
+}  // namespace devhost
+
+#endif
