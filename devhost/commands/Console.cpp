@@ -1,5 +1,6 @@
 #include "devhost/commands/Console.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -18,7 +19,7 @@ ExitStatus Console::Finish(ExitStatus status) {
   if (m_out.Error() != EPIPE) {
     Complain("cannot write the output: " + std::generic_category().message(m_out.Error()));
   }
-  return ExitStatus::Failed;
+  return std::max(status, ExitStatus::Failed);
 }
 
 std::string Counted(std::size_t count, const char* what) {

@@ -22,8 +22,8 @@ class Console {
   // line feeds.
   void Complain(std::string_view problem);
 
-  // The exit status of a command that has printed all: `status`, or Failed when the output could not be written. Says so,
-  // unless the output is a pipe that its reader has closed: the reader knows.
+  // The exit status of a command that has printed all: `status`, or at least Failed when the output could not be written.
+  // Says so, unless the output is a pipe that its reader has closed: the reader knows.
   ExitStatus Finish(ExitStatus status);
 
  private:

@@ -29,11 +29,13 @@ std::string FindingText(const Finding& finding) {
          finding.rule + "]\n    " + OneLine(finding.remedy) + "\n";
 }
 
+nlohmann::ordered_json FindingObject(const Finding& finding) {
+  return {{"file", finding.file}, {"line", finding.line},     {"severity", Name(finding.severity)},
+          {"rule", finding.rule}, {"reason", finding.reason}, {"remedy", finding.remedy}};
+}
+
 std::string FindingJson(const Finding& finding) {
-  using Json = nlohmann::ordered_json;
-  const Json json = {{"file", finding.file}, {"line", finding.line},     {"severity", Name(finding.severity)},
-                     {"rule", finding.rule}, {"reason", finding.reason}, {"remedy", finding.remedy}};
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return FindingObject(finding).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
 ExitStatus PrintFindings(const std::vector<Finding>& findings, const std::string& file, bool json, Output& out) {

@@ -1,11 +1,16 @@
 #include "devhost/preview/Preview.h"
 
+#include <exception>
+#include <new>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
+#include "devhost/commands/Findings.h"
+#include "devhost/engine/EndNote.h"
 #include "devhost/project/DriverNames.h"
 #include "devhost/project/Project.h"
 #include "devhost/state/StateFolder.h"
@@ -23,19 +28,23 @@ const CommandOption kDevice{"device", "", "Name or id of the device's driver in 
 const CommandOption kProject{"--project", "FILE", "Project file", Takes::Path, true};
 const CommandOption kState{"--state", "DIR", "Folder with the drivers' states, which is only read", Takes::Path};
 
+const CommandOption kOneObject{"--json", "", "Print one JSON object: device, verdict, difference, findings, messages"};
+
 constexpr char kFooter[] =
-    "The agent of the project does it, on a scratch copy of the device. The project's own\n"
-    "folders are only read, and no daemon is started. The time stamp of the section is left\n"
-    "out of the comparison.\n"
+    "The device is only asked for its settings and its file. Its driver is loaded and started\n"
+    "for that, since only the driver knows where the file is, but no setter, CopyTo, action or\n"
+    "command reaches it, and states are not kept. The agent of the project then makes the\n"
+    "change on a scratch device with the same answers. The time stamp of the section is left\n"
+    "out of the comparison. Below the difference stands what the change drops from the file.\n"
     "\n"
-    "Exit status: 0 the answer was printed; 1 the agent refused the settings or a driver\n"
-    "failed; 2 wrong usage, or a project, device, file or state folder that is wrong.\n"
+    "Exit status: 0 nothing would change; 1 something would; 2 wrong usage, a project, device,\n"
+    "file or state folder that is wrong, the agent would refuse, or a driver failed.\n"
     "\n"
     "Example: what would these settings change?\n"
     "\n"
     "  devhost preview --project project.xml kitchen kitchen.xml";
 
-// Loading a driver to see whether it is the agent would let a device loose on its real folder, so the module's name decides.
+// Drivers are not loaded to see which of them is the agent, so the module's name decides.
 bool IsAgent(const DriverEntry& driver) {
   return std::string_view(driver.module).substr(driver.module.rfind('/') + 1) == kAgentModule;
 }
@@ -59,22 +68,83 @@ PreviewInput ChooseDrivers(const std::string& file, const Project& project, cons
   return input;
 }
 
-ExitStatus Preview(const Arguments& arguments, Console& console) {
+PreviewInput ReadInput(const Arguments& arguments) {
   const std::string file = arguments.Text(kProject);
   PreviewInput input = ChooseDrivers(file, ReadProject(file, ModuleFolder(arguments)), arguments.Text(kDevice));
   input.settings = ReadNamedText(arguments.Text(kSettings));
   input.state = arguments.Has(kState) ? LookIntoStateFolder(arguments.Text(kState), input.device.id) : "";
   input.showSecrets = arguments.Has(kShowSecrets);
-  const PreviewResult result = PreviewChange(input);
-  for (const std::string& complaint : result.complaints) {
-    console.Complain(complaint);
+  return input;
+}
+
+const char* NameOf(PreviewResult::Verdict verdict) {
+  switch (verdict) {
+    case PreviewResult::Verdict::Unchanged:
+      return "unchanged";
+    case PreviewResult::Verdict::Changed:
+      return "changed";
+    case PreviewResult::Verdict::Refused:
+      return "refused";
+    case PreviewResult::Verdict::Failed:
+      return "failed";
   }
-  if (!result.complaints.empty()) {
-    return ExitStatus::Failed;
+  return "";
+}
+
+ExitStatus StatusOf(PreviewResult::Verdict verdict) {
+  return verdict == PreviewResult::Verdict::Unchanged ? ExitStatus::Good
+         : verdict == PreviewResult::Verdict::Changed ? ExitStatus::Failed
+                                                      : ExitStatus::Wrong;
+}
+
+void PrintJson(const PreviewResult& result, const DriverEntry& device, Output& out) {
+  nlohmann::ordered_json findings = nlohmann::ordered_json::array();
+  for (const Finding& loss : result.losses) {
+    findings.push_back(FindingObject(loss));
   }
-  console.Out().Write(result.difference.empty() ? "nothing would change in " + OneLine(result.file) + "\n"
-                                                : result.difference);
-  return ExitStatus::Good;
+  const nlohmann::ordered_json object = {{"device", device.name},
+                                         {"verdict", NameOf(result.verdict)},
+                                         {"difference", result.difference},
+                                         {"findings", findings},
+                                         {"messages", result.messages}};
+  out.Write(object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+}
+
+void PrintText(const PreviewResult& result, Console& console) {
+  if (StatusOf(result.verdict) == ExitStatus::Wrong) {
+    for (const std::string& message : result.messages) {
+      console.Complain(message);
+    }
+    return;
+  }
+  const bool changed = result.verdict == PreviewResult::Verdict::Changed;
+  console.Out().Write(changed ? result.difference : "nothing would change in the " + OneLine(result.file) + "\n");
+  for (const Finding& loss : result.losses) {
+    console.Out().Write(FindingText(loss));
+  }
+  for (const std::string& message : result.messages) {
+    console.Out().Write(OneLine(message) + "\n");
+  }
+}
+
+// Whatever goes wrong, the status is not the one that says that something would change.
+ExitStatus Preview(const Arguments& arguments, Console& console) {
+  EndNote::SetExitStatus(static_cast<int>(ExitStatus::Wrong));
+  try {
+    const PreviewInput input = ReadInput(arguments);
+    const PreviewResult result = PreviewChange(input);
+    if (arguments.Has(kOneObject)) {
+      PrintJson(result, input.device, console.Out());
+    } else {
+      PrintText(result, console);
+    }
+    return console.Out().Error() == 0 ? StatusOf(result.verdict) : ExitStatus::Wrong;
+  } catch (const std::bad_alloc&) {
+    console.Complain("out of memory");
+  } catch (const std::exception& error) {
+    console.Complain(error.what());
+  }
+  return ExitStatus::Wrong;
 }
 
 }  // namespace
@@ -82,7 +152,7 @@ ExitStatus Preview(const Arguments& arguments, Console& console) {
 Command MakePreview() {
   return {"preview",
           "Show what SetDeviceState would change in a device's file",
-          {kDevice, kSettings, kProject, kModuleFolder, kState, kShowSecrets},
+          {kDevice, kSettings, kProject, kModuleFolder, kState, kOneObject, kShowSecrets},
           kFooter,
           &Preview};
 }

@@ -12,6 +12,7 @@ namespace {
 
 // Of the process, because what is called at its end takes no argument.
 std::atomic<const EndNote*> s_innermost{nullptr};
+std::atomic<int> s_exitStatus{1};
 
 }  // namespace
 
@@ -26,11 +27,15 @@ EndNote::~EndNote() {
   s_innermost = m_outer;
 }
 
+void EndNote::SetExitStatus(int status) {
+  s_exitStatus = status;
+}
+
 void EndNote::OnExit() {
   const EndNote* const note = s_innermost;
   if (note != nullptr) {
     std::fprintf(stderr, "devhost: the process was ended during %s; drivers return from every call\n", note->m_call.c_str());
-    ::_exit(1);
+    ::_exit(s_exitStatus);
   }
 }
 

@@ -7,7 +7,8 @@
 namespace devhost {
 
 // Says on standard error which call into a driver was under way when the process ends, for as long as it lives. A driver
-// that ends the process takes the rest of a script with it, so a status of 0 becomes 1. One that throws out of its
+// that ends the process takes the rest of a script with it, so a status of 0 becomes 1, or what was set
+// instead. One that throws out of its
 // destructor ends it in any case: the language wants that.
 class EndNote {
  public:
@@ -17,6 +18,9 @@ class EndNote {
   ~EndNote();
   EndNote(const EndNote&) = delete;
   EndNote& operator=(const EndNote&) = delete;
+
+  // Replaces the status 1, for a program where that means something else.
+  static void SetExitStatus(int status);
 
  private:
   static void OnExit();

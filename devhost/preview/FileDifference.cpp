@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "devhost/secrets/Secrets.h"
-#include "devhost/system/PrivateFolder.h"
+#include "devhost/system/MemoryFile.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
 
@@ -50,9 +50,9 @@ std::string Shown(std::string_view line, bool showSecrets) {
   return std::string(line.substr(0, 1)) + Visible(showSecrets ? std::string(text) : MaskConfigLine(text));
 }
 
-// Other names stand in the first two lines than those of the files that were compared; the body follows.
-std::string ShownDiff(const std::string& diff, const std::string& path, bool showSecrets) {
-  std::string shown = "--- " + OneLine(path) + "\n+++ " + OneLine(path) + " after SetDeviceState\n";
+// The two lines that name the files are replaced; the body follows.
+std::string ShownDiff(const std::string& diff, const std::string& name, bool showSecrets) {
+  std::string shown = "--- " + OneLine(name) + "\n+++ " + OneLine(name) + " after SetDeviceState\n";
   std::size_t at = diff.find('\n', diff.find('\n') + 1) + 1;
   while (at < diff.size()) {
     const std::size_t end = std::min(diff.find('\n', at), diff.size());
@@ -64,20 +64,22 @@ std::string ShownDiff(const std::string& diff, const std::string& path, bool sho
 
 }  // namespace
 
-std::string FileDifference(const std::string& path, const std::string& before, const std::string& after, bool showSecrets) {
+std::string FileDifference(const std::string& name, const std::string& before, const std::string& after, bool showSecrets) {
   const std::string comparable = WithStampOf(before, after);
   if (comparable == before) {
     return std::string();
   }
-  const PrivateFolder folder;
+  const MemoryFile old(before);
+  const MemoryFile young(comparable);
   ProgramRun run;
-  run.words = {"diff", "--text", "--unified", folder.Write("before", before), folder.Write("after", comparable)};
+  run.words = {"diff", "--text", "--unified", old.Path(), young.Path()};
   run.longestOutput = 2 * (before.size() + comparable.size()) + 65536;
   const ProgramResult result = RunProgram(run);
   if (result.exitStatus != 1 || result.signal != 0) {
-    throw ProgramError("the program diff has failed: " + Quoted(result.output));
+    // Its output is not quoted, since it holds lines of the files.
+    throw ProgramError("the program diff has failed (status " + std::to_string(result.exitStatus) + ")");
   }
-  return ShownDiff(result.output, path, showSecrets);
+  return ShownDiff(result.output, name, showSecrets);
 }
 
 }  // namespace devhost

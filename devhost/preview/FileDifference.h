@@ -6,10 +6,11 @@
 namespace devhost {
 
 // The difference between a device's snmpd.conf and what it would become, as a unified diff of which every line ends in a
-// line feed; "" when only the time at which the managed section was generated differs. `path` stands in the diff's head.
+// line feed; "" when only the time at which the managed section was generated differs. `name` stands in the diff's head.
 // Secrets are masked in the result unless `showSecrets` is set, never before: a community that changes is a change. Control
-// characters but tabs are made visible. Throws ProgramError when the program diff cannot be used.
-std::string FileDifference(const std::string& path, const std::string& before, const std::string& after, bool showSecrets);
+// characters but tabs are made visible. The program diff reads the
+// texts from memory. Throws ProgramError or FileError when it cannot.
+std::string FileDifference(const std::string& name, const std::string& before, const std::string& after, bool showSecrets);
 
 }  // namespace devhost
 

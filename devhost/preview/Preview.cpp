@@ -1,9 +1,12 @@
 #include "devhost/preview/Preview.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <iterator>
+#include <string_view>
 
+#include "devhost/check/CheckFile.h"
 #include "devhost/engine/Host.h"
+#include "devhost/preview/AgentStandIn.h"
 #include "devhost/preview/FileDifference.h"
 #include "devhost/preview/ScratchDevice.h"
 #include "devhost/secrets/Masker.h"
@@ -16,7 +19,9 @@ namespace devhost {
 
 namespace {
 
-// Keeps what drivers say while they work on the copy; it is of interest only when something goes wrong.
+using Verdict = PreviewResult::Verdict;
+
+// Keeps what drivers say, which is of interest only when something goes wrong.
 struct Complaints : HostObserver {
   void OnOccurrence(const Occurrence& occurrence) override {
     const bool fails = occurrence.kind == Occurrence::Kind::Failure || occurrence.kind == Occurrence::Kind::Manners;
@@ -29,6 +34,11 @@ struct Complaints : HostObserver {
 
   bool hasFailure = false;
   std::vector<std::string> lines;
+};
+
+// The device gets its state back and is never asked for a new one.
+struct HandedState : StateMemory {
+  bool TakesStates() const override { return false; }
 };
 
 // The agent goes by the id in the settings, so they have to be for this device.
@@ -51,48 +61,94 @@ void CheckSettings(const NamedText& settings, const DriverEntry& device) {
   }
 }
 
-// A device that its kept state says is off line would accept the text for later, and nothing would be seen of it. So the
-// copy is put on line, as the device will be.
-void PutOnLine(Host& host, unsigned long device) {
-  const std::vector<std::string> commands = host.Commands(device);
-  if (std::find(commands.begin(), commands.end(), "SetOnline") != commands.end()) {
-    host.Command(device, "SetOnline", {{"online", "true"}});
-  }
+// The first host: the device's own driver, and nobody who could change anything.
+DeviceAnswers AskDevice(const PreviewInput& input, Complaints& complaints) {
+  HandedState state;
+  state.Save(input.device.id, input.state);
+  DeviceAnswers answers;
+  Host host(complaints, &state);
+  host.Load(input.agent, [&](IInstanceManager& instances) { return new AgentStandIn(instances, input.device.id, answers); });
+  host.Load(input.device);
+  host.Command(input.agent.id, AgentStandIn::kCommand, {});
+  return answers;
 }
 
-// Lets the agent work on the copy and returns its reply.
-std::string Apply(const PreviewInput& input, const DriverEntry& copy, Complaints& complaints) {
-  StateMemory states;
-  states.Save(copy.id, input.state);
-  Host host(complaints, &states);
+// The second host: the agent, and nothing of the device but its answers. Returns the agent's reply.
+std::string LetAgentChange(const PreviewInput& input, DeviceAnswers& content, Complaints& complaints) {
+  Host host(complaints);
   host.Load(input.agent);
-  host.Load(copy);
-  PutOnLine(host, copy.id);
-  const std::string reply = host.Command(input.agent.id, "SetDeviceState", {{"xml", input.settings.text}});
-  host.Stop();
-  return reply;
+  DriverEntry scratch = input.device;
+  scratch.configXml.clear();
+  host.Load(scratch, [&](IInstanceManager& instances) { return new ScratchDevice(instances, content); });
+  return host.Command(input.agent.id, "SetDeviceState", {{"xml", input.settings.text}});
 }
 
-// Why the copy is not what the device would become, or "".
-std::string ProblemOf(const PreviewInput& input, const ScratchDevice& scratch, Complaints& complaints) {
-  try {
-    const std::string reply = Apply(input, scratch.Driver(), complaints);
-    if (reply != "<Success/>") {
-      return "SetDeviceState would answer " + reply + " and leave " + scratch.RealPath() + " as it is";
-    }
-  } catch (const HostError& error) {
-    return error.what();
+// What has become of a change that was tried.
+struct Trial {
+  Verdict verdict = Verdict::Failed;
+  DeviceAnswers before;
+  DeviceAnswers after;
+  std::string problem;  // why `after` is not what the device would become, or ""
+};
+
+void Try(const PreviewInput& input, const std::string& file, Complaints& complaints, Trial& trial) {
+  trial.before = AskDevice(input, complaints);
+  if (!trial.before.problem.empty()) {
+    trial.problem = input.device.name + ": " + trial.before.problem;
+    return;
   }
-  return complaints.hasFailure ? "a driver has failed on the copy; the preview would not be sure" : "";
+  trial.after = trial.before;
+  const std::string reply = LetAgentChange(input, trial.after, complaints);
+  if (reply != "<Success/>") {
+    const int status = trial.before.copyStatus;
+    const std::string reason =
+        status == 0 ? "" : "CopyFrom of " + input.device.name + " gave " + std::to_string(status) + ": ";
+    trial.verdict = Verdict::Refused;
+    trial.problem = reason + "SetDeviceState would answer " + reply + " and leave the " + file + " as it is";
+  } else if (complaints.hasFailure) {
+    trial.problem = "a driver has failed; the preview would not be sure";
+  } else {
+    trial.verdict = Verdict::Unchanged;
+  }
+}
+
+// The findings of a check that say what the next write drops.
+std::vector<Finding> LossesOf(const std::string& text, const PreviewResult& result, bool showSecrets) {
+  constexpr std::string_view kLosses[] = {"text-above-section",      "markers-reversed", "line-after-trailer",
+                                          "foreign-line-in-section", "setting-twice",    "retries-go-back"};
+  std::vector<Finding> losses;
+  for (Finding& finding : CheckText(text, result.file, {false, showSecrets}).findings) {
+    if (std::find(std::begin(kLosses), std::end(kLosses), finding.rule) != std::end(kLosses)) {
+      losses.push_back(std::move(finding));
+    }
+  }
+  return losses;
+}
+
+void Show(const PreviewInput& input, const Trial& trial, PreviewResult& result) {
+  result.difference = FileDifference(result.file, trial.before.file, trial.after.file, input.showSecrets);
+  if (!result.difference.empty()) {
+    result.verdict = Verdict::Changed;
+    result.losses = LossesOf(trial.before.file, result, input.showSecrets);
+  }
+  if (trial.before.copyStatus == kCannotBeReached) {
+    result.messages.push_back(input.device.name +
+                              " cannot be reached now (CopyFrom gave -9): its file was compared as it was last known, and "
+                              "what is written waits until the device is back");
+  }
 }
 
 // Hides the secrets of the device, which drivers may quote.
-void Mask(std::vector<std::string>& lines, const PreviewInput& input, const std::string& file) {
+void Mask(std::vector<std::string>& lines, const PreviewInput& input, const DeviceAnswers& answers) {
   Masker masker(input.showSecrets);
   masker.LearnFromXml(input.settings.text);
   masker.LearnFromXml(input.device.configXml);
   masker.LearnFromXml(input.state);
-  masker.LearnFromConfig(file);
+  masker.LearnFromConfig(answers.file);
+  masker.Learn({{"community", answers.communityRead.value}, {"community", answers.communityWrite.value}});
+  for (const TrapTarget& target : answers.trapTargets.value) {
+    masker.Learn({{"community", target.community}});
+  }
   for (std::string& line : lines) {
     line = masker.Text(input.showSecrets ? line : MaskXml(MaskConfigText(line)));
   }
@@ -102,16 +158,23 @@ void Mask(std::vector<std::string>& lines, const PreviewInput& input, const std:
 
 PreviewResult PreviewChange(const PreviewInput& input) {
   CheckSettings(input.settings, input.device);
-  const ScratchDevice scratch(input.device);
+  PreviewResult result{Verdict::Failed, "snmpd.conf of " + input.device.name, "", {}, {}};
   Complaints complaints;
-  const std::string problem = ProblemOf(input, scratch, complaints);
-  if (problem.empty()) {
-    return {
-        scratch.RealPath(), FileDifference(scratch.RealPath(), scratch.RealText(), scratch.Text(), input.showSecrets), {}};
+  Trial trial;
+  try {
+    Try(input, result.file, complaints, trial);
+  } catch (const HostError& error) {
+    trial.problem = error.what();
   }
-  complaints.lines.push_back(problem);
-  Mask(complaints.lines, input, scratch.RealText());
-  return {scratch.RealPath(), "", complaints.lines};
+  result.verdict = trial.verdict;
+  if (trial.problem.empty()) {
+    Show(input, trial, result);
+  } else {
+    result.messages = complaints.lines;
+    result.messages.push_back(trial.problem);
+  }
+  Mask(result.messages, input, trial.before);
+  return result;
 }
 
 }  // namespace devhost

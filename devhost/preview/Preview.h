@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "devhost/check/Finding.h"
 #include "devhost/driver/DriverEntry.h"
 #include "devhost/system/FileText.h"
 
@@ -19,7 +20,7 @@ class PreviewError : public std::runtime_error {
 // A change of a device's settings that has not been made.
 struct PreviewInput {
   DriverEntry agent;
-  DriverEntry device;  // its configuration has to name the folder of its snmpd.conf
+  DriverEntry device;
   std::string state;   // what is kept for the device, as XML; "" for nothing
   NamedText settings;  // the device settings element
   bool showSecrets = false;
@@ -27,16 +28,28 @@ struct PreviewInput {
 
 // What the change would make of the device's snmpd.conf.
 struct PreviewResult {
-  std::string file;        // the path of the snmpd.conf
-  std::string difference;  // a unified diff, "" when nothing would change
-  // Why there is no difference to show: what the drivers said, then the reason; empty when there is one, or nothing to
-  // change.
-  std::vector<std::string> complaints;
+  enum class Verdict {
+    Unchanged,
+    Changed,
+    Refused,  // the agent would not write the file: it cannot be read, say
+    Failed    // a driver has failed, so nobody can tell
+  };
+
+  Verdict verdict;
+  std::string file;             // what the difference and the findings call the snmpd.conf
+  std::string difference;       // a unified diff; "" unless it would change
+  std::vector<Finding> losses;  // what the change would drop from the file; none unless it would change
+  // What else there is to say, a line each. Why there is no difference to show: what the drivers said, then the reason.
+  std::vector<std::string> messages;
 };
 
-// Lets the agent do "SetDeviceState" with the settings on a scratch copy of the device. The device's own folder is only
-// read, and no daemon is started. Throws PreviewError when the settings are not for this device or no copy of it can be
-// made, FileError when its snmpd.conf cannot be read, FolderError and ProgramError when this machine does not allow it.
+// Shows what "SetDeviceState" would do with these settings. The device is only asked, in a host without an agent: no setter,
+// no CopyTo, no action and no command reaches it, whatever its driver is. Its driver does run: it is loaded, made with its
+// real configuration and its state, initialised and destroyed, because only the driver knows where the file is. The agent
+// then works on a scratch device with the same answers, in another host. Secrets are masked unless they are to be shown.
+//
+// Throws PreviewError when the settings are not for this device, FileError and ProgramError when this machine does not allow
+// it.
 PreviewResult PreviewChange(const PreviewInput& input);
 
 }  // namespace devhost

@@ -157,7 +157,8 @@ TEST(AnOutputThatTakesNothing, IsReported) {
   for (const char* const command : {"run script", "check kitchen/snmpd.conf", "advise settings.xml",
                                     "preview --project project.xml kitchen settings.xml", "--help"}) {
     const ShellResult run = RunShell(std::string("devhost ") + command + " >/dev/full", kitchen.Path());
-    EXPECT_EQ(run.status, 1) << command;
+    // For a preview, 1 would be an answer.
+    EXPECT_EQ(run.status, command[0] == 'p' ? 2 : 1) << command;
     EXPECT_EQ(run.output, "devhost: cannot write the output: No space left on device\n") << command;
   }
 }

@@ -80,8 +80,8 @@ TEST(Advise, TakesAFileAndItsOptions) {
 }
 
 TEST(Preview, TakesADeviceAFileAndItsOptions) {
-  EXPECT_EQ(Asked({"preview", "--project", "p.xml", "kitchen", "--state", "s", "k.xml", "--show-secrets"}),
-            "preview device=kitchen settings=k.xml --project=p.xml --state=s --show-secrets:true");
+  EXPECT_EQ(Asked({"preview", "--project", "p.xml", "kitchen", "--state", "s", "k.xml", "--json", "--show-secrets"}),
+            "preview device=kitchen settings=k.xml --project=p.xml --state=s --json:true --show-secrets:true");
 }
 
 TEST(Preview, SaysWhatIsMissing) {

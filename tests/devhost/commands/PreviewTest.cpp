@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "devhost/system/RunProgram.h"
 #include "tests/devhost/commands/CommandsFixture.h"
 
 namespace devhost {
@@ -11,6 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -50,13 +52,95 @@ class PreviewCommand : public CommandsFixture {
                                     "</managedDevice>");
 };
 
+const std::string kHead = "--- snmpd.conf of kitchen\n+++ snmpd.conf of kitchen after SetDeviceState\n";
+
 TEST_F(PreviewCommand, PrintsADifferenceAndChangesNothing) {
   const Outcome outcome = Preview("kitchen");
-  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
   EXPECT_EQ(outcome.errors, "");
-  EXPECT_THAT(outcome.out, StartsWith("--- " + conf + "\n+++ " + conf + " after SetDeviceState\n"));
+  EXPECT_THAT(outcome.out, StartsWith(kHead));
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("\n+sysName  kitchen\n"), HasSubstr("\n+rocommunity  *****\n")));
   EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), "# by hand\n");
+}
+
+TEST_F(PreviewCommand, SaysBelowTheDifferenceWhatWouldBeLost) {
+  File("kitchen/snmpd.conf", "# by hand\n# Halvoren Section Start\n# Halvoren Section End\n");
+  EXPECT_THAT(
+      Preview("kitchen").out,
+      testing::ContainsRegex("\n-# by hand\n(.|\n)*\nsnmpd.conf of kitchen:1: error: text above the section: the next "
+                             "write drops it[^\n]* \\[text-above-section\\]\n    [^\n]+\n$"));
+}
+
+TEST_F(PreviewCommand, PrintsOneJsonObjectWhenAsked) {
+  File("kitchen/snmpd.conf", "rocommunity hidden-old\n# Halvoren Section Start\n# Halvoren Section End\n");
+  const Outcome changed = Preview("kitchen", {"--json"});
+  EXPECT_EQ(changed.status, ExitStatus::Failed);
+  EXPECT_THAT(changed.out, testing::Not(HasSubstr("hidden")));
+  EXPECT_EQ(changed.out.find('\n'), changed.out.size() - 1);
+  EXPECT_THAT(
+      changed.out,
+      AllOf(StartsWith("{\"device\":\"kitchen\",\"verdict\":\"changed\",\"difference\":\"--- snmpd.conf of kitchen\\n+++ "),
+            HasSubstr("\\n-rocommunity *****\\n"),
+            HasSubstr("\",\"findings\":[{\"file\":\"snmpd.conf of kitchen\",\"line\":1,\"severity\":\"error\","
+                      "\"rule\":\"text-above-section\",\"reason\":\""),
+            EndsWith("\"}],\"messages\":[]}\n")));
+  EXPECT_THAT(Preview("kitchen", {"--json", "--show-secrets"}).out, HasSubstr("hidden-old"));
+
+  Play("command SetDeviceState xml=@settings.xml\n");
+  const Outcome unchanged = Preview("kitchen", {"--json"});
+  EXPECT_EQ(unchanged.status, ExitStatus::Good);
+  EXPECT_EQ(unchanged.out,
+            "{\"device\":\"kitchen\",\"verdict\":\"unchanged\",\"difference\":\"\",\"findings\":[],\"messages\":[]}\n");
+
+  fs::remove(conf);
+  fs::create_directory(conf);
+  const Outcome refused = Preview("kitchen", {"--json"});
+  EXPECT_EQ(refused.status, ExitStatus::Wrong);
+  EXPECT_EQ(refused.errors, "");
+  EXPECT_THAT(
+      refused.out,
+      AllOf(
+          StartsWith("{\"device\":\"kitchen\",\"verdict\":\"refused\",\"difference\":\"\",\"findings\":[],\"messages\":[\""),
+          HasSubstr("SetDeviceState would answer <ReadFail/>"), EndsWith(" as it is\"]}\n")));
+
+  SetDevices(std::string(TEST_MODULE_FOLDER) + "/well_behaved.so");
+  EXPECT_THAT(Preview("kitchen", {"--json"}).out, HasSubstr("\"verdict\":\"failed\""));
+}
+
+TEST_F(PreviewCommand, SaysWhenTheDeviceIsOffLine) {
+  SetDevices("local_snmpd.so");
+  const std::string states = folder.Path("states");
+  Play("command GetDeviceList\ndevice kitchen offline\n", {"--state", states});
+  const std::string state = folder.Read("states/driver-12.xml");
+  File("kitchen/snmpd.conf", "# changed meanwhile\n");
+  const Outcome outcome = Preview("kitchen", {"--state", states});
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("\n # by hand\n"), testing::Not(HasSubstr("meanwhile")),
+                                 HasSubstr("\nkitchen cannot be reached now (CopyFrom gave -9): ")));
+  EXPECT_EQ(folder.Read("states/driver-12.xml"), state);
+}
+
+// Status 1 would say that something would change.
+TEST_F(PreviewCommand, EndsWithTwoWhenADriverEndsTheProcess) {
+  File("project.xml",
+       "<project><driver id='1' name='agent' module='snmp_configuration_agent.so'/><driver id='12' "
+       "name='kitchen' module='" TEST_MODULE_FOLDER
+       "/odd_device.so'><config announce='Initialize' copyFrom='exit'/></driver></project>");
+  ProgramRun run;
+  run.words = {DEVHOST_PROGRAM, "preview", "--project", project, "kitchen", settings};
+  const ProgramResult result = RunProgram(run);
+  EXPECT_EQ(result.exitStatus, 2);
+  EXPECT_THAT(result.output, HasSubstr("the process was ended during command \"AskDevice\""));
+}
+
+TEST_F(PreviewCommand, EndsWithTwoWhenItsOutputIsLost) {
+  const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+  const FileDescriptor errors(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+  Console console(full.Get(), errors.Get());
+  const std::string modules = MODULE_FOLDER;
+  const char* const argv[] = {"devhost",   "preview",       "--module-dir", modules.c_str(),
+                              "--project", project.c_str(), "kitchen",      settings.c_str()};
+  EXPECT_EQ(RunCommandLine(8, argv, console), ExitStatus::Wrong);
 }
 
 TEST_F(PreviewCommand, ShowsSecretsWhenAsked) {
@@ -64,25 +148,26 @@ TEST_F(PreviewCommand, ShowsSecretsWhenAsked) {
 }
 
 TEST_F(PreviewCommand, TakesTheDeviceByItsIdToo) {
-  EXPECT_THAT(Preview("12").out, StartsWith("--- " + conf + "\n"));
+  EXPECT_THAT(Preview("12").out, StartsWith(kHead));
 }
 
 TEST_F(PreviewCommand, SaysThatNothingWouldChange) {
   Play("command SetDeviceState xml=@settings.xml\n");
   const Outcome outcome = Preview("kitchen");
   EXPECT_EQ(outcome.status, ExitStatus::Good);
-  EXPECT_EQ(outcome.out, "nothing would change in " + conf + "\n");
+  EXPECT_EQ(outcome.out, "nothing would change in the snmpd.conf of kitchen\n");
 }
 
 TEST_F(PreviewCommand, PrintsWhatTheDriversSayWhenTheAgentRefuses) {
   fs::rename(conf, folder.Path("elsewhere"));
   fs::create_symlink("../elsewhere", conf);
   const Outcome outcome = Preview("kitchen");
-  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_EQ(outcome.status, ExitStatus::Wrong);
   EXPECT_EQ(outcome.out, "");
   EXPECT_THAT(outcome.errors,
               testing::MatchesRegex("devhost: kitchen: SNMP device 12: cannot read [^\n]+\n"
-                                    "devhost: SetDeviceState would answer <ReadFail/> and leave [^\n]+ as it is\n"));
+                                    "devhost: CopyFrom of kitchen gave -1: SetDeviceState would answer <ReadFail/> and "
+                                    "leave [^\n]+ as it is\n"));
 }
 
 // An empty setting is filled from the file unless somebody has erased it.
@@ -113,7 +198,7 @@ TEST_F(PreviewCommand, SaysWhatIsWrongWithWhatItIsGiven) {
   File("settings.xml", "<managedDevice><deviceId>15</deviceId></managedDevice>");
   const Outcome nowhere = Preview("hall");
   EXPECT_EQ(nowhere.status, ExitStatus::Wrong);
-  EXPECT_THAT(nowhere.errors, StartsWith("devhost: " + project + ":4: there is no folder "));
+  EXPECT_THAT(nowhere.errors, HasSubstr("devhost: CopyFrom of hall gave -102: "));
 
   File("project.xml", "<project><driver id='1' name='k' module='simulated_device.so'/></project>");
   const Outcome alone = Preview("k");

@@ -1,88 +1,132 @@
 #include "devhost/preview/ScratchDevice.h"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
-#include <filesystem>
+#include <string>
 
-#include "devhost/preview/Preview.h"
-#include "devhost/system/FileText.h"
-#include "devhost/xml/XmlReader.h"
-#include "tests/support/ScratchFolder.h"
+#include "devhost/engine/Host.h"
+#include "tests/devhost/support/RecordingObserver.h"
 
 namespace devhost {
 namespace {
 
-namespace fs = std::filesystem;
-using testsupport::ScratchFolder;
+using testing::HasSubstr;
+using testing::IsEmpty;
 
-std::string FolderOfCopy(const ScratchDevice& scratch) {
-  return *ReadXml(scratch.Driver().configXml).FindAttribute("folder");
-}
-
+// With the built agent.
 class AScratchDevice : public testing::Test {
  protected:
-  DriverEntry Device(const std::string& name) const {
-    return {12, "kitchen", "m.so",
-            "<config version='1' folder='" + folder.Path(name) + "'><setting name='a' value='b'/></config>", "p.xml:3"};
+  AScratchDevice() {
+    host.Load({1, "agent", MODULE_FOLDER "/snmp_configuration_agent.so", "<config/>"});
+    content.version = "7";
+    content.isVersionValid = true;
   }
-  ScratchFolder folder;
+  ~AScratchDevice() override {
+    host.Stop();
+    EXPECT_THAT(observer.Texts(Occurrence::Kind::Manners), IsEmpty());
+  }
+
+  void Load() {
+    host.Load({12, "kitchen", "", ""},
+              [this](IInstanceManager& instances) { return new ScratchDevice(instances, content); });
+  }
+  std::string Set(const std::string& settings) {
+    return host.Command(1, "SetDeviceState",
+                        {{"xml", "<managedDevice>" + settings + "<deviceId>12</deviceId></managedDevice>"}});
+  }
+
+  RecordingObserver observer;
+  Host host{observer};
+  DeviceAnswers content;
 };
 
-TEST_F(AScratchDevice, IsTheDeviceWithItsFileInAPrivateFolder) {
-  folder.Write("kitchen/snmpd.conf", "text\n");
-  std::string copy;
-  {
-    const ScratchDevice scratch(Device("kitchen"));
-    copy = FolderOfCopy(scratch);
-    EXPECT_NE(copy, folder.Path("kitchen"));
-    EXPECT_EQ(scratch.Driver().configXml,
-              "<config version=\"1\" folder=\"" + copy + "\"><setting name=\"a\" value=\"b\"/></config>");
-    EXPECT_EQ(scratch.Driver().id, 12U);
-    EXPECT_EQ(scratch.RealPath(), folder.Path("kitchen/snmpd.conf"));
-    EXPECT_EQ(scratch.RealText(), "text\n");
-    EXPECT_EQ(scratch.Text(), "text\n");
-    EXPECT_EQ(fs::status(copy).permissions(), fs::perms::owner_all);
-    EXPECT_EQ(fs::status(copy + "/snmpd.conf").permissions(), fs::perms::owner_read | fs::perms::owner_write);
+TEST_F(AScratchDevice, IsListedWithItsAnswers) {
+  content.isManaged = content.isEnabled = content.usesRoomDevice = true;
+  content.communityRead.value = "r";
+  content.communityWrite.value = "w";
+  content.sysContact.value = "c";
+  content.sysLocation.value = "l";
+  content.sysName.value = "n";
+  content.trapTargets.value = {{"t", "u", "162"}};
+  Load();
+  EXPECT_EQ(
+      host.Command(1, "GetDeviceList", {}),
+      "<managedDevices><managedDevice><snmpIsManagedDevice>true</snmpIsManagedDevice>"
+      "<snmpIsConfigDirty>false</snmpIsConfigDirty><snmpEnabledSetting>true</snmpEnabledSetting>"
+      "<snmpCommunityReadSetting>r</snmpCommunityReadSetting><snmpCommunityWriteSetting>w</snmpCommunityWriteSetting>"
+      "<snmpSysContactSetting>c</snmpSysContactSetting><snmpUsePrimaryContactSetting>false</snmpUsePrimaryContactSetting>"
+      "<snmpSysLocationSetting>l</snmpSysLocationSetting>"
+      "<snmpUseProjectOwnerAddressSetting>false</snmpUseProjectOwnerAddressSetting>"
+      "<snmpSysNameSetting>n</snmpSysNameSetting><snmpUseRoomDeviceSetting>true</snmpUseRoomDeviceSetting>"
+      "<snmpTrapTargets><trapTarget><target>t</target><community>u</community><port>162</port></trapTarget>"
+      "</snmpTrapTargets><deviceId>12</deviceId></managedDevice></managedDevices>");
+}
+
+TEST_F(AScratchDevice, OfAVersionThatIsNotValidIsNotListed) {
+  content.isVersionValid = false;
+  Load();
+  EXPECT_EQ(host.Command(1, "GetDeviceList", {}), "<managedDevices/>");
+}
+
+TEST_F(AScratchDevice, KeepsWhatItIsGiven) {
+  content.file = "# by hand\n";
+  Load();
+  EXPECT_EQ(
+      Set("<snmpIsManagedDevice>true</snmpIsManagedDevice><snmpEnabledSetting>true</snmpEnabledSetting>"
+          "<snmpCommunityReadSetting>r</snmpCommunityReadSetting><snmpCommunityWriteSetting>w</snmpCommunityWriteSetting>"
+          "<snmpSysContactSetting>c</snmpSysContactSetting><snmpUsePrimaryContactSetting>true</snmpUsePrimaryContactSetting>"
+          "<snmpSysLocationSetting>l</snmpSysLocationSetting>"
+          "<snmpUseProjectOwnerAddressSetting>true</snmpUseProjectOwnerAddressSetting>"
+          "<snmpSysNameSetting>n</snmpSysNameSetting><snmpUseRoomDeviceSetting>true</snmpUseRoomDeviceSetting>"
+          "<snmpTrapTargets><trapTarget><target>t</target><community>u</community><port>1</port></trapTarget>"
+          "</snmpTrapTargets>"),
+      "<Success/>");
+  EXPECT_TRUE(content.isManaged && content.isEnabled && content.usesPrimaryContact && content.usesProjectOwnerAddress &&
+              content.usesRoomDevice);
+  EXPECT_FALSE(content.isConfigDirty);
+  EXPECT_EQ(content.communityRead.value + content.communityWrite.value + content.sysContact.value +
+                content.sysLocation.value + content.sysName.value,
+            "rwcln");
+  ASSERT_EQ(content.trapTargets.value.size(), 1U);
+  EXPECT_EQ(content.trapTargets.value[0].community, "u");
+  EXPECT_THAT(content.file, testing::AllOf(HasSubstr("\nsysName  n\n"), HasSubstr("\n# by hand\n")));
+}
+
+// The agent fills an empty setting from the file unless it was erased.
+TEST_F(AScratchDevice, CountsASettingThatLosesItsValueAsErased) {
+  const std::string section = "# Halvoren Section Start\nsysName  old\nsysContact  old\ntrap2sink  t  u  1\n";
+  content.file = section + "# Halvoren Section End\n";
+  content.sysName.value = "n";
+  content.trapTargets.value = {{"t", "u", "162"}};
+  Load();
+  EXPECT_EQ(Set(""), "<Success/>");
+  EXPECT_EQ(content.sysName.value, "");
+  EXPECT_TRUE(content.sysName.wasErased && content.trapTargets.wasErased);
+  EXPECT_TRUE(content.trapTargets.value.empty());
+  EXPECT_EQ(content.sysContact.value, "old");
+  // It stays erased until it gets a value.
+  EXPECT_EQ(Set(""), "<Success/>");
+  EXPECT_TRUE(content.sysName.wasErased);
+  EXPECT_EQ(Set("<snmpSysNameSetting>n</snmpSysNameSetting>"), "<Success/>");
+  EXPECT_FALSE(content.sysName.wasErased);
+}
+
+TEST_F(AScratchDevice, AnswersWithTheStatusOfTheDevice) {
+  content.copyStatus = -4;
+  Load();
+  EXPECT_EQ(Set(""), "<ReadFail/>");
+  EXPECT_EQ(content.file, "");
+  content.copyStatus = kCannotBeReached;
+  EXPECT_EQ(Set(""), "<Success/>");
+  EXPECT_THAT(content.file, HasSubstr("# Halvoren Section Start\n"));
+  EXPECT_TRUE(content.isConfigDirty);
+}
+
+TEST_F(AScratchDevice, HasNoControllerToActOn) {
+  Load();
+  for (const char* const action : {"RebootController", "StopMasterAgent", "StartMasterAgent"}) {
+    EXPECT_EQ(host.Command(1, action, {{"deviceId", "12"}}), "<Fail/>");
   }
-  EXPECT_FALSE(fs::exists(copy));
-}
-
-TEST_F(AScratchDevice, OfADeviceWithoutAFileHasNone) {
-  fs::create_directory(folder.Path("kitchen"));
-  const ScratchDevice scratch(Device("kitchen"));
-  EXPECT_TRUE(fs::is_empty(FolderOfCopy(scratch)));
-  EXPECT_EQ(scratch.RealText(), "");
-  EXPECT_EQ(scratch.Text(), "");
-}
-
-TEST_F(AScratchDevice, HasALinkWhereTheDeviceHasOne) {
-  folder.Write("elsewhere.conf", "text\n");
-  fs::create_directory(folder.Path("kitchen"));
-  fs::create_symlink("../elsewhere.conf", folder.Path("kitchen/snmpd.conf"));
-  const ScratchDevice scratch(Device("kitchen"));
-  EXPECT_TRUE(fs::is_symlink(FolderOfCopy(scratch) + "/snmpd.conf"));
-  EXPECT_EQ(scratch.Text(), "text\n");
-}
-
-TEST_F(AScratchDevice, NeedsAFolderThatIsNamedAndThere) {
-  try {
-    const ScratchDevice scratch({12, "kitchen", "m.so", "<config/>", "p.xml:3"});
-    FAIL();
-  } catch (const PreviewError& error) {
-    EXPECT_THAT(error.what(), testing::StartsWith("p.xml:3: the <config> of kitchen names no folder"));
-  }
-  try {
-    const ScratchDevice scratch(Device("nowhere"));
-    FAIL();
-  } catch (const PreviewError& error) {
-    EXPECT_THAT(error.what(), testing::StartsWith("p.xml:3: there is no folder \"" + folder.Path("nowhere") + "\""));
-  }
-}
-
-TEST_F(AScratchDevice, IsNotMadeOfAFileThatCannotBeRead) {
-  fs::create_directories(folder.Path("kitchen/snmpd.conf"));
-  EXPECT_THROW(const ScratchDevice scratch(Device("kitchen")), FileError);
 }
 
 }  // namespace
