@@ -65,9 +65,9 @@ class XmlLiveList {
 
 namespace {
 
-// Neither has a destructor: handles may still be dropped while the process ends.
+// None of them has a destructor: handles may still be dropped while the process ends.
 XmlLiveList s_live;
-std::mutex s_mutex;  // held for no call out of this file
+std::mutex s_mutex;  // not held while a sink or OnUnused is called
 std::atomic<XmlMisuseSink*> s_sink{nullptr};
 
 using Lock = std::unique_lock<std::mutex>;

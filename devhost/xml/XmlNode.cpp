@@ -1,6 +1,7 @@
 #include "devhost/xml/XmlNode.h"
 
-#include <memory>
+#include <string_view>
+#include <vector>
 
 #include "devhost/text/TypedText.h"
 #include "devhost/xml/XmlNodeList.h"
@@ -24,55 +25,47 @@ const char* OrEmpty(const char* text) {
 
 }  // namespace
 
-void XmlNode::AddRef() const {
-  Hold(DEVHOST_CALLER);
-}
-
-void XmlNode::Release() const {
-  Drop(DEVHOST_CALLER);
-}
-
 std::string XmlNode::GetName() const {
   DEVHOST_ENTER("GetName", "", {});
-  return m_name;
+  return m_content.name;
 }
 
 void XmlNode::SetName(const std::string& name) {
   DEVHOST_ENTER("SetName", name.c_str(), );
-  m_name = name;
+  m_content.name = name;
 }
 
 std::string XmlNode::GetValue() const {
   DEVHOST_ENTER("GetValue", "", {});
-  return m_value;
+  return m_content.text;
 }
 
 void XmlNode::SetValue(const std::string& value) {
   DEVHOST_ENTER("SetValue", value.c_str(), );
-  m_value = value;
+  m_content.text = value;
 }
 
 unsigned long XmlNode::GetValueULong() const {
   DEVHOST_ENTER("GetValueULong", "", 0);
-  return ReadULong(m_value);
+  return ReadULong(m_content.text);
 }
 
 std::string XmlNode::GetNamedString(const char* name) const {
   DEVHOST_ENTER("GetNamedString", name, {});
-  const XmlAttribute* const attribute = FindAttribute(name);
-  return attribute != nullptr ? attribute->value : std::string();
+  const std::string* const value = m_content.FindAttribute(OrEmpty(name));
+  return value != nullptr ? *value : std::string();
 }
 
 unsigned long XmlNode::GetNamedULong(const char* name) const {
   DEVHOST_ENTER("GetNamedULong", name, 0);
-  const XmlAttribute* const attribute = FindAttribute(name);
-  return attribute != nullptr ? ReadULong(attribute->value) : 0;
+  const std::string* const value = m_content.FindAttribute(OrEmpty(name));
+  return value != nullptr ? ReadULong(*value) : 0;
 }
 
 bool XmlNode::GetNamedBool(const char* name) const {
   DEVHOST_ENTER("GetNamedBool", name, false);
-  const XmlAttribute* const attribute = FindAttribute(name);
-  return attribute != nullptr && ReadBool(attribute->value);
+  const std::string* const value = m_content.FindAttribute(OrEmpty(name));
+  return value != nullptr && ReadBool(*value);
 }
 
 void XmlNode::SetNamedString(const char* name, const std::string& value) {
@@ -87,30 +80,30 @@ void XmlNode::SetNamedULong(const char* name, unsigned long value) {
 
 void XmlNode::AddChildString(const char* name, const std::string& value) {
   DEVHOST_ENTER("AddChildString", name, );
-  AddChild(OrEmpty(name), value);
+  AddChild({OrEmpty(name), value, {}});
 }
 
 void XmlNode::AddChildInt(const char* name, int value) {
   DEVHOST_ENTER("AddChildInt", name, );
-  AddChild(OrEmpty(name), std::to_string(value));
+  AddChild({OrEmpty(name), std::to_string(value), {}});
 }
 
 std::string XmlNode::GetChildString(const char* name) const {
   DEVHOST_ENTER("GetChildString", name, {});
   const XmlNode* const child = FindChild(name);
-  return child != nullptr ? child->m_value : std::string();
+  return child != nullptr ? child->m_content.text : std::string();
 }
 
 unsigned long XmlNode::GetChildULong(const char* name) const {
   DEVHOST_ENTER("GetChildULong", name, 0);
   const XmlNode* const child = FindChild(name);
-  return child != nullptr ? ReadULong(child->m_value) : 0;
+  return child != nullptr ? ReadULong(child->m_content.text) : 0;
 }
 
 bool XmlNode::GetChildBool(const char* name) const {
   DEVHOST_ENTER("GetChildBool", name, false);
   const XmlNode* const child = FindChild(name);
-  return child != nullptr && ReadBool(child->m_value);
+  return child != nullptr && ReadBool(child->m_content.text);
 }
 
 h7::auto_com<H7XML::INode> XmlNode::GetChild(const char* name) const {
@@ -123,7 +116,7 @@ h7::auto_com<H7XML::INodeList> XmlNode::GetChildren() const {
   TellXmlObserver("GetChildren", "");
   // The list of a node out of use is an empty one: the result is never an empty handle.
   const XmlNode* const parent = CheckUsable("GetChildren", DEVHOST_CALLER) ? this : nullptr;
-  return XmlNodeList::Create(parent, DEVHOST_CALLER);
+  return (new XmlNodeList(parent))->HandOut(DEVHOST_CALLER);
 }
 
 void XmlNode::AppendChild(H7XML::INode& child) {
@@ -141,16 +134,10 @@ void XmlNode::AppendChild(H7XML::INode& child) {
   }
 }
 
-XmlNode& XmlNode::AddChild(std::string_view name, std::string_view value) {
-  XmlNode* const child = new XmlNode(name, value);
+XmlNode& XmlNode::AddChild(XmlContent content) {
+  XmlNode* const child = new XmlNode(std::move(content));
   Link(*child);
   return *child;
-}
-
-h7::auto_com<H7XML::INode> XmlNode::HandOut(const void* code) const {
-  Hold(code);
-  // The interface that drivers see has no handles of constant nodes.
-  return h7::auto_com<H7XML::INode>(const_cast<XmlNode*>(this));
 }
 
 // The last handle of an element inside a tree goes without consequences; the top of a tree takes the tree with it.
@@ -161,39 +148,28 @@ void XmlNode::OnUnused() const noexcept {
 }
 
 void XmlNode::Clear() const noexcept {
-  XmlNode& self = const_cast<XmlNode&>(*this);
-  std::string().swap(self.m_name);
-  std::string().swap(self.m_value);
-  std::vector<XmlAttribute>().swap(self.m_attributes);
+  XmlContent content;
+  std::swap(content, const_cast<XmlNode*>(this)->m_content);
 }
 
 std::string XmlNode::Describe() const {
-  return "node \"" + m_name + "\"";
-}
-
-const XmlAttribute* XmlNode::FindAttribute(const char* name) const {
-  const std::string_view wanted = OrEmpty(name);
-  for (const XmlAttribute& attribute : m_attributes) {
-    if (attribute.name == wanted) {
-      return &attribute;
-    }
-  }
-  return nullptr;
+  return "node \"" + m_content.name + "\"";
 }
 
 void XmlNode::SetAttribute(const char* name, const std::string& value) {
-  const XmlAttribute* const attribute = FindAttribute(name);
-  if (attribute != nullptr) {
-    m_attributes[static_cast<std::size_t>(attribute - m_attributes.data())].value = value;
-  } else {
-    m_attributes.push_back({name, value});
+  for (XmlAttribute& attribute : m_content.attributes) {
+    if (attribute.name == name) {
+      attribute.value = value;
+      return;
+    }
   }
+  m_content.attributes.push_back({name, value});
 }
 
 XmlNode* XmlNode::FindChild(const char* name) const {
   const std::string_view wanted = OrEmpty(name);
   XmlNode* child = m_firstChild;
-  while (child != nullptr && child->m_name != wanted) {
+  while (child != nullptr && child->m_content.name != wanted) {
     child = child->m_nextSibling;
   }
   return child;

@@ -2,8 +2,7 @@
 #define DEVHOST_XML_XML_NODE_H
 
 #include <string>
-#include <string_view>
-#include <vector>
+#include <utility>
 
 #include "devhost/xml/XmlCounted.h"
 #include "devhost/xml/XmlReader.h"
@@ -14,18 +13,15 @@ namespace devhost {
 // One element: the object behind every `INode`.
 //
 // The element itself is the counted object, linked into its tree by plain pointers. So moving it to another parent changes a
-// few links and every handle goes on naming it. An element exists as long as it has a parent or a handle. When the top of a
+// few links, and every handle still names it. An element exists as long as it has a parent or a handle. When the top of a
 // tree loses its last handle, the tree falls apart: what is still held becomes the top of its own tree, the rest goes.
 //
 // The XML library's own tree is used for parsing only: it can move elements within one document only, and it has no place
 // for a count.
-class XmlNode final : public H7XML::INode, public XmlCounted {
+class XmlNode final : public XmlObject<H7XML::INode> {
  public:
-  XmlNode() = default;
-  XmlNode(std::string_view name, std::string_view value) : m_name(name), m_value(value) {}
+  explicit XmlNode(XmlContent content = {}) : m_content(std::move(content)) {}
 
-  void AddRef() const override;
-  void Release() const override;
   std::string GetName() const override;
   void SetName(const std::string& name) override;
   std::string GetValue() const override;
@@ -46,22 +42,13 @@ class XmlNode final : public H7XML::INode, public XmlCounted {
   void AppendChild(H7XML::INode& child) override;
 
   // The tree as the host walks it: no counting, no observer.
-  const std::string& Name() const { return m_name; }
-  const std::string& Value() const { return m_value; }
-  const std::vector<XmlAttribute>& Attributes() const { return m_attributes; }
+  const XmlContent& Content() const { return m_content; }
+  XmlContent& Content() { return m_content; }
   XmlNode* Parent() const { return m_parent; }
   XmlNode* FirstChild() const { return m_firstChild; }
   XmlNode* NextSibling() const { return m_nextSibling; }
-  void Rename(std::string_view name) { m_name = name; }
-  void AppendValue(std::string_view text) { m_value += text; }
-  void AppendAttribute(std::string_view name, std::string_view value) {
-    m_attributes.push_back({std::string(name), std::string(value)});
-  }
-  // A new last child.
-  XmlNode& AddChild(std::string_view name, std::string_view value);
-
-  // A handle of the node for `code`.
-  h7::auto_com<H7XML::INode> HandOut(const void* code) const;
+  // A new last child, which belongs to this node.
+  XmlNode& AddChild(XmlContent content = {});
 
  private:
   ~XmlNode() override = default;
@@ -69,7 +56,6 @@ class XmlNode final : public H7XML::INode, public XmlCounted {
   void Clear() const noexcept override;
   std::string Describe() const override;
 
-  const XmlAttribute* FindAttribute(const char* name) const;
   void SetAttribute(const char* name, const std::string& value);
   XmlNode* FindChild(const char* name) const;
   bool IsInside(const XmlNode& other) const;
@@ -77,9 +63,7 @@ class XmlNode final : public H7XML::INode, public XmlCounted {
   void Unlink() noexcept;
   void FallApart() noexcept;
 
-  std::string m_name;
-  std::string m_value;
-  std::vector<XmlAttribute> m_attributes;
+  XmlContent m_content;
   XmlNode* m_parent = nullptr;
   XmlNode* m_firstChild = nullptr;
   XmlNode* m_lastChild = nullptr;

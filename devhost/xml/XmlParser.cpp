@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "devhost/xml/XmlCharacters.h"
-#include "devhost/xml/XmlReader.h"
 
 namespace devhost {
 namespace {
@@ -101,7 +100,8 @@ pugi::xml_node CheckedRoot(const pugi::xml_document& document, const std::string
     const auto all = node.attributes();
     attributes += static_cast<std::size_t>(std::distance(all.begin(), all.end()));
     if (attributes > kMostAttributes) {
-      Fail(text, OffsetOf(node), "more than " + std::to_string(kMostAttributes) + " attributes; allowed: so many at most");
+      Fail(text, OffsetOf(node),
+           "more than " + std::to_string(kMostAttributes) + " attributes; that is the most that is allowed");
     }
     // One attribute alone, the usual case, costs nothing.
     if (node.first_attribute() != node.last_attribute() && HasTwiceTheSameAttribute(node)) {
@@ -111,39 +111,41 @@ pugi::xml_node CheckedRoot(const pugi::xml_document& document, const std::string
   return root;
 }
 
-void Open(pugi::xml_node element, Places& places, XmlParserSink& sink) {
+void Open(pugi::xml_node element, Places& places, XmlBuilder& builder) {
   places.MoveTo(OffsetOf(element));
-  sink.OnOpen(element.name(), places.Line(), places.Column());
+  builder.Open(places.Line(), places.Column());
+  XmlContent& content = builder.Current();
+  content.name = element.name();
   for (const pugi::xml_attribute attribute : element.attributes()) {
-    sink.OnAttribute(attribute.name(), attribute.value());
+    content.attributes.push_back({attribute.name(), attribute.value()});
   }
 }
 
 // Without recursion, because documents may be deeper than the stack.
-void Walk(pugi::xml_node root, Places& places, XmlParserSink& sink) {
-  Open(root, places, sink);
+void Build(pugi::xml_node root, Places& places, XmlBuilder& builder) {
+  Open(root, places, builder);
   pugi::xml_node parent = root;
   pugi::xml_node node = root.first_child();
   while (node || parent != root) {
     if (!node) {
-      sink.OnClose();
+      builder.Close();
       node = parent.next_sibling();
       parent = parent.parent();
     } else if (node.type() == pugi::node_element) {
-      Open(node, places, sink);
+      Open(node, places, builder);
       parent = node;
       node = node.first_child();
     } else {
-      sink.OnText(node.value());
+      builder.Current().text += node.value();
       node = node.next_sibling();
     }
   }
-  sink.OnClose();
+  builder.Close();
 }
 
 }  // namespace
 
-void ParseXml(const std::string& text, XmlParserSink& sink) {
+void ParseXml(const std::string& text, XmlBuilder& builder) {
   std::string problem;
   const std::size_t bad = FindXmlProblem(text, problem);
   if (bad != std::string::npos) {
@@ -163,7 +165,7 @@ void ParseXml(const std::string& text, XmlParserSink& sink) {
   }
   const pugi::xml_node root = CheckedRoot(document, text);
   Places places(text);
-  Walk(root, places, sink);
+  Build(root, places, builder);
 }
 
 }  // namespace devhost

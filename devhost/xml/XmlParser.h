@@ -4,23 +4,24 @@
 #include <cstddef>
 #include <string>
 
+#include "devhost/xml/XmlReader.h"
+
 namespace devhost {
 
-// Receives a document while it is parsed. An exception ends the parsing and passes through.
-class XmlParserSink {
+// Builds a document while it is parsed. An exception ends the parsing and passes through.
+class XmlBuilder {
  public:
-  virtual ~XmlParserSink() = default;
-  virtual void OnOpen(const char* name, std::size_t line, std::size_t column) = 0;
-  // Comes after OnOpen of its element, in the order of the document.
-  virtual void OnAttribute(const char* name, const char* value) = 0;
-  // A piece of the text of the element opened last and not yet closed.
-  virtual void OnText(const char* text) = 0;
-  virtual void OnClose() = 0;
+  virtual ~XmlBuilder() = default;
+  // Begins an element inside the one that is open, the first time the root.
+  virtual void Open(std::size_t line, std::size_t column) = 0;
+  // The element that is open; the parser fills it.
+  virtual XmlContent& Current() = 0;
+  // Ends it: the element around it is open again.
+  virtual void Close() = 0;
 };
 
-// Parses a whole document: exactly one root element. Throws XmlError (devhost/xml/XmlReader.h) before the sink has heard
-// anything, and std::bad_alloc.
-void ParseXml(const std::string& text, XmlParserSink& sink);
+// Parses a whole document: exactly one root element. Throws XmlError before anything was built, and std::bad_alloc.
+void ParseXml(const std::string& text, XmlBuilder& builder);
 
 }  // namespace devhost
 

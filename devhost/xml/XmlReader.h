@@ -18,23 +18,27 @@ struct XmlAttribute {
   std::string value;
 };
 
-// One element of a file that was read, as a plain value.
-struct XmlElement {
+// What one element holds, apart from its children.
+struct XmlContent {
   std::string name;
   // The element's own text, references resolved, line ends as "\n". White space that only lays child elements out is not
   // text.
   std::string text;
   std::vector<XmlAttribute> attributes;  // in the order of the file; names are unique
-  std::vector<XmlElement> children;      // in the order of the file
+
+  // The value of that attribute, borrowed from this element; null when it has none of that name.
+  const std::string* FindAttribute(std::string_view attributeName) const;
+};
+
+// One element of a file, as a plain value.
+struct XmlElement : XmlContent {
+  std::vector<XmlElement> children;  // in the order of the file
   // Where the element's start tag stands, counted from 1. The column counts bytes.
   std::size_t line = 0;
   std::size_t column = 0;
-
-  // The value of that attribute, borrowed from this element; null when it has none of that name.
-  const std::string* FindAttribute(const std::string& attributeName) const;
 };
 
-// Text that is no well-formed XML document. `what()` says what is wrong, without the place.
+// Text that is not a well-formed XML document. `what()` says what is wrong, without the place.
 class XmlError : public std::runtime_error {
  public:
   XmlError(const std::string& problem, std::size_t errorLine, std::size_t errorColumn);
@@ -65,8 +69,8 @@ enum class XmlStyle {
 
 // The element as text, without declaration and without a final line feed. Reading it back gives the same element: attributes
 // keep their order, carriage returns are written as references. What XML cannot carry is replaced: a control character or
-// a byte that is no UTF-8 by U+FFFD, a character that cannot stand in a name by "_". `node` must be one of this host's own,
-// otherwise std::invalid_argument is thrown.
+// a byte that is not UTF-8 by U+FFFD, a character that cannot stand in a name by "_". Throws std::invalid_argument for a
+// node that this host has not made.
 std::string XmlText(const H7XML::INode& node, XmlStyle style);
 std::string XmlText(const XmlElement& element, XmlStyle style);
 

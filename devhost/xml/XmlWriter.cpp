@@ -4,7 +4,6 @@
 #include "devhost/xml/XmlCharacters.h"
 #include "devhost/xml/XmlNode.h"
 #include "devhost/xml/XmlReader.h"
-#include "devhost/xml/XmlTree.h"
 
 namespace devhost {
 namespace {
@@ -23,15 +22,26 @@ class Writer {
   // Without recursion, because trees may be deeper than the stack.
   std::string Write(const XmlNode& root) {
     const XmlNode* node = &root;
-    while (node != nullptr) {
-      OpenTag(*node);
+    for (;;) {
+      Open(node->Content(), node->FirstChild() != nullptr);
       if (node->FirstChild() != nullptr) {
         node = node->FirstChild();
         continue;
       }
-      node = NextAfter(*node, root);
+      while (node != &root && node->NextSibling() == nullptr) {
+        node = node->Parent();
+        Close(node->Content());
+      }
+      if (node == &root) {
+        return Take();
+      }
+      node = node->NextSibling();
     }
-    return std::move(m_out);
+  }
+
+  std::string Write(const XmlElement& root) {
+    Element(root);
+    return Take();
   }
 
   void Attribute(std::string_view name, std::string_view value) {
@@ -45,56 +55,55 @@ class Writer {
   std::string Take() { return std::move(m_out); }
 
  private:
-  // Closes what ends with `node`; the node to write next, or null.
-  const XmlNode* NextAfter(const XmlNode& node, const XmlNode& root) {
-    const XmlNode* closed = &node;
-    while (closed != &root) {
-      if (closed->NextSibling() != nullptr) {
-        return closed->NextSibling();
-      }
-      closed = closed->Parent();
-      CloseTag(*closed);
+  void Element(const XmlElement& element) {
+    Open(element, !element.children.empty());
+    for (const XmlElement& child : element.children) {
+      Element(child);
     }
-    return nullptr;
+    if (!element.children.empty()) {
+      Close(element);
+    }
   }
 
-  void OpenTag(const XmlNode& node) {
+  // Up to the first child; all of an element that has none.
+  void Open(const XmlContent& element, bool hasChildren) {
     BreakLine();
     m_out += '<';
-    Name(node.Name());
-    for (const XmlAttribute& attribute : node.Attributes()) {
+    Name(element.name);
+    for (const XmlAttribute& attribute : element.attributes) {
       Attribute(attribute.name, attribute.value);
     }
-    if (node.FirstChild() == nullptr && node.Value().empty()) {
+    if (!hasChildren && element.text.empty()) {
       m_out += "/>";
       return;
     }
     m_out += '>';
-    Value(node);
-    if (node.FirstChild() == nullptr) {
-      EndTag(node);
+    Value(element.text, hasChildren);
+    if (!hasChildren) {
+      EndTag(element);
       return;
     }
     ++m_depth;
-    if (m_inline == 0 && !node.Value().empty()) {
+    if (m_inline == 0 && !element.text.empty()) {
       m_inline = m_depth;  // line feeds would become part of its text
     }
   }
 
-  void CloseTag(const XmlNode& node) {
-    if (m_inline == m_depth) {
-      --m_depth;
+  // Behind the last child.
+  void Close(const XmlContent& element) {
+    const bool isInline = m_inline == m_depth;
+    --m_depth;
+    if (isInline) {
       m_inline = 0;
     } else {
-      --m_depth;
       BreakLine();
     }
-    EndTag(node);
+    EndTag(element);
   }
 
-  void EndTag(const XmlNode& node) {
+  void EndTag(const XmlContent& element) {
     m_out += "</";
-    Name(node.Name());
+    Name(element.name);
     m_out += '>';
   }
 
@@ -106,9 +115,8 @@ class Writer {
   }
 
   // White space beside children would be taken for layout: its first character becomes a reference.
-  void Value(const XmlNode& node) {
-    std::string_view value = node.Value();
-    if (node.FirstChild() != nullptr && IsWhiteSpace(value)) {
+  void Value(std::string_view value, bool hasChildren) {
+    if (hasChildren && IsWhiteSpace(value)) {
       Reference(value.front());
       value.remove_prefix(1);
     }
@@ -186,7 +194,7 @@ std::string XmlText(const H7XML::INode& node, XmlStyle style) {
 }
 
 std::string XmlText(const XmlElement& element, XmlStyle style) {
-  return Writer(style).Write(MakeXmlTree(element).Root());
+  return Writer(style).Write(element);
 }
 
 void AppendXmlAttribute(std::string& xml, std::string_view name, std::string_view value) {
