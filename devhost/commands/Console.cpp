@@ -22,8 +22,4 @@ ExitStatus Console::Finish(ExitStatus status) {
   return std::max(status, ExitStatus::Failed);
 }
 
-std::string Counted(std::size_t count, const char* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 }  // namespace devhost

@@ -1,8 +1,6 @@
 #ifndef DEVHOST_COMMANDS_CONSOLE_H
 #define DEVHOST_COMMANDS_CONSOLE_H
 
-#include <cstddef>
-#include <string>
 #include <string_view>
 
 #include "devhost/commands/ExitStatus.h"
@@ -30,9 +28,6 @@ class Console {
   Output m_out;
   Output m_errors;
 };
-
-// "1 error", "2 errors".
-std::string Counted(std::size_t count, const char* what);
 
 }  // namespace devhost
 

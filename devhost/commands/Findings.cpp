@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 
-#include "devhost/commands/Console.h"
 #include "devhost/system/Output.h"
 #include "devhost/text/Words.h"
 

@@ -17,6 +17,7 @@
 #include "devhost/script/ScriptReader.h"
 #include "devhost/script/ScriptRunner.h"
 #include "devhost/state/StateFolder.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 

@@ -8,6 +8,7 @@
 
 #include "devhost/engine/HostCore.h"
 #include "devhost/engine/LoadedDriver.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 
@@ -20,8 +21,7 @@ std::string ByModule(const std::string& file) {
 // What is left alive, for a message: how many, and the first few by name.
 std::string Summary(std::vector<std::string> descriptions) {
   constexpr std::size_t kShown = 3;
-  const std::string count =
-      std::to_string(descriptions.size()) + (descriptions.size() == 1 ? " XML object" : " XML objects");
+  const std::string count = Counted(descriptions.size(), "XML object");
   if (descriptions.size() > kShown) {
     descriptions.resize(kShown);
     descriptions.emplace_back("...");

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "devhost/text/Words.h"
+
 namespace devhost {
 
 namespace {
@@ -12,10 +14,6 @@ constexpr char kSecret[] = "cAX";
 
 bool IsOneOf(const char* set, char letter) {
   return letter != '\0' && std::strchr(set, letter) != nullptr;
-}
-
-bool StartsWith(std::string_view text, std::string_view start) {
-  return text.substr(0, start.size()) == start;
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ class Splitter {
         return words;
       }
       if (words.size() == kMostWords) {
-        throw WordError("the line has more than " + std::to_string(kMostWords) + " words; allowed: so many at most");
+        throw WordError("the line has more than " + std::to_string(kMostWords) + " words; allowed: at most this many");
       }
       words.push_back(Word());
     }
@@ -106,7 +106,7 @@ class Splitter {
       case 'x':
         return HexCode();
       default:
-        throw WordError("\\" + OneLine(m_line.substr(m_at - 1, 1)) + " is no escape: " + kEscapes);
+        throw WordError("\\" + OneLine(m_line.substr(m_at - 1, 1)) + " is not an escape: " + kEscapes);
     }
   }
 
@@ -187,6 +187,14 @@ std::string Quoted(std::string_view text) {
 
 std::string OneLine(std::string_view text) {
   return Shown(text, "");
+}
+
+std::string Counted(std::size_t count, std::string_view what) {
+  return std::to_string(count) + " " + std::string(what) + (count == 1 ? "" : "s");
+}
+
+bool StartsWith(std::string_view text, std::string_view start) noexcept {
+  return text.substr(0, start.size()) == start;
 }
 
 }  // namespace devhost

@@ -27,7 +27,7 @@ std::vector<std::string> SplitWords(std::string_view line);
 // `text` as one word that SplitWords reads back as `text`; bare when it needs no quotes.
 std::string AsWord(std::string_view text);
 
-// Of a longer text, Quoted shows so many bytes.
+// Quoted shows at most this many bytes of a text.
 inline constexpr std::size_t kMostQuoted = 200;
 
 // `text` in double quotes for a message: control characters are made visible, a long text is cut.
@@ -35,6 +35,11 @@ std::string Quoted(std::string_view text);
 
 // `text` on one line: control characters become \n, \t and so on, or \xNN; everything else stays.
 std::string OneLine(std::string_view text);
+
+// A number with what it counts, for a message: "1 error", "2 errors".
+std::string Counted(std::size_t count, std::string_view what);
+
+bool StartsWith(std::string_view text, std::string_view start) noexcept;
 
 }  // namespace devhost
 

@@ -2,14 +2,12 @@
 
 #include <charconv>
 
+#include "devhost/text/Words.h"
+
 namespace devhost {
 namespace {
 
-bool StartsWith(std::string_view text, std::string_view prefix) {
-  return text.substr(0, prefix.size()) == prefix;
-}
-
-// The offset behind the markup at `at` that is no element and so holds no references, or `at` when it is none.
+// The offset behind the markup at `at` that is not an element and so holds no references; `at` when there is none.
 std::size_t PassOver(std::string_view text, std::size_t at) {
   const std::string_view rest = text.substr(at);
   std::string_view end;
@@ -69,7 +67,7 @@ std::size_t FindBadMarkup(std::string_view text, std::string& problem) {
       const std::size_t behind = PassOver(text, i);
       elements += behind == i && text.substr(i + 1, 1) != "/" ? 1U : 0U;
       if (elements > kMostXmlElements) {
-        problem = "more than " + std::to_string(kMostXmlElements) + " elements; allowed: so many at most";
+        problem = "more than " + std::to_string(kMostXmlElements) + " elements; allowed: at most this many";
         return i;
       }
       i = behind == i ? i + 1 : behind;
@@ -130,7 +128,7 @@ bool IsXmlNameByte(char byte, bool first) noexcept {
 std::size_t FindXmlProblem(std::string_view text, std::string& problem) {
   const std::size_t badCharacter = FindBadCharacter(text);
   if (badCharacter != std::string_view::npos) {
-    problem = "a character that XML does not allow, or that is no UTF-8";
+    problem = "a character that XML does not allow, or that is not UTF-8";
     return badCharacter;
   }
   return FindBadMarkup(text, problem);

@@ -100,8 +100,7 @@ pugi::xml_node CheckedRoot(const pugi::xml_document& document, const std::string
     const auto all = node.attributes();
     attributes += static_cast<std::size_t>(std::distance(all.begin(), all.end()));
     if (attributes > kMostAttributes) {
-      Fail(text, OffsetOf(node),
-           "more than " + std::to_string(kMostAttributes) + " attributes; that is the most that is allowed");
+      Fail(text, OffsetOf(node), "more than " + std::to_string(kMostAttributes) + " attributes; allowed: at most this many");
     }
     // One attribute alone, the usual case, costs nothing.
     if (node.first_attribute() != node.last_attribute() && HasTwiceTheSameAttribute(node)) {

@@ -29,14 +29,14 @@ TEST(ALineOfAScript, HasTwoHundredThousandWordsAtMost) {
   EXPECT_EQ(Measure(kRun, kitchen.Path()).status, 0);
   WriteRepeated(kitchen.Path("script"), "print ", "a ", 2000000, "");
   ExpectRefused(Measure(kRun, kitchen.Path()),
-                "devhost: script:1: the line has more than 200000 words; allowed: so many at most\n");
+                "devhost: script:1: the line has more than 200000 words; allowed: at most this many\n");
 }
 
 TEST(Xml, HasFourMillionElementsAtMost) {
   const Kitchen kitchen;
   kitchen.Write("script", "command SetDeviceState xml=@settings.xml\n");
   WriteRepeated(kitchen.Path("settings.xml"), "<a>\n", "<b/>", 5000000, "</a>");
-  const std::string problem = "the settings are not well-formed XML: more than 4000000 elements; allowed: so many at most";
+  const std::string problem = "the settings are not well-formed XML: more than 4000000 elements; allowed: at most this many";
   ExpectRefused(Measure({"advise", "settings.xml"}, kitchen.Path()), "devhost: settings.xml:2:15999997: " + problem + "\n");
 #ifdef MEASURES_MEMORY
   // The program first searches the file for secrets, which takes many seconds under sanitizers.
@@ -48,14 +48,14 @@ TEST(Xml, HasFourMillionElementsAtMost) {
   kitchen.Write("script", "print played\n");
   EXPECT_THAT(Measure(kRun, kitchen.Path()).output,
               testing::AllOf(HasSubstr("states/driver-1.xml:2:15999997: the state is damaged: more than 4000000 elements; "
-                                       "allowed: so many at most; kept as driver-1.xml.damaged\n"),
+                                       "allowed: at most this many; kept as driver-1.xml.damaged\n"),
                              HasSubstr("print played\n")));
 
   WriteRepeated(kitchen.Path("project.xml"), "<project>\n", "<b/>", 5000000, "</project>");
   ExpectRefused(
       Measure(kRun, kitchen.Path()),
-      "devhost: project.xml:2:15999997: the project is not well-formed XML: more than 4000000 elements; allowed: so "
-      "many at most\n");
+      "devhost: project.xml:2:15999997: the project is not well-formed XML: more than 4000000 elements; allowed: at "
+      "most this many\n");
 }
 
 // Elements inside a comment do not count, nor do closing tags.
@@ -73,7 +73,7 @@ TEST(Xml, HasTenMillionAttributesAtMost) {
                 "<b a=\"\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\" j=\"\"/>", 1000001, "</a>");
   const Measured run = Measure({"advise", "settings.xml"}, kitchen.Path());
   EXPECT_EQ(run.status, 2);
-  EXPECT_THAT(run.output, HasSubstr("not well-formed XML: more than 10000000 attributes; allowed: so many at most\n"));
+  EXPECT_THAT(run.output, HasSubstr("not well-formed XML: more than 10000000 attributes; allowed: at most this many\n"));
 }
 #endif
 

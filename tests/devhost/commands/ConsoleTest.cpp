@@ -57,11 +57,5 @@ TEST_F(AConsole, DoesNotTellAReaderThatHasGoneAway) {
   EXPECT_EQ(Errors(), "");
 }
 
-TEST(ACount, NamesOneOrSeveral) {
-  EXPECT_EQ(Counted(0, "error"), "0 errors");
-  EXPECT_EQ(Counted(1, "error"), "1 error");
-  EXPECT_EQ(Counted(2, "error"), "2 errors");
-}
-
 }  // namespace
 }  // namespace devhost

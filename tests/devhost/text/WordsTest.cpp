@@ -74,7 +74,7 @@ TEST(SplittingALine, RefusesABackslashAtTheEnd) {
 }
 
 TEST(SplittingALine, RefusesUnknownEscapesAndSaysWhichThereAre) {
-  EXPECT_THAT(ErrorOf("\"\\d\""), HasSubstr("\\d is no escape: in double quotes, a backslash is allowed before"));
+  EXPECT_THAT(ErrorOf("\"\\d\""), HasSubstr("\\d is not an escape: in double quotes, a backslash is allowed before"));
   EXPECT_THAT(ErrorOf("\"\\x4\""), HasSubstr("two hexadecimal digits"));
   EXPECT_THAT(ErrorOf("\"\\x+1\""), HasSubstr("two hexadecimal digits"));
 }
@@ -106,6 +106,19 @@ TEST(AText, ReadsBackAsTheSameTextFromItsWord) {
 
 TEST(AText, ShowsControlCharactersInAMessage) {
   EXPECT_EQ(Quoted(std::string("a\0\n\x7f", 4)), R"("a\x00\n\x7f")");
+}
+
+TEST(ANumber, IsToldWithWhatItCounts) {
+  EXPECT_EQ(Counted(0, "error"), "0 errors");
+  EXPECT_EQ(Counted(1, "error"), "1 error");
+  EXPECT_EQ(Counted(2, "error"), "2 errors");
+}
+
+TEST(AText, StartsWithItsBeginningOnly) {
+  EXPECT_TRUE(StartsWith("abc", "ab"));
+  EXPECT_TRUE(StartsWith("abc", ""));
+  EXPECT_FALSE(StartsWith("abc", "bc"));
+  EXPECT_FALSE(StartsWith("ab", "abc"));
 }
 
 TEST(AText, IsCutInAMessageWhenItIsLong) {

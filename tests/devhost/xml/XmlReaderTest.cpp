@@ -79,11 +79,11 @@ INSTANTIATE_TEST_SUITE_P(
                     BadText{"<a>\n&foo;</a>", 2, 1, "no known reference"},
                     BadText{"<a>a & b</a>", 1, 6, "no known reference"}, BadText{"<a>&#1;</a>", 1, 4, "no known reference"},
                     BadText{"<a>&#0;</a>", 1, 4, "no known reference"}, BadText{"<a b='&'/>", 1, 7, "no known reference"},
-                    BadText{"<a>\x01</a>", 1, 4, "does not allow"}, BadText{"<a>\xFF</a>", 1, 4, "no UTF-8"},
-                    BadText{"<a>\xC0\xAF</a>", 1, 4, "no UTF-8"}, BadText{"<a>\xE0\x80\xAF</a>", 1, 4, "no UTF-8"},
-                    BadText{"<a>\xF0\x80\x80\xAF</a>", 1, 4, "no UTF-8"},
-                    BadText{"<a>\xF4\x90\x80\x80</a>", 1, 4, "no UTF-8"}, BadText{"<a>\xC0\x80</a>", 1, 4, "no UTF-8"},
-                    BadText{"<a>\xED\xA0\x80</a>", 1, 4, "no UTF-8"}, BadText{"<a", 1, 2, ""},
+                    BadText{"<a>\x01</a>", 1, 4, "does not allow"}, BadText{"<a>\xFF</a>", 1, 4, "not UTF-8"},
+                    BadText{"<a>\xC0\xAF</a>", 1, 4, "not UTF-8"}, BadText{"<a>\xE0\x80\xAF</a>", 1, 4, "not UTF-8"},
+                    BadText{"<a>\xF0\x80\x80\xAF</a>", 1, 4, "not UTF-8"},
+                    BadText{"<a>\xF4\x90\x80\x80</a>", 1, 4, "not UTF-8"}, BadText{"<a>\xC0\x80</a>", 1, 4, "not UTF-8"},
+                    BadText{"<a>\xED\xA0\x80</a>", 1, 4, "not UTF-8"}, BadText{"<a", 1, 2, ""},
                     BadText{"<a b=1/>", 1, 6, ""}));
 
 TEST(XmlReader, RefusesATextWithANulCharacter) {
