@@ -28,41 +28,8 @@ re2::RE2::Options OptionsOfPatterns() {
   return options;
 }
 
-bool IsAscii(const std::string& text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// Each byte as the character of that number, in UTF-8: texts need not be UTF-8, and where the library is told to look at
-// bytes, it does not find alternatives that begin with the same one.
-std::string Widened(const std::string& bytes) {
-  std::string wide;
-  wide.reserve(bytes.size() + bytes.size() / 8);
-  for (const char c : bytes) {
-    const auto code = static_cast<unsigned char>(c);
-    if (code < 0x80) {
-      wide += c;
-    } else {
-      wide += static_cast<char>(0xc0 | (code >> 6));
-      wide += static_cast<char>(0x80 | (code & 0x3f));
-    }
-  }
-  return wide;
-}
-
-// The bytes that were widened.
-std::string Narrowed(const std::string& wide) {
-  std::string bytes;
-  bytes.reserve(wide.size());
-  for (std::size_t at = 0; at < wide.size(); ++at) {
-    const auto code = static_cast<unsigned char>(wide[at]);
-    bytes += code < 0x80 ? wide[at] : static_cast<char>((code << 6) | (static_cast<unsigned char>(wide[++at]) & 0x3f));
-  }
-  return bytes;
-}
-
 bool StartsWithOneOf(std::string_view text, std::initializer_list<std::string_view> starts) {
-  return std::any_of(starts.begin(), starts.end(),
-                     [&](std::string_view start) { return text.substr(0, start.size()) == start; });
+  return std::any_of(starts.begin(), starts.end(), [text](std::string_view start) { return StartsWith(text, start); });
 }
 
 // {,N}
@@ -80,8 +47,8 @@ std::size_t BeginOfSet(std::string_view expression, std::size_t at) {
   return at + (expression.substr(at, 1) == "]" ? 1 : 0);
 }
 
-// What would be compiled and then match something else than elsewhere, or nothing at all; "" when there is none. The
-// expression may be wrong: then the library will say why.
+// What the library would compile, but to match something else than it does elsewhere, or nothing at all; "" when there is
+// no such thing. The expression may be wrong: then the library will say why.
 std::string WhyMisleading(std::string_view expression) {
   bool inSet = false;
   bool negated = false;
@@ -142,33 +109,24 @@ const std::string& Checked(const std::string& expression) {
 }  // namespace
 
 Pattern::Pattern(const std::string& expression)
-    : m_expression(std::make_unique<re2::RE2>(Widened(Checked(expression)), OptionsOfPatterns())) {
+    : m_expression(std::make_unique<re2::RE2>(Checked(expression), OptionsOfPatterns())) {
   if (m_expression->error_code() == re2::RE2::ErrorPatternTooLarge || m_expression->ProgramSize() > kMostInstructions) {
     throw PatternError(Named(expression) + " is too large a regular expression; let its repeats repeat less");
   }
   if (!m_expression->ok()) {
-    throw PatternError(Named(expression) + " is no extended regular expression: " + Reason(*m_expression));
+    throw PatternError(Named(expression) + " is not an extended regular expression: " + Reason(*m_expression));
   }
 }
 
 Pattern::~Pattern() = default;
 
 bool Pattern::IsIn(const std::string& text) const {
-  return IsAscii(text) ? re2::RE2::PartialMatch(text, *m_expression) : re2::RE2::PartialMatch(Widened(text), *m_expression);
+  return re2::RE2::PartialMatch(text, *m_expression);
 }
 
-std::string Pattern::ReplaceIn(const std::string& text, const std::string& replacement) const {
-  const std::string wide = Widened(text);
-  std::string replaced;
-  std::size_t from = 0;
-  re2::StringPiece match;
-  // What stands in front of `from` still decides whether a line begins there.
-  while (m_expression->Match(wide, from, wide.size(), re2::RE2::UNANCHORED, &match, 1) && !match.empty()) {
-    const auto start = static_cast<std::size_t>(match.data() - wide.data());
-    replaced.append(Narrowed(wide.substr(from, start - from))).append(replacement);
-    from = start + match.size();
-  }
-  return replaced.append(Narrowed(wide.substr(from)));
+std::string Pattern::ReplaceIn(std::string text, const std::string& replacement) const {
+  re2::RE2::GlobalReplace(&text, *m_expression, replacement);
+  return text;
 }
 
 }  // namespace devhost

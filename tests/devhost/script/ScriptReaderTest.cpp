@@ -281,7 +281,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"expect reply", "the expectation is not finished"},
         Wrong{"expect reply is", "the expectation is not finished"}, Wrong{"expect reply is a b", "1 more words"},
         Wrong{"expect reply was a", "cannot compare with \"was\""},
-        Wrong{"expect reply matches '['", "\"[\" is no extended regular expression"},
+        Wrong{"expect reply matches '['", "\"[\" is not an extended regular expression"},
         Wrong{"expect reply golden no/such", "cannot read \"no/such\""},
         Wrong{"expect setting kitchen", "something is missing after \"kitchen\""},
         Wrong{"expect no", "\"expect no\" is followed by nothing"},
@@ -315,7 +315,7 @@ TEST(AWrongLine, IsNamedWithoutTheSecretThatItSpills) {
   EXPECT_EQ(ErrorOf("command SetSetting name=communityRead " + spilt),
             "a.devhost:1: the parameter \"*****...\" (300 bytes) has no value: write NAME=VALUE, or NAME= for an empty one");
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches \"ab\\tcdSECRET(\""),
-              testing::AllOf(HasSubstr("\"*****\" is no extended"), testing::Not(HasSubstr("SECRET"))));
+              testing::AllOf(HasSubstr("\"*****\" is not an extended"), testing::Not(HasSubstr("SECRET"))));
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead SECRET x"),
               testing::AllOf(HasSubstr("cannot compare with \"*****\""), testing::Not(HasSubstr("SECRET"))));
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches SECRET x"),
