@@ -1,5 +1,7 @@
 #include "devhost/script/ScriptRunner.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -351,7 +353,7 @@ std::string ScriptRunner::DeviceFile(unsigned long driverId) {
     throw HostError(m_names.Name(driverId) + " names no file");
   }
   try {
-    return ReadRegularFile(path, Links::Refused);  // the driver follows none either
+    return ReadRegularFileAt(AT_FDCWD, path);  // the driver follows no link either
   } catch (const FileError& error) {
     throw HostError(error.what());
   }

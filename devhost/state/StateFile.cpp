@@ -11,6 +11,7 @@
 #include "devhost/state/StateStore.h"
 #include "devhost/system/FileDescriptor.h"
 #include "devhost/system/FileText.h"
+#include "devhost/system/Output.h"
 
 namespace devhost {
 
@@ -21,17 +22,6 @@ constexpr std::size_t kLargest = std::size_t{1024} * 1024 * 1024;
 
 [[noreturn]] void Fail(const std::string& what, int error) {
   throw StateError(what + ": " + std::generic_category().message(error));
-}
-
-void WriteAll(int descriptor, const std::string& text) {
-  std::size_t written = 0;
-  while (written != text.size()) {
-    const ssize_t count = ::write(descriptor, text.data() + written, text.size() - written);
-    if (count < 0 && errno != EINTR) {
-      Fail("it cannot be written", errno);
-    }
-    written += count > 0 ? static_cast<std::size_t>(count) : 0;
-  }
 }
 
 void FlushFolder(int folder) {
@@ -49,7 +39,11 @@ void WriteNewFile(int folder, const std::string& name, const std::string& text) 
   if (!file.IsOpen()) {
     Fail(name + " cannot be made", errno);
   }
-  WriteAll(file.Get(), text);
+  Output output(file.Get());
+  output.Write(text);
+  if (output.Error() != 0) {
+    Fail("it cannot be written", output.Error());
+  }
   if (::fsync(file.Get()) != 0) {
     Fail("it cannot be flushed to the disk", errno);
   }
@@ -58,28 +52,14 @@ void WriteNewFile(int folder, const std::string& name, const std::string& text) 
 }  // namespace
 
 std::optional<std::string> ReadStateFile(int folder, const std::string& name) {
-  // Not blocking: what stands there may be a pipe.
-  const FileDescriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (!file.IsOpen()) {
-    if (errno == ENOENT) {
-      return std::nullopt;
-    }
-    if (errno == ELOOP) {
-      throw StateError("it is a symbolic link");
-    }
-    Fail("it cannot be read", errno);
-  }
   struct stat status = {};
-  if (::fstat(file.Get(), &status) != 0) {
-    Fail("it cannot be read", errno);
-  }
-  if (!S_ISREG(status.st_mode)) {
-    throw StateError(S_ISDIR(status.st_mode) ? "it is a folder" : "it is no regular file");
+  if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT) {
+    return std::nullopt;
   }
   try {
-    return ReadDescriptorText(file.Get(), name, kLargest);
+    return ReadRegularFileAt(folder, name, kLargest);
   } catch (const FileError& error) {
-    throw StateError(error.what());
+    throw StateError(error.Reason());
   }
 }
 

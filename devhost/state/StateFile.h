@@ -9,7 +9,7 @@ namespace devhost {
 // The files of a state folder, each named relative to the folder's open descriptor, so that they stay in the folder that was
 // locked, whatever becomes of its path. All throw StateError with the reason only: the caller knows the place.
 
-// The text of a file; empty when there is none. What is no regular file, a symbolic link included, is not read.
+// The text of a file; empty when there is none. Only a regular file is read; a symbolic link to one is refused.
 std::optional<std::string> ReadStateFile(int folder, const std::string& name);
 
 // Replaces a file, or makes it, with mode 0600. At any moment, also after a crash, the file is the old or the new one: the

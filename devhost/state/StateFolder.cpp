@@ -45,7 +45,7 @@ bool IsDanglingLink(const std::filesystem::path& path) {
 
 FileDescriptor OpenFolder(const std::string& path) {
   std::error_code error;
-  // What is wrong shows when the folder is opened.
+  // When this fails, opening the folder fails too and says so.
   std::filesystem::create_directories(path, error);
   FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.IsOpen()) {
@@ -53,7 +53,7 @@ FileDescriptor OpenFolder(const std::string& path) {
     RefuseFolder(path, IsDanglingLink(path) ? "it is a symbolic link to nothing"
                                             : Reason(opening == ENOENT && error ? error.value() : opening));
   }
-  // With a lock file that is there already, a folder that cannot be written would show at the first state only.
+  // Where the lock file exists already, only the first state would fail in a folder that cannot be written.
   if (::faccessat(folder.Get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
     RefuseFolder(path, Reason(errno));
   }
@@ -73,18 +73,24 @@ FileDescriptor Lock(int folder, const std::string& path) {
   return lock;
 }
 
-// The text of a state, "" when there is none. Throws StateError with the place when it is damaged.
-std::string ReadSoundFile(int folder, const std::string& path, const std::string& name) {
+// A state that was read: as it stands in its file, and as a node; both empty when there is none.
+struct ReadState {
+  std::string text;
+  h7::auto_com<H7XML::INode> node;
+};
+
+// Throws StateError with the place when the state is damaged.
+ReadState ReadSoundFile(int folder, const std::string& path, const std::string& name) {
   std::string place = PathIn(path, name);
   std::string damage;
   try {
     std::optional<std::string> text = ReadStateFile(folder, name);
     if (!text) {
-      return std::string();
+      return {};
     }
     if (!text->empty()) {
-      ReadXmlNode(*text);
-      return std::move(*text);
+      h7::auto_com<H7XML::INode> node = ReadXmlNode(*text);
+      return {std::move(*text), std::move(node)};
     }
     damage = "the file is empty";
   } catch (const XmlError& error) {
@@ -105,8 +111,7 @@ h7::auto_com<H7XML::INode> StateFolder::Load(unsigned long driverId) {
   const std::string name = FileName(driverId);
   std::string problem;
   try {
-    const std::string text = ReadSoundFile(m_folder.Get(), m_path, name);
-    return text.empty() ? h7::auto_com<H7XML::INode>() : ReadXmlNode(text);
+    return ReadSoundFile(m_folder.Get(), m_path, name).node;
   } catch (const StateError& error) {
     problem = error.what();
   }
@@ -137,7 +142,7 @@ std::string LookIntoStateFolder(const std::string& path, unsigned long driverId)
     throw StateError("cannot look into the state folder " + Quoted(path) + ": " + Reason(errno) +
                      "; allowed: a folder that devhost run --state has made");
   }
-  return ReadSoundFile(folder.Get(), path, FileName(driverId));
+  return ReadSoundFile(folder.Get(), path, FileName(driverId)).text;
 }
 
 }  // namespace devhost

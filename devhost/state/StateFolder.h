@@ -8,7 +8,7 @@
 
 namespace devhost {
 
-// Keeps states on disk: driver ID's in the file driver-ID.xml of a folder. docs/persisted-state.md tells the rest.
+// Keeps states on disk: that of driver ID in the file driver-ID.xml of a folder. docs/persisted-state.md describes the rest.
 class StateFolder : public StateStore {
  public:
   // Makes the folder when it is missing and locks it for as long as the object, or the process, lives. Throws StateError
@@ -24,8 +24,8 @@ class StateFolder : public StateStore {
   FileDescriptor m_lock;
 };
 
-// What is kept for that driver in a state folder, as XML text, "" for nothing, without changing or locking anything there: a
-// host may be using the folder. Throws StateError.
+// What is kept for that driver in a state folder, as XML text; "" when nothing is kept. Changes and locks nothing there: a
+// host may be using the folder. Throws StateError, also for a state that is damaged.
 std::string LookIntoStateFolder(const std::string& path, unsigned long driverId);
 
 }  // namespace devhost

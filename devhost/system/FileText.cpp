@@ -20,22 +20,29 @@ std::string Reason(int error) {
   return std::generic_category().message(error);
 }
 
-constexpr char kNotRegular[] = "it is no regular file";
+constexpr char kNotRegular[] = "it is not a regular file";
 constexpr char kHoldsNul[] = "the name holds a NUL byte";
 
-int Open(const std::string& path, int flags) {
-  std::string reason;
+// Never waits for a pipe.
+int Open(int folder, const std::string& path, int flags) {
   if (path.find('\0') != std::string::npos) {
-    reason = kHoldsNul;
-  } else {
-    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
-    if (descriptor >= 0) {
-      return descriptor;
-    }
-    const bool isLink = errno == ELOOP && (flags & O_NOFOLLOW) != 0;
-    reason = isLink ? "it is a symbolic link" : errno == ENXIO ? kNotRegular : Reason(errno);
+    throw FileError(path, kHoldsNul);
   }
-  throw FileError("cannot read " + Quoted(path) + ": " + reason);
+  const int descriptor = ::openat(folder, path.c_str(), flags | O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) {
+    const bool isLink = errno == ELOOP && (flags & O_NOFOLLOW) != 0;
+    throw FileError(path, isLink ? "it is a symbolic link" : errno == ENXIO ? kNotRegular : Reason(errno));
+  }
+  return descriptor;
+}
+
+std::string ReadRegular(int folder, const std::string& path, int flags, std::size_t maximumSize) {
+  const FileDescriptor file(Open(folder, path, flags));
+  struct stat status = {};
+  if (::fstat(file.Get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    throw FileError(path, S_ISDIR(status.st_mode) ? Reason(EISDIR) : kNotRegular);
+  }
+  return ReadDescriptorText(file.Get(), path, maximumSize);
 }
 
 // Waits until a pipe that was opened without blocking has something to read or has had a writer.
@@ -61,7 +68,7 @@ std::string BeginPipe(int descriptor, const std::string& path) {
     char byte = 0;
     const ssize_t got = ::read(descriptor, &byte, 1);
     if (got == 0) {
-      throw FileError("cannot read " + Quoted(path) + ": it is a pipe, and nobody writes into it");
+      throw FileError(path, "it is a pipe, and nobody writes into it");
     }
     begun.assign(got > 0 ? 1 : 0, byte);
   }
@@ -69,9 +76,14 @@ std::string BeginPipe(int descriptor, const std::string& path) {
   return begun;
 }
 
-// Reads on behind `text`.
-std::string ReadToEnd(int descriptor, const std::string& name, std::size_t maximumSize, std::string text) {
+}  // namespace
+
+FileError::FileError(const std::string& path, const std::string& reason)
+    : std::runtime_error("cannot read " + Quoted(path) + ": " + reason), m_reason(reason) {}
+
+std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize) {
   constexpr std::size_t kBlock = 65536;
+  std::string text;
   struct stat status = {};
   if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
     // One more than the file holds, so that its end is seen without another doubling.
@@ -82,47 +94,42 @@ std::string ReadToEnd(int descriptor, const std::string& name, std::size_t maxim
     text.resize(used + kBlock);
     const ssize_t got = ::read(descriptor, &text[used], kBlock);
     if (got < 0 && errno != EINTR) {
-      throw FileError("cannot read " + Quoted(name) + ": " + Reason(errno));
+      throw FileError(name, Reason(errno));
     }
     text.resize(used + (got > 0 ? static_cast<std::size_t>(got) : 0));
     if (got == 0) {
       return text;
     }
     if (text.size() > maximumSize) {
-      throw FileError("cannot read " + Quoted(name) + ": it is larger than the " + std::to_string(maximumSize) +
-                      " bytes that are allowed");
+      throw FileError(name, "it is larger than the " + std::to_string(maximumSize) + " bytes that are allowed");
     }
   }
 }
 
-}  // namespace
-
-std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize) {
-  return ReadToEnd(descriptor, name, maximumSize, std::string());
-}
-
-std::string ReadFileText(const std::string& path, std::size_t maximumSize) {
-  const FileDescriptor file(Open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY));
-  return ReadToEnd(file.Get(), path, maximumSize, BeginPipe(file.Get(), path));
+std::string ReadFileText(const std::string& path) {
+  const FileDescriptor file(Open(AT_FDCWD, path, 0));
+  const std::string begun = BeginPipe(file.Get(), path);
+  std::string text = ReadDescriptorText(file.Get(), path);
+  text.insert(0, begun);
+  return text;
 }
 
 NamedText ReadNamedText(const std::string& path) {
   NamedText read{path == "-" ? "standard input" : path, ""};
   read.text = path == "-" ? ReadDescriptorText(STDIN_FILENO, read.name) : ReadFileText(path);
   constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
-  if (read.text.compare(0, 3, kByteOrderMark) == 0) {
+  if (StartsWith(read.text, kByteOrderMark)) {
     read.text.erase(0, 3);
   }
   return read;
 }
 
-std::string ReadRegularFile(const std::string& path, Links links) {
-  const FileDescriptor file(Open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | (links == Links::Refused ? O_NOFOLLOW : 0)));
-  struct stat status = {};
-  if (::fstat(file.Get(), &status) == 0 && !S_ISREG(status.st_mode)) {
-    throw FileError("cannot read " + Quoted(path) + ": " + (S_ISDIR(status.st_mode) ? Reason(EISDIR) : kNotRegular));
-  }
-  return ReadDescriptorText(file.Get(), path);
+std::string ReadRegularFile(const std::string& path) {
+  return ReadRegular(AT_FDCWD, path, 0, kMaximumFileSize);
+}
+
+std::string ReadRegularFileAt(int folder, const std::string& name, std::size_t maximumSize) {
+  return ReadRegular(folder, name, O_NOFOLLOW, maximumSize);
 }
 
 std::string WhyUnreadable(const std::string& path) {

@@ -11,19 +11,25 @@ namespace devhost {
 // A file that cannot be read; the text names the file and the reason, in one line.
 class FileError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  FileError(const std::string& path, const std::string& reason);
+  // The reason alone.
+  const std::string& Reason() const { return m_reason; }
+
+ private:
+  std::string m_reason;
 };
 
-// The most that is read from one file. It keeps an endless one (/dev/zero, a pipe that never closes) from eating all memory.
+// The most that is read from one file. It keeps an endless one (/dev/zero, a pipe that never closes) from filling the
+// memory.
 inline constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;
 
 // How long a pipe may be without anybody who writes into it, before its reader gives up.
 inline constexpr std::chrono::seconds kPatienceWithPipes{5};
 
 // The whole content of a file, byte for byte. Throws FileError when it is missing, a folder, unreadable or larger than
-// `maximumSize`, or a pipe that nobody writes into: one without a writer is waited for a few seconds, one with a writer as
-// long as it takes.
-std::string ReadFileText(const std::string& path, std::size_t maximumSize = kMaximumFileSize);
+// kMaximumFileSize, or a pipe that nobody writes into: one without a writer is waited for a few seconds, one with a writer
+// as long as it takes.
+std::string ReadFileText(const std::string& path);
 
 // The same for an open file descriptor, which stays open; `name` is for messages.
 std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize = kMaximumFileSize);
@@ -37,10 +43,12 @@ struct NamedText {
 // Reads a file, as ReadFileText does, or standard input for "-". Throws FileError.
 NamedText ReadNamedText(const std::string& path);
 
-// As ReadFileText for what has to be a regular file: a pipe, which may keep its reader waiting for ever, and all else are
-// refused at once. With Links::Refused, so is a symbolic link of that name.
-enum class Links { Followed, Refused };
-std::string ReadRegularFile(const std::string& path, Links links = Links::Followed);
+// As ReadFileText for what has to be a regular file: anything else is refused at once, a pipe too, which may keep its reader
+// waiting for ever.
+std::string ReadRegularFile(const std::string& path);
+
+// The same for a name in an open folder, or from AT_FDCWD; a symbolic link of that name is refused as well.
+std::string ReadRegularFileAt(int folder, const std::string& name, std::size_t maximumSize = kMaximumFileSize);
 
 // Why `path` could not be read, or "" when it looks readable. The file is not opened: a pipe stays untouched.
 std::string WhyUnreadable(const std::string& path);

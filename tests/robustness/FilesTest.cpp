@@ -74,10 +74,10 @@ TEST(AProjectThatIsAPipe, IsRefused) {
   const Kitchen kitchen;
   ASSERT_EQ(::mkfifo(kitchen.Path("pipe").c_str(), 0600), 0);
   EXPECT_EQ(Measure({"run", "--project", "pipe"}, kitchen.Path()).output,
-            "devhost: cannot read \"pipe\": it is no regular file\n");
+            "devhost: cannot read \"pipe\": it is not a regular file\n");
   kitchen.Write("script", "expect file kitchen golden pipe\n");
   EXPECT_EQ(Measure({"run", "--project", "project.xml", "script"}, kitchen.Path()).output,
-            "devhost: script:1: cannot read \"pipe\": it is no regular file\n");
+            "devhost: script:1: cannot read \"pipe\": it is not a regular file\n");
 }
 
 TEST(AStateThatIsAPipeOrAFolder, IsPutAside) {
@@ -86,9 +86,9 @@ TEST(AStateThatIsAPipeOrAFolder, IsPutAside) {
   ASSERT_EQ(::mkfifo(kitchen.Path("states/driver-1.xml").c_str(), 0600), 0);
   const Measured run = Measure({"run", "--project", "project.xml", "--state", "states"}, kitchen.Path());
   EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.output, HasSubstr("states/driver-1.xml: the state is damaged: it is no regular file; kept as "
+  EXPECT_THAT(run.output, HasSubstr("states/driver-1.xml: the state is damaged: it is not a regular file; kept as "
                                     "driver-1.xml.damaged\n"));
-  EXPECT_THAT(run.output, HasSubstr("states/driver-12.xml: the state is damaged: it is a folder; kept as "
+  EXPECT_THAT(run.output, HasSubstr("states/driver-12.xml: the state is damaged: Is a directory; kept as "
                                     "driver-12.xml.damaged\n"));
 }
 
@@ -138,7 +138,7 @@ TEST(AScriptWithNulBytes, IsRefused) {
 TEST(AProjectInAnotherEncoding, IsRefused) {
   const Kitchen kitchen;
   const std::string problem =
-      ": the project is not well-formed XML: a character that XML does not allow, or that is no UTF-8\n";
+      ": the project is not well-formed XML: a character that XML does not allow, or that is not UTF-8\n";
   EXPECT_EQ(Project(kitchen, "<project>\n\xe9</project>"), "devhost: other.xml:2:1" + problem);
   EXPECT_EQ(Project(kitchen, std::string("\xff\xfe<\0a\0/\0>\0", 10)), "devhost: other.xml:1:1" + problem);
   EXPECT_EQ(Project(kitchen, std::string("<project>\0</project>", 20)), "devhost: other.xml:1:10" + problem);

@@ -145,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"<driver id='2' name='b' module='none.so'/>", "/lib/none.so\": No such file or directory; allowed: "},
         Wrong{"<driver id='2' name='b' module='./agent.so'/>", "/agent.so\": No such file or directory"},
         Wrong{"<driver id='2' name='b' module='own/'/>", "own/\": Is a directory"},
-        Wrong{"<driver id='2' name='b' module='/dev/null'/>", "/dev/null\": it is no regular file"},
+        Wrong{"<driver id='2' name='b' module='/dev/null'/>", "/dev/null\": it is not a regular file"},
         Wrong{"<driver id='2' name='b' module='agent.so'>text</driver>", "<driver> holds the text \"text\""},
         Wrong{"<driver id='2' name='b' module='agent.so'><x/></driver>",
               "unknown element <x> in <driver>; allowed: <config>"},

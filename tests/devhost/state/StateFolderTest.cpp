@@ -253,7 +253,7 @@ TEST_F(AStateFolder, DoesNotFollowALink) {
   StateFolder states(folder.Path("s"));
   std::filesystem::create_symlink("../mine", folder.Path("s/driver-1.xml"));
   EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
-            "s/driver-1.xml: the state is damaged: it is a symbolic link; kept as driver-1.xml.damaged");
+            "s/driver-1.xml: the state is damaged: it cannot be read: it is a symbolic link; kept as driver-1.xml.damaged");
   EXPECT_EQ(folder.Read("mine"), "<State/>");
 }
 
@@ -261,15 +261,16 @@ TEST_F(AStateFolder, TakesNoFolderForAState) {
   folder.Write("s/driver-1.xml/inside", "x");
   StateFolder states(folder.Path("s"));
   EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
-            "s/driver-1.xml: the state is damaged: it is a folder; kept as driver-1.xml.damaged");
+            "s/driver-1.xml: the state is damaged: it cannot be read: Is a directory; kept as driver-1.xml.damaged");
   EXPECT_EQ(folder.Read("s/driver-1.xml.damaged/inside"), "x");
 }
 
 TEST_F(AStateFolder, DoesNotWaitForAPipe) {
   StateFolder states(folder.Path("s"));
   ASSERT_EQ(::mkfifo(folder.Path("s/driver-1.xml").c_str(), 0600), 0);
-  EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
-            "s/driver-1.xml: the state is damaged: it is no regular file; kept as driver-1.xml.damaged");
+  EXPECT_EQ(
+      ErrorOf([&] { states.Load(1); }),
+      "s/driver-1.xml: the state is damaged: it cannot be read: it is not a regular file; kept as driver-1.xml.damaged");
 }
 
 TEST_F(AStateFolder, PutsAsideAStateThatItMayNotRead) {
@@ -280,7 +281,7 @@ TEST_F(AStateFolder, PutsAsideAStateThatItMayNotRead) {
   ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
   const OrdinaryUser user;
   EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
-            "s/driver-1.xml: the state is damaged: it cannot be read: Permission denied; kept as driver-1.xml.damaged");
+            "s/driver-1.xml: the state is damaged: Permission denied; kept as driver-1.xml.damaged");
 }
 
 TEST_F(AStateFolder, SaysWhenADamagedStateCannotBePutAside) {

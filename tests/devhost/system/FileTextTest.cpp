@@ -13,9 +13,11 @@ namespace {
 
 using testing::HasSubstr;
 
-std::string ErrorOf(const std::string& path, std::size_t maximumSize = kMaximumFileSize) {
+// What is thrown when a file is read, or "".
+template <class Reader, class... Arguments>
+std::string ErrorOf(Reader read, const Arguments&... arguments) {
   try {
-    ReadFileText(path, maximumSize);
+    read(arguments...);
   } catch (const FileError& error) {
     return error.what();
   }
@@ -61,18 +63,23 @@ TEST(ANamedText, IsStandardInputForADash) {
 
 TEST(AFileThatCannotBeRead, IsNamedWithTheReason) {
   const testsupport::ScratchFolder folder;
-  EXPECT_EQ(ErrorOf("/no/such/file"), "cannot read \"/no/such/file\": No such file or directory");
-  EXPECT_EQ(ErrorOf(folder.Path()), "cannot read \"" + folder.Path() + "\": Is a directory");
+  EXPECT_EQ(ErrorOf(ReadFileText, "/no/such/file"), "cannot read \"/no/such/file\": No such file or directory");
+  EXPECT_EQ(ErrorOf(ReadFileText, folder.Path()), "cannot read \"" + folder.Path() + "\": Is a directory");
 }
 
 TEST(AFileThatNeverEnds, IsRefused) {
-  EXPECT_THAT(ErrorOf("/dev/zero", 100000), HasSubstr("larger than the 100000 bytes"));
+  const FileDescriptor zero(::open("/dev/zero", O_RDONLY | O_CLOEXEC));
+  EXPECT_EQ(ErrorOf(ReadDescriptorText, zero.Get(), "zero", 100000),
+            "cannot read \"zero\": it is larger than the 100000 bytes that are allowed");
 }
 
 TEST(AFileOfTheLargestSize, IsRead) {
   const testsupport::ScratchFolder folder;
-  EXPECT_EQ(ErrorOf(folder.Write("a", "12345"), 5), "");
-  EXPECT_THAT(ErrorOf(folder.Write("b", "123456"), 5), HasSubstr("larger"));
+  folder.Write("a", "12345");
+  folder.Write("b", "123456");
+  const FileDescriptor open(::open(folder.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  EXPECT_EQ(ReadRegularFileAt(open.Get(), "a", 5), "12345");
+  EXPECT_THAT(ErrorOf(ReadRegularFileAt, open.Get(), "b", 5), HasSubstr("larger"));
 }
 
 TEST(AskingWhyAFileIsUnreadable, LeavesAPipeAlone) {
@@ -83,22 +90,13 @@ TEST(AskingWhyAFileIsUnreadable, LeavesAPipeAlone) {
   EXPECT_EQ(WhyUnreadable(folder.Path("missing")), "No such file or directory");
 }
 
-std::string RegularErrorOf(const std::string& path, Links links = Links::Followed) {
-  try {
-    ReadRegularFile(path, links);
-  } catch (const FileError& error) {
-    return error.what();
-  }
-  return "";
-}
-
 TEST(WhatHasToBeARegularFile, IsRefusedAtOnceWhenItIsNone) {
   const testsupport::ScratchFolder folder;
   ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
-  EXPECT_THAT(RegularErrorOf(folder.Path("pipe")), HasSubstr("it is no regular file"));
-  EXPECT_THAT(RegularErrorOf(folder.Path()), HasSubstr("Is a directory"));
-  EXPECT_THAT(RegularErrorOf(folder.Path("missing")), HasSubstr("No such file"));
-  EXPECT_EQ(WhyNoRegularFile(folder.Path("pipe")), "it is no regular file");
+  EXPECT_THAT(ErrorOf(ReadRegularFile, folder.Path("pipe")), HasSubstr("it is not a regular file"));
+  EXPECT_THAT(ErrorOf(ReadRegularFile, folder.Path()), HasSubstr("Is a directory"));
+  EXPECT_THAT(ErrorOf(ReadRegularFile, folder.Path("missing")), HasSubstr("No such file"));
+  EXPECT_EQ(WhyNoRegularFile(folder.Path("pipe")), "it is not a regular file");
   EXPECT_EQ(WhyNoRegularFile(folder.Write("a", "text")), "");
   EXPECT_EQ(ReadRegularFile(folder.Path("a")), "text");
 }
@@ -108,14 +106,15 @@ TEST(ASymbolicLink, IsFollowedOnlyWhereItMayBe) {
   folder.Write("a", "text");
   ASSERT_EQ(::symlink("a", folder.Path("link").c_str()), 0);
   EXPECT_EQ(ReadRegularFile(folder.Path("link")), "text");
-  EXPECT_THAT(RegularErrorOf(folder.Path("link"), Links::Refused), HasSubstr("it is a symbolic link"));
+  EXPECT_THAT(ErrorOf(ReadRegularFileAt, AT_FDCWD, folder.Path("link"), kMaximumFileSize),
+              HasSubstr("it is a symbolic link"));
 }
 
 TEST(APathWithANulByte, IsRefused) {
   const testsupport::ScratchFolder folder;
   const std::string path = folder.Write("a", "text") + std::string("\0b", 2);
-  EXPECT_THAT(ErrorOf(path), HasSubstr("the name holds a NUL byte"));
-  EXPECT_THAT(RegularErrorOf(path), HasSubstr("the name holds a NUL byte"));
+  EXPECT_THAT(ErrorOf(ReadFileText, path), HasSubstr("the name holds a NUL byte"));
+  EXPECT_THAT(ErrorOf(ReadRegularFile, path), HasSubstr("the name holds a NUL byte"));
   EXPECT_EQ(WhyUnreadable(path), "the name holds a NUL byte");
 }
 
