@@ -1,8 +1,6 @@
 #include "devhost/state/StateFolder.h"
 
 #include <gmock/gmock.h>
-#include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -38,26 +36,6 @@ class OrdinaryUser {
 
  private:
   const uid_t m_was;
-};
-
-// Lets files grow no further than this.
-class FullDisk {
- public:
-  explicit FullDisk(rlim_t size) : m_handler(::signal(SIGXFSZ, SIG_IGN)) {
-    ::getrlimit(RLIMIT_FSIZE, &m_was);
-    const struct rlimit limit = {size, m_was.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FullDisk() {
-    ::setrlimit(RLIMIT_FSIZE, &m_was);
-    ::signal(SIGXFSZ, m_handler);
-  }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-  void (*m_handler)(int);
-  struct rlimit m_was = {};
 };
 
 class AStateFolder : public testing::Test {
@@ -127,30 +105,12 @@ TEST_F(AStateFolder, HoldsOneFileForEachDriverAndItsLock) {
   EXPECT_EQ(Mode("s/driver-1.xml"), 0600U);
 }
 
-TEST_F(AStateFolder, GivesUpTheFileOfAStateThatIsNoMore) {
+TEST_F(AStateFolder, RemovesTheFileOfAStateThatIsKeptNoLonger) {
   StateFolder states(folder.Path("s"));
   states.Save(1, "<A/>");
   states.Save(1, "");
   states.Save(2, "");
   EXPECT_EQ(Files(), (std::set<std::string>{"lock"}));
-}
-
-TEST_F(AStateFolder, RemovesWhatAKilledHostHasLeft) {
-  folder.Write("s/driver-1.xml.new", "half a sta");
-  StateFolder states(folder.Path("s"));
-  EXPECT_EQ(TextOf(states, 1), "none");
-  states.Save(1, "<A/>");
-  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml", "lock"}));
-}
-
-TEST_F(AStateFolder, DoesNotWriteThroughALinkThatSomebodyElseHasPutThere) {
-  folder.Write("mine", "precious");
-  StateFolder states(folder.Path("s"));
-  std::filesystem::create_symlink("../mine", folder.Path("s/driver-1.xml.new"));
-  std::filesystem::create_symlink("../mine", folder.Path("s/driver-1.xml"));
-  states.Save(1, "<A/>");
-  EXPECT_EQ(folder.Read("mine"), "precious");
-  EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(folder.Path("s/driver-1.xml"))));
 }
 
 TEST_F(AStateFolder, IsUsedByOneHostAtATime) {
@@ -237,42 +197,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"two", "<State/>\n<State/>\n", "s/driver-1.xml:2:"}),
     [](const testing::TestParamInfo<Damage>& damage) { return damage.param.name; });
 
-TEST_F(AStateFolder, KeepsEveryDamagedStateUnderANameOfItsOwn) {
-  StateFolder states(folder.Path("s"));
-  for (const char* const text : {"1", "2", "3"}) {
-    folder.Write("s/driver-1.xml", text);
-    EXPECT_NE(ErrorOf([&] { states.Load(1); }), "");
-  }
-  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged"), "1");
-  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged-2"), "2");
-  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged-3"), "3");
-}
-
-TEST_F(AStateFolder, DoesNotFollowALink) {
-  folder.Write("mine", "<State/>");
-  StateFolder states(folder.Path("s"));
-  std::filesystem::create_symlink("../mine", folder.Path("s/driver-1.xml"));
-  EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
-            "s/driver-1.xml: the state is damaged: it cannot be read: it is a symbolic link; kept as driver-1.xml.damaged");
-  EXPECT_EQ(folder.Read("mine"), "<State/>");
-}
-
-TEST_F(AStateFolder, TakesNoFolderForAState) {
-  folder.Write("s/driver-1.xml/inside", "x");
-  StateFolder states(folder.Path("s"));
-  EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
-            "s/driver-1.xml: the state is damaged: it cannot be read: Is a directory; kept as driver-1.xml.damaged");
-  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged/inside"), "x");
-}
-
-TEST_F(AStateFolder, DoesNotWaitForAPipe) {
-  StateFolder states(folder.Path("s"));
-  ASSERT_EQ(::mkfifo(folder.Path("s/driver-1.xml").c_str(), 0600), 0);
-  EXPECT_EQ(
-      ErrorOf([&] { states.Load(1); }),
-      "s/driver-1.xml: the state is damaged: it cannot be read: it is not a regular file; kept as driver-1.xml.damaged");
-}
-
 TEST_F(AStateFolder, PutsAsideAStateThatItMayNotRead) {
   StateFolder states(folder.Path("s"));
   folder.Write("s/driver-1.xml", "<State/>");
@@ -295,18 +219,6 @@ TEST_F(AStateFolder, SaysWhenADamagedStateCannotBePutAside) {
   EXPECT_EQ(ErrorOf([&] { states.Save(1, "<A/>"); }),
             "s/driver-1.xml: the state is not kept: driver-1.xml.new cannot be made: Permission denied");
   EXPECT_EQ(folder.Read("s/driver-1.xml"), "x");
-}
-
-TEST_F(AStateFolder, KeepsTheOldStateWhenTheDiskIsFull) {
-  StateFolder states(folder.Path("s"));
-  states.Save(1, "<Old/>");
-  {
-    const FullDisk disk(100);
-    EXPECT_EQ(ErrorOf([&] { states.Save(1, "<New>" + std::string(1000, 'x') + "</New>"); }),
-              "s/driver-1.xml: the state is not kept: it cannot be written: File too large");
-  }
-  EXPECT_EQ(folder.Read("s/driver-1.xml"), "<Old/>\n");
-  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml", "lock"}));
 }
 
 TEST_F(AStateFolder, StaysTheOneThatWasLockedWhenItIsRenamed) {

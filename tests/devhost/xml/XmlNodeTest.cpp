@@ -1,19 +1,19 @@
+#include "devhost/xml/XmlNode.h"
+
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "devhost/xml/XmlMisuse.h"
 #include "devhost/xml/XmlObserver.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/H7XML.h"
-#include "host/ToString.h"
 
 namespace devhost {
 namespace {
 
-using testing::ElementsAre;
 using Node = h7::auto_com<H7XML::INode>;
 
 std::string Text(const Node& node) {
@@ -33,20 +33,6 @@ TEST_F(ANode, HasNameAndValue) {
   node->SetName("other");
   node->SetValue("text");
   EXPECT_EQ(Text(node), "<other>text</other>");
-}
-
-TEST_F(ANode, IsMadeFromANumber) {
-  const Node node = H7XML::CreateXmlNode("id", 4294967295UL);
-  EXPECT_EQ(node->GetValue(), "4294967295");
-  EXPECT_EQ(node->GetValueULong(), 4294967295UL);
-}
-
-TEST_F(ANode, IsMadeEmptyAndCarriesOneReference) {
-  Node node;
-  H7XML::Create(node.Receive());
-  EXPECT_EQ(node->GetName(), "");
-  EXPECT_EQ(node->GetValue(), "");
-  EXPECT_EQ(LiveXmlObjects(), before + 1);
 }
 
 TEST_F(ANode, KeepsNamedValuesAndNamedChildrenApart) {
@@ -160,43 +146,6 @@ TEST_F(ANode, OutlivesItsParentThatWasHeldAndAppended) {
   EXPECT_EQ(Text(child), "<c>t</c>");
 }
 
-TEST_F(ANode, IsVisitedByAWalkInDocumentOrder) {
-  const Node node = ReadXmlNode("<n>text<a/><!-- no --><b/>more<c/></n>");
-  std::vector<std::string> names;
-  const h7::auto_com<H7XML::INodeList> list = node->GetChildren();
-  EXPECT_FALSE(list->Next());
-  for (Node child = list->First(); child; child = list->Next()) {
-    names.push_back(child->GetName());
-  }
-  EXPECT_FALSE(list->Next());
-  EXPECT_THAT(names, ElementsAre("a", "b", "c"));
-  EXPECT_EQ(list->First()->GetName(), "a");
-}
-
-TEST_F(ANode, IsKeptByTheListOfItsChildren) {
-  h7::auto_com<H7XML::INodeList> list = ReadXmlNode("<n><a/><b/></n>")->GetChildren();
-  EXPECT_EQ(list->First()->GetName(), "a");
-  EXPECT_EQ(list->Next()->GetName(), "b");
-}
-
-TEST_F(ANode, EndsTheWalkThatStandsOnItWhenItLeaves) {
-  const Node node = ReadXmlNode("<n><a/><b/></n>");
-  const Node other = H7XML::CreateXmlNode("o", "");
-  const h7::auto_com<H7XML::INodeList> list = node->GetChildren();
-  other->AppendChild(*list->First());
-  other->AddChildString("c", "");
-  EXPECT_FALSE(list->Next());
-  EXPECT_EQ(list->First()->GetName(), "b");
-}
-
-TEST_F(ANode, ShowsANewLastChildToAWalkUnderWay) {
-  const Node node = ReadXmlNode("<n><a/></n>");
-  const h7::auto_com<H7XML::INodeList> list = node->GetChildren();
-  list->First();
-  node->AddChildString("b", "");
-  EXPECT_EQ(list->Next()->GetName(), "b");
-}
-
 class CountingSink : public XmlMisuseSink {
  public:
   CountingSink() : m_outer(SetXmlMisuseSink(this)) {}
@@ -215,44 +164,6 @@ TEST_F(ANode, IsNotAppendedToItselfOrToADescendant) {
   node->GetChild("b")->GetChild("c")->AppendChild(*node);
   EXPECT_EQ(Text(node), "<a><b><c/></b></a>");
   EXPECT_EQ(sink.reports.size(), 2U);
-}
-
-class FailingObserver : public XmlObserver {
- public:
-  FailingObserver() { SetXmlObserver(this); }
-  ~FailingObserver() override { SetXmlObserver(nullptr); }
-  void OnXmlCall(const char* operation, const char* name) override {
-    calls.push_back(std::string(operation) + "(" + name + ")");
-    if (calls.size() == failing) {
-      throw std::runtime_error("refused");
-    }
-  }
-  std::vector<std::string> calls;
-  std::size_t failing = 0;
-};
-
-TEST_F(ANode, TellsTheObserverOfEveryCall) {
-  FailingObserver observer;
-  const Node node = H7XML::CreateXmlNode("n", "v");
-  node->AddChildInt("id", 1);
-  node->SetNamedString("a", "b");
-  node->GetChildren()->First();
-  Node empty;
-  H7XML::Create(empty.Receive());
-  empty->SetName("x");
-  node->AppendChild(*empty);
-  H7XML::CreateXmlDocument("<d/>")->GetRootElement();
-  EXPECT_THAT(observer.calls,
-              ElementsAre("CreateXmlNode(n)", "AddChildInt(id)", "SetNamedString(a)", "GetChildren()", "First()", "Create()",
-                          "SetName(x)", "AppendChild()", "CreateXmlDocument(<d/>)", "GetRootElement()"));
-}
-
-TEST_F(ANode, IsUnchangedByACallThatTheObserverRefuses) {
-  FailingObserver observer;
-  const Node node = H7XML::CreateXmlNode("n", "v");
-  observer.failing = observer.calls.size() + 1;
-  EXPECT_THROW(node->SetValue("w"), std::runtime_error);
-  EXPECT_EQ(node->GetValue(), "v");
 }
 
 double SecondsOf(const std::chrono::steady_clock::time_point& start) {
@@ -286,13 +197,6 @@ TEST_F(ANode, MayStandDeeperThanTheStack) {
   top.Reset();
   EXPECT_EQ(LiveXmlObjects(), before);
   EXPECT_LT(SecondsOf(start), 30.0);
-}
-
-TEST(TheTextsOfTypes, AreReadBack) {
-  EXPECT_EQ(h7::ToString(true), "true");
-  EXPECT_EQ(h7::ToString(false), "false");
-  EXPECT_EQ(h7::ToString(0UL), "0");
-  EXPECT_EQ(h7::ToString(4294967295UL), "4294967295");
 }
 
 }  // namespace

@@ -26,9 +26,13 @@ TEST(XmlWriter, BreaksLinesAgainBehindAnElementWithTextAndChildren) {
 }
 
 TEST(XmlWriter, WritesAPlainElementLikeANode) {
-  const XmlElement element = ReadXml("<a x='1'><b>t</b></a>");
-  EXPECT_EQ(XmlText(element, XmlStyle::Compact), "<a x=\"1\"><b>t</b></a>");
-  EXPECT_EQ(Compact(MakeXmlNode(element)), "<a x=\"1\"><b>t</b></a>");
+  const std::string text = "<a x='1'>\n <b>t</b><c> <d/><d/></c><e>text<f/></e><g>&#32;<h/></g></a>";
+  const XmlElement element = ReadXml(text);
+  const Node node = ReadXmlNode(text);
+  for (const XmlStyle style : {XmlStyle::Compact, XmlStyle::Indented}) {
+    EXPECT_EQ(XmlText(element, style), XmlText(*node, style));
+    EXPECT_EQ(XmlText(*MakeXmlNode(element), style), XmlText(*node, style));
+  }
 }
 
 class AText : public testing::TestWithParam<std::string> {};
