@@ -13,7 +13,7 @@ namespace devhost {
 std::optional<std::string> ReadStateFile(int folder, const std::string& name);
 
 // Replaces a file, or makes it, with mode 0600. At any moment, also after a crash, the file is the old or the new one: the
-// text goes to NAME.new and onto the disk before that takes the file's name. Nobody else may be doing the same.
+// text goes to NAME.new and onto the disk before that takes the file's name. Only one process at a time may do this.
 void ReplaceStateFile(int folder, const std::string& name, const std::string& text);
 
 // Removes a file when there is one.

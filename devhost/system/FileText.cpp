@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <system_error>
 
 #include "devhost/system/FileDescriptor.h"
@@ -20,6 +21,7 @@ std::string Reason(int error) {
   return std::generic_category().message(error);
 }
 
+constexpr std::chrono::seconds kPatienceWithPipes{5};
 constexpr char kNotRegular[] = "it is not a regular file";
 constexpr char kHoldsNul[] = "the name holds a NUL byte";
 

@@ -1,7 +1,6 @@
 #ifndef DEVHOST_SYSTEM_FILE_TEXT_H
 #define DEVHOST_SYSTEM_FILE_TEXT_H
 
-#include <chrono>
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -23,11 +22,8 @@ class FileError : public std::runtime_error {
 // memory.
 inline constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;
 
-// How long a pipe may be without anybody who writes into it, before its reader gives up.
-inline constexpr std::chrono::seconds kPatienceWithPipes{5};
-
 // The whole content of a file, byte for byte. Throws FileError when it is missing, a folder, unreadable or larger than
-// kMaximumFileSize, or a pipe that nobody writes into: one without a writer is waited for a few seconds, one with a writer
+// kMaximumFileSize, or a pipe that nobody writes into: one without a writer is waited for five seconds, one with a writer
 // as long as it takes.
 std::string ReadFileText(const std::string& path);
 

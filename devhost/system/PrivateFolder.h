@@ -12,10 +12,10 @@ class FolderError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// A folder where temporary files lie, for this user alone. It goes with this object, and so does all that is in it.
+// A folder for temporary files, for this user alone. It is removed with this object, and so is all that it holds.
 class PrivateFolder {
  public:
-  // Throws FolderError.
+  // Makes the folder where TMPDIR says, or in /tmp. Throws FolderError.
   PrivateFolder();
   ~PrivateFolder();
   PrivateFolder(const PrivateFolder&) = delete;

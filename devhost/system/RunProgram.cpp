@@ -166,7 +166,7 @@ class Running {
 
   void Wait(Milliseconds left) const {
     constexpr Milliseconds kLongest = std::chrono::hours(1);
-    constexpr Milliseconds kTick(10);  // where the system does not tell of a program's end
+    constexpr Milliseconds kTick(10);  // where the system does not report the end of a program
     const Milliseconds span = std::min(left, m_end.IsOpen() ? kLongest : kTick);
     struct pollfd watched[] = {{m_atEnd ? -1 : m_from.Get(), POLLIN, 0}, {m_end.Get(), POLLIN, 0}};
     ::poll(watched, 2, static_cast<int>(span.count()));

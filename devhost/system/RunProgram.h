@@ -10,7 +10,7 @@
 
 namespace devhost {
 
-// How a program is to be run.
+// What to run, and how.
 struct ProgramRun {
   std::vector<std::string> words;                                     // the program, then its arguments
   std::string folder;                                                 // where it runs; "" for the current directory
@@ -19,7 +19,7 @@ struct ProgramRun {
   std::size_t longestOutput = std::size_t{16} * 1024 * 1024;          // it is killed when it writes more
 };
 
-// What became of it.
+// How it ended.
 struct ProgramResult {
   int exitStatus = 0;    // of a program that ended by itself
   int signal = 0;        // that ended it, or 0

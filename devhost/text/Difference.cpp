@@ -27,16 +27,21 @@ std::size_t LineEnd(std::string_view text, std::size_t at) {
   return std::min(text.find('\n', at), text.size());
 }
 
-// The part of one line around its column `column`, made visible.
+// Where the part of a line that is shown for its column `column` begins.
+std::size_t ShownFrom(std::string_view line, std::size_t column) {
+  return line.size() <= kBefore + kAfter || column <= kBefore ? 0 : column - kBefore;
+}
+
+// That part, made visible.
 std::string Around(std::string_view line, std::size_t column) {
-  const std::size_t from = line.size() <= kBefore + kAfter || column <= kBefore ? 0 : column - kBefore;
+  const std::size_t from = ShownFrom(line, column);
   const std::size_t to = line.size() <= kBefore + kAfter ? line.size() : std::min(line.size(), column + kAfter);
   return (from == 0 ? "" : "...") + OneLine(line.substr(from, to - from)) + (to == line.size() ? "" : "...");
 }
 
 // How far from the start of `Around` the column stands.
 std::size_t MarkAt(std::string_view line, std::size_t column) {
-  const std::size_t from = line.size() <= kBefore + kAfter || column <= kBefore ? 0 : column - kBefore;
+  const std::size_t from = ShownFrom(line, column);
   return (from == 0 ? 0 : 3) + OneLine(line.substr(from, column - from)).size();
 }
 

@@ -8,8 +8,13 @@ namespace devhost {
 
 namespace {
 
+// A word of one letter takes many times its own size in memory.
+constexpr std::size_t kMostWords = 200000;
+
 constexpr char kEscapes[] =
     "in double quotes, a backslash is allowed before \\ \" n r t and xNN only (single quotes take everything)";
+
+constexpr char kUnclosed[] = "a double quote is never closed: close it on the same line, or write \\\" for a quote itself";
 
 bool IsBlank(char character) {
   return character == ' ' || character == '\t';
@@ -85,12 +90,12 @@ class Splitter {
       }
       word += character == '\\' ? Escape() : character;
     }
-    throw WordError("a double quote is never closed: close it on the same line, or write \\\" for a quote itself");
+    throw WordError(kUnclosed);
   }
 
   char Escape() {
     if (AtEnd()) {
-      throw WordError("a double quote is never closed: close it on the same line, or write \\\" for a quote itself");
+      throw WordError(kUnclosed);
     }
     switch (m_line[m_at++]) {
       case '\\':

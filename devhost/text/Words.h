@@ -15,13 +15,11 @@ class WordError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// A word of one letter takes many times its own size in memory.
-inline constexpr std::size_t kMostWords = 200000;
-
 // Cuts a line (without its line feed) into words, much as a shell does: words stand between blanks and tabs; '...' takes
 // everything as it is; "..." takes everything but the escapes \\ \" \n \r \t \xNN; a backslash elsewhere takes the next
 // character as it is; a # at the start of a word begins a comment. Quoted and bare pieces that touch make one word, and ''
-// is an empty word. Nothing is expanded. Throws WordError, also for more than kMostWords.
+// is an empty word. Nothing is expanded. Throws WordError, also for more than
+// 200000 words.
 std::vector<std::string> SplitWords(std::string_view line);
 
 // `text` as one word that SplitWords reads back as `text`; bare when it needs no quotes.

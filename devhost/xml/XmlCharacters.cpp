@@ -1,11 +1,23 @@
 #include "devhost/xml/XmlCharacters.h"
 
 #include <charconv>
+#include <cstdint>
 
 #include "devhost/text/Words.h"
 
 namespace devhost {
 namespace {
+
+// An element takes many times its size in the text.
+constexpr std::size_t kMostElements = 4000000;
+
+// Whether XML 1.0 may carry the character at all.
+bool IsXmlCharacter(std::uint32_t character) {
+  if (character < 0x20) {
+    return character == '\t' || character == '\n' || character == '\r';
+  }
+  return character < 0xD800 || (character > 0xDFFF && character < 0xFFFE) || (character > 0xFFFF && character <= 0x10FFFF);
+}
 
 // The offset behind the markup at `at` that is not an element and so holds no references; `at` when there is none.
 std::size_t PassOver(std::string_view text, std::size_t at) {
@@ -66,8 +78,8 @@ std::size_t FindBadMarkup(std::string_view text, std::string& problem) {
     if (text[i] == '<') {
       const std::size_t behind = PassOver(text, i);
       elements += behind == i && text.substr(i + 1, 1) != "/" ? 1U : 0U;
-      if (elements > kMostXmlElements) {
-        problem = "more than " + std::to_string(kMostXmlElements) + " elements; allowed: at most this many";
+      if (elements > kMostElements) {
+        problem = "more than " + std::to_string(kMostElements) + " elements; allowed: at most this many";
         return i;
       }
       i = behind == i ? i + 1 : behind;
@@ -85,13 +97,6 @@ std::size_t FindBadMarkup(std::string_view text, std::string& problem) {
 }
 
 }  // namespace
-
-bool IsXmlCharacter(std::uint32_t character) noexcept {
-  if (character < 0x20) {
-    return character == '\t' || character == '\n' || character == '\r';
-  }
-  return character < 0xD800 || (character > 0xDFFF && character < 0xFFFE) || (character > 0xFFFF && character <= 0x10FFFF);
-}
 
 std::size_t XmlCharacterLength(std::string_view text) noexcept {
   if (text.empty()) {

@@ -6,7 +6,6 @@
 #include "devhost/text/TypedText.h"
 #include "devhost/xml/XmlNodeList.h"
 #include "devhost/xml/XmlObserver.h"
-#include "host/ToString.h"
 
 // First in every operation; an object out of use answers with what stands for "nothing".
 #define DEVHOST_ENTER(operation, name, nothing)  \
