@@ -7,14 +7,12 @@
 #include <cerrno>
 #include <system_error>
 
-#include "devhost/system/FileText.h"
-
 namespace devhost {
 
 namespace {
 
 [[noreturn]] void Fail() {
-  throw FileError("cannot make a file in memory: " + std::generic_category().message(errno));
+  throw std::system_error(errno, std::generic_category(), "cannot make a file in memory");
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace devhost {
 // gone with this process, however that ends.
 class MemoryFile {
  public:
-  // Throws FileError when the system has no memory for it.
+  // Throws std::system_error when the system has no memory for it.
   explicit MemoryFile(std::string_view text);
 
   // Where programs that this process starts open it, as long as this object lives. Nobody but this user and root can.
