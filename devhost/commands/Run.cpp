@@ -37,10 +37,9 @@ const CommandOption kColor{"--color",     "WHEN", "Colour the first words: auto 
                            Takes::Choice, false,  {"auto", "always", "never"}};
 
 constexpr char kFooter[] =
-    "SUBJECT is one of: reply, notification, log (the last one each), setting DRIVER NAME,\n"
-    "file DRIVER, flag DEVICE ID, state DRIVER. DRIVER is the name or id of a driver in the\n"
-    "project. Words are quoted as in a shell, # starts a comment, PARAM=@FILE takes the text\n"
-    "of a file, which may be a pipe as the script may.\n"
+    "DRIVER is the name or id of a driver in the project. Words are quoted as in a shell, #\n"
+    "starts a comment, PARAM=@FILE takes the text of a file, which may be a pipe as the script\n"
+    "may.\n"
     "\n"
     "Without --state, states are kept from restart to restart of the run. A driver that was\n"
     "handed a state and listens to project loads is asked for a new one only after\n"
@@ -72,13 +71,14 @@ constexpr char kFooter[] =
     "\n"
     "More: \"man devhost\" (docs/man/devhost.1) and docs/scripts.md.";
 
-std::string ActionTable() {
+template <class Forms>
+std::string Table(const char* title, const Forms& forms) {
   std::size_t width = 0;
-  for (const ActionForm& form : ActionForms()) {
+  for (const auto& form : forms) {
     width = std::max(width, std::strlen(form.synopsis));
   }
-  std::string table = "Actions of a script, one on each line:\n";
-  for (const ActionForm& form : ActionForms()) {
+  std::string table = title;
+  for (const auto& form : forms) {
     const std::string synopsis = form.synopsis;
     table += "  " + synopsis + std::string(width + 2 - synopsis.size(), ' ') + form.meaning + "\n";
   }
@@ -157,7 +157,8 @@ Command MakeRun() {
   return {"run",
           "Load the drivers of a project, play a script, unload the drivers",
           {kScript, kProject, kModuleFolder, kState, kPretty, kColor, kShowSecrets},
-          ActionTable() + kFooter,
+          Table("Actions of a script, one on each line:\n", ActionForms()) +
+              Table("SUBJECT is one of these:\n", SubjectForms()) + kFooter,
           &Run};
 }
 

@@ -1,32 +1,40 @@
 #ifndef DEVHOST_SCRIPT_SCRIPT_ACTIONS_H
 #define DEVHOST_SCRIPT_SCRIPT_ACTIONS_H
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "devhost/project/DriverNames.h"
 #include "devhost/script/Script.h"
-#include "devhost/script/ScriptReader.h"
 
 namespace devhost {
 
-// One form of an action, as help and messages show it.
+struct ScriptLine;
+
+// One form of an action. The parser and its messages, help, manual and the dictionary of the fuzzer are made of these.
 struct ActionForm {
+  const char* synopsis;  // as ScriptForm reads it; SUBJECT stands for the form of each subject
+  const char* meaning;   // a phrase for help
+  const char* details;   // sentences for the manual, or ""
+  // Makes the action of a line that has this form. Throws std::runtime_error for a word that means nothing.
+  Action (*make)(const ScriptLine& line, const char* argument);
+  const char* argument = nullptr;
+};
+
+// One form of what an expectation can be about; the texts are as in ActionForm.
+struct SubjectForm {
   const char* synopsis;
   const char* meaning;
+  const char* details;
+  ExpectAction::Subject subject;
 };
 
-// Every form of every action, in the order in which help shows them.
+// The whole language, in the order in which help shows it.
 const std::vector<ActionForm>& ActionForms();
+const std::vector<SubjectForm>& SubjectForms();
 
-// A line that is no action; the text says what is wrong and what is allowed, without the place.
-class ActionError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// Makes an action of the words of one line, of which there is at least one. Paths are taken to be relative to `folder`.
-// Throws ActionError.
+// Makes an action of the words of one line, of which there is at least one. Paths are relative to `folder`. Throws
+// std::runtime_error, which says what is wrong and what is allowed, without the place.
 Action ParseAction(const std::vector<std::string>& words, const std::string& folder, const DriverNames& names);
 
 }  // namespace devhost

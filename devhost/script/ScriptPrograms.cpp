@@ -3,9 +3,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <stdexcept>
 #include <system_error>
 
-#include "devhost/script/ScriptActions.h"
 #include "devhost/system/FileText.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
@@ -29,6 +29,13 @@ std::string WhyNotRun(const std::string& program, const std::string& folder) {
 
 }  // namespace
 
+void CheckProgram(const std::string& program, const std::string& folder) {
+  const std::string reason = WhyNotRun(program, folder);
+  if (!reason.empty()) {
+    throw std::runtime_error("cannot run " + Quoted(program) + ": " + reason);
+  }
+}
+
 std::string WithAddresses(const std::string& word, const std::function<std::string(const std::string& driver)>& address) {
   const std::string open = "{address:";
   std::string replaced;
@@ -43,30 +50,6 @@ std::string WithAddresses(const std::string& word, const std::function<std::stri
     replaced += address(word.substr(begin + open.size(), end - begin - open.size()));
     copied = end + 1;
   }
-}
-
-Action ParseRun(const std::vector<std::string>& words, const std::string& folder, const DriverNames& names) {
-  if (words.size() < 2 || words[1].empty()) {
-    throw ActionError("\"run\" names no program; allowed: run PROGRAM [WORD]...");
-  }
-  const std::string reason = WhyNotRun(words[1], folder);
-  if (!reason.empty()) {
-    throw ActionError("cannot run " + Quoted(words[1]) + ": " + reason);
-  }
-  RunAction action;
-  action.words.assign(words.begin() + 1, words.end());
-  action.folder = folder == "." ? std::string() : folder;
-  for (const std::string& word : action.words) {
-    WithAddresses(word, [&names](const std::string& driver) {
-      try {
-        names.Find(driver);
-      } catch (const std::runtime_error& error) {
-        throw ActionError(error.what());
-      }
-      return std::string();
-    });
-  }
-  return action;
 }
 
 }  // namespace devhost

@@ -3,16 +3,11 @@
 
 #include <functional>
 #include <string>
-#include <vector>
-
-#include "devhost/script/Script.h"
-#include "devhost/script/ScriptReader.h"
 
 namespace devhost {
 
-// `run PROGRAM [WORD]...`. The program is there and every driver that the words name is one of the project's. Throws
-// ActionError.
-Action ParseRun(const std::vector<std::string>& words, const std::string& folder, const DriverNames& names);
+// Throws std::runtime_error when the program cannot be run from that folder.
+void CheckProgram(const std::string& program, const std::string& folder);
 
 // `word` with each {address:DRIVER} replaced by what `address` gives for the driver's name or id.
 std::string WithAddresses(const std::string& word, const std::function<std::string(const std::string& driver)>& address);

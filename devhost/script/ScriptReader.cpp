@@ -64,7 +64,7 @@ bool ScriptReader::Next(Action& action) {
       }
     } catch (const WordError& error) {
       throw ScriptError(Position() + ": " + error.what());
-    } catch (const ActionError& error) {
+    } catch (const std::runtime_error& error) {
       throw ScriptError(Position() + ": " + Shown(error.what(), line));
     }
   }
