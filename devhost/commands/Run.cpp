@@ -12,7 +12,8 @@
 #include "devhost/engine/HostError.h"
 #include "devhost/project/DriverNames.h"
 #include "devhost/project/Project.h"
-#include "devhost/report/Printer.h"
+#include "devhost/report/JsonWriter.h"
+#include "devhost/report/TextWriter.h"
 #include "devhost/script/ScriptActions.h"
 #include "devhost/script/ScriptReader.h"
 #include "devhost/script/ScriptRunner.h"
@@ -31,6 +32,7 @@ const CommandOption kProject{"--project", "FILE", "Project file; without one, th
                              Takes::Path};
 const CommandOption kState{"--state", "DIR", "Keep the drivers' states in this folder, which is made when missing",
                            Takes::Path};
+const CommandOption kJsonLines{"--json", "", "Print one JSON object for each thing that happens, on a line of its own"};
 const CommandOption kPretty{"--pretty", "",
                             "Print XML indented, on several lines, where one line would be longer than 100 characters"};
 const CommandOption kColor{"--color",     "WHEN", "Colour the first words: auto (on a terminal), always, never",
@@ -50,6 +52,7 @@ constexpr char kFooter[] =
     "it is: load, unload, command, reply, notification, event, log, invalidate, manners,\n"
     "file, settings, counts, variable, user-variable, flag, state, daemon, run,\n"
     "output, print, restart, error, expect. Communities and passphrases are shown as *****.\n"
+    "With --json each line is an object instead; docs/scripts.md has its members.\n"
     "\n"
     "Exit status: 0 all went well; 1 an action or expectation failed, a driver could not\n"
     "start or broke the host's rules, or a driver's state or the output could not be read\n"
@@ -125,17 +128,24 @@ std::unique_ptr<StateStore> OpenStates(const std::string& folder) {
   return std::make_unique<StateFolder>(folder);
 }
 
-ExitStatus Run(const Arguments& arguments, Console& console) {
-  Output& output = console.Out();
+std::unique_ptr<Reporter> MakeReporter(const Arguments& arguments, Output& output) {
+  if (arguments.Has(kJsonLines)) {
+    return std::make_unique<JsonWriter>(output);
+  }
   const bool color = WantsColor(arguments.Text(kColor), output.Descriptor());
-  Printer printer(output, PrintStyle{arguments.Has(kPretty), color, arguments.Has(kShowSecrets)});
+  return std::make_unique<TextWriter>(output, TextStyle{arguments.Has(kPretty), color});
+}
+
+ExitStatus Run(const Arguments& arguments, Console& console) {
+  Masker secrets(arguments.Has(kShowSecrets));
+  const std::unique_ptr<Reporter> reporter = MakeReporter(arguments, console.Out());
   const std::string modules = ModuleFolder(arguments);
   const Project project = arguments.Has(kProject) ? ReadProject(arguments.Text(kProject), modules) : AgentAlone(modules);
   const DriverNames names(project.drivers);
   const Script script = arguments.Has(kScript) ? LoadScript(arguments.Text(kScript)) : Script();
   CheckScript(script, names);
   const std::unique_ptr<StateStore> states = OpenStates(arguments.Text(kState));
-  ScriptRunner runner(project, names, *states, printer);
+  ScriptRunner runner(project, names, *states, *reporter, secrets);
   try {
     runner.Start();
   } catch (const HostError& error) {
@@ -156,7 +166,7 @@ ExitStatus Run(const Arguments& arguments, Console& console) {
 Command MakeRun() {
   return {"run",
           "Load the drivers of a project, play a script, unload the drivers",
-          {kScript, kProject, kModuleFolder, kState, kPretty, kColor, kShowSecrets},
+          {kScript, kProject, kModuleFolder, kState, kJsonLines, kPretty, kColor, kShowSecrets},
           Table("Actions of a script, one on each line:\n", ActionForms()) +
               Table("SUBJECT is one of these:\n", SubjectForms()) + kFooter,
           &Run};

@@ -1,5 +1,7 @@
 #include "devhost/script/DeviceReplies.h"
 
+#include <stdexcept>
+
 #include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
@@ -23,73 +25,35 @@ std::string Attribute(const XmlElement& element, const char* name) {
 
 }  // namespace
 
-std::optional<std::string> FailureIn(const std::string& reply) {
+void CheckReply(const std::string& driver, const std::string& reply) {
   const XmlElement element = Parsed(reply);
-  if (element.name != "Fail") {
-    return std::nullopt;
+  if (element.name == "Fail") {
+    throw std::runtime_error(driver + " refused: " + (element.text.empty() ? "no reason given" : element.text));
   }
-  return element.text.empty() ? "no reason given" : element.text;
 }
 
-std::vector<std::string> SettingLines(const std::string& reply) {
-  std::vector<std::string> lines;
-  for (const XmlElement& child : Parsed(reply).children) {
-    if (child.name == "setting") {
-      lines.push_back(Attribute(child, "name") + "=" + AsWord(Attribute(child, "value")) +
-                      (Attribute(child, "erased") == "true" ? " erased" : ""));
-    } else if (child.name == "trapTarget") {
-      lines.push_back("trapTarget=" + AsWord(Attribute(child, "target")) +
-                      " community=" + AsWord(Attribute(child, "community")) + " port=" + AsWord(Attribute(child, "port")));
-    }
-  }
-  return lines;
-}
-
-std::optional<std::string> SettingIn(const std::string& reply, const std::string& name) {
+std::string SettingIn(const std::string& driver, const std::string& reply, const std::string& name) {
+  std::string names;
   for (const XmlElement& child : Parsed(reply).children) {
     if (child.name == "setting" && Attribute(child, "name") == name) {
       return Attribute(child, "value");
     }
+    names += child.name == "setting" ? (names.empty() ? "" : ", ") + Attribute(child, "name") : "";
   }
-  return std::nullopt;
+  throw std::runtime_error(driver + " has no setting " + Quoted(name) + "; it has: " + (names.empty() ? "none" : names));
 }
 
-std::string SettingNames(const std::string& reply) {
-  std::string names;
-  for (const XmlElement& child : Parsed(reply).children) {
-    if (child.name == "setting") {
-      names += (names.empty() ? "" : ", ") + Attribute(child, "name");
-    }
-  }
-  return names.empty() ? "none" : names;
-}
-
-std::string CountLine(const std::string& reply) {
-  std::string line;
-  for (const XmlElement& child : Parsed(reply).children) {
-    line += (line.empty() ? "" : " ") + Attribute(child, "operation") + "=" + Attribute(child, "value");
-  }
-  return line;
-}
-
-DaemonReply DaemonIn(const std::string& reply) {
+std::string FilePathIn(const std::string& driver, const std::string& reply) {
   const XmlElement element = Parsed(reply);
-  if (element.name != "daemon") {
-    return DaemonReply();
+  if (element.name != "filePath" || element.text.empty()) {
+    throw std::runtime_error(driver + " names no file");
   }
-  return {Attribute(element, "running"), Attribute(element, "pid"), Attribute(element, "address"),
-          Attribute(element, "online"), Attribute(element, "pending")};
+  return element.text;
 }
 
-std::string DaemonLine(const DaemonReply& daemon) {
-  const bool running = daemon.running == "true";
-  return (running ? "running pid=" + AsWord(daemon.pid) : std::string("stopped")) + " address=" + AsWord(daemon.address) +
-         (daemon.online == "true" ? " online" : " offline") + (daemon.pending == "true" ? " pending" : "");
-}
-
-std::string FilePathIn(const std::string& reply) {
+std::string AddressIn(const std::string& reply) {
   const XmlElement element = Parsed(reply);
-  return element.name == "filePath" ? element.text : std::string();
+  return element.name == "daemon" ? Attribute(element, "address") : std::string();
 }
 
 }  // namespace devhost

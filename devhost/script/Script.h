@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "devhost/driver/VariableEntry.h"
+#include "devhost/report/ScriptOccurrence.h"
 
 namespace devhost {
 
@@ -62,9 +63,8 @@ struct FlagAction {
 struct LoadProjectAction {};
 
 struct ShowAction {
-  enum class What { File, Settings, Counts, Daemon, Variables, State };
-  unsigned long driverId = 0;  // not for Variables
-  What what = What::File;
+  ScriptOccurrence::Kind what = ScriptOccurrence::Kind::File;  // or Settings, Counts, Daemon, State, Variables
+  unsigned long driverId = 0;                                  // not for Variables
 };
 
 struct RestartAction {};

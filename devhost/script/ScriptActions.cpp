@@ -77,11 +77,11 @@ Action MakeOnline(const ScriptLine& line, const char* online) {
 }
 
 Action MakeShow(const ScriptLine& line, const char*) {
-  using What = ShowAction::What;
-  static const std::map<std::string, What> kWhat = {{"file", What::File},           {"settings", What::Settings},
-                                                    {"counts", What::Counts},       {"daemon", What::Daemon},
-                                                    {"variables", What::Variables}, {"state", What::State}};
-  return ShowAction{line.Has("DRIVER") ? line.Driver() : 0, kWhat.at(line.words[line.words[0] == "show" ? 1 : 3])};
+  using Kind = ScriptOccurrence::Kind;
+  static const std::map<std::string, Kind> kKinds = {{"file", Kind::File},           {"settings", Kind::Settings},
+                                                     {"counts", Kind::Counts},       {"daemon", Kind::Daemon},
+                                                     {"variables", Kind::Variables}, {"state", Kind::State}};
+  return ShowAction{kKinds.at(line.words[line.words[0] == "show" ? 1 : 3]), line.Has("DRIVER") ? line.Driver() : 0};
 }
 
 Action MakeItem(const ScriptLine& line, const char*) {

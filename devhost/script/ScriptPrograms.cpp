@@ -3,11 +3,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <stdexcept>
 #include <system_error>
 
 #include "devhost/system/FileText.h"
-#include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -33,6 +33,20 @@ void CheckProgram(const std::string& program, const std::string& folder) {
   const std::string reason = WhyNotRun(program, folder);
   if (!reason.empty()) {
     throw std::runtime_error("cannot run " + Quoted(program) + ": " + reason);
+  }
+}
+
+void CheckRun(const ProgramRun& run, const ProgramResult& result) {
+  using std::chrono::seconds;
+  const std::string failure =
+      result.late ? "was ended because it took longer than " +
+                        std::to_string(std::chrono::duration_cast<seconds>(run.deadline).count()) + " seconds"
+      : result.tooLong         ? "was ended because it wrote more than " + std::to_string(run.longestOutput) + " bytes"
+      : result.signal != 0     ? "was ended by signal " + std::to_string(result.signal)
+      : result.exitStatus != 0 ? "ended with status " + std::to_string(result.exitStatus)
+                               : "";
+  if (!failure.empty()) {
+    throw std::runtime_error(run.words.front() + " " + failure);
   }
 }
 

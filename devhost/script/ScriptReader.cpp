@@ -36,12 +36,6 @@ Script LoadScript(const std::string& path) {
   return Script{std::move(read.name), FolderOf(path), std::move(read.text)};
 }
 
-ScriptReader::ScriptReader(const Script& script, const DriverNames& names) : m_script(script), m_names(names) {}
-
-std::string ScriptReader::Position() const {
-  return m_script.name + ":" + std::to_string(m_line);
-}
-
 bool ScriptReader::Next(Action& action) {
   const std::string_view text = m_script.text;
   while (m_at < text.size()) {
@@ -63,9 +57,9 @@ bool ScriptReader::Next(Action& action) {
         return true;
       }
     } catch (const WordError& error) {
-      throw ScriptError(Position() + ": " + error.what());
+      throw ScriptError(Place().text + ": " + error.what());
     } catch (const std::runtime_error& error) {
-      throw ScriptError(Position() + ": " + Shown(error.what(), line));
+      throw ScriptError(Place().text + ": " + Shown(error.what(), line));
     }
   }
   return false;

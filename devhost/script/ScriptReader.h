@@ -6,6 +6,7 @@
 #include <string>
 
 #include "devhost/project/DriverNames.h"
+#include "devhost/report/Reporter.h"
 #include "devhost/script/Script.h"
 
 namespace devhost {
@@ -20,15 +21,14 @@ class ScriptError : public std::runtime_error {
 // script is checked by reading it once to its end. Script and names must outlive the reader.
 class ScriptReader {
  public:
-  ScriptReader(const Script& script, const DriverNames& names);
+  ScriptReader(const Script& script, const DriverNames& names) : m_script(script), m_names(names) {}
 
   // Reads on to the next action; false at the end of the script. Throws ScriptError for a line that is wrong, also when it
   // names a file that cannot be read.
   bool Next(Action& action);
 
-  // The line of the action that Next gave, counted from 1, and the same as "FILE:LINE".
-  std::size_t Line() const { return m_line; }
-  std::string Position() const;
+  // The line that Next has read last.
+  Where Place() const { return {m_script.name + ":" + std::to_string(m_line), m_line}; }
 
  private:
   const Script& m_script;

@@ -6,18 +6,16 @@
 #include <utility>
 
 #include "devhost/script/DeviceReplies.h"
+#include "devhost/script/ScriptPrograms.h"
 #include "devhost/system/FileText.h"
-#include "devhost/text/Difference.h"
-#include "devhost/text/Pattern.h"
-#include "devhost/text/Words.h"
+#include "devhost/system/RunProgram.h"
+#include "devhost/xml/XmlReader.h"
 
 namespace devhost {
 
 namespace {
 
-// What a golden file writes where the managed section carries the time at which it was generated.
-constexpr char kTimePlaceholder[] = "{time}";
-constexpr char kTimePattern[] = "[A-Z][a-z]+day, [A-Z][a-z]+, [0-9]{2} [0-9]{4} at [0-9]{2}:[0-9]{2}:[0-9]{2}";
+using Kind = ScriptOccurrence::Kind;
 
 Parameters ReadParameters(const std::vector<ScriptParameter>& given) {
   Parameters parameters;
@@ -28,54 +26,42 @@ Parameters ReadParameters(const std::vector<ScriptParameter>& given) {
   return parameters;
 }
 
-// A command's parameters as the script has them: a file's text can be long and is not what one wants to see here.
-Parameters ShownParameters(const CommandAction& action, const Masker& secrets) {
-  Parameters shown;
-  for (const ScriptParameter& parameter : action.parameters) {
-    const bool marked = parameter.isFile || parameter.value.compare(0, 1, "@") == 0;
-    shown.emplace_back(parameter.name, (marked ? "@" : "") + parameter.value);
+// The parameters of a command, which show no secrets, as the script writes them: the text of a file can be long and is not
+// what one wants to see in a line.
+Parameters WrittenParameters(const Parameters& shown, const std::vector<ScriptParameter>& given) {
+  Parameters written;
+  for (std::size_t i = 0; i != given.size(); ++i) {
+    const std::string& value = given[i].isFile ? given[i].value : shown[i].second;
+    const bool isMarked = given[i].isFile || value.compare(0, 1, "@") == 0;
+    written.emplace_back(given[i].name, (isMarked ? "@" : "") + value);
   }
-  return secrets.CommandParameters(shown);
+  return written;
 }
 
-// The start of a text that may be a whole file.
-std::string Beginning(const std::string& text) {
-  constexpr std::size_t kLongest = 400;
-  if (text.empty()) {
-    return "(empty)";
+// What a program wrote, each line without its secrets.
+std::string MaskedLines(const std::string& text, const Masker& secrets) {
+  std::string masked;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find('\n', at), text.size());
+    masked += secrets.Text(std::string_view(text).substr(at, end - at));
+    masked += end == text.size() ? "" : "\n";
+    at = end + 1;
   }
-  return text.size() <= kLongest ? text : text.substr(0, kLongest) + "... (" + std::to_string(text.size()) + " bytes)";
-}
-
-// What an expectation is about, for messages.
-std::string Subject(const ExpectAction& action, const DriverNames& names) {
-  switch (action.subject) {
-    case ExpectAction::Subject::Reply:
-      return "the reply";
-    case ExpectAction::Subject::Notification:
-      return "the notification";
-    case ExpectAction::Subject::Log:
-      return "the log line";
-    case ExpectAction::Subject::Setting:
-      return "the setting " + Quoted(action.setting) + " of " + names.Name(action.driverId);
-    case ExpectAction::Subject::Flag:
-      return "the flag of variable " + std::to_string(action.variableId) + " of device " + std::to_string(action.driverId);
-    case ExpectAction::Subject::State:
-      return "the state of " + names.Name(action.driverId);
-    case ExpectAction::Subject::Output:
-      return "the output";
-    case ExpectAction::Subject::File:
-      break;
-  }
-  return "the file of " + names.Name(action.driverId);
+  return masked;
 }
 
 }  // namespace
 
-ScriptRunner::ScriptRunner(const Project& project, const DriverNames& names, StateStore& states, Printer& printer)
-    : m_project(project), m_names(names), m_states(states), m_printer(printer), m_where("at the start") {
+ScriptRunner::ScriptRunner(const Project& project, const DriverNames& names, StateStore& states, Reporter& reporter,
+                           Masker& secrets)
+    : m_project(project),
+      m_names(names),
+      m_states(states),
+      m_reporter(reporter),
+      m_secrets(secrets),
+      m_expectations(names, secrets) {
   for (const DriverEntry& driver : project.drivers) {
-    m_printer.Secrets().LearnFromXml(driver.configXml);
+    m_secrets.LearnFromXml(driver.configXml);
   }
 }
 
@@ -101,23 +87,25 @@ void ScriptRunner::Play(const Script& script) {
   ScriptReader reader(script, m_names);
   Action action;
   bool more = true;
-  while (more && !m_givenUp && !m_printer.Failed()) {
+  while (more && !m_givenUp && !m_reporter.Failed()) {
     // Whatever an action ends in, the script goes on, and the drivers come to their clean stop.
     try {
       more = reader.Next(action);
-      m_where = reader.Position();
+      m_where = reader.Place();
       if (more) {
+        m_sending = nullptr;
+        m_expectations.BeginAction(action);
         std::visit([this](const auto& what) { Do(what); }, action);
       }
     } catch (const ScriptError& error) {
       // The script was right when it was checked: a file that it names has gone since.
-      m_where = reader.Position();
-      ActionFailed(std::string(error.what()).substr(m_where.size() + 2));
+      m_where = reader.Place();
+      ReportFailure(std::runtime_error(std::string(error.what()).substr(m_where.text.size() + 2)));
     } catch (const std::exception& error) {
-      ActionFailed(error.what());
+      ReportFailure(error);
     }
   }
-  m_where = "at the end";
+  m_where = {"at the end"};
 }
 
 void ScriptRunner::Stop() {
@@ -127,7 +115,7 @@ void ScriptRunner::Stop() {
   try {
     m_host->Stop();
   } catch (const HostError& error) {
-    ActionFailed(error.what());
+    ReportFailure(error);
   }
   m_host.reset();
 }
@@ -137,62 +125,72 @@ void ScriptRunner::OnOccurrence(const Occurrence& occurrence) {
   if (m_asking && (kind == Occurrence::Kind::Command || kind == Occurrence::Kind::Reply)) {
     return;
   }
-  if (kind == Occurrence::Kind::Command && m_command) {
-    Occurrence shown = occurrence;
-    shown.parameters = *std::exchange(m_command, std::nullopt);
-    m_printer.Print(shown, m_where);
-    return;
+  m_expectations.Note(occurrence);
+  const Occurrence shown = Masked(occurrence, m_secrets);
+  if (kind == Occurrence::Kind::Command && m_sending != nullptr) {
+    const Parameters written = WrittenParameters(shown.parameters, std::exchange(m_sending, nullptr)->parameters);
+    return Report({Kind::Command, shown.driverId, shown.driverName, "", shown.name, shown.parameters, written});
   }
-  m_printer.Print(occurrence, m_where);
-  if (kind == Occurrence::Kind::Reply) {
-    m_reply = occurrence.text;
-  } else if (kind == Occurrence::Kind::Notification) {
-    m_notification = occurrence.text;
-    ++m_newNotifications;
-  } else if (kind == Occurrence::Kind::Log) {
-    m_log = occurrence.text;
-    ++m_newLogs;
-  } else if (kind == Occurrence::Kind::Manners) {
-    ++m_result.badManners;
-    NoteFirst();
+  if (kind == Occurrence::Kind::Manners) {
+    Count(m_result.badManners);
   } else if (kind == Occurrence::Kind::Failure) {
-    ++m_result.driversFailed;
-    NoteFirst();
+    Count(m_result.driversFailed);
   } else if (kind == Occurrence::Kind::StateProblem) {
-    ++m_result.stateProblems;
-    NoteFirst();
+    Count(m_result.stateProblems);
   }
+  Report(shown);
 }
 
-void ScriptRunner::BeginAction() {
-  m_newNotifications = 0;
-  m_newLogs = 0;
-  m_command.reset();
+void ScriptRunner::ReportFailure(const std::exception& error) {
+  Count(m_result.actionsFailed);
+  ScriptOccurrence failure{Kind::Error, 0, "", m_secrets.Text(error.what())};
+  if (const HostError* const concerned = dynamic_cast<const HostError*>(&error)) {
+    failure.driverId = concerned->driverId;
+    failure.driverName = concerned->driverName;
+    failure.call = concerned->call;
+  }
+  Report(failure);
+}
+
+void ScriptRunner::Count(std::size_t& number) {
+  ++number;
+  if (m_result.first.empty()) {
+    m_result.first = m_where.text;
+  }
 }
 
 void ScriptRunner::Do(const CommandAction& action) {
-  BeginAction();
   const Parameters parameters = ReadParameters(action.parameters);
-  m_printer.Secrets().Learn(parameters);
-  m_command = ShownParameters(action, m_printer.Secrets());
+  m_secrets.Learn(parameters);
+  m_sending = &action;
   const std::string reply = action.driverId ? m_host->Command(*action.driverId, action.name, parameters)
                                             : m_host->Command(action.name, parameters);
   if (action.mustSucceed) {
-    const std::optional<std::string> failure = FailureIn(reply);
-    if (failure) {
-      throw HostError(m_names.Name(*action.driverId) + " refused: " + *failure);
-    }
+    CheckReply(m_names.Name(*action.driverId), reply);
   }
 }
 
 void ScriptRunner::Do(const EventAction& action) {
-  BeginAction();
   m_host->SendEvent(action.name, ReadParameters(action.parameters));
 }
 
+void ScriptRunner::Do(const VariableAction& action) {
+  if (action.add) {
+    m_host->AddVariable(action.variable);
+  } else {
+    m_host->RemoveVariable(action.variable.deviceId, action.variable.variableId, action.variable.user);
+  }
+}
+
+void ScriptRunner::Do(const FlagAction& action) {
+  m_host->SetTrapEnabled(action.deviceId, action.variableId, action.enabled);
+  ScriptOccurrence flag{Kind::Flag};
+  flag.variables = {{action.deviceId, action.variableId, "", false, false, action.enabled}};
+  Report(flag);
+}
+
 void ScriptRunner::Do(const RestartAction&) {
-  BeginAction();
-  m_printer.Line("restart", "");
+  Report({Kind::Restart});
   // The project as the script has changed it, with its own flags: only what drivers keep brings another flag back.
   const std::vector<VariableEntry> variables = m_host->Variables(Host::Flags::Initial);
   Stop();
@@ -204,129 +202,69 @@ void ScriptRunner::Do(const RestartAction&) {
   }
 }
 
-void ScriptRunner::Do(const PrintAction& action) {
-  m_printer.Line("print", action.text);
+void ScriptRunner::Do(const RunAction& action) {
+  m_expectations.NoteOutput(std::nullopt);
+  ProgramRun run;
+  run.folder = action.folder;
+  for (const std::string& word : action.words) {
+    run.words.push_back(WithAddresses(
+        word, [this](const std::string& driver) { return AddressIn(Ask(m_names.Find(driver), "GetDaemon")); }));
+  }
+  m_secrets.LearnFromCommandLine(run.words);
+  Report({Kind::Run, 0, "", m_secrets.CommandLine(run.words)});
+  const ProgramResult result = RunProgram(run);
+  m_expectations.NoteOutput(result.output);
+  Report({Kind::Output, 0, "", MaskedLines(result.output, m_secrets)});
+  CheckRun(run, result);
 }
 
 void ScriptRunner::Do(const ShowAction& action) {
-  if (action.what == ShowAction::What::Variables) {
-    return ShowVariables();
+  ScriptOccurrence shown{action.what};
+  if (action.what == Kind::Variables) {
+    shown.variables = m_host->Variables(Host::Flags::Current);
+    return Report(shown);
   }
-  if (action.what == ShowAction::What::State) {
-    return ShowState(action.driverId);
-  }
-  if (action.what == ShowAction::What::Daemon) {
-    return ShowDaemon(action.driverId);
-  }
-  const std::string& driver = m_names.Name(action.driverId);
-  if (action.what == ShowAction::What::File) {
-    ShowFile(action.driverId);
-  } else if (action.what == ShowAction::What::Counts) {
-    m_printer.Line("counts", driver + " " + CountLine(Ask(action.driverId, "GetCounts")));
+  shown.driverId = action.driverId;
+  shown.driverName = m_names.Name(action.driverId);
+  if (action.what == Kind::File) {
+    const std::string text = DeviceFile(action.driverId);
+    m_secrets.LearnFromConfig(text);
+    shown.text = m_secrets.ConfigText(text);
   } else {
-    for (const std::string& line : SettingLines(m_printer.Secrets().Xml(Ask(action.driverId, "GetSettings")))) {
-      m_printer.Line("settings", driver + " " + line);
-    }
+    const std::string xml = action.what == Kind::State      ? m_host->GetPersistState(action.driverId)
+                            : action.what == Kind::Settings ? Ask(action.driverId, "GetSettings")
+                            : action.what == Kind::Counts   ? Ask(action.driverId, "GetCounts")
+                                                            : Ask(action.driverId, "GetDaemon");
+    m_secrets.LearnFromXml(xml);
+    shown.text = m_secrets.Xml(xml);
   }
-}
-
-void ScriptRunner::ShowFile(unsigned long driverId) {
-  const std::string& driver = m_names.Name(driverId);
-  const std::string text = DeviceFile(driverId);
-  m_printer.Secrets().LearnFromConfig(text);
-  std::size_t at = 0;
-  while (at < text.size() && !m_printer.Failed()) {
-    const std::size_t end = std::min(text.find('\n', at), text.size());
-    m_printer.Line("file", driver + " | " + m_printer.Secrets().ConfigLine(std::string_view(text).substr(at, end - at)));
-    if (end == text.size()) {
-      m_printer.Line("file", driver + " (no line feed at the end)");
-    }
-    at = end + 1;
-  }
-  if (text.empty()) {
-    m_printer.Line("file", driver + " (empty)");
-  }
+  Report(shown);
 }
 
 void ScriptRunner::Do(const ExpectAction& action) {
-  if (action.comparison == ExpectAction::Comparison::None) {
-    return CheckNone(action);
-  }
-  const std::string subject = Subject(action, m_names);
-  std::string found;
-  std::string expected = action.text;
-  try {
-    found = Found(action);
-    if (action.comparison == ExpectAction::Comparison::Golden) {
-      expected = ReadRegularFile(action.text);
-    }
-  } catch (const HostError& error) {
-    return ExpectationFailed(error.what(), {"  expected: " + Beginning(Masked(action, expected))});
-  }
-  if (action.comparison == ExpectAction::Comparison::Matches) {
-    if (!Pattern(expected).IsIn(found)) {
-      ExpectationFailed(subject + " does not match",
-                        {"  expected: " + Masked(action, expected), "  found:    " + Beginning(Masked(action, found))});
-    }
-    return;
-  }
-  const bool golden = action.comparison == ExpectAction::Comparison::Golden;
-  if (golden && expected.find(kTimePlaceholder) != std::string::npos) {
-    found = Pattern(kTimePattern).ReplaceIn(found, kTimePlaceholder);
-  }
-  if (found != expected) {
-    ExpectationFailed(
-        subject +
-            (golden ? " is not what the golden file " + Quoted(action.text) + " holds" : std::string(" is not as expected")),
-        ExplainDifference(expected, found, [this, &action](const std::string& text) { return Masked(action, text); }));
+  const auto unmet = m_expectations.Check(action, [this, &action] { return LookUp(action); });
+  if (unmet) {
+    Count(m_result.expectationsFailed);
+    Report(*unmet);
   }
 }
 
-void ScriptRunner::CheckNone(const ExpectAction& action) {
-  const bool log = action.subject == ExpectAction::Subject::Log;
-  const std::size_t count = log ? m_newLogs : m_newNotifications;
-  if (count != 0) {
-    const std::string& last = log ? *m_log : *m_notification;
-    ExpectationFailed(log ? "there was a log line" : "there was a notification",
-                      {"  expected: none", "  found:    " + Beginning(Masked(action, last)) +
-                                               (count == 1 ? "" : " (the last of " + std::to_string(count) + ")")});
-  }
-}
-
-std::string ScriptRunner::Found(const ExpectAction& action) {
-  if (action.subject == ExpectAction::Subject::File) {
+std::string ScriptRunner::LookUp(const ExpectAction& action) {
+  using Subject = ExpectAction::Subject;
+  if (action.subject == Subject::File) {
     return DeviceFile(action.driverId);
   }
-  if (action.subject == ExpectAction::Subject::Setting) {
-    const std::string settings = Ask(action.driverId, "GetSettings");
-    const std::optional<std::string> value = SettingIn(settings, action.setting);
-    if (!value) {
-      throw HostError(m_names.Name(action.driverId) + " has no setting " + Quoted(action.setting) +
-                      "; it has: " + SettingNames(settings));
-    }
-    return *value;
+  if (action.subject == Subject::Flag) {
+    return m_host->TrapEnabled(action.driverId, action.variableId) ? "true" : "false";
   }
-  if (action.subject == ExpectAction::Subject::Flag) {
-    return FoundFlag(action);
+  if (action.subject == Subject::State) {
+    const std::string state = m_host->GetPersistState(action.driverId);
+    // A golden file looks like the file in a state folder.
+    return action.comparison == ExpectAction::Comparison::Golden && !state.empty()
+               ? XmlText(*ReadXmlNode(state), XmlStyle::Indented) + "\n"
+               : state;
   }
-  if (action.subject == ExpectAction::Subject::State) {
-    return FoundState(action);
-  }
-  if (action.subject == ExpectAction::Subject::Output) {
-    return FoundOutput(action);
-  }
-  const bool reply = action.subject == ExpectAction::Subject::Reply;
-  const bool log = action.subject == ExpectAction::Subject::Log;
-  const std::optional<std::string>& last = reply ? m_reply : log ? m_log : m_notification;
-  if (!last) {
-    throw HostError(std::string("there has been no ") + (reply ? "reply" : log ? "log line" : "notification") + " yet");
-  }
-  return *last;
-}
-
-std::string ScriptRunner::Masked(const ExpectAction& action, const std::string& text) {
-  const bool secret = action.subject == ExpectAction::Subject::Setting && IsSecretSetting(action.setting);
-  return secret ? m_printer.Secrets().Secret(text) : m_printer.Secrets().Text(text);
+  return SettingIn(m_names.Name(action.driverId), Ask(action.driverId, "GetSettings"), action.setting);
 }
 
 std::string ScriptRunner::Ask(unsigned long driverId, const char* command) {
@@ -339,45 +277,14 @@ std::string ScriptRunner::Ask(unsigned long driverId, const char* command) {
     throw;
   }
   m_asking = false;
-  m_printer.Secrets().LearnFromXml(reply);
-  const std::optional<std::string> failure = FailureIn(reply);
-  if (failure) {
-    throw HostError(m_names.Name(driverId) + " refused: " + *failure);
-  }
+  m_secrets.LearnFromXml(reply);
+  CheckReply(m_names.Name(driverId), reply);
   return reply;
 }
 
 std::string ScriptRunner::DeviceFile(unsigned long driverId) {
-  const std::string path = FilePathIn(Ask(driverId, "GetFilePath"));
-  if (path.empty()) {
-    throw HostError(m_names.Name(driverId) + " names no file");
-  }
-  try {
-    return ReadRegularFileAt(AT_FDCWD, path);  // the driver follows no link either
-  } catch (const FileError& error) {
-    throw HostError(error.what());
-  }
-}
-
-void ScriptRunner::ActionFailed(const std::string& problem) {
-  ++m_result.actionsFailed;
-  NoteFirst();
-  m_printer.Line("error", m_where + ": " + m_printer.Secrets().Text(problem));
-}
-
-void ScriptRunner::ExpectationFailed(const std::string& problem, const std::vector<std::string>& details) {
-  ++m_result.expectationsFailed;
-  NoteFirst();
-  m_printer.Line("expect", m_where + ": " + m_printer.Secrets().Text(problem));
-  for (const std::string& detail : details) {
-    m_printer.Line("expect", detail);
-  }
-}
-
-void ScriptRunner::NoteFirst() {
-  if (m_result.first.empty()) {
-    m_result.first = m_where;
-  }
+  const std::string path = FilePathIn(m_names.Name(driverId), Ask(driverId, "GetFilePath"));
+  return ReadRegularFileAt(AT_FDCWD, path);  // the driver follows no link either
 }
 
 }  // namespace devhost

@@ -70,14 +70,14 @@ std::string Masker::Xml(const std::string& xml) const {
   return xml.compare(0, 5, "<Fail") == 0 ? m_known.Mask(xml) : MaskXml(xml);
 }
 
-std::string Masker::ConfigLine(std::string_view line) const {
-  return m_showSecrets ? std::string(line) : MaskConfigLine(line);
+std::string Masker::ConfigText(std::string_view text) const {
+  return m_showSecrets ? std::string(text) : MaskConfigText(text);
 }
 
 Parameters Masker::CommandParameters(const Parameters& parameters) const {
   Parameters shown = parameters;
   for (auto& [name, value] : shown) {
-    if (!m_showSecrets && (value.compare(0, 1, "@") != 0 || value.compare(0, 2, "@@") == 0)) {
+    if (!m_showSecrets) {
       value = IsSecret(name, parameters) ? Secret(value) : m_known.Mask(value);
     }
   }

@@ -33,9 +33,9 @@ class Masker {
   std::string Secret(const std::string& text) const;
   // XML from or for a driver. The text of <Fail> is a message, so known secrets are masked in it, too.
   std::string Xml(const std::string& xml) const;
-  // A line of an snmpd.conf.
-  std::string ConfigLine(std::string_view line) const;
-  // The parameters of a command. A value that begins with a single @ names a file and is not masked.
+  // An snmpd.conf.
+  std::string ConfigText(std::string_view text) const;
+  // The parameters of a command or event.
   Parameters CommandParameters(const Parameters& parameters) const;
   // A program's command line, as a script would write it.
   std::string CommandLine(const std::vector<std::string>& words) const;

@@ -104,7 +104,7 @@ TEST(ASecretOfMoreThanAKilobyte, HidesWhatFollowsItsBeginning) {
   kitchen.Write("script", "device kitchen set communityRead " + secret + "\nevent OnVariableAdded x='go " + secret +
                               "t on' y=z\nevent OnVariableAdded x=short\n");
   const std::string output = Measure(kRun, kitchen.Path()).output;
-  EXPECT_THAT(output, HasSubstr("event OnVariableAdded x='go *****\nevent OnVariableAdded x=short\n"));
+  EXPECT_THAT(output, HasSubstr("event OnVariableAdded x='go *****' y=z\nevent OnVariableAdded x=short\n"));
 }
 
 TEST(ASecretInManyQuotes, IsHiddenWithoutThem) {

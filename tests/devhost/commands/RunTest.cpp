@@ -83,6 +83,14 @@ TEST_F(RunCommand, PrintsXmlOnSeveralLinesWhenAsked) {
   EXPECT_THAT(Play(script, {"--pretty"}, kitchen).out, HasSubstr("\n  "));
 }
 
+TEST_F(RunCommand, WritesJsonWhenAsked) {
+  const std::string script = "device kitchen set communityRead hidden\n";
+  const std::string json = Play(script, {"--json", "--color", "always"}, kitchen).out;
+  EXPECT_THAT(json, AllOf(StartsWith("{\"n\":1,\"kind\":\"load\","), HasSubstr("\"value\":\"*****\""), EndsWith("}\n")));
+  EXPECT_THAT(json, AllOf(Not(HasSubstr("hidden")), Not(HasSubstr("\x1b["))));
+  EXPECT_THAT(Play(script, {"--json", "--show-secrets"}, kitchen).out, HasSubstr("\"value\":\"hidden\""));
+}
+
 TEST_F(RunCommand, KeepsStatesInAFolderWhenAsked) {
   const std::string project =
       "<project><driver id='12' name='kitchen' module='local_snmpd.so'><config folder='{project}'/></driver></project>";

@@ -2,11 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <stdexcept>
+
 namespace devhost {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr char kSettings[] =
     "<settings><setting name=\"enabled\" value=\"true\"/>"
@@ -14,48 +14,46 @@ constexpr char kSettings[] =
     "<setting name=\"sysContact\" value=\"\" erased=\"true\"/>"
     "<trapTarget target=\"10.0.0.5\" community=\"pub lic\" port=\"\"/></settings>";
 
-TEST(ASettingsReply, GivesOneLineForEachSettingAndTrapTarget) {
-  EXPECT_THAT(SettingLines(kSettings), ElementsAre("enabled=true", "sysName='my box'", "sysContact='' erased",
-                                                   "trapTarget=10.0.0.5 community='pub lic' port=''"));
+std::string ErrorOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return "";
 }
 
-TEST(ASettingsReply, TellsAnEmptySettingFromAMissingOne) {
-  EXPECT_EQ(SettingIn(kSettings, "sysName"), "my box");
-  EXPECT_EQ(SettingIn(kSettings, "sysContact"), "");
-  EXPECT_EQ(SettingIn(kSettings, "sysLocation"), std::nullopt);
-  EXPECT_EQ(SettingNames(kSettings), "enabled, sysName, sysContact");
+TEST(ASettingsReply, GivesAnEmptySettingButNotAMissingOne) {
+  EXPECT_EQ(SettingIn("kitchen", kSettings, "sysName"), "my box");
+  EXPECT_EQ(SettingIn("kitchen", kSettings, "sysContact"), "");
+  EXPECT_EQ(ErrorOf([] { SettingIn("kitchen", kSettings, "sysLocation"); }),
+            "kitchen has no setting \"sysLocation\"; it has: enabled, sysName, sysContact");
 }
 
-TEST(ACountsReply, IsOneLine) {
-  EXPECT_EQ(
-      CountLine("<counts><count operation=\"CopyFrom\" value=\"3\"/><count operation=\"CopyTo\" value=\"0\"/></counts>"),
-      "CopyFrom=3 CopyTo=0");
+TEST(AFailReply, IsRefusedWithItsReason) {
+  EXPECT_EQ(ErrorOf([] { CheckReply("kitchen", "<Fail>no agent is present</Fail>"); }),
+            "kitchen refused: no agent is present");
+  EXPECT_EQ(ErrorOf([] { CheckReply("kitchen", "<Fail/>"); }), "kitchen refused: no reason given");
+  EXPECT_EQ(ErrorOf([] { CheckReply("kitchen", "<Success/>"); }), "");
+  EXPECT_EQ(ErrorOf([] { CheckReply("kitchen", "<ReadFail/>"); }), "");
 }
 
-TEST(AFailReply, CarriesItsReason) {
-  EXPECT_EQ(FailureIn("<Fail>no agent is present</Fail>"), "no agent is present");
-  EXPECT_EQ(FailureIn("<Fail/>"), "no reason given");
-  EXPECT_EQ(FailureIn("<Success/>"), std::nullopt);
-  EXPECT_EQ(FailureIn("<ReadFail/>"), std::nullopt);
+TEST(ADaemonReply, GivesItsAddress) {
+  EXPECT_EQ(AddressIn("<daemon running=\"true\" pid=\"4711\" address=\"udp:127.0.0.1:40161\"/>"), "udp:127.0.0.1:40161");
+  EXPECT_EQ(AddressIn("<other address=\"a\"/>"), "");
 }
 
-TEST(ADaemonReply, IsOneLine) {
-  EXPECT_EQ(DaemonLine(DaemonIn("<daemon running=\"true\" pid=\"4711\" address=\"udp:127.0.0.1:40161\" online=\"true\" "
-                                "pending=\"false\"/>")),
-            "running pid=4711 address=udp:127.0.0.1:40161 online");
-  EXPECT_EQ(DaemonLine(DaemonIn("<daemon running=\"false\" pid=\"0\" address=\"udp:127.0.0.1:40161\" online=\"false\" "
-                                "pending=\"true\"/>")),
-            "stopped address=udp:127.0.0.1:40161 offline pending");
-  EXPECT_EQ(DaemonIn("<Fail/>").address, "");
+TEST(AFilePathReply, GivesItsPath) {
+  EXPECT_EQ(FilePathIn("kitchen", "<filePath>/a b</filePath>"), "/a b");
+  EXPECT_EQ(ErrorOf([] { FilePathIn("kitchen", "<filePath/>"); }), "kitchen names no file");
+  EXPECT_EQ(ErrorOf([] { FilePathIn("kitchen", "<other>/a</other>"); }), "kitchen names no file");
 }
 
 TEST(AReplyThatIsNoXml, HoldsNothing) {
-  EXPECT_EQ(FailureIn(""), std::nullopt);
-  EXPECT_THAT(SettingLines("<settings>"), IsEmpty());
-  EXPECT_EQ(SettingNames(""), "none");
-  EXPECT_EQ(CountLine("x"), "");
-  EXPECT_EQ(FilePathIn("<Fail/>"), "");
-  EXPECT_EQ(FilePathIn("<filePath>/a b</filePath>"), "/a b");
+  EXPECT_EQ(ErrorOf([] { CheckReply("kitchen", ""); }), "");
+  EXPECT_EQ(ErrorOf([] { SettingIn("kitchen", "<settings>", "a"); }), "kitchen has no setting \"a\"; it has: none");
+  EXPECT_EQ(AddressIn("x"), "");
+  EXPECT_EQ(ErrorOf([] { FilePathIn("kitchen", "x"); }), "kitchen names no file");
 }
 
 }  // namespace

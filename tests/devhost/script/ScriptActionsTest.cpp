@@ -81,9 +81,9 @@ TEST(EveryDeviceVerb, IsKnown) {
   EXPECT_EQ(Only<CommandAction>("device 12 erase sysName").name, "EraseSetting");
   EXPECT_EQ(Only<CommandAction>("device 12 add-trap a b c").name, "AddTrapTarget");
   EXPECT_EQ(Only<CommandAction>("device 12 clear-traps").name, "ClearTrapTargets");
-  EXPECT_EQ(Only<ShowAction>("device 12 show file").what, ShowAction::What::File);
-  EXPECT_EQ(Only<ShowAction>("device 12 show settings").what, ShowAction::What::Settings);
-  EXPECT_EQ(Only<ShowAction>("device 12 show counts").what, ShowAction::What::Counts);
+  EXPECT_EQ(Only<ShowAction>("device 12 show file").what, ScriptOccurrence::Kind::File);
+  EXPECT_EQ(Only<ShowAction>("device 12 show settings").what, ScriptOccurrence::Kind::Settings);
+  EXPECT_EQ(Only<ShowAction>("device 12 show counts").what, ScriptOccurrence::Kind::Counts);
 }
 
 TEST(AVariableAction, SaysWhatComesOrGoes) {
@@ -115,8 +115,8 @@ TEST(AFlagAction, SaysWhatTheFlagBecomes) {
 }
 
 TEST(VariablesAndStates, CanBeShownAndExpected) {
-  EXPECT_EQ(Only<ShowAction>("show variables").what, ShowAction::What::Variables);
-  EXPECT_EQ(Only<ShowAction>("show state kitchen").what, ShowAction::What::State);
+  EXPECT_EQ(Only<ShowAction>("show variables").what, ScriptOccurrence::Kind::Variables);
+  EXPECT_EQ(Only<ShowAction>("show state kitchen").what, ScriptOccurrence::Kind::State);
   EXPECT_EQ(Only<ShowAction>("show state kitchen").driverId, 12ul);
   const ExpectAction flag = Only<ExpectAction>("expect flag 5 7 is true");
   EXPECT_EQ(flag.subject, ExpectAction::Subject::Flag);
@@ -184,7 +184,7 @@ TEST(ADevice, GoesOnAndOffLineByACommandThatHasToSucceed) {
     EXPECT_EQ(action.parameters[0].name, "online");
     EXPECT_EQ(action.parameters[0].value, online ? "true" : "false");
   }
-  EXPECT_EQ(Only<ShowAction>("device kitchen show daemon").what, ShowAction::What::Daemon);
+  EXPECT_EQ(Only<ShowAction>("device kitchen show daemon").what, ScriptOccurrence::Kind::Daemon);
 }
 
 // Lines that have no form of the language. ScriptFormTest has the messages as such.
@@ -271,7 +271,7 @@ TEST(AWordThatMeansNothing, IsRefusedWithWhatIsAllowed) {
   EXPECT_THAT(ErrorOf("flag 5 x true"), HasSubstr("ID is \"x\""));
   EXPECT_THAT(ErrorOf("expect flag x 7 is true"), HasSubstr("DEVICE is \"x\""));
   EXPECT_THAT(ErrorOf("show state cellar"), HasSubstr("there is no driver \"cellar\""));
-  EXPECT_THAT(ErrorOf("expect reply matches '['"), HasSubstr("\"[\" is no extended regular expression"));
+  EXPECT_THAT(ErrorOf("expect reply matches '['"), HasSubstr("\"[\" is not an extended regular expression"));
   EXPECT_THAT(ErrorOf("expect reply golden no/such"), HasSubstr("cannot read \"no/such\""));
 }
 

@@ -34,6 +34,22 @@ TEST(AProgram, CanBeRunWhenItIsThereAndExecutable) {
   EXPECT_EQ(ErrorOfProgram("./text", folder.Path()), "cannot run \"./text\": Permission denied");
 }
 
+TEST(ARun, IsAFailureUnlessItEndsWithStatusZeroInTimeAndSpace) {
+  ProgramRun run;
+  run.words = {"sh", "-c", "x"};
+  const auto check = [&run](const ProgramResult& result) { return ErrorOf([&] { CheckRun(run, result); }); };
+  ProgramResult result;
+  EXPECT_EQ(check(result), "");
+  result.exitStatus = 3;
+  EXPECT_EQ(check(result), "sh ended with status 3");
+  result.signal = 9;
+  EXPECT_EQ(check(result), "sh was ended by signal 9");
+  result.tooLong = true;
+  EXPECT_EQ(check(result), "sh was ended because it wrote more than 16777216 bytes");
+  result.late = true;
+  EXPECT_EQ(check(result), "sh was ended because it took longer than 60 seconds");
+}
+
 TEST(AnAddress, IsPutInWhereverItStandsInAWord) {
   const auto address = [](const std::string& driver) { return "<" + driver + ">"; };
   EXPECT_EQ(WithAddresses("a{address:k}b{address:7}", address), "a<k>b<7>");

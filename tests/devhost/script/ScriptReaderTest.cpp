@@ -50,12 +50,13 @@ TEST(AScript, IsReadLineByLineWithItsLineNumbers) {
   Action action;
   ASSERT_TRUE(reader.Next(action));
   EXPECT_EQ(std::get<PrintAction>(action).text, "a");
-  EXPECT_EQ(reader.Position(), "a.devhost:3");
+  EXPECT_EQ(reader.Place().text, "a.devhost:3");
+  EXPECT_EQ(reader.Place().line, 3u);
   ASSERT_TRUE(reader.Next(action));
   EXPECT_TRUE(std::holds_alternative<RestartAction>(action));
-  EXPECT_EQ(reader.Line(), 4u);
+  EXPECT_EQ(reader.Place().line, 4u);
   ASSERT_TRUE(reader.Next(action));
-  EXPECT_EQ(reader.Line(), 5u);
+  EXPECT_EQ(reader.Place().line, 5u);
   EXPECT_FALSE(reader.Next(action));
 }
 
@@ -89,7 +90,7 @@ TEST(AWrongLine, IsNamedWithoutTheSecretThatItSpills) {
   EXPECT_EQ(ErrorOf("command SetSetting name=communityRead " + spilt),
             "a.devhost:1: the parameter \"*****...\" (300 bytes) has no value: write NAME=VALUE, or NAME= for an empty one");
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches \"ab\\tcdSECRET(\""),
-              testing::AllOf(HasSubstr("\"*****\" is no extended"), testing::Not(HasSubstr("SECRET"))));
+              testing::AllOf(HasSubstr("\"*****\" is not an extended"), testing::Not(HasSubstr("SECRET"))));
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead SECRET x"),
               testing::AllOf(HasSubstr("is followed by \"*****\"; allowed: "), testing::Not(HasSubstr("SECRET"))));
   EXPECT_THAT(ErrorOf("expect setting kitchen communityRead matches SECRET x"),

@@ -37,8 +37,13 @@ TEST(AMasker, HidesACommandsSecretsAndNothingElse) {
   EXPECT_EQ(masker.CommandParameters(name), name);
   const Parameters inlined = {{"xml", "<a><community>hidden</community></a>"}};
   EXPECT_EQ(masker.CommandParameters(inlined), (Parameters{{"xml", "<a><community>*****</community></a>"}}));
-  const Parameters file = {{"xml", "@community.xml"}};
-  EXPECT_EQ(masker.CommandParameters(file), file);
+  const Parameters at = {{"community", "@hidden"}};
+  EXPECT_EQ(masker.CommandParameters(at), (Parameters{{"community", "*****"}}));
+}
+
+TEST(AMasker, HidesTheSecretsOfAConfiguration) {
+  EXPECT_EQ(Masker(false).ConfigText("# rocommunity hidden\n\nrwcommunity hidden default\nsysName a"),
+            "# rocommunity *****\n\nrwcommunity ***** default\nsysName a");
 }
 
 TEST(AMasker, HidesASecretAndShowsWhenItIsEmpty) {
@@ -67,7 +72,7 @@ TEST(AMasker, ThatWasAskedToShowSecretsHidesNothing) {
   EXPECT_EQ(masker.Text("rocommunity hidden"), "rocommunity hidden");
   EXPECT_EQ(masker.Secret("hidden"), "hidden");
   EXPECT_EQ(masker.Xml("<community>hidden</community>"), "<community>hidden</community>");
-  EXPECT_EQ(masker.ConfigLine("rocommunity hidden"), "rocommunity hidden");
+  EXPECT_EQ(masker.ConfigText("rocommunity hidden"), "rocommunity hidden");
   EXPECT_EQ(masker.CommandParameters({{"community", "hidden"}}), (Parameters{{"community", "hidden"}}));
   EXPECT_EQ(masker.CommandLine({"snmpget", "-c", "hidden"}), "snmpget -c hidden");
 }

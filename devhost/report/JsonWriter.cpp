@@ -1,0 +1,129 @@
+#include "devhost/report/JsonWriter.h"
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace devhost {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// How a kind is called, and its text.
+struct Names {
+  const char* kind;
+  const char* text;  // "" when the kind has none
+};
+
+Names NamesOf(Occurrence::Kind kind) {
+  using Kind = Occurrence::Kind;
+  static const std::map<Kind, Names> kNames = {
+      {Kind::Load, {"load", "module"}},       {Kind::Unload, {"unload", "module"}},
+      {Kind::Command, {"command", ""}},       {Kind::Reply, {"reply", "xml"}},
+      {Kind::Event, {"event", ""}},           {Kind::Notification, {"notification", "xml"}},
+      {Kind::Log, {"log", "text"}},           {Kind::Invalidate, {"invalidate", ""}},
+      {Kind::Manners, {"manners", "text"}},   {Kind::Failure, {"error", "text"}},
+      {Kind::StateProblem, {"error", "text"}}};
+  return kNames.at(kind);
+}
+
+Names NamesOf(ScriptOccurrence::Kind kind) {
+  using Kind = ScriptOccurrence::Kind;
+  static const std::map<Kind, Names> kNames = {
+      {Kind::Restart, {"restart", ""}},  {Kind::Command, {"command", ""}},      {Kind::Flag, {"flag", ""}},
+      {Kind::File, {"file", "text"}},    {Kind::Settings, {"settings", "xml"}}, {Kind::Counts, {"counts", "xml"}},
+      {Kind::Daemon, {"daemon", "xml"}}, {Kind::State, {"state", "xml"}},       {Kind::Variables, {"variables", ""}},
+      {Kind::Run, {"run", "text"}},      {Kind::Output, {"output", "text"}},    {Kind::Print, {"print", "text"}},
+      {Kind::Error, {"error", "text"}},  {Kind::Expect, {"expect", "text"}}};
+  return kNames.at(kind);
+}
+
+// A parameter of an event may stand several times: it has a list of its values then. There may be very many of them, which
+// an ordered object would look through for each one that is added.
+Json Object(const Parameters& parameters) {
+  nlohmann::json object = nlohmann::json::object();
+  for (const auto& [name, value] : parameters) {
+    nlohmann::json& values = object[name];
+    if (values.is_null()) {
+      values = value;
+    } else if (values.is_array()) {
+      values.push_back(value);
+    } else {
+      values = {values, value};
+    }
+  }
+  return object;
+}
+
+// What both sorts of occurrence have.
+template <class Any>
+Json Fields(std::size_t number, const Any& occurrence, const Where& where) {
+  const Names names = NamesOf(occurrence.kind);
+  Json line = {{"n", number}};
+  if (where.line != 0) {
+    line["line"] = where.line;
+  }
+  line["kind"] = names.kind;
+  if (!occurrence.driverName.empty()) {
+    line["driver"] = occurrence.driverName;
+    line["driverId"] = occurrence.driverId;
+  }
+  if (!occurrence.call.empty()) {
+    line["call"] = occurrence.call;
+  }
+  if (occurrence.kind == Any::Kind::Command) {
+    line["name"] = occurrence.name;
+    line["parameters"] = Object(occurrence.parameters);
+  }
+  if (*names.text != '\0') {
+    line[names.text] = occurrence.text;
+  }
+  return line;
+}
+
+void Write(Output& output, const Json& line) {
+  output.Write(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
+}  // namespace
+
+void JsonWriter::Report(const Occurrence& occurrence, const Where& where) {
+  Json line = Fields(++m_count, occurrence, where);
+  if (occurrence.kind == Occurrence::Kind::Event) {
+    line["name"] = occurrence.name;
+    line["parameters"] = Object(occurrence.parameters);
+  } else if (occurrence.kind == Occurrence::Kind::Log) {
+    line["level"] = occurrence.level;
+  }
+  if (!occurrence.candidates.empty()) {
+    line["candidates"] = occurrence.candidates;
+  }
+  Write(m_output, line);
+}
+
+void JsonWriter::Report(const ScriptOccurrence& occurrence, const Where& where) {
+  using Kind = ScriptOccurrence::Kind;
+  Json line = Fields(++m_count, occurrence, where);
+  if (occurrence.kind == Kind::Flag) {
+    const VariableEntry& variable = occurrence.variables.at(0);
+    line["deviceId"] = variable.deviceId;
+    line["variableId"] = variable.variableId;
+    line["trapEnabled"] = variable.trapEnabled;
+  } else if (occurrence.kind == Kind::Variables) {
+    Json& variables = line["variables"] = Json::array();
+    for (const VariableEntry& variable : occurrence.variables) {
+      variables.push_back({{"deviceId", variable.deviceId},
+                           {"variableId", variable.variableId},
+                           {"name", variable.name},
+                           {"user", variable.user},
+                           {"hidden", variable.hidden},
+                           {"trapEnabled", variable.trapEnabled}});
+    }
+  } else if (occurrence.kind == Kind::Expect) {
+    line["details"] = occurrence.details;
+  }
+  Write(m_output, line);
+}
+
+}  // namespace devhost
