@@ -276,7 +276,7 @@ TEST(AWordThatMeansNothing, IsRefusedWithWhatIsAllowed) {
 }
 
 TEST(AnExpectedFile, IsARegularFile) {
-  EXPECT_EQ(ErrorOf("expect file kitchen golden /dev/null"), "cannot read \"/dev/null\": it is no regular file");
+  EXPECT_EQ(ErrorOf("expect file kitchen golden /dev/null"), "cannot read \"/dev/null\": it is not a regular file");
 }
 
 TEST(EveryAction, HasAFormOfItsOwnAndAMeaning) {

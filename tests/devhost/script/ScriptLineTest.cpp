@@ -123,7 +123,7 @@ TEST(APath, IsReadableAsTheLineNeedsIt) {
   const Line line("send", "send");
   EXPECT_EQ(ErrorOf([&] { line.Get().Path("/dev/null", WhyUnreadable); }), "");
   EXPECT_EQ(ErrorOf([&] { line.Get().Path("/dev/null", WhyNoRegularFile); }),
-            "cannot read \"/dev/null\": it is no regular file");
+            "cannot read \"/dev/null\": it is not a regular file");
 }
 
 }  // namespace
