@@ -69,7 +69,7 @@ TEST(AFileThatCannotBeRead, IsNamedWithTheReason) {
 
 TEST(AFileThatNeverEnds, IsRefused) {
   const FileDescriptor zero(::open("/dev/zero", O_RDONLY | O_CLOEXEC));
-  EXPECT_EQ(ErrorOf(ReadDescriptorText, zero.Get(), "zero", 100000),
+  EXPECT_EQ(ErrorOf(ReadDescriptorText, zero.Get(), "zero", std::size_t{100000}),
             "cannot read \"zero\": it is larger than the 100000 bytes that are allowed");
 }
 
@@ -79,7 +79,7 @@ TEST(AFileOfTheLargestSize, IsRead) {
   folder.Write("b", "123456");
   const FileDescriptor open(::open(folder.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   EXPECT_EQ(ReadRegularFileAt(open.Get(), "a", 5), "12345");
-  EXPECT_THAT(ErrorOf(ReadRegularFileAt, open.Get(), "b", 5), HasSubstr("larger"));
+  EXPECT_THAT(ErrorOf(ReadRegularFileAt, open.Get(), "b", std::size_t{5}), HasSubstr("larger"));
 }
 
 TEST(AskingWhyAFileIsUnreadable, LeavesAPipeAlone) {
