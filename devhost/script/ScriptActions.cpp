@@ -23,6 +23,7 @@ using Comparison = ExpectAction::Comparison;
 
 void RefuseDoubleNames(const std::vector<ScriptParameter>& parameters) {
   std::vector<std::string> names;
+  names.reserve(parameters.size());
   for (const ScriptParameter& parameter : parameters) {
     names.push_back(parameter.name);
   }
