@@ -19,16 +19,19 @@ using testing::IsEmpty;
 class Line {
  public:
   Line(const std::string& synopsis, const std::string& text)
-      : m_action{synopsis.c_str(), "", "", nullptr}, m_words(SplitWords(text)), m_form(synopsis, m_action) {}
+      : m_synopsis(synopsis),
+        m_action{m_synopsis.c_str(), "", "", nullptr},
+        m_words(SplitWords(text)),
+        m_form(m_synopsis, m_action) {}
   ScriptLine Get() const { return {m_words, m_form, folder.Path(), m_names}; }
 
   const testsupport::ScratchFolder folder;
 
  private:
+  const std::string m_synopsis;
   const ActionForm m_action;
   const std::vector<std::string> m_words;
   const ScriptForm m_form;
-  const std::string m_folder;
   const DriverNames m_names{{{1, "agent", "", ""}, {12, "kitchen", "", ""}}};
 };
 
