@@ -105,7 +105,7 @@ TEST_F(ACage, HoldsAgainstFoldersWithABlankBehindThem) {
 TEST_F(ACage, HoldsAgainstLongPaths) {
   const std::string name = "bad.conf";
   std::string file;
-  for (const std::size_t size : {1023, 4094, 4095, 4096}) {
+  for (const std::size_t size : {1023U, 4094U, 4095U, 4096U}) {
     const std::string way = folder.Path("");
     file += "includeFile " + way + std::string(size - way.size() - name.size(), '/') + name + std::string(50, 'x') + "\n";
   }

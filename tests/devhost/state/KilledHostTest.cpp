@@ -79,11 +79,12 @@ std::string FlagOfAll(const std::string& path) {
   return flag;
 }
 
-void Kill(pid_t child) {
+// False when the program had ended by itself before.
+bool Kill(pid_t child) {
   ::kill(child, SIGKILL);
   int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFSIGNALED(status)) << "the program ended by itself, with status " << WEXITSTATUS(status);
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  return WIFSIGNALED(status);
 }
 
 // How long it takes from the start of the program to its first state, here and now.
@@ -95,7 +96,7 @@ std::chrono::microseconds TimeToFirstState(const std::string& folder) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   const Clock::time_point end = Clock::now();
-  Kill(child);
+  EXPECT_TRUE(Kill(child)) << "the program ended while it had much to do";
   return std::chrono::duration_cast<std::chrono::microseconds>(end - start);
 }
 
@@ -109,18 +110,21 @@ TEST(AHostThatIsKilledAtAnyMoment, LeavesTheOldOrTheNewState) {
   std::uniform_int_distribution<int> moment(0, static_cast<int>(2 * first.count()));
   int kept = 0;
   int interrupted = 0;
-  for (int kill = 0; kill != 110; ++kill) {
+  int kills = 0;
+  // On a busy machine the first run may have taken so long that later ones end before their moment: those do not count.
+  for (int run = 0; kills != 110 && run != 1000; ++run) {
     const pid_t child = Spawn(folder.Path());
     ASSERT_GT(child, 0);
     // Not a wait for something: the moment is what the test is about.
     std::this_thread::sleep_for(std::chrono::microseconds(moment(random)));
-    Kill(child);
+    kills += Kill(child) ? 1 : 0;
     const bool half = std::filesystem::exists(folder.Path("s/driver-1.xml.new"));
     const std::string flag = FlagOfAll(folder.Path("s/driver-1.xml"));
-    ASSERT_FALSE(HasFailure()) << "after kill " << kill;
+    ASSERT_FALSE(HasFailure()) << "in run " << run;
     kept += flag.empty() ? 0 : 1;
     interrupted += half ? 1 : 0;
   }
+  EXPECT_EQ(kills, 110);
   std::cout << first.count() << " us to the first state, " << kept << " states found, " << interrupted
             << " writes interrupted\n";
   EXPECT_GT(kept, 50);
