@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "devhost/driver/ModuleSymbols.h"
+
 namespace devhost {
 namespace {
 
@@ -43,7 +45,10 @@ DriverModule::DriverModule(const std::string& path) : m_path(path.find('/') == s
   CheckIsFile(m_path);
   m_handle = dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (m_handle == nullptr) {
-    throw ModuleError("module \"" + m_path + "\" cannot be loaded: " + LoaderMessage(m_path));
+    const std::string message = LoaderMessage(m_path);
+    const std::string mismatch = LibraryMismatchIn(message);
+    throw ModuleError("module \"" + m_path +
+                      "\" cannot be loaded: " + (mismatch.empty() ? message : mismatch + " (" + message + ")"));
   }
   try {
     Open();
@@ -60,6 +65,10 @@ DriverModule::~DriverModule() {
 }
 
 void DriverModule::Open() {
+  const std::string mismatch = LibraryMismatch(SymbolsTaken(m_handle));
+  if (!mismatch.empty()) {
+    throw ModuleError("module \"" + m_path + "\" cannot be loaded: " + mismatch);
+  }
   void* const function = RequiredSymbol("GetCreationFunc");
   const void* const version = RequiredSymbol("versionString");
   // The one conversion from a data to a function pointer that POSIX defines is through the pointer's bytes.
