@@ -37,6 +37,21 @@ class Walk {
   std::size_t m_open = 0;
 };
 
+// Whether the text begins with the byte order mark of UTF-16, or with ASCII characters in it.
+bool IsUtf16(std::string_view text) {
+  constexpr std::size_t kEnough = 32;
+  constexpr std::size_t kFewest = 4;
+  if (text.substr(0, 2) == "\xFF\xFE" || text.substr(0, 2) == "\xFE\xFF") {
+    return true;
+  }
+  std::size_t zeros[2] = {0, 0};
+  const std::size_t count = std::min(text.size() & ~std::size_t{1}, kEnough);
+  for (std::size_t at = 0; at != count; ++at) {
+    zeros[at % 2] += text[at] == '\0' ? 1 : 0;
+  }
+  return count >= kFewest && std::min(zeros[0], zeros[1]) == 0 && std::max(zeros[0], zeros[1]) == count / 2;
+}
+
 // A file that was edited elsewhere may end its lines with a carriage return.
 std::string_view WithoutReturn(std::string_view line) {
   return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
@@ -98,6 +113,10 @@ std::string_view TrimmedView(std::string_view text) {
 
 Layout LayOut(std::string_view text) {
   Layout layout;
+  layout.isUtf16 = IsUtf16(text);
+  if (layout.isUtf16) {
+    return layout;
+  }
   Walk walk;
   HeaderSearch header;
   TrailerWalk trailer(layout);
@@ -114,7 +133,7 @@ Layout LayOut(std::string_view text) {
       layout.firstStart = number;
       layout.header = number - header.Length();
     }
-    header.Step(lines.Line());
+    header.Step(number == 1 ? WithoutByteOrderMark(lines.Line()) : lines.Line());
   }
   layout.unclosed = walk.Open();
   if (!layout.IsReplaced()) {

@@ -21,6 +21,12 @@ inline bool Contains(std::string_view text, std::string_view part) {
 // Without white space at both ends.
 std::string_view TrimmedView(std::string_view text);
 
+// Without the UTF-8 byte order mark that some editors put in front of a text.
+inline std::string_view WithoutByteOrderMark(std::string_view text) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  return text.substr(text.substr(0, kMark.size()) == kMark ? kMark.size() : 0);
+}
+
 // Where things are in the whole text; lines are counted from 1, and 0 means that there is none.
 struct Layout {
   std::size_t firstStart = 0;  // the first line with the start marker
@@ -34,6 +40,7 @@ struct Layout {
   std::size_t header = 0;
   // The last line of the trailer; without it, the end marker's own line.
   std::size_t trailer = 0;
+  bool isUtf16 = false;  // nothing else is known of such a text
 
   // The next write replaces a section. Otherwise it puts a new one above everything.
   bool IsReplaced() const { return firstStart != 0 && firstEnd != 0; }

@@ -17,7 +17,7 @@ bool HasEnd(const Sight& sight) {
 }
 
 bool IsBlank(const Sight& sight) {
-  return TrimmedView(sight.line.text).empty();
+  return TrimmedView(WithoutByteOrderMark(sight.line.text)).empty();
 }
 
 // A setting for which the daemon uses the last line.

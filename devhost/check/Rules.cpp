@@ -27,7 +27,7 @@ bool IsSectionSetting(std::string_view keyword) {
 void Remember(const Sight& sight, History& history) {
   const ConfigLine& line = sight.line;
   history.hasNul = history.hasNul || Contains(line.text, std::string_view("\0", 1));
-  if (history.firstText == 0 && !TrimmedView(line.text).empty()) {
+  if (history.firstText == 0 && !TrimmedView(WithoutByteOrderMark(line.text)).empty()) {
     history.firstText = line.number;
   }
   if (!line.setting) {
@@ -52,7 +52,7 @@ void Remember(const Sight& sight, History& history) {
 const std::vector<Rule>& Rules() {
   static const std::vector<Rule> rules = [] {
     std::vector<Rule> all;
-    for (const auto& some : {MarkerRules(), ReaderRules(), CommunityRules(), TrapRules(), ValueRules()}) {
+    for (const auto& some : {MarkerRules(), ReaderRules(), CommunityRules(), TrapRules(), ValueRules(), EncodingRules()}) {
       all.insert(all.end(), some.begin(), some.end());
     }
     return all;
@@ -72,7 +72,8 @@ std::vector<std::string> RuleNames() {
 void JudgeText(std::string_view text, Report& report) {
   const Layout layout = LayOut(text);
   History history;
-  ForEachLine(text, [&](const ConfigLine& line) {
+  // Cut into lines at bytes, such a text makes no sense.
+  ForEachLine(layout.isUtf16 ? std::string_view() : text, [&](const ConfigLine& line) {
     const ReadBack read = line.IsInside() ? ReadLineBack(line.text) : ReadBack();
     const std::string grantKey = line.setting ? GrantKey(*line.setting) : "";
     const std::optional<Sink> sink = line.setting ? ReadSink(*line.setting) : std::nullopt;

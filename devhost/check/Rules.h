@@ -77,6 +77,7 @@ std::vector<Rule> ReaderRules();
 std::vector<Rule> CommunityRules();
 std::vector<Rule> TrapRules();
 std::vector<Rule> ValueRules();
+std::vector<Rule> EncodingRules();
 
 // All of them, in the order of the page.
 const std::vector<Rule>& Rules();

@@ -31,13 +31,6 @@ bool IsTime(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-void JudgeNul(const Sight& sight, Report& report) {
-  if (!sight.above.hasNul && Contains(sight.line.text, std::string_view("\0", 1))) {
-    report.Add("a NUL byte: this is not a text file, and the daemon reads the line only up to it",
-               "rewrite the file as plain text");
-  }
-}
-
 void JudgeHash(const Sight& sight, Report& report) {
   if (!IsAgentKeyword(sight.Keyword()) || sight.line.setting->rest.substr(0, 1) != "#") {
     return;
@@ -95,7 +88,6 @@ std::vector<Rule> ValueRules() {
       {"value-missing", S::Error, JudgeMissingValue},
       {"text-too-long", S::Error, JudgeTextLength},
       {"agentx-timeout", S::Error, JudgeAgentXTimeout},
-      {"nul-byte", S::Error, JudgeNul},
   };
 }
 

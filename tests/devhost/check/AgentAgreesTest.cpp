@@ -5,6 +5,8 @@
 #include "config/SectionMerge.h"
 #include "config/SectionWriter.h"
 #include "devhost/commands/Findings.h"
+#include "devhost/xml/XmlReader.h"
+#include "host/H7XML.h"
 #include "tests/devhost/check/Examples.h"
 #include "tests/devhost/check/Held.h"
 
@@ -40,6 +42,20 @@ TEST(ASaneSection, WithCarriageReturnsIsStillSeenAsTheAgents) {
   for (const char* rule : {"text-above-section", "line-after-trailer"}) {
     EXPECT_TRUE(LinesFound(rule, text).empty()) << rule;
   }
+}
+
+TEST(ASaneSection, ThatAnotherEditorSavedIsStillSeenAsTheAgents) {
+  managed_section::Settings settings;
+  settings.communityRead = "reader";
+  settings.sysName = "box";
+  std::string text = "\xEF\xBB\xBF";
+  for (const char c : managed_section::Write(managed_section::FixedTexts(), settings, "now")) {
+    text += c == '\n' ? "\r\n" : std::string(1, c);
+  }
+  EXPECT_TRUE(LinesFound("text-above-section", text).empty());
+  EXPECT_EQ(LinesFound("byte-order-mark", text), std::vector<std::size_t>{1});
+  EXPECT_EQ(managed_section::Merge("NEW SECTION\n", text + "\r\nrouser  boss\n"), "NEW SECTION\n\nrouser  boss\n");
+  EXPECT_EQ(LinesFound("text-above-section", "\xEF\xBB\xBFsysServices  72\n" + text).size(), 1u);
 }
 
 // Rule by rule, with the examples: the next write does what the finding says.
@@ -126,6 +142,19 @@ TEST(TheReader, CutsAtSpacesAlone) {
 
 TEST(TheReader, KeepsACarriageReturnOfAnAgentXValue) {
   EXPECT_EQ(Held("agentXTimeout  6\r").Value("agentXTimeout"), "6\r");
+}
+
+TEST(TheReader, PassesBytesThatTheToolCannotGet) {
+  const std::string contact = Held("sysContact  M\xFCller").Value("sysContact");
+  EXPECT_EQ(contact, "M\xFCller");
+  const auto sent = H7XML::CreateXmlNode("snmpSysContactSetting", contact);
+  EXPECT_EQ(XmlText(*sent, XmlStyle::Compact), "<snmpSysContactSetting>M\xEF\xBF\xBDller</snmpSysContactSetting>");
+}
+
+TEST(TheReader, DoesNotJoinLines) {
+  Held held("sysContact  Ada\\\nsysName  box");
+  EXPECT_EQ(held.Value("sysContact"), "Ada\\");
+  EXPECT_EQ(held.Value("sysName"), "box");
 }
 
 TEST(TheReader, TakesTheFirstOfTwo) {

@@ -281,6 +281,62 @@ TEST(TheDaemon, UsesTheLastAgentXTimeout) {
   EXPECT_NE(failure.error, "timeout");
 }
 
+TEST(TheDaemon, DoesNotKnowADirectiveBehindAByteOrderMark) {
+  const ServedFile daemon(Example("byte-order-mark"));
+  EXPECT_TRUE(daemon.ShutsOut("reader"));
+  EXPECT_TRUE(daemon.Says("line 1: Warning: Unknown token")) << daemon.Log();
+  const ServedFile comment("\xEF\xBB\xBF# A comment.\nrocommunity  reader\n");
+  EXPECT_TRUE(comment.Says("line 1: Warning: Unknown token")) << comment.Log();
+  EXPECT_TRUE(comment.LetsIn("reader"));
+  EXPECT_TRUE(ServedFile(NearMiss("byte-order-mark")).LetsIn("reader"));
+}
+
+TEST(TheDaemon, FindsNoDirectiveInUtf16) {
+  const std::string little = Example("utf-16");
+  std::string big;
+  for (std::size_t at = 2; at + 1 < little.size(); at += 2) {
+    big += {little[at + 1], little[at]};
+  }
+  EXPECT_EQ(LinesFound("utf-16", big), std::vector<std::size_t>{0});
+  for (const std::string& text : {little, big}) {
+    const ServedFile daemon(text, ServedFile::Asker::None);
+    EXPECT_TRUE(daemon.Says("no access control information configured")) << daemon.Log();
+    EXPECT_EQ(daemon.As("reader").GetNothing(e2e::kSysName).error, "timeout");
+  }
+  EXPECT_TRUE(ServedFile(NearMiss("utf-16")).LetsIn("reader"));
+}
+
+TEST(TheDaemon, KnowsACommunityByItsBytes) {
+  const ServedFile daemon(Example("not-utf-8"));
+  EXPECT_TRUE(daemon.LetsIn("gr\xFCn"));
+  EXPECT_TRUE(daemon.ShutsOut("gr\xC3\xBCn"));
+  EXPECT_TRUE(ServedFile(NearMiss("not-utf-8")).LetsIn("gr\xC3\xBCn"));
+}
+
+TEST(TheDaemon, DoesNotEndALineAtACarriageReturn) {
+  EXPECT_TRUE(ServedFile(Example("carriage-return-in-line")).ShutsOut("reader"));
+  EXPECT_TRUE(ServedFile(NearMiss("carriage-return-in-line")).LetsIn("reader"));
+  const ServedFile one("rocommunity  127.0.0.1\rrocommunity  reader\r\n");
+  EXPECT_TRUE(one.ShutsOut("reader"));
+}
+
+TEST(TheDaemon, DoesNotJoinALineThatEndsInABackslash) {
+  const ServedFile daemon("sysContact  Ada \\\n  Lovelace\nsysLocation  Attic \\\nrocommunity  reader\n");
+  EXPECT_EQ(daemon.Value(e2e::kSysContact), "Ada \\");
+  EXPECT_EQ(daemon.Value(e2e::kSysLocation), "Attic \\");
+  EXPECT_TRUE(daemon.LetsIn("reader"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: Blank line following Lovelace token")) << daemon.Log();
+  EXPECT_TRUE(ServedFile(Example("backslash-at-line-end")).Says("line 6: Error: Blank line following hello token"));
+}
+
+// Nothing to report: the daemon takes these as they are meant.
+TEST(TheDaemon, ReadsALastLineWithoutLineFeedAndALineOfAnyLength) {
+  const std::string text = "# " + std::string(100000, 'x') + "\nview  all  included  .1\nsysName  box\nsysContact  Ada";
+  EXPECT_EQ(ServedFile("rocommunity  reader\n" + text).Value(e2e::kSysName), "box");
+  const ServedFile daemon("rocommunity  asker\n" + text, ServedFile::Asker::None);
+  EXPECT_EQ(daemon.Value(e2e::kSysContact), "Ada");
+}
+
 TEST(TheDaemon, ReadsALineUpToANulByte) {
   EXPECT_TRUE(ServedFile(Example("nul-byte")).LetsIn("rea"));
 }

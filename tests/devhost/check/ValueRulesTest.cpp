@@ -15,10 +15,6 @@ TEST(AnAgentXTimeout, IsANumberPerhapsWithAUnit) {
   }
 }
 
-TEST(ANulByte, IsReportedOnce) {
-  EXPECT_EQ(LinesFound("nul-byte", std::string("a\0\nb\0\n", 6)), std::vector<std::size_t>{1});
-}
-
 TEST(ALineThatTheDaemonRejects, IsKnown) {
   for (const std::string& line : {std::string("sysName"), std::string("sysName  #1"), "sysName  " + std::string(256, 'x'),
                                   std::string("agentXTimeout  soon")}) {
