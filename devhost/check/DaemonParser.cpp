@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "devhost/check/Rules.h"
 #include "devhost/secrets/Secrets.h"
 #include "devhost/snmpd/DaemonOutput.h"
 #include "devhost/snmpd/LineCutter.h"
-#include "devhost/system/PrivateFolder.h"
+#include "devhost/system/MemoryFile.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
 
@@ -43,7 +44,9 @@ std::string Masked(std::string words, std::string_view line) {
 }
 
 // What the daemon says about the file. Throws ProgramError, also when the daemon does not end by itself.
-std::string Parse(const std::string& program, const std::string& path, const std::string& home) {
+std::string Parse(const std::string& program, const std::string& path) {
+  // It has no place for files of its own: what it would store there are users and passphrases.
+  const std::string home = "/dev/null/none";
   ProgramRun run;
   // The address cannot be opened: the daemon ends when it has read everything.
   run.words = {program, "-f", "-Le", "-C", "-c", path, "-m", "", "-M", "", "-I", "-smux", "-r", "bogus:x"};
@@ -68,28 +71,29 @@ std::string AskDaemon(const std::string& path, const std::string& text, Report& 
            "; install the package snmpd, or leave --daemon out";
   }
   try {
-    const PrivateFolder home;
     // Commas separate files for the daemon.
-    const bool readable = !path.empty() && path.find(',') == std::string::npos;
-    const std::string file = readable ? std::filesystem::absolute(path).string() : home.Write("checked.conf", text);
+    const std::string own = path.empty() ? "" : std::filesystem::absolute(path).string();
+    const bool isReadable = !own.empty() && own.find(',') == std::string::npos;
+    const MemoryFile copy(isReadable ? std::string_view() : text);
+    const std::string file = isReadable ? own : copy.Path();
     std::vector<std::string_view> lines;
     for (LineCutter cutter(text); cutter.Next();) {
       lines.push_back(cutter.Line());
     }
-    for (const Complaint& complaint : ReadDaemonOutput(Parse(program, file, home.Path())).complaints) {
-      const bool own = complaint.file == file;
-      const bool hasLine = own && complaint.line != 0 && complaint.line <= lines.size();
+    for (const Complaint& complaint : ReadDaemonOutput(Parse(program, file)).complaints) {
+      const bool isOwn = complaint.file == file;
+      const bool hasLine = isOwn && complaint.line != 0 && complaint.line <= lines.size();
       const std::string said =
           report.ShowsSecrets() ? complaint.text : Masked(complaint.text, hasLine ? lines[complaint.line - 1] : "");
-      report.Begin(kDaemonRule, Severity::Error, own ? complaint.line : 0);
+      report.Begin(kDaemonRule, Severity::Error, isOwn ? complaint.line : 0);
       report.Add(
-          "the daemon says: " + (own ? "" : OneLine(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +
+          "the daemon says: " + (isOwn ? "" : OneLine(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +
               complaint.kind + ": " + said,
           "fix the line; snmpd.conf(5) describes what it may hold");
     }
   } catch (const ProgramError& error) {
     return OneLine(error.what());
-  } catch (const FolderError& error) {
+  } catch (const std::system_error& error) {
     return OneLine(error.what());
   }
   return "";

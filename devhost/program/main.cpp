@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include "devhost/commands/Commands.h"
@@ -16,20 +17,48 @@ void OccupyStandardDescriptors() {
   }
 }
 
-// A reader that goes away makes writing fail instead of ending the process with drivers loaded. Programs that drivers start
-// do not inherit a handler, as they would inherit "ignore".
-void SurviveClosedPipes() {
+// Ends the process by this signal once its handler has returned, so that a shell sees it.
+void EndBy(int signal) {
+  ::signal(signal, SIG_DFL);
+  ::raise(signal);
+}
+
+// A reader that goes away makes writing fail instead of ending the process with drivers loaded. The signal that somebody
+// else sends ends the process as any other does.
+void OnClosedPipe(int signal, siginfo_t* info, void*) {
+  if (info->si_pid != ::getpid()) {
+    EndBy(signal);
+  }
+}
+
+// No core file: it would hold all secrets. Whoever examines a driver gets one from SIGABRT.
+void OnQuit(int signal) {
+  ::prctl(PR_SET_DUMPABLE, 0);
+  EndBy(signal);
+}
+
+// All other signals that end a process do so by default, at once. Nothing has to be cleaned up: secrets are in memory only,
+// and programs end with this process (KeptProcess). Programs that drivers start do not inherit a handler, as they would
+// inherit "ignore".
+void HandleSignals() {
   struct sigaction action = {};
-  action.sa_handler = [](int) {};
-  action.sa_flags = SA_RESTART;
+  action.sa_sigaction = OnClosedPipe;
+  action.sa_flags = SA_RESTART | SA_SIGINFO;
   ::sigaction(SIGPIPE, &action, nullptr);
+  struct sigaction quit = {};
+  ::sigaction(SIGQUIT, nullptr, &quit);
+  // A shell's background job ignores it.
+  if (quit.sa_handler != SIG_IGN) {
+    quit.sa_handler = OnQuit;
+    ::sigaction(SIGQUIT, &quit, nullptr);
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
-  SurviveClosedPipes();
+  HandleSignals();
   devhost::Console console(STDOUT_FILENO, STDERR_FILENO);
   return static_cast<int>(devhost::RunCommandLine(argc, argv, console));
 }

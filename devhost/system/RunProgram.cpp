@@ -3,9 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,9 +11,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 #include "devhost/system/FileDescriptor.h"
+#include "devhost/system/KeptProcess.h"
 
 namespace devhost {
 
@@ -51,53 +51,8 @@ std::vector<std::string> Environment(const ProgramRun& run) {
   return variables;
 }
 
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) {
-    pointers.push_back(text.data());
-  }
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-// What is done in the new process before the program takes over.
-class Preparation {
- public:
-  Preparation(const std::string& folder, int output) {
-    ::posix_spawn_file_actions_init(&m_actions);
-    if (!folder.empty()) {
-      ::posix_spawn_file_actions_addchdir_np(&m_actions, folder.c_str());
-    }
-    ::posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    ::posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&m_actions, output, STDERR_FILENO);
-    ::posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
-    ::posix_spawnattr_init(&m_attributes);
-    // It starts as a shell would start it: no signal blocked or ignored, in a group of its own.
-    sigset_t signals;
-    ::sigemptyset(&signals);
-    ::posix_spawnattr_setsigmask(&m_attributes, &signals);
-    ::sigfillset(&signals);
-    ::posix_spawnattr_setsigdefault(&m_attributes, &signals);
-    ::posix_spawnattr_setpgroup(&m_attributes, 0);
-    ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  }
-  ~Preparation() {
-    ::posix_spawn_file_actions_destroy(&m_actions);
-    ::posix_spawnattr_destroy(&m_attributes);
-  }
-  Preparation(const Preparation&) = delete;
-  Preparation& operator=(const Preparation&) = delete;
-  const posix_spawn_file_actions_t* Actions() const { return &m_actions; }
-  const posix_spawnattr_t* Attributes() const { return &m_attributes; }
-
- private:
-  posix_spawn_file_actions_t m_actions = {};
-  posix_spawnattr_t m_attributes = {};
-};
-
-pid_t Spawn(const ProgramRun& run, int output) {
+// Throws ProgramError when the words of the run cannot be started. Returns the program's path.
+std::string ProgramOf(const ProgramRun& run) {
   const std::string name = run.words.empty() ? std::string() : run.words.front();
   const std::string program = FindProgram(name);
   if (program.empty()) {
@@ -108,22 +63,32 @@ pid_t Spawn(const ProgramRun& run, int output) {
       throw ProgramError("cannot run \"" + name + "\": one of its words holds a NUL byte");
     }
   }
-  if (!run.folder.empty() && ::access(run.folder.c_str(), X_OK) != 0) {
-    Refuse("cannot run a program in", run.folder, errno);
-  }
-  std::vector<std::string> words = run.words;
-  std::vector<std::string> variables = Environment(run);
-  const Preparation preparation(run.folder, output);
-  pid_t child = -1;
-  const int error = ::posix_spawn(&child, program.c_str(), preparation.Actions(), preparation.Attributes(),
-                                  Pointers(words).data(), Pointers(variables).data());
-  if (error != 0) {
-    Refuse("cannot run", name, error);
-  }
-  return child;
+  return program;
 }
 
-// One program that runs. It has ended, with its group, when this is gone.
+// None for the current one. Throws ProgramError.
+FileDescriptor OpenFolder(const std::string& folder) {
+  if (folder.empty()) {
+    return FileDescriptor();
+  }
+  FileDescriptor opened(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!opened.IsOpen() || ::access(folder.c_str(), X_OK) != 0) {
+    Refuse("cannot run a program in", folder, errno);
+  }
+  return opened;
+}
+
+std::unique_ptr<KeptProcess> Start(const ProgramRun& run, int output) {
+  const std::string program = ProgramOf(run);
+  const FileDescriptor folder = OpenFolder(run.folder);
+  try {
+    return std::make_unique<KeptProcess>(ProcessImage{program, run.words, Environment(run), folder.Get(), output});
+  } catch (const std::system_error& error) {
+    Refuse("cannot run", run.words.front(), error.code().value());
+  }
+}
+
+// One program that runs. It has ended, with all that it started, when this is gone.
 class Running {
  public:
   Running(const ProgramRun& run, ProgramResult& result) : m_run(run), m_result(result) {
@@ -133,17 +98,13 @@ class Running {
     }
     m_from = FileDescriptor(ends[0]);
     const FileDescriptor to(ends[1]);
-    m_child = Spawn(run, to.Get());
+    m_process = Start(run, to.Get());
     ::fcntl(m_from.Get(), F_SETFL, O_NONBLOCK);
-    m_end = FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, m_child, 0)));
   }
-  ~Running() { End(); }
-  Running(const Running&) = delete;
-  Running& operator=(const Running&) = delete;
 
   void WatchToItsEnd() {
     const Clock::time_point deadline = Clock::now() + m_run.deadline;
-    while (!HasEnded() && !m_result.tooLong) {
+    while (!m_process->WaitForEnd(Milliseconds::zero()) && !m_result.tooLong) {
       const Milliseconds left = std::chrono::ceil<Milliseconds>(deadline - Clock::now());
       if (left <= Milliseconds::zero()) {
         m_result.late = true;
@@ -152,24 +113,19 @@ class Running {
       Wait(left);
       Read();
     }
-    End();
-    // What it had written before its end. Something that has left the group may hold the pipe open, so nobody waits here.
+    m_process->End();
+    // What it had written before its end. A process that cannot be killed may hold the pipe open, so nobody waits here.
     Read();
+    const int status = m_process->WaitStatus().value_or(SIGKILL);
+    m_result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
+    m_result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
   }
 
  private:
-  // Not reaped: as long as it is not, nothing else can have its number, so the group can be killed.
-  bool HasEnded() const {
-    siginfo_t info = {};
-    return ::waitid(P_PID, static_cast<id_t>(m_child), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == m_child;
-  }
-
   void Wait(Milliseconds left) const {
     constexpr Milliseconds kLongest = std::chrono::hours(1);
-    constexpr Milliseconds kTick(10);  // where the system does not report the end of a program
-    const Milliseconds span = std::min(left, m_end.IsOpen() ? kLongest : kTick);
-    struct pollfd watched[] = {{m_atEnd ? -1 : m_from.Get(), POLLIN, 0}, {m_end.Get(), POLLIN, 0}};
-    ::poll(watched, 2, static_cast<int>(span.count()));
+    struct pollfd watched[] = {{m_atEnd ? -1 : m_from.Get(), POLLIN, 0}, {m_process->EndEvent(), POLLIN, 0}};
+    ::poll(watched, 2, static_cast<int>(std::min(left, kLongest).count()));
   }
 
   // Everything that is there now.
@@ -197,24 +153,10 @@ class Running {
     }
   }
 
-  void End() {
-    if (m_child <= 0) {
-      return;
-    }
-    ::kill(-m_child, SIGKILL);
-    int status = 0;
-    while (::waitpid(m_child, &status, 0) < 0 && errno == EINTR) {
-    }
-    m_child = -1;
-    m_result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
-    m_result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-  }
-
   const ProgramRun& m_run;
   ProgramResult& m_result;
   FileDescriptor m_from;
-  FileDescriptor m_end;  // readable when the program has ended; none on a system that has no such thing
-  pid_t m_child = -1;
+  std::unique_ptr<KeptProcess> m_process;
   bool m_atEnd = false;  // of its output
 };
 

@@ -39,8 +39,8 @@ class ProgramError : public std::runtime_error {
 // and /sbin, which PATH often lacks. "" when it is nowhere.
 std::string FindProgram(const std::string& name);
 
-// Runs a program to its end. It reads nothing, and it inherits no descriptor but the standard ones. Nothing that it started
-// in its process group is left when this returns. Throws ProgramError.
+// Runs a program to its end, as a KeptProcess: it reads nothing, it inherits no descriptor but the standard ones, and
+// nothing that it started is left when this returns or when this process is killed. Throws ProgramError.
 ProgramResult RunProgram(const ProgramRun& run);
 
 }  // namespace devhost

@@ -1,8 +1,11 @@
 #include "drivers/localsnmpd/Daemon.h"
 
 #include <signal.h>
+#include <string.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -38,6 +41,19 @@ std::vector<std::string> MakeEnvironment(const std::string& home) {
   return environment;
 }
 
+// In words: "exit status 1", "killed by signal 9 (SIGKILL)".
+std::string DescribeEnd(std::optional<int> waitStatus) {
+  if (!waitStatus) {
+    return "its exit status is unknown";
+  }
+  if (WIFSIGNALED(*waitStatus)) {
+    const int signal = WTERMSIG(*waitStatus);
+    const char* const name = ::sigabbrev_np(signal);
+    return "killed by signal " + std::to_string(signal) + (name != nullptr ? " (SIG" + std::string(name) + ")" : "");
+  }
+  return "exit status " + std::to_string(WEXITSTATUS(*waitStatus));
+}
+
 }  // namespace
 
 Daemon::Daemon(const Options& options, Log log) : m_options(options), m_log(std::move(log)), m_folder(options.folder) {}
@@ -48,14 +64,15 @@ std::string Daemon::GetAddress() const {
 
 bool Daemon::IsRunning() {
   if (m_process && m_process->WaitForEnd(milliseconds(0))) {
-    m_log("the daemon (process " + std::to_string(m_process->GetPid()) + ") ended by itself: " + m_process->DescribeEnd());
+    m_log("the daemon (process " + std::to_string(m_process->Pid()) +
+          ") ended by itself: " + DescribeEnd(m_process->WaitStatus()));
     m_process.reset();
   }
   return m_process != nullptr;
 }
 
 pid_t Daemon::GetPid() {
-  return IsRunning() ? m_process->GetPid() : 0;
+  return IsRunning() ? m_process->Pid() : 0;
 }
 
 int Daemon::Fail(int status, const std::string& reason) const {
@@ -87,10 +104,10 @@ int Daemon::Stop() {
   }
   m_process->Signal(SIGTERM);
   if (!m_process->WaitForEnd(m_options.gentleStop)) {
-    m_log("the daemon (process " + std::to_string(m_process->GetPid()) + ") does not stop; it is killed");
+    m_log("the daemon (process " + std::to_string(m_process->Pid()) + ") does not stop; it is killed");
     m_process->Signal(SIGKILL);
     if (!m_process->WaitForEnd(kHardStop)) {
-      return Fail(kDaemonDoesNotEnd, "the daemon (process " + std::to_string(m_process->GetPid()) + ") does not end");
+      return Fail(kDaemonDoesNotEnd, "the daemon (process " + std::to_string(m_process->Pid()) + ") does not end");
     }
   }
   m_process.reset();
@@ -133,16 +150,18 @@ void Daemon::LogNotes(const std::vector<ServedConfig::Note>& notes) {
   }
 }
 
-DaemonProcess::Command Daemon::MakeCommand(const std::string& program) const {
+devhost::ProcessImage Daemon::MakeImage(const std::string& program) const {
   // -f: stays the host's child. -LE w: warnings and worse to standard error. -m, -M: no MIB files. -r: goes on where it
   // lacks rights. -I: without the modules that open a port for an old protocol, and that let whoever holds the write
   // community load code, write files, fill the log, or start the daemon again.
   return {program,
-          {"-f", "-LE", "w", "-c", "../" + std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName,
-           "-m", "", "-M", "", "-I", "-smux,dlmod,nsLogging,nsDebug,versioninfo", "-r", GetAddress()},
+          {program, "-f", "-LE", "w", "-c",
+           "../" + std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName, "-m", "", "-M", "", "-I",
+           "-smux,dlmod,nsLogging,nsDebug,versioninfo", "-r", GetAddress()},
           MakeEnvironment(m_folder.GetPath()),
           m_folder.GetFolder().Get(),
-          m_folder.GetLog().Get()};
+          m_folder.GetLog().Get(),
+          true};
 }
 
 int Daemon::Launch(const std::string& program, const std::vector<std::string>& secrets) {
@@ -153,10 +172,10 @@ int Daemon::Launch(const std::string& program, const std::vector<std::string>& s
   if (!wrong.empty()) {
     return Fail(kDaemonFolderUnusable, wrong);
   }
-  int error = 0;
-  m_process = DaemonProcess::Start(MakeCommand(program), error);
-  if (!m_process) {
-    return Fail(kDaemonNotStarted, "cannot start " + program + ": " + std::generic_category().message(error));
+  try {
+    m_process = std::make_unique<devhost::KeptProcess>(MakeImage(program));
+  } catch (const std::system_error& error) {
+    return Fail(kDaemonNotStarted, "cannot start " + program + ": " + error.code().message());
   }
   const int status = WaitUntilReady();
   for (const std::string& line : LinesForLog(m_folder.ReadLog(), m_places, status != 0, secrets)) {
@@ -171,7 +190,7 @@ int Daemon::WaitUntilReady() {
   while (!m_process->WaitForEnd(kNobodyThere)) {
     // Any SNMP engine answers; ours is the one whose process has the port.
     if (probe.Ask(kAskAgain) && !m_process->WaitForEnd(milliseconds(0))) {
-      return OwnsUdpPort(m_process->GetPid(), m_options.port) ? 0 : StopFailed(kPortTaken);
+      return OwnsUdpPort(m_process->Pid(), m_options.port) ? 0 : StopFailed(kPortTaken);
     }
     if (Clock::now() >= deadline) {
       return StopFailed(kDaemonNotReady);
@@ -182,7 +201,7 @@ int Daemon::WaitUntilReady() {
 
 // Stops a daemon that did not start as it should, and logs why.
 int Daemon::StopFailed(int status) {
-  const std::string ended = m_process->WaitForEnd(milliseconds(0)) ? m_process->DescribeEnd() : std::string();
+  const std::string ended = m_process->WaitForEnd(milliseconds(0)) ? DescribeEnd(m_process->WaitStatus()) : std::string();
   m_process.reset();
   if (status == kPortTaken) {
     return Fail(status, "the daemon was stopped: another program answers at " + GetAddress());

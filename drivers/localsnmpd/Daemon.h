@@ -11,14 +11,15 @@
 #include <string>
 #include <vector>
 
+#include "devhost/system/KeptProcess.h"
 #include "drivers/localsnmpd/DaemonFolder.h"
-#include "drivers/localsnmpd/DaemonProcess.h"
 #include "drivers/localsnmpd/ServedConfig.h"
 
 namespace drivers {
 
 // The SNMP daemon of one device: at most one process, which serves one UDP port of 127.0.0.1 and no other and ends with this
-// object. Statuses are those of drivers/localsnmpd/DaemonStatus.h; the reason of each failure is logged here.
+// object, and with the host however that ends. Statuses are those of drivers/localsnmpd/DaemonStatus.h; the reason of each
+// failure is logged here.
 class Daemon {
  public:
   struct Options {
@@ -54,7 +55,7 @@ class Daemon {
   int WaitUntilReady();
   int StopFailed(int status);
   void LogNotes(const std::vector<ServedConfig::Note>& notes);
-  DaemonProcess::Command MakeCommand(const std::string& program) const;
+  devhost::ProcessImage MakeImage(const std::string& program) const;
   int Fail(int status, const std::string& reason) const;
 
   const Options m_options;
@@ -63,7 +64,7 @@ class Daemon {
   std::vector<ServedConfig::Place> m_places;  // of the lines of the served file
   std::set<std::string> m_noted;              // the notes about lines of the configuration that are in the log already
   bool m_saidNotInstalled = false;
-  std::unique_ptr<DaemonProcess> m_process;
+  std::unique_ptr<devhost::KeptProcess> m_process;
 };
 
 }  // namespace drivers

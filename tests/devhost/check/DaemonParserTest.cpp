@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <optional>
 
 #include "devhost/check/Rules.h"
 #include "tests/support/ScratchFolder.h"
@@ -45,6 +46,16 @@ TEST(TheDaemon, ReadsAFileWithACommaInItsName) {
               ElementsAre("2: the daemon says: Error: Blank line following rouser token."));
 }
 
+TEST(TheDaemon, ReadsAFileInAFolderWithACommaInItsName) {
+  const ScratchFolder folder;
+  const std::string text = "rocommunity  reader\nrouser\n";
+  folder.Write("a,b/snmpd.conf", text);
+  const std::string before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.Path("a,b"));
+  EXPECT_THAT(Said("snmpd.conf", text), ElementsAre("2: the daemon says: Error: Blank line following rouser token."));
+  std::filesystem::current_path(before);
+}
+
 TEST(TheDaemon, IsQuotedWithoutCommunities) {
   // The daemon repeats the host, which is where the community comes to stand when the host is missing.
   const std::string text = "rocommunity  reader\n\n\ntrap2sink    127.0.0.1:s3cret  162\n";
@@ -52,15 +63,33 @@ TEST(TheDaemon, IsQuotedWithoutCommunities) {
   EXPECT_THAT(Said("", text, true), ElementsAre("4: the daemon says: Error: cannot create sink: 127.0.0.1:s3cret"));
 }
 
-TEST(TheDaemon, LeavesNoTemporaryFolderBehind) {
-  const ScratchFolder folder;
-  const char* const before = ::getenv("TMPDIR");
-  const std::string old = before == nullptr ? "" : before;
-  ::setenv("TMPDIR", folder.Path().c_str(), 1);
-  Said("", "rouser\n");
-  before == nullptr ? ::unsetenv("TMPDIR") : ::setenv("TMPDIR", old.c_str(), 1);
-  EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+class ATemporaryFolder : public testing::TestWithParam<const char*> {
+ protected:
+  ATemporaryFolder() : m_before(std::filesystem::current_path()) {
+    std::filesystem::create_directory(m_folder.Path("a,b"));
+    std::filesystem::current_path(m_folder.Path());
+    const char* const value = ::getenv("TMPDIR");
+    m_value = value == nullptr ? std::optional<std::string>() : value;
+    ::setenv("TMPDIR", GetParam(), 1);
+  }
+  ~ATemporaryFolder() override {
+    m_value ? ::setenv("TMPDIR", m_value->c_str(), 1) : ::unsetenv("TMPDIR");
+    std::filesystem::current_path(m_before);
+  }
+
+  const ScratchFolder m_folder;
+
+ private:
+  const std::filesystem::path m_before;
+  std::optional<std::string> m_value;
+};
+
+TEST_P(ATemporaryFolder, IsNotNeeded) {
+  EXPECT_THAT(Said("", "rouser\n"), ElementsAre("1: the daemon says: Error: Blank line following rouser token."));
+  EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("a,b")));
 }
+
+INSTANTIATE_TEST_SUITE_P(Names, ATemporaryFolder, testing::Values("a,b", "./a,b", "/nonexistent", ""));
 
 }  // namespace
 }  // namespace devhost

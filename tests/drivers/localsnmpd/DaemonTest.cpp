@@ -208,6 +208,13 @@ TEST_F(ADaemon, EndsWithAHostThatIsKilled) {
   EXPECT_EQ("kitchen", Get());
 }
 
+TEST_F(ADaemon, OfAScriptThatDoesNotReplaceItselfIsStoppedWithTheScript) {
+  Make(Script("/usr/sbin/snmpd \"$@\" & echo $! > pid; wait"));
+  EXPECT_EQ(drivers::kPortTaken, m_daemon->Start(kPublic, {}));
+  EXPECT_FALSE(IsAlive(std::stoi(m_folder.Read("kitchen/daemon/pid"))));
+  EXPECT_TRUE(drivers::IsUdpPortFree(m_port.GetPort()));
+}
+
 TEST_F(ADaemon, OpensNoPortsButItsOwn) {
   Make();
   const drivers::PortReservation other;
