@@ -7,12 +7,12 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # What the commands need, by Debian package.
 # shellcheck disable=SC2034  # used by the commands
 {
-  BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libexpat1-dev libcli11-dev libre2-dev nlohmann-json3-dev
+  BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev libre2-dev nlohmann-json3-dev
     googletest)
   RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
-  I386_PACKAGES=(g++-i686-linux-gnu libexpat1-dev:i386 libre2-dev:i386)
-  ARMHF_PACKAGES=(g++-arm-linux-gnueabihf libexpat1-dev:armhf libre2-dev:armhf qemu-user)
+  I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386 libre2-dev:i386)
+  ARMHF_PACKAGES=(g++-arm-linux-gnueabihf libpugixml-dev:armhf libre2-dev:armhf qemu-user)
   ABI_PACKAGES=(clang libboost-dev g++ g++-i686-linux-gnu)
   CHECK_PACKAGES=(clang-format clang-tidy shellcheck mandoc)
   MUTATE_PACKAGES=(binutils python3 python3-clang-14)

@@ -1,9 +1,15 @@
 #include "devhost/xml/XmlCharacters.h"
 
+#include <charconv>
 #include <cstdint>
+
+#include "devhost/text/Words.h"
 
 namespace devhost {
 namespace {
+
+// An element takes many times its size in the text.
+constexpr std::size_t kMostElements = 4000000;
 
 // Whether XML 1.0 may carry the character at all.
 bool IsXmlCharacter(std::uint32_t character) {
@@ -11,6 +17,83 @@ bool IsXmlCharacter(std::uint32_t character) {
     return character == '\t' || character == '\n' || character == '\r';
   }
   return character < 0xD800 || (character > 0xDFFF && character < 0xFFFE) || (character > 0xFFFF && character <= 0x10FFFF);
+}
+
+// The offset behind the markup at `at` that is not an element and so holds no references; `at` when there is none.
+std::size_t PassOver(std::string_view text, std::size_t at) {
+  const std::string_view rest = text.substr(at);
+  std::string_view end;
+  if (StartsWith(rest, "<!--")) {
+    end = "-->";
+  } else if (StartsWith(rest, "<![CDATA[")) {
+    end = "]]>";
+  } else if (StartsWith(rest, "<?")) {
+    end = "?>";
+  } else if (StartsWith(rest, "<!")) {
+    // A document type: up to its own closing bracket.
+    std::size_t depth = 0;
+    for (std::size_t i = at; i != text.size(); ++i) {
+      depth += text[i] == '<' ? 1U : 0U;
+      if (text[i] == '>' && --depth == 0) {
+        return i + 1;
+      }
+    }
+    return text.size();
+  } else {
+    return at;
+  }
+  const std::size_t found = text.find(end, at + 2);
+  return found == std::string_view::npos ? text.size() : found + end.size();
+}
+
+// `reference` is what stands between "&" and ";".
+bool IsKnownReference(std::string_view reference) {
+  if (!StartsWith(reference, "#")) {
+    return reference == "amp" || reference == "lt" || reference == "gt" || reference == "quot" || reference == "apos";
+  }
+  const bool hexadecimal = StartsWith(reference, "#x");
+  const std::string_view digits = reference.substr(hexadecimal ? 2 : 1);
+  std::uint32_t character = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto result = std::from_chars(digits.data(), end, character, hexadecimal ? 16 : 10);
+  return result.ec == std::errc() && result.ptr == end && IsXmlCharacter(character);
+}
+
+std::size_t FindBadCharacter(std::string_view text) {
+  for (std::size_t i = 0; i < text.size();) {
+    const unsigned char byte = static_cast<unsigned char>(text[i]);
+    const std::size_t length = byte >= 0x20 && byte < 0x80 ? 1 : XmlCharacterLength(text.substr(i, 4));
+    if (length == 0) {
+      return i;
+    }
+    i += length;
+  }
+  return std::string_view::npos;
+}
+
+// Also finds the first element too many.
+std::size_t FindBadMarkup(std::string_view text, std::string& problem) {
+  std::size_t elements = 0;
+  for (std::size_t i = text.find_first_of("<&"); i != std::string_view::npos; i = text.find_first_of("<&", i)) {
+    if (text[i] == '<') {
+      const std::size_t behind = PassOver(text, i);
+      elements += behind == i && text.substr(i + 1, 1) != "/" ? 1U : 0U;
+      if (elements > kMostElements) {
+        problem = "more than " + std::to_string(kMostElements) + " elements; allowed: at most this many";
+        return i;
+      }
+      i = behind == i ? i + 1 : behind;
+      continue;
+    }
+    // The longest reference is short, but its digits may have leading zeros.
+    const std::size_t end = text.find_first_of(";<& \t\r\n", i + 1);
+    if (end == std::string_view::npos || text[end] != ';' || !IsKnownReference(text.substr(i + 1, end - i - 1))) {
+      problem = "\"&\" begins no known reference; write \"&amp;\" for the character itself";
+      return i;
+    }
+    i = end;
+  }
+  return std::string_view::npos;
 }
 
 }  // namespace
@@ -45,6 +128,15 @@ bool IsXmlNameByte(char byte, bool first) noexcept {
     return true;
   }
   return !first && ((byte >= '0' && byte <= '9') || byte == '-' || byte == '.');
+}
+
+std::size_t FindXmlProblem(std::string_view text, std::string& problem) {
+  const std::size_t badCharacter = FindBadCharacter(text);
+  if (badCharacter != std::string_view::npos) {
+    problem = "a character that XML does not allow, or that is not UTF-8";
+    return badCharacter;
+  }
+  return FindBadMarkup(text, problem);
 }
 
 }  // namespace devhost

@@ -20,7 +20,7 @@ class XmlBuilder {
   virtual void Close() = 0;
 };
 
-// Parses a whole document: exactly one root element. Throws XmlError, after it may have built a part, and std::bad_alloc.
+// Parses a whole document: exactly one root element. Throws XmlError before anything was built, and std::bad_alloc.
 void ParseXml(const std::string& text, XmlBuilder& builder);
 
 }  // namespace devhost

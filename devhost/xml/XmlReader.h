@@ -33,7 +33,7 @@ struct XmlContent {
 // One element of a file, as a plain value.
 struct XmlElement : XmlContent {
   std::vector<XmlElement> children;  // in the order of the file
-  // Where the element's start tag stands, counted from 1. The column counts characters.
+  // Where the element's start tag stands, counted from 1. The column counts bytes.
   std::size_t line = 0;
   std::size_t column = 0;
 };
@@ -42,7 +42,7 @@ struct XmlElement : XmlContent {
 class XmlError : public std::runtime_error {
  public:
   XmlError(const std::string& problem, std::size_t errorLine, std::size_t errorColumn);
-  // Counted from 1. The column counts characters.
+  // Counted from 1. The column counts bytes.
   std::size_t Line() const { return m_line; }
   std::size_t Column() const { return m_column; }
 
@@ -52,8 +52,8 @@ class XmlError : public std::runtime_error {
 };
 
 // Reads a whole document (UTF-8, a byte order mark is skipped) and returns its root element. Comments, processing
-// instructions and a document type that declares nothing are passed over. Throws XmlError, also for elements nested more
-// than 1000 deep and for more than 1000000 elements or 4000000 attributes.
+// instructions and the document type are passed over. Throws XmlError, also for elements nested more than 1000 deep and
+// for more than 4000000 elements or 10000000 attributes.
 XmlElement ReadXml(const std::string& text);
 
 // The same as a node for a driver; never an empty handle. Any depth.

@@ -111,8 +111,8 @@ TEST(AnEmptyFile, IsAScriptButNotXml) {
   EXPECT_EQ(Measure({"run", "empty"}, kitchen.Path()).status, 0);
   EXPECT_THAT(Measure({"check", "empty"}, kitchen.Path()).output, HasSubstr("empty: warning: nobody has access"));
   EXPECT_EQ(Measure({"advise", "empty"}, kitchen.Path()).output,
-            "devhost: empty:1:1: the settings are not well-formed XML: no element found\n");
-  EXPECT_EQ(Project(kitchen, ""), "devhost: other.xml:1:1: the project is not well-formed XML: no element found\n");
+            "devhost: empty:1:1: the settings are not well-formed XML: no root element\n");
+  EXPECT_EQ(Project(kitchen, ""), "devhost: other.xml:1:1: the project is not well-formed XML: no root element\n");
 }
 
 TEST(AScript, MayHaveAByteOrderMarkAndCarriageReturnsAndNoLastLineFeed) {

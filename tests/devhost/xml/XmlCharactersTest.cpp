@@ -44,5 +44,23 @@ TEST(AName, BeginsWithALetterAndGoesOnWithDigitsToo) {
   }
 }
 
+TEST(AProblemOfXml, IsFoundWhereItStands) {
+  std::string problem;
+  EXPECT_EQ(FindXmlProblem("<a>\xE4</a>", problem), 3U);
+  EXPECT_EQ(problem, "a character that XML does not allow, or that is not UTF-8");
+  EXPECT_EQ(FindXmlProblem("<a>&#x110000;</a>", problem), 3U);
+  EXPECT_EQ(problem, "\"&\" begins no known reference; write \"&amp;\" for the character itself");
+  EXPECT_EQ(FindXmlProblem("<a>&lt&gt;</a>", problem), 3U);
+}
+
+TEST(AProblemOfXml, IsNothingInReferencesCommentsAndTheLike) {
+  std::string problem;
+  EXPECT_EQ(FindXmlProblem("<a>&lt;&#65;&#x0000041;&apos;</a>", problem), std::string::npos);
+  EXPECT_EQ(FindXmlProblem("<!DOCTYPE a [<!ENTITY e \"&b;\">]><!-- & --><?p & ?><a><![CDATA[&]]></a>", problem),
+            std::string::npos);
+  EXPECT_EQ(FindXmlProblem("<!-- & --> & ", problem), 11U);
+  EXPECT_EQ(problem, "\"&\" begins no known reference; write \"&amp;\" for the character itself");
+}
+
 }  // namespace
 }  // namespace devhost
