@@ -1,10 +1,15 @@
 # Warnings, sanitizers and the three kinds of target that the rooms use.
 
 find_package(Boost 1.74 REQUIRED)
+include("${PROJECT_SOURCE_DIR}/kit/snmp_driver.cmake")
 
 add_library(project_warnings INTERFACE)
 target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast
-                       -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+                       -Wnon-virtual-dtor -Woverloaded-virtual)
+# As part of another project, a compiler that warns of more than ours must not stop the build.
+if(PROJECT_IS_TOP_LEVEL)
+  target_compile_options(project_warnings INTERFACE -Werror)
+endif()
 
 # Needed for files of more than 2 GB and for large inode numbers on systems where long has 32 bits.
 add_compile_definitions(_FILE_OFFSET_BITS=64)
@@ -28,12 +33,8 @@ function(plugin_room name)
   set_target_properties(${name} PROPERTIES CXX_STANDARD 14 CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
-# driver_module(NAME SOURCES...): a module that a driver host loads. It exports its factory and nothing else. The symbols of
-# the host are resolved when it is loaded.
+# driver_module(NAME SOURCES...): a driver, as authors of drivers make it, with the warnings of this project.
 function(driver_module name)
-  add_library(${name} MODULE ${ARGN})
-  set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX ".so" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
-                        LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/driver_module.map")
-  target_link_libraries(${name} PRIVATE project_warnings host)
-  target_link_options(${name} PRIVATE "-Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/driver_module.map" -Wl,-z,now)
+  snmp_driver(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE project_warnings)
 endfunction()

@@ -9,6 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 {
   BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev libre2-dev nlohmann-json3-dev
     googletest)
+  PRODUCT_PACKAGES=(g++ cmake make libboost-dev)
   RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils)
   I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386 libre2-dev:i386)

@@ -9,7 +9,7 @@ namespace devhost {
 
 namespace {
 
-constexpr char kVersion[] = "devhost 1.0.0";
+constexpr char kVersion[] = "devhost " DEVHOST_VERSION;
 constexpr char kMeaning[] =
     "Loads drivers as a controller would and plays a script to them; looks at what they will read and write.";
 constexpr char kFooter[] =

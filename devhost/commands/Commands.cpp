@@ -4,6 +4,7 @@
 #include <new>
 
 #include "devhost/commands/CommandLine.h"
+#include "devhost/driver/DriverModule.h"
 #include "devhost/preview/Preview.h"
 #include "devhost/project/Project.h"
 #include "devhost/script/ScriptReader.h"
@@ -21,13 +22,13 @@ bool IsOneOf(const std::exception& error) {
 
 // Errors of what a command is given, as opposed to what happens while it works.
 bool IsWrongInput(const std::exception& error) {
-  return IsOneOf<FileError, PreviewError, ProjectError, ScriptError, StateError>(error);
+  return IsOneOf<FileError, ModuleError, PreviewError, ProjectError, ScriptError, StateError>(error);
 }
 
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {MakeRun(), MakeCheck(), MakeAdvise(), MakePreview()};
+  static const std::vector<Command> commands = {MakeRun(), MakeCheck(), MakeAdvise(), MakePreview(), MakeModule()};
   return commands;
 }
 

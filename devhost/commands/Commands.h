@@ -13,6 +13,7 @@ Command MakeRun();
 Command MakeCheck();
 Command MakeAdvise();
 Command MakePreview();
+Command MakeModule();
 
 // Every command of the program, in the order of the help.
 const std::vector<Command>& Commands();

@@ -11,6 +11,6 @@ DriverCreationFunc GetCreationFunc() {
   return &drivers::LocalSnmpdDevice::Create;
 }
 
-const char* const versionString = "1.0.0.0";
+const char* const versionString = SNMP_DRIVER_VERSION;
 
 }  // extern "C"

@@ -11,6 +11,6 @@ DriverCreationFunc GetCreationFunc() {
   return &drivers::SimulatedDevice::Create;
 }
 
-const char* const versionString = "1.0.0.0";
+const char* const versionString = SNMP_DRIVER_VERSION;
 
 }  // extern "C"

@@ -14,6 +14,7 @@
 
 #include "agent/ISNMPConfigurationAgent.h"
 #include "devhost/driver/DriverModule.h"
+#include "devhost/driver/ModuleNote.h"
 #include "host/H7BaseAgentDriver.h"
 #include "host/H7XML.h"
 #include "tests/module/Shell.h"
@@ -160,6 +161,12 @@ TEST(TheModule, BindsAllItsSymbolsAtOnceAndGivesNoneToOthers) {
   EXPECT_STREQ(*static_cast<const char* const*>(version), "1.0.0.0");
   dlclose(module);
   EXPECT_EQ(dlopen(AGENT_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr);
+}
+
+TEST(TheModulesNote, StatesTheExportedVersionAndTheEnterpriseNumber) {
+  const devhost::ModuleNote note = devhost::ReadModuleNote(testsupport::ScratchFolder::ReadFile(AGENT_MODULE), "the module");
+  EXPECT_EQ(note.version, devhost::DriverModule(AGENT_MODULE).Version());
+  EXPECT_EQ(note.enterpriseNumber, SNMP_ENTERPRISE_NUMBER);
 }
 
 TEST(TheModulesFactory, ReturnsTheDriverViewWhichIsNotTheFirstAddress) {

@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 
+#include "devhost/commands/CommandLine.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/script/ScriptActions.h"
 #include "tests/support/ScratchFolder.h"
@@ -66,6 +67,12 @@ TEST(TheManPage, NamesEveryActionOfTheHelpAndNoOther) {
     EXPECT_THAT(help, testing::HasSubstr(form.synopsis));
   }
   EXPECT_EQ(Terms("ACTIONS"), actions);
+}
+
+TEST(TheManPage, HasTheVersionOfTheProgram) {
+  const char* const argv[] = {"devhost", "--version"};
+  const std::string version = ParseCommandLine(2, argv, Commands()).text;
+  EXPECT_THAT(ManPage(), testing::HasSubstr('"' + version.substr(0, version.find('\n')) + '"'));
 }
 
 TEST(TheManPage, NamesEveryExitStatus) {
