@@ -10,7 +10,7 @@
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/Findings.h"
-#include "devhost/engine/EndNote.h"
+#include "devhost/engine/EndWatch.h"
 #include "devhost/project/DriverNames.h"
 #include "devhost/project/Project.h"
 #include "devhost/state/StateFolder.h"
@@ -129,7 +129,7 @@ void PrintText(const PreviewResult& result, Console& console) {
 
 // Whatever goes wrong, the status is not the one that says that something would change.
 ExitStatus Preview(const Arguments& arguments, Console& console) {
-  EndNote::SetExitStatus(static_cast<int>(ExitStatus::Wrong));
+  EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Wrong));
   try {
     const PreviewInput input = ReadInput(arguments);
     const PreviewResult result = PreviewChange(input);

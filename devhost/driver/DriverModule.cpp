@@ -1,9 +1,12 @@
 #include "devhost/driver/DriverModule.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 #include "devhost/driver/ModuleSymbols.h"
@@ -15,6 +18,36 @@ namespace {
 const void* BaseOf(const void* code) {
   Dl_info info;
   return code != nullptr && dladdr(code, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
+// A module that the loader has mapped, and the address that says which one it is.
+struct Mapped {
+  const void* address;
+  CodeRange range;
+};
+
+int TakeRange(dl_phdr_info* info, std::size_t, void* mapped) {
+  std::uintptr_t begin = UINTPTR_MAX;
+  std::uintptr_t end = 0;
+  for (const ElfW(Phdr)* segment = info->dlpi_phdr; segment != info->dlpi_phdr + info->dlpi_phnum; ++segment) {
+    if (segment->p_type == PT_LOAD) {
+      begin = std::min<std::uintptr_t>(begin, info->dlpi_addr + segment->p_vaddr);
+      end = std::max<std::uintptr_t>(end, info->dlpi_addr + segment->p_vaddr + segment->p_memsz);
+    }
+  }
+  const CodeRange range(std::min(begin, end), end);
+  Mapped& wanted = *static_cast<Mapped*>(mapped);
+  if (!range.Holds(wanted.address)) {
+    return 0;
+  }
+  wanted.range = range;
+  return 1;
+}
+
+CodeRange RangeOf(const void* address) {
+  Mapped mapped{address, {}};
+  dl_iterate_phdr(&TakeRange, &mapped);
+  return mapped.range;
 }
 
 void CheckIsFile(const std::string& path) {
@@ -79,6 +112,7 @@ void DriverModule::Open() {
     throw ModuleError("module \"" + m_path + "\" is not a driver module: its \"versionString\" is null");
   }
   m_base = BaseOf(function);
+  m_range = RangeOf(function);
 }
 
 void* DriverModule::RequiredSymbol(const char* name) const {

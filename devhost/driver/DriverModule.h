@@ -1,6 +1,7 @@
 #ifndef DEVHOST_DRIVER_DRIVER_MODULE_H
 #define DEVHOST_DRIVER_DRIVER_MODULE_H
 
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -24,6 +25,23 @@ class CodePlace {
 
  private:
   const void* m_base;  // where the module begins; null when the address is in none
+};
+
+// The addresses that a module takes up in the process.
+class CodeRange {
+ public:
+  CodeRange() = default;
+  CodeRange(std::uintptr_t begin, std::uintptr_t end) : m_begin(begin), m_end(end) {}
+
+  bool IsEmpty() const { return m_begin == m_end; }
+  bool Holds(const void* code) const {
+    const auto address = reinterpret_cast<std::uintptr_t>(code);
+    return m_begin <= address && address < m_end;
+  }
+
+ private:
+  std::uintptr_t m_begin = 0;
+  std::uintptr_t m_end = 0;
 };
 
 // Makes a driver that is part of the program, as a module's `DriverCreationFunc` makes one. What it captures outlives the
@@ -53,6 +71,8 @@ class DriverModule {
   // Whether the address lies in this module.
   bool Contains(const void* code) const { return Contains(CodePlace(code)); }
   bool Contains(const CodePlace& code) const { return code.IsIn(m_base); }
+  // Empty for a driver of the program.
+  CodeRange Range() const { return m_range; }
 
  private:
   void Open();
@@ -62,6 +82,7 @@ class DriverModule {
   std::string m_path;
   void* m_handle = nullptr;
   const void* m_base = nullptr;
+  CodeRange m_range;
   GetCreationFuncFunc m_getCreationFunc = nullptr;
   const char* m_version = nullptr;
 };

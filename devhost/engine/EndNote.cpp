@@ -1,58 +1,60 @@
 #include "devhost/engine/EndNote.h"
 
-#include <unistd.h>
+#include <pthread.h>
 
+#include <algorithm>
 #include <atomic>
-#include <cstdio>
-#include <cstdlib>
-#include <utility>
+#include <cstddef>
 
 namespace devhost {
 namespace {
 
+constexpr std::size_t kMostNotes = 64;
+constexpr std::size_t kLongest = 256;
+
 // Of the process, because what is called at its end takes no argument.
-std::atomic<const EndNote*> s_innermost{nullptr};
-std::atomic<int> s_exitStatus{1};
+char s_notes[kMostNotes][kLongest];
+std::atomic<std::size_t> s_count{0};
+std::atomic<pthread_t> s_thread{};
+
+// Appends as much as there is room for, and ends the text.
+char* Append(char* at, const char* end, std::string_view text) {
+  for (const char character : text) {
+    if (at == end) {
+      break;
+    }
+    *at++ = static_cast<unsigned char>(character) < ' ' ? '?' : character;
+  }
+  *at = '\0';
+  return at;
+}
 
 }  // namespace
 
-EndNote::EndNote(std::string call)
-    : m_call(std::move(call)), m_outer(s_innermost.exchange(this)), m_handler(std::set_terminate(&OnTerminate)) {
-  static const int kRegistered = std::atexit(&OnExit);
-  static_cast<void>(kRegistered);
+EndNote::EndNote(std::string_view operation, std::string_view title) noexcept {
+  const std::size_t count = s_count;
+  if (count < kMostNotes) {
+    char* const note = s_notes[count];
+    const char* const end = note + kLongest - 1;
+    // The driver matters more than the whole name of a command.
+    char* const at = Append(note, end, operation.substr(0, kLongest / 2));
+    Append(Append(at, end, " of "), end, title);
+  }
+  s_thread = pthread_self();
+  s_count = count + 1;
 }
 
 EndNote::~EndNote() {
-  std::set_terminate(m_handler);
-  s_innermost = m_outer;
+  --s_count;
 }
 
-void EndNote::SetExitStatus(int status) {
-  s_exitStatus = status;
+const char* EndNote::UnderWay() noexcept {
+  const std::size_t count = std::min(s_count.load(), kMostNotes);
+  return count == 0 ? "" : s_notes[count - 1];
 }
 
-void EndNote::OnExit() {
-  const EndNote* const note = s_innermost;
-  if (note != nullptr) {
-    std::fprintf(stderr, "devhost: the process was ended during %s; drivers return from every call\n", note->m_call.c_str());
-    ::_exit(s_exitStatus);
-  }
-}
-
-void EndNote::OnTerminate() {
-  const EndNote* note = s_innermost;
-  if (note != nullptr) {
-    std::fprintf(
-        stderr,
-        "devhost: the process was terminated during %s; an exception must not leave a destructor or thread of a driver\n",
-        note->m_call.c_str());
-  }
-  for (; note != nullptr; note = note->m_outer) {
-    if (note->m_handler != &OnTerminate && note->m_handler != nullptr) {
-      note->m_handler();
-    }
-  }
-  std::abort();
+bool EndNote::IsOnThisThread() noexcept {
+  return s_count != 0 && pthread_equal(s_thread, pthread_self()) != 0;
 }
 
 }  // namespace devhost

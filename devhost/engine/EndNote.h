@@ -1,34 +1,26 @@
 #ifndef DEVHOST_ENGINE_END_NOTE_H
 #define DEVHOST_ENGINE_END_NOTE_H
 
-#include <exception>
-#include <string>
+#include <string_view>
 
 namespace devhost {
 
-// Says on standard error which call into a driver was under way when the process ends, for as long as it lives. A driver
-// that ends the process takes the rest of a script with it, so a status of 0 becomes 1, or what was set
-// instead. One that throws out of its
-// destructor ends it in any case: the language wants that.
+// Names a call into a driver that is under way, for as long as it lives, in case the process ends during it: see EndWatch.
+// Notes are made on one thread at a time and nest. They are kept in static memory, so that a signal handler can read them;
+// of calls that nest deeper than that memory reaches, the last that it holds is named.
 class EndNote {
  public:
-  // `call`: command "X" of driver 12 "kitchen".
-  explicit EndNote(std::string call);
-  // In the reverse order of construction.
+  // `operation`: command "X"; `title`: driver 12 "kitchen". Both are copied, cut where they are very long, with control
+  // characters replaced.
+  EndNote(std::string_view operation, std::string_view title) noexcept;
   ~EndNote();
   EndNote(const EndNote&) = delete;
   EndNote& operator=(const EndNote&) = delete;
 
-  // Replaces the status 1, for a program where that means something else.
-  static void SetExitStatus(int status);
-
- private:
-  static void OnExit();
-  [[noreturn]] static void OnTerminate();
-
-  const std::string m_call;
-  const EndNote* const m_outer;
-  const std::terminate_handler m_handler;  // of before
+  // The innermost call that is under way, as command "X" of driver 12 "kitchen"; "" when none is. Safe in a signal handler.
+  static const char* UnderWay() noexcept;
+  // Whether that call is under way on this thread. Safe in a signal handler.
+  static bool IsOnThisThread() noexcept;
 };
 
 }  // namespace devhost

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "devhost/engine/EndWatch.h"
 #include "devhost/engine/EventDelivery.h"
 #include "devhost/engine/HostCore.h"
 #include "devhost/engine/HostVariables.h"
@@ -71,6 +72,7 @@ class Host::Impl {
   StateKeeper states;
   HostVariables variables;
   ModuleWatch watch;
+  EndWatch endWatch;
   bool stopping = false;
 };
 

@@ -16,13 +16,14 @@ LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry, const Drive
     : m_core(core),
       m_entry(entry),
       m_module(create ? DriverModule(create) : DriverModule(entry.module)),
+      m_code(m_module, TitleOf(entry)),
       m_commands(*this),
       m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
 
 template <class Action>
 auto LoadedDriver::Call(const std::string& description, Action action) {
   const CallScope scope(m_core, this, description);
-  const EndNote note(description + " of " + Title());
+  const EndNote note(description, Title());
   std::string problem;
   try {
     return action();
@@ -108,7 +109,7 @@ std::string LoadedDriver::GetPersistState(XmlStyle style) {
 void LoadedDriver::Destroy() noexcept {
   try {
     const CallScope scope(m_core, this, "destruction");
-    const EndNote note("destruction of " + Title());
+    const EndNote note("destruction", Title());
     m_commands.Clear();
     delete std::exchange(m_driver, nullptr);
     ReportLeftovers();

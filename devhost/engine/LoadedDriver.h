@@ -9,6 +9,7 @@
 #include "devhost/driver/DriverServices.h"
 #include "devhost/driver/InstanceDirectory.h"
 #include "devhost/driver/ServiceCheck.h"
+#include "devhost/engine/DriverCode.h"
 #include "devhost/engine/Host.h"
 #include "devhost/xml/XmlReader.h"
 
@@ -85,6 +86,7 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
   HostCore& m_core;
   const DriverEntry m_entry;
   const DriverModule m_module;
+  const DriverCode m_code;
   CommandTable m_commands;
   InstanceManager m_instances;
   IDriver* m_driver = nullptr;

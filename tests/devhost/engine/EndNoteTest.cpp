@@ -1,104 +1,65 @@
 #include "devhost/engine/EndNote.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
-
-#include "tests/devhost/support/HostFixture.h"
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace devhost {
 namespace {
 
-using testing::ExitedWithCode;
+const char kTitle[] = "driver 5 \"rude5\"";
 
-const char kExit[] =
-    "^devhost: the process was ended during command \"Exit\" of driver 5 \"rude5\"; drivers return from every call\n$";
-
-TEST(AProcessThatEndsDuringACall, NamesTheCallAndHasAFailedStatus) {
-  EXPECT_EXIT(
-      {
-        const EndNote note("command \"Exit\" of driver 5 \"rude5\"");
-        std::exit(0);
-      },
-      ExitedWithCode(1), kExit);
-}
-
-TEST(AProcessThatEndsDuringACall, NamesTheInnermostOne) {
-  EXPECT_EXIT(
-      {
-        const EndNote outer("stop");
-        const EndNote note("command \"Exit\" of driver 5 \"rude5\"");
-        std::exit(0);
-      },
-      ExitedWithCode(1), kExit);
-}
-
-TEST(AProcessThatEndsDuringACall, NamesNoneThatHasEnded) {
-  EXPECT_EXIT(
-      {
-        const EndNote note("command \"Exit\" of driver 5 \"rude5\"");
-        { const EndNote inner("creation"); }
-        std::exit(0);
-      },
-      ExitedWithCode(1), kExit);
-}
-
-TEST(AProcessThatEndsAfterACall, SaysNothing) {
-  EXPECT_EXIT(
-      {
-        { const EndNote note("creation"); }
-        std::exit(3);
-      },
-      ExitedWithCode(3), "^$");
-}
-
-TEST(AProcessThatIsTerminatedDuringACall, NamesTheInnermostOneBeforeTheHandlerOfBefore) {
-  EXPECT_EXIT(
-      {
-        std::set_terminate([] {
-          std::fputs("handler of before\n", stderr);
-          std::_Exit(7);
-        });
-        const EndNote outer("stop");
-        const EndNote note("destruction of driver 5 \"rude5\"");
-        std::terminate();
-      },
-      ExitedWithCode(7),
-      "^devhost: the process was terminated during destruction of driver 5 \"rude5\"; .*\nhandler of before\n$");
-}
-
-TEST(AProcessThatIsTerminatedAfterACall, IsInTheHandsOfTheHandlerOfBefore) {
-  const std::terminate_handler before = std::get_terminate();
+TEST(AnEndNote, NamesTheCallThatIsUnderWay) {
+  EXPECT_STREQ(EndNote::UnderWay(), "");
   {
-    const EndNote outer("stop");
-    const EndNote note("creation");
-    EXPECT_NE(std::get_terminate(), before);
+    const EndNote note("command \"Exit\"", kTitle);
+    EXPECT_STREQ(EndNote::UnderWay(), "command \"Exit\" of driver 5 \"rude5\"");
   }
-  EXPECT_EQ(std::get_terminate(), before);
+  EXPECT_STREQ(EndNote::UnderWay(), "");
 }
 
-TEST(ADriver, CannotEndTheProcessWithSuccess) {
-  EXPECT_EXIT(
-      {
-        RecordingObserver observer;
-        Host host(observer);
-        host.Load(TestDriver(5, "rude"));
-        host.Command(5, "Exit", {});
-      },
-      ExitedWithCode(1), kExit);
+TEST(AnEndNote, NamesTheInnermostCall) {
+  const EndNote outer("Initialize", "driver 1 \"agent\"");
+  {
+    const EndNote inner("AgentAvailable", kTitle);
+    EXPECT_STREQ(EndNote::UnderWay(), "AgentAvailable of driver 5 \"rude5\"");
+  }
+  EXPECT_STREQ(EndNote::UnderWay(), "Initialize of driver 1 \"agent\"");
 }
 
-TEST(ADriver, EndsTheProcessWithItsNameWhenItsDestructorThrows) {
-  EXPECT_DEATH(
-      {
-        RecordingObserver observer;
-        Host host(observer);
-        host.Load(TestDriver(5, "throws_in_destructor"));
-        host.Stop();
-      },
-      "the process was terminated during destruction of driver 5 \"throws_in_destructor5\"");
+TEST(AnEndNote, KnowsItsThread) {
+  EXPECT_FALSE(EndNote::IsOnThisThread());
+  const EndNote note("creation", kTitle);
+  EXPECT_TRUE(EndNote::IsOnThisThread());
+  bool there = true;
+  std::thread([&there] { there = EndNote::IsOnThisThread(); }).join();
+  EXPECT_FALSE(there);
+}
+
+TEST(AnEndNote, KeepsTheDriverOfACommandWithALongName) {
+  const EndNote note("command \"" + std::string(10000, 'x') + "\"", kTitle);
+  EXPECT_THAT(EndNote::UnderWay(), testing::EndsWith("x of driver 5 \"rude5\""));
+}
+
+TEST(AnEndNote, StaysOnOneLine) {
+  const EndNote note("command \"a\nb\"", kTitle);
+  EXPECT_STREQ(EndNote::UnderWay(), "command \"a?b\" of driver 5 \"rude5\"");
+}
+
+TEST(AnEndNote, NamesTheDeepestCallThatItHoldsWhenCallsNestDeeper) {
+  std::vector<std::unique_ptr<EndNote>> notes;
+  notes.reserve(100);
+  for (int i = 0; i != 100; ++i) {
+    notes.push_back(std::make_unique<EndNote>("call " + std::to_string(i), kTitle));
+  }
+  EXPECT_STREQ(EndNote::UnderWay(), "call 63 of driver 5 \"rude5\"");
+  while (!notes.empty()) {
+    notes.pop_back();
+  }
+  EXPECT_STREQ(EndNote::UnderWay(), "");
 }
 
 }  // namespace

@@ -1,0 +1,237 @@
+#include "devhost/engine/EndWatch.h"
+
+#include <pthread.h>
+#include <signal.h>
+#include <ucontext.h>
+#include <unistd.h>
+#include <unwind.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "devhost/engine/DriverCode.h"
+#include "devhost/engine/EndNote.h"
+
+namespace devhost {
+namespace {
+
+struct Crash {
+  int signal;
+  const char* what;
+};
+constexpr Crash kCrashes[] = {{SIGSEGV, "crashed (SIGSEGV: an access to memory that is not there)"},
+                              {SIGBUS, "crashed (SIGBUS: an access to memory that is not there)"},
+                              {SIGFPE, "crashed (SIGFPE: an impossible calculation)"},
+                              {SIGILL, "crashed (SIGILL: an impossible instruction)"},
+                              {SIGABRT, "was aborted (SIGABRT)"}};
+constexpr std::size_t kCrashCount = sizeof kCrashes / sizeof kCrashes[0];
+
+// Of the process, because handlers take no argument of ours.
+std::atomic<pid_t> s_process{0};  // that is watched; 0 for none
+std::atomic<int> s_exitStatus{1};
+std::atomic<bool> s_said{false};
+std::atomic<int> s_ending{0};  // the status to end with, when that has been said
+std::atomic<const void*> s_aborter{nullptr};
+std::terminate_handler s_terminate = nullptr;  // of before
+struct sigaction s_before[kCrashCount];
+alignas(16) char s_stack[65536];
+std::atomic<bool> s_hasStack{false};
+pthread_t s_stackOwner;
+
+// One line in memory of its own. Nothing here allocates, because what is called in a crash must not.
+class Line {
+ public:
+  Line& Add(const char* text) {
+    const std::size_t length = std::strlen(text);
+    const std::size_t room = sizeof m_text - m_size - 1;
+    const std::size_t count = length < room ? length : room;
+    std::memcpy(m_text + m_size, text, count);
+    m_size += count;
+    return *this;
+  }
+  void Write() {
+    m_text[m_size++] = '\n';
+    // Whom should a failure be reported to?
+    static_cast<void>(::write(STDERR_FILENO, m_text, m_size) == 0);
+  }
+
+ private:
+  char m_text[1024];
+  std::size_t m_size = 0;
+};
+
+bool EndsWith(const char* text, const char* end) {
+  const std::size_t length = std::strlen(text);
+  const std::size_t endLength = std::strlen(end);
+  return length >= endLength && std::strcmp(text + length - endLength, end) == 0;
+}
+
+bool IsWatched() {
+  return s_process != 0 && s_process == ::getpid();
+}
+
+// What happened, in whose code, during which call, and what to do about it. A call names its driver, too. Safe in a signal
+// handler. Only the first word counts: what follows is its consequence.
+void Say(const char* what, const char* by, const void* code, const char* advice) {
+  if (s_said.exchange(true)) {
+    return;
+  }
+  char culprit[256];
+  DriverCode::Name(code, culprit, sizeof culprit);
+  const char* const call = EndNote::UnderWay();
+  const bool isOnThisThread = EndNote::IsOnThisThread();
+  Line line;
+  line.Add("devhost: the process ").Add(what);
+  if (culprit[0] != '\0' && !(isOnThisThread && EndsWith(call, culprit))) {
+    line.Add(by).Add(culprit);
+  }
+  if (isOnThisThread) {
+    line.Add(" during ").Add(call);
+  } else if (call[0] != '\0') {
+    line.Add(", on a second thread, during ").Add(call);
+  } else {
+    line.Add(", outside of any call");
+  }
+  line.Add(advice).Write();
+}
+
+// Where the crash happened; null on an architecture that is not known here.
+const void* CodeOf(const void* context) {
+  const mcontext_t& machine = static_cast<const ucontext_t*>(context)->uc_mcontext;
+#if defined(__x86_64__)
+  return reinterpret_cast<const void*>(machine.gregs[REG_RIP]);
+#elif defined(__i386__)
+  return reinterpret_cast<const void*>(machine.gregs[REG_EIP]);
+#elif defined(__arm__)
+  return reinterpret_cast<const void*>(machine.arm_pc);
+#elif defined(__aarch64__)
+  return reinterpret_cast<const void*>(machine.pc);
+#else
+  static_cast<void>(machine);
+  return nullptr;
+#endif
+}
+
+void OnCrash(int signal, siginfo_t* info, void* context) {
+  std::size_t i = 0;
+  while (kCrashes[i].signal != signal) {
+    ++i;
+  }
+  if (IsWatched()) {
+    const void* const aborter = signal == SIGABRT ? s_aborter.load() : nullptr;
+    Say(kCrashes[i].what, " in the code of ", aborter != nullptr ? aborter : CodeOf(context), "");
+  }
+  // The instruction that crashed is executed again, so that whoever looks at the core finds the place. What was sent by a
+  // call does not come again on its own.
+  ::sigaction(signal, &s_before[i], nullptr);
+  if (info->si_code <= 0) {
+    ::raise(signal);
+  }
+}
+
+_Unwind_Reason_Code StopInDriver(_Unwind_Context* frame, void* found) {
+  const void* const code = reinterpret_cast<const void*>(_Unwind_GetIP(frame));
+  char name[2];
+  DriverCode::Name(code, name, sizeof name);
+  if (name[0] == '\0') {
+    return _URC_NO_REASON;
+  }
+  *static_cast<const void**>(found) = code;
+  return _URC_END_OF_STACK;
+}
+
+// The stack is still that of the code that threw, or of the function that must not throw.
+[[noreturn]] void OnTerminate() {
+  if (IsWatched()) {
+    const void* code = nullptr;
+    _Unwind_Backtrace(&StopInDriver, &code);
+    Say("was terminated", " by ", code, "; an exception must not leave a destructor or thread of a driver");
+  }
+  if (s_terminate != nullptr) {
+    s_terminate();
+  }
+  std::abort();
+}
+
+// What the modules would do at the exit does not count any more, when drivers are in the middle of something.
+void OnExit() {
+  const int status = s_said ? s_ending.load() : EndWatch::OnEnd(nullptr, 0);
+  if (status != 0 && IsWatched()) {
+    ::_exit(status);
+  }
+}
+
+// Room for the handler of a crash that is the end of the stack. A thread that has such room already keeps it.
+void GiveStack() {
+  stack_t before;
+  if (::sigaltstack(nullptr, &before) != 0 || (before.ss_flags & SS_DISABLE) == 0) {
+    return;
+  }
+  stack_t stack = {};
+  stack.ss_sp = s_stack;
+  stack.ss_size = sizeof s_stack;
+  s_hasStack = ::sigaltstack(&stack, nullptr) == 0;
+  s_stackOwner = ::pthread_self();
+}
+
+void TakeStack() {
+  if (s_hasStack.exchange(false) && ::pthread_equal(s_stackOwner, ::pthread_self()) != 0) {
+    stack_t none = {};
+    none.ss_flags = SS_DISABLE;
+    ::sigaltstack(&none, nullptr);
+  }
+}
+
+}  // namespace
+
+EndWatch::EndWatch() : m_terminate(std::set_terminate(&OnTerminate)) {
+  static const int kRegistered = std::atexit(&OnExit);
+  static_cast<void>(kRegistered);
+  s_terminate = m_terminate;
+  s_said = false;
+  s_aborter = nullptr;
+  s_process = ::getpid();
+  GiveStack();
+  struct sigaction action = {};
+  action.sa_sigaction = &OnCrash;
+  action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+  for (std::size_t i = 0; i != kCrashCount; ++i) {
+    ::sigaction(kCrashes[i].signal, &action, &s_before[i]);
+  }
+}
+
+EndWatch::~EndWatch() {
+  for (std::size_t i = 0; i != kCrashCount; ++i) {
+    ::sigaction(kCrashes[i].signal, &s_before[i], nullptr);
+  }
+  TakeStack();
+  s_process = 0;
+  std::set_terminate(m_terminate);
+}
+
+void EndWatch::SetExitStatus(int status) {
+  s_exitStatus = status;
+}
+
+int EndWatch::OnEnd(const void* caller, int status) noexcept {
+  char name[2];
+  DriverCode::Name(caller, name, sizeof name);
+  const bool isDriver = name[0] != '\0' || EndNote::UnderWay()[0] != '\0' || DriverCode::IsLoaded();
+  if (!IsWatched() || !isDriver) {
+    return status;
+  }
+  Say("was ended", " by ", caller, "; drivers return from every call");
+  s_ending = status != 0 ? status : s_exitStatus.load();
+  return s_ending;
+}
+
+void EndWatch::OnAbort(const void* caller) noexcept {
+  if (IsWatched()) {
+    s_aborter = caller;
+  }
+}
+
+}  // namespace devhost

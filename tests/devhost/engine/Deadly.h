@@ -1,0 +1,29 @@
+#ifndef TESTS_DEVHOST_ENGINE_DEADLY_H
+#define TESTS_DEVHOST_ENGINE_DEADLY_H
+
+#include <string>
+
+#include "devhost/system/RunProgram.h"
+#include "tests/devhost/support/TestModules.h"
+#include "tests/support/ScratchFolder.h"
+
+#ifdef __has_feature
+#if __has_feature(address_sanitizer)
+#define TESTS_UNDER_ADDRESS_SANITIZER
+#endif
+#endif
+
+// How the built program ends when it sends a driver a command that ends the process. A command "Later:X" has time to end it.
+inline devhost::ProgramResult EndBy(const std::string& command) {
+  const testsupport::ScratchFolder folder;
+  const std::string project = folder.Write(
+      "project.xml", "<project><driver id=\"5\" name=\"deadly5\" module=\"" + TestModule("deadly") + "\"/></project>");
+  const std::string script =
+      folder.Write("script.devhost", "command " + command + "\n" +
+                                         (command.compare(0, 5, "Later") == 0 ? "run sleep 30\n" : "print still here\n"));
+  devhost::ProgramRun run;
+  run.words = {"/bin/sh", "-c", "ulimit -c 0; exec \"$@\"", "sh", DEVHOST_PROGRAM, "run", "--project", project, script};
+  return devhost::RunProgram(run);
+}
+
+#endif

@@ -1,0 +1,90 @@
+// A driver that ends the process in one way for each of its commands. Behind "Later:" it does so on a thread of its own,
+// some time after the command has returned.
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "host/H7BaseAgentDriver.h"
+#include "host/H7XML.h"
+#include "host/UICmdDispatcher.h"
+#include "tests/devhost/modules/TestModule.h"
+
+namespace {
+
+[[maybe_unused]] volatile int s_zero = 0;
+[[maybe_unused]] volatile int s_seven = 7;
+int* volatile s_null = nullptr;
+
+// The sanitizers would end the process before the processor does.
+__attribute__((no_sanitize("undefined"))) void Segv() {
+  *s_null = 1;
+}
+__attribute__((no_sanitize("undefined"))) void Fpe() {
+#if defined(__x86_64__) || defined(__i386__)
+  s_seven = s_seven / s_zero;
+#else
+  ::raise(SIGFPE);
+#endif
+}
+
+// Not a loop: each call needs what the next one returns.
+int Deeper(volatile char* outer, int depth) {
+  volatile char room[4096];
+  room[0] = outer[0];
+  return depth < 0 ? 0 : Deeper(room, depth + 1) + room[0];
+}
+
+class Deadly : public H7BaseAgentDriver {
+ public:
+  explicit Deadly(IInstanceManager& instanceManager) : H7BaseAgentDriver(instanceManager, DriverMultiplicity_Single) {}
+
+  void RegisterCommands() override {
+    Register("Segv", &Segv);
+    Register("Fpe", &Fpe);
+    Register("Bus", [] { ::raise(SIGBUS); });
+    Register("Ill", [] { ::raise(SIGILL); });
+    Register("Abort", [] { std::abort(); });
+    Register("Exit", [] { std::exit(0); });
+    Register("ExitWithSeven", [] { std::exit(7); });
+    Register("QuickExit", [] { std::quick_exit(0); });
+    Register("UnderscoreExit", [] { ::_exit(0); });
+    Register("UnderscoreBigExit", [] { std::_Exit(0); });
+    Register("Recurse", [] {
+      volatile char first = 1;
+      Deeper(&first, 0);
+    });
+    Register("Throw", [] { std::thread([] { throw std::runtime_error("not caught"); }).join(); });
+    Register("ForkAndExit", [] {
+      if (::fork() == 0) {
+        ::_exit(0);
+      }
+    });
+  }
+
+ private:
+  using Reply = h7::auto_com<H7XML::INode>;
+
+  void Register(const std::string& name, const std::function<void()>& action) {
+    GetUICmdDispatcher().RegisterUICmd(name, [action](ICmdMessage const&) {
+      action();
+      return Reply();
+    });
+    GetUICmdDispatcher().RegisterUICmd("Later:" + name, [action](ICmdMessage const&) {
+      std::thread([action] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        action();
+      }).detach();
+      return Reply();
+    });
+  }
+};
+
+}  // namespace
+
+TEST_MODULE(Deadly);
