@@ -30,8 +30,8 @@ void JudgeMode(mode_t mode, Report& report) {
 
 // `path` is empty for a text that is not in a regular file.
 CheckResult Check(const std::string& path, const std::string& text, const CheckMeans& means, Report& report) {
-  JudgeText(text, report);
   CheckResult result;
+  result.unjudged = JudgeText(text, report, means.circumstances);
   result.daemonError = means.askDaemon ? AskDaemon(path, text, report) : "";
   result.findings = report.Take();
   return result;

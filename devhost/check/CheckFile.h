@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "devhost/check/Finding.h"
+#include "devhost/check/Rules.h"
 
 namespace devhost {
 
@@ -12,12 +13,14 @@ namespace devhost {
 struct CheckMeans {
   bool askDaemon = false;    // have the daemon's own parser read it, too
   bool showSecrets = false;  // findings may quote communities
+  Circumstances circumstances = {};
 };
 
 // What the check of one file found.
 struct CheckResult {
   std::vector<Finding> findings;
-  std::string daemonError;  // why the daemon could not be asked, in one line; "" when it was asked or need not be
+  std::size_t unjudged = 0;  // directives that only the daemon's own parser can judge
+  std::string daemonError;   // why the daemon could not be asked, in one line; "" when it was asked or need not be
 };
 
 // Checks the file and, when it is a regular file, who may read and change it. Throws FileError when it cannot be read.

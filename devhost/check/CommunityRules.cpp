@@ -114,9 +114,62 @@ void JudgeFirstGrantWins(const Sight& sight, Report& report) {
 }
 
 void JudgeNoAccess(const Sight& sight, Report& report) {
-  if (sight.line.number == 0 && !sight.above.hasAccess) {
+  if (sight.line.number == 0 && !sight.above.hasAccess && !sight.circumstances.isOff) {
     report.Add("nobody has access: the daemon runs and answers nobody", "set a read community");
   }
+}
+
+// Who may use a community, and the community, wherever the line has them; nothing for lines without one.
+struct Door {
+  std::string source;
+  std::string community;
+};
+
+Door ReadDoor(const Sight& sight) {
+  const std::vector<DirectiveWord>& words = sight.line.setting->words;
+  const std::string_view keyword = sight.Keyword();
+  const auto word = [&words](std::size_t at) { return at < words.size() ? words[at].text : std::string(); };
+  if (!sight.grantKey.empty()) {
+    return {ReadGrant(sight.line).source, sight.grantKey.substr(2)};
+  }
+  if (keyword == "authcommunity") {
+    return {word(2), word(1)};
+  }
+  if (keyword == "com2sec" || keyword == "com2sec6") {
+    const std::size_t first = word(0) == "-Cn" ? 2 : 0;
+    return {word(first + 1), word(first + 2)};
+  }
+  return {};
+}
+
+void JudgeWellKnown(const Sight& sight, Report& report) {
+  if (!sight.line.setting) {
+    return;
+  }
+  const Door door = ReadDoor(sight);
+  const bool isHere = door.source == "localhost" || door.source == "::1" || door.source.compare(0, 4, "127.") == 0;
+  if ((door.community == "public" || door.community == "private") && !isHere) {
+    report.Add("a community that everybody tries first, public or private: the daemon answers whoever asks",
+               "choose a community that nobody can guess");
+  }
+}
+
+// The line that lets somebody in; those that only prepare it are not enough.
+bool OpensDoor(const Sight& sight) {
+  constexpr std::string_view kOthers[] = {"rouser",   "rwuser",    "access",    "authcommunity",
+                                          "authuser", "authgroup", "authaccess"};
+  return IsCommunityKeyword(sight.Keyword()) ||
+         std::find(std::begin(kOthers), std::end(kOthers), sight.Keyword()) != std::end(kOthers);
+}
+
+void JudgeStillOpen(const Sight& sight, Report& report) {
+  if (!sight.circumstances.isOff || !OpensDoor(sight) || IsRejected(*sight.line.setting)) {
+    return;
+  }
+  const bool isAgents = sight.line.IsInside() && sight.layout.IsReplaced() && !sight.IsKept();
+  report.Add(
+      "SNMP is switched off on the device, but the daemon does not know that: this line still lets somebody in",
+      isAgents ? "erase the communities of the device, too, or stop the daemon" : "remove this line, or stop the daemon");
 }
 
 }  // namespace
@@ -164,6 +217,8 @@ std::vector<Rule> CommunityRules() {
       {"write-community-like-read", S::Error, JudgeWriteLikeRead},
       {"first-community-wins", S::Error, JudgeFirstGrantWins},
       {"no-access", S::Warning, JudgeNoAccess},
+      {"well-known-community", S::Warning, JudgeWellKnown},
+      {"still-lets-in", S::Warning, JudgeStillOpen},
   };
 }
 

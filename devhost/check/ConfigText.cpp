@@ -4,6 +4,7 @@
 #include <array>
 
 #include "devhost/snmpd/LineCutter.h"
+#include "devhost/snmpd/WordCutter.h"
 
 namespace devhost {
 
@@ -35,6 +36,29 @@ class Walk {
 
  private:
   std::size_t m_open = 0;
+};
+
+// Follows the names of sections in brackets. Below the name of another section, or behind it, the daemon does not take its
+// own directives. A name that it does not know changes nothing for the lines below.
+class DaemonSection {
+ public:
+  // Whether the line is of another section.
+  bool Step(std::string_view line) {
+    WordCutter cutter(line);
+    if (cutter.AtEnd() || line[cutter.At()] != '[') {
+      return m_isOther;
+    }
+    const std::string name = cutter.Next().text;
+    const bool isKnownOther = name == "[snmp]" || name == "[agentx]";
+    if (!cutter.AtEnd()) {
+      return name != "[snmpd]" && name.back() == ']';
+    }
+    m_isOther = isKnownOther || (m_isOther && name != "[snmpd]");
+    return isKnownOther;
+  }
+
+ private:
+  bool m_isOther = false;
 };
 
 // Whether the text begins with the byte order mark of UTF-16, or with ASCII characters in it.
@@ -147,6 +171,7 @@ Layout LayOut(std::string_view text) {
 
 void ForEachLine(std::string_view text, const std::function<void(const ConfigLine&)>& use) {
   Walk walk;
+  DaemonSection daemonSection;
   LineCutter lines(text);
   while (lines.Next()) {
     ConfigLine line;
@@ -156,7 +181,8 @@ void ForEachLine(std::string_view text, const std::function<void(const ConfigLin
     line.place = walk.Step(line.text, line.number);
     line.section = line.place == Place::EndMarker ? open : walk.Open();
     // The daemon ends a line at a NUL byte.
-    line.setting = ReadDirective(line.text.substr(0, std::min(line.text.find('\0'), kLongestDirective)));
+    const std::string_view read = line.text.substr(0, std::min(line.text.find('\0'), kLongestDirective));
+    (daemonSection.Step(read) ? line.elsewhere : line.setting) = ReadDirective(read);
     use(line);
   }
   use(ConfigLine());

@@ -55,9 +55,11 @@ struct ConfigLine {
   Place place = Place::Outside;      // as the agent's reader sees it
   std::size_t section = 0;           // the line of the start marker that opened the section around this line, or 0
   std::optional<Directive> setting;  // nothing on comments and empty lines
+  // A directive below a line like [snmp], or behind such a word: one of other programs than the daemon.
+  std::optional<Directive> elsewhere;
 
   bool IsInside() const { return place == Place::Inside; }
-  bool IsComment() const { return !TrimmedView(text).empty() && !setting; }
+  bool IsComment() const { return !TrimmedView(text).empty() && !setting && !elsewhere; }
 };
 
 // Finds the sections, and what the next write keeps.

@@ -16,6 +16,11 @@ void Report::Add(std::string reason, std::string remedy) {
   }
 }
 
+bool Report::IsFull() const {
+  const auto count = m_counts.find(m_rule);
+  return count != m_counts.end() && count->second.all > kMostOfOneRule;
+}
+
 std::string Report::Secret(std::string_view text) const {
   return m_showSecrets ? Quoted(text) : kMask;
 }

@@ -30,6 +30,8 @@ class Report {
     m_severity = severity;
     m_line = line;
   }
+  // Whether further findings of the rule would only be counted.
+  bool IsFull() const;
   // Adds a finding: what is wrong, and what the owner can do about it.
   void Add(std::string reason, std::string remedy);
 

@@ -23,6 +23,13 @@ bool IsSectionSetting(std::string_view keyword) {
   return IsSystemText(keyword) || std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
 
+// Directives of which the rules look at more than the name.
+bool IsJudged(std::string_view keyword) {
+  constexpr std::string_view kOthers[] = {"agentxretries", "trap2sink", "includealldisks", "createuser"};
+  return IsSectionSetting(keyword) || IsCommunityKeyword(keyword) ||
+         std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
+}
+
 // Adds what the line says to what the lines below it are compared with.
 void Remember(const Sight& sight, History& history) {
   const ConfigLine& line = sight.line;
@@ -34,6 +41,8 @@ void Remember(const Sight& sight, History& history) {
     return;
   }
   const Directive& setting = *line.setting;
+  const bool isUnknown = sight.circumstances.Directives().daemon.count(setting.keyword) == 0;
+  history.unjudged += isUnknown || IsJudged(setting.keyword) ? 0 : 1;
   history.hasAccess = history.hasAccess || LetsIn(setting.keyword);
   if (line.IsInside() && line.section == sight.layout.firstStart && IsSectionSetting(setting.keyword)) {
     History::Value& value = history.section[setting.keyword];
@@ -52,7 +61,8 @@ void Remember(const Sight& sight, History& history) {
 const std::vector<Rule>& Rules() {
   static const std::vector<Rule> rules = [] {
     std::vector<Rule> all;
-    for (const auto& some : {MarkerRules(), ReaderRules(), CommunityRules(), TrapRules(), ValueRules(), EncodingRules()}) {
+    for (const auto& some :
+         {MarkerRules(), ReaderRules(), CommunityRules(), TrapRules(), ValueRules(), EncodingRules(), DirectiveRules()}) {
       all.insert(all.end(), some.begin(), some.end());
     }
     return all;
@@ -69,7 +79,7 @@ std::vector<std::string> RuleNames() {
   return names;
 }
 
-void JudgeText(std::string_view text, Report& report) {
+std::size_t JudgeText(std::string_view text, Report& report, const Circumstances& circumstances) {
   const Layout layout = LayOut(text);
   History history;
   // Cut into lines at bytes, such a text makes no sense.
@@ -77,13 +87,14 @@ void JudgeText(std::string_view text, Report& report) {
     const ReadBack read = line.IsInside() ? ReadLineBack(line.text) : ReadBack();
     const std::string grantKey = line.setting ? GrantKey(*line.setting) : "";
     const std::optional<Sink> sink = line.setting ? ReadSink(*line.setting) : std::nullopt;
-    const Sight sight{line, read, layout, history, grantKey, sink};
+    const Sight sight{line, read, layout, history, grantKey, sink, circumstances};
     for (const Rule& rule : Rules()) {
       report.Begin(rule.name, rule.severity, line.number);
       rule.judge(sight, report);
     }
     Remember(sight, history);
   });
+  return history.unjudged;
 }
 
 }  // namespace devhost

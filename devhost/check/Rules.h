@@ -12,6 +12,7 @@
 #include "devhost/check/ConfigText.h"
 #include "devhost/check/ReadBack.h"
 #include "devhost/check/Report.h"
+#include "devhost/snmpd/DirectiveNames.h"
 
 // The rules that an snmpd.conf is judged by. docs/check-rules.md describes each of them.
 namespace devhost {
@@ -45,6 +46,15 @@ struct History {
   std::size_t firstText = 0;                           // the first line that is not blank
   bool hasAccess = false;                              // somebody has access, or another file may give it
   bool hasNul = false;
+  std::size_t unjudged = 0;  // directives that no rule knows more of than the name
+};
+
+// What is known about the file from elsewhere.
+struct Circumstances {
+  bool isOff = false;                          // SNMP is switched off on the device
+  const DirectiveNames* directives = nullptr;  // those of the installed daemon; null for the usual ones
+
+  const DirectiveNames& Directives() const { return directives != nullptr ? *directives : UsualDirectiveNames(); }
 };
 
 // One line, with what the rules need to know of the others.
@@ -57,6 +67,7 @@ struct Sight {
   const std::string& grantKey;
   // Of a line that sends traps: its parts, when the daemon takes it for such a line; else none.
   const std::optional<Sink>& sink;
+  const Circumstances& circumstances;
 
   // The daemon's keyword in lower case, "" for a comment.
   std::string_view Keyword() const { return line.setting ? std::string_view(line.setting->keyword) : std::string_view(); }
@@ -78,6 +89,7 @@ std::vector<Rule> CommunityRules();
 std::vector<Rule> TrapRules();
 std::vector<Rule> ValueRules();
 std::vector<Rule> EncodingRules();
+std::vector<Rule> DirectiveRules();
 
 // All of them, in the order of the page.
 const std::vector<Rule>& Rules();
@@ -88,8 +100,9 @@ inline constexpr char kFileModeRule[] = "file-mode";
 inline constexpr char kLineFeedRule[] = "line-feed";
 inline constexpr char kDaemonRule[] = "daemon";  // whatever the daemon's parser complains of
 
-// Applies each rule to each line of the text and adds what they find to the report.
-void JudgeText(std::string_view text, Report& report);
+// Applies each rule to each line of the text and adds what they find to the report. Returns how many directives only the
+// daemon's own parser can judge.
+std::size_t JudgeText(std::string_view text, Report& report, const Circumstances& circumstances = {});
 
 // Whether a line with this keyword, in lower case, lets somebody in by a community.
 bool IsCommunityKeyword(std::string_view keyword);

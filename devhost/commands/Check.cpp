@@ -1,13 +1,17 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 #include "devhost/check/CheckFile.h"
+#include "devhost/check/InstalledDaemon.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/Findings.h"
 #include "devhost/system/FileText.h"
+#include "devhost/system/Output.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 
@@ -18,12 +22,16 @@ using Takes = CommandOption::Takes;
 const CommandOption kFiles{"files", "", "The files, - for standard input", Takes::Paths, true};
 const CommandOption kDaemon{"--daemon", "", "Have the parser of the installed snmpd read the files, too"};
 
+const CommandOption kOff{"--off", "", "SNMP is switched off on the device: say who is let in all the same"};
+
 constexpr char kFooter[] =
     "Each finding is one line, FILE:LINE: SEVERITY: reason [RULE], and a second one with what\n"
     "to do. An error means that the daemon or the agent does something else than the file\n"
     "seems to say, or that text will be lost; a warning, that it may surprise; a note, which is\n"
     "not counted as a finding, that a device which has lost its settings would misread the\n"
-    "line. The rules are in docs/check-rules.md.\n"
+    "line. The rules are in docs/check-rules.md. An installed snmpd is asked for the names of\n"
+    "its directives; only --daemon lets it read the files, for what it reads, it also does: it\n"
+    "runs Perl code and opens logs.\n"
     "\n"
     "Exit status: 0 no finding; 1 findings; 2 wrong usage, a file that cannot be read, or a\n"
     "daemon that cannot be asked.\n"
@@ -32,10 +40,19 @@ constexpr char kFooter[] =
     "\n"
     "  devhost check --daemon /etc/snmp/snmpd.conf";
 
-ExitStatus CheckOne(const std::string& path, const Arguments& arguments, Console& console) {
+// Where there is a parser that knows more, its user hears of it.
+void PrintHint(const std::string& name, const CheckResult& result, Output& out) {
+  if (result.unjudged != 0) {
+    out.Write(OneLine(name) + ": " + Counted(result.unjudged, "directive") +
+              " judged by name only; --daemon lets the installed snmpd read the file, too\n");
+  }
+}
+
+ExitStatus CheckOne(const std::string& path, const Circumstances& circumstances, const Arguments& arguments,
+                    Console& console) {
   const bool isInput = path == "-";
   const std::string name = isInput ? "standard input" : path;
-  const CheckMeans means{arguments.Has(kDaemon), arguments.Has(kShowSecrets)};
+  const CheckMeans means{arguments.Has(kDaemon), arguments.Has(kShowSecrets), circumstances};
   try {
     const CheckResult result =
         isInput ? CheckText(ReadDescriptorText(STDIN_FILENO, name), name, means) : CheckFile(path, means);
@@ -43,6 +60,9 @@ ExitStatus CheckOne(const std::string& path, const Arguments& arguments, Console
       console.Complain(result.daemonError);
     }
     const ExitStatus status = PrintFindings(result.findings, name, arguments.Has(kJson), console.Out());
+    if (circumstances.directives != nullptr && !arguments.Has(kDaemon) && !arguments.Has(kJson)) {
+      PrintHint(name, result, console.Out());
+    }
     return result.daemonError.empty() ? status : ExitStatus::Wrong;
   } catch (const FileError& error) {
     console.Complain(error.what());
@@ -52,9 +72,11 @@ ExitStatus CheckOne(const std::string& path, const Arguments& arguments, Console
 
 // Each file is checked whatever became of the one before.
 ExitStatus Check(const Arguments& arguments, Console& console) {
+  const std::optional<DirectiveNames> directives = AskForDirectiveNames();
+  const Circumstances circumstances{arguments.Has(kOff), directives ? &*directives : nullptr};
   ExitStatus status = ExitStatus::Good;
   for (const std::string& path : arguments.Texts(kFiles)) {
-    status = std::max(status, CheckOne(path, arguments, console));
+    status = std::max(status, CheckOne(path, circumstances, arguments, console));
   }
   return status;
 }
@@ -62,8 +84,11 @@ ExitStatus Check(const Arguments& arguments, Console& console) {
 }  // namespace
 
 Command MakeCheck() {
-  return {
-      "check", "Say what in an snmpd.conf will surprise its owner", {kFiles, kJson, kDaemon, kShowSecrets}, kFooter, &Check};
+  return {"check",
+          "Say what in an snmpd.conf will surprise its owner",
+          {kFiles, kJson, kDaemon, kOff, kShowSecrets},
+          kFooter,
+          &Check};
 }
 
 }  // namespace devhost

@@ -337,6 +337,60 @@ TEST(TheDaemon, ReadsALastLineWithoutLineFeedAndALineOfAnyLength) {
   EXPECT_EQ(daemon.Value(e2e::kSysContact), "Ada");
 }
 
+TEST(TheDaemon, IgnoresADirectiveThatItDoesNotKnow) {
+  const ServedFile daemon(Example("unknown-directive"));
+  EXPECT_TRUE(daemon.ShutsOut("reader"));
+  for (const std::size_t line : LinesFound("unknown-directive", Example("unknown-directive"))) {
+    EXPECT_TRUE(daemon.Says("line " + std::to_string(line) + ": Warning: Unknown token")) << line << "\n" << daemon.Log();
+  }
+  const ServedFile other(NearMiss("unknown-directive"));
+  EXPECT_FALSE(other.Says("Unknown token")) << other.Log();
+}
+
+TEST(TheDaemon, IgnoresItsDirectivesInOtherSections) {
+  const ServedFile daemon(Example("other-section"));
+  EXPECT_TRUE(daemon.ShutsOut("reader"));
+  EXPECT_TRUE(daemon.Says("line 2: Warning: Unknown token: rocommunity")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 4: Warning: Unknown token: sysName")) << daemon.Log();
+  const ServedFile other(NearMiss("other-section"));
+  EXPECT_TRUE(other.LetsIn("reader"));
+  EXPECT_EQ(other.Value(e2e::kSysName), "box");
+}
+
+TEST(TheDaemon, DoesNotChangeTheSectionForAnUnknownName) {
+  const std::string text = "[SNMP]\nrocommunity  reader\n[snmp]\n[other]\n[snmpd]  sysName  box\nsysContact  Ada\n[snmpd]\n";
+  EXPECT_EQ(LinesFound("other-section", text), std::vector<std::size_t>{6});
+  const ServedFile daemon(text);
+  EXPECT_TRUE(daemon.LetsIn("reader"));
+  EXPECT_EQ(daemon.Value(e2e::kSysName), "box");
+  EXPECT_NE(daemon.Value(e2e::kSysContact), "Ada");
+}
+
+TEST(TheDaemon, LeavesAPassphraseInTheFileAndKeepsAKey) {
+  ServedFile daemon(Example("plain-passphrase"));
+  daemon.Stop();
+  EXPECT_FALSE(daemon.Says("Error")) << daemon.Log();
+  EXPECT_TRUE(Holds(daemon.Text(), "open-secret"));
+  EXPECT_TRUE(Holds(daemon.Stored(), "\nusmUser "));
+  EXPECT_FALSE(Holds(daemon.Stored(), "open-secret"));
+  const ServedFile other(NearMiss("plain-passphrase"));
+  EXPECT_FALSE(other.Says("Error")) << other.Log();
+}
+
+TEST(TheDaemon, LetsInByAWellKnownCommunity) {
+  const ServedFile daemon(Example("well-known-community"));
+  EXPECT_TRUE(daemon.LetsIn("public"));
+  EXPECT_TRUE(ServedFile(NearMiss("well-known-community")).ShutsOut("private"));
+}
+
+TEST(TheDaemon, StillLetsInWhoeverTheFileNames) {
+  const ServedFile daemon(Example("still-lets-in"));
+  EXPECT_TRUE(daemon.LetsIn("reader"));
+  EXPECT_TRUE(daemon.LetsIn("friend"));
+  const ServedFile other(NearMiss("still-lets-in"), ServedFile::Asker::None);
+  EXPECT_TRUE(other.Says("no access control information configured")) << other.Log();
+}
+
 TEST(TheDaemon, ReadsALineUpToANulByte) {
   EXPECT_TRUE(ServedFile(Example("nul-byte")).LetsIn("rea"));
 }

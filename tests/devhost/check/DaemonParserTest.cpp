@@ -13,7 +13,10 @@
 namespace devhost {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
 using testsupport::ScratchFolder;
 
 // The findings, as "LINE: REASON".
@@ -33,6 +36,19 @@ TEST(TheDaemon, NamesTheLineThatItRejects) {
   EXPECT_THAT(Said("", "rocommunity  reader\nsysObjectID  bogus\n# a comment\nrouser\n"),
               ElementsAre("2: the daemon says: Error: sysobjectid token not a parsable OID:",
                           "4: the daemon says: Error: Blank line following rouser token."));
+}
+
+// It reads some from its own store alone, and crashes on other values than it has stored; it crashes on a repair without a
+// program, too. It is asked without smux.
+TEST(TheDaemon, KnowsTheDirectivesThatTheRulesKnow) {
+  std::string text;
+  for (const std::string& name : UsualDirectiveNames().daemon) {
+    const bool isStored = name.compare(0, 4, "vacm") == 0 || name == "usmuser";
+    const bool isSkipped = isStored || name == "procfix" || name.compare(0, 4, "smux") == 0;
+    text += isSkipped ? "" : name + " x\n";
+  }
+  EXPECT_THAT(Said("", text), Not(Contains(HasSubstr("Unknown token"))));
+  EXPECT_THAT(Said("", "bogus x\n"), ElementsAre(HasSubstr("Unknown token")));
 }
 
 TEST(TheDaemon, DoesNotReportPortsThatItCallsDeprecated) {

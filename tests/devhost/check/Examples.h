@@ -19,17 +19,24 @@ inline std::string NearMiss(const std::string& rule) {
   return testsupport::ScratchFolder::ReadFile(CHECK_DATA_FOLDER "/" + rule + ".near.conf");
 }
 
-inline std::vector<Finding> Judged(const std::string& text, const std::string& name = "snmpd.conf",
-                                   bool showSecrets = false) {
+inline std::vector<Finding> Judged(const std::string& text, const std::string& name = "snmpd.conf", bool showSecrets = false,
+                                   const Circumstances& circumstances = {}) {
   Report report(name, showSecrets);
-  JudgeText(text, report);
+  JudgeText(text, report, circumstances);
   return report.Take();
+}
+
+// Where the rule finds something at all.
+inline Circumstances CircumstancesOf(const std::string& rule) {
+  Circumstances circumstances;
+  circumstances.isOff = rule == "still-lets-in";
+  return circumstances;
 }
 
 // The lines in which a rule finds something.
 inline std::vector<std::size_t> LinesFound(const std::string& rule, const std::string& text) {
   std::vector<std::size_t> lines;
-  for (const Finding& finding : Judged(text)) {
+  for (const Finding& finding : Judged(text, "snmpd.conf", false, CircumstancesOf(rule))) {
     if (finding.rule == rule) {
       lines.push_back(finding.line);
     }

@@ -45,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ARule, testing::ValuesIn(LineRules()), [](const t
 TEST(TheExamples, GiveTheFindingsThatAPersonHasApproved) {
   std::string found;
   for (const std::string& rule : LineRules()) {
-    for (const Finding& finding : Judged(Example(rule), rule + ".conf", true)) {
+    for (const Finding& finding : Judged(Example(rule), rule + ".conf", true, CircumstancesOf(rule))) {
       found += FindingText(finding);
     }
   }

@@ -35,6 +35,9 @@ class ServedFile {
   // What the daemon has said so far.
   std::string Log() const { return m_folder.Read("snmpd.log"); }
   bool Says(const std::string& words) const { return Log().find(words) != std::string::npos; }
+  // The daemon's file as it is now, and what the daemon has stored, once it has been stopped.
+  std::string Text() const { return m_folder.Read("snmpd.conf"); }
+  std::string Stored() const { return m_folder.Read("snmpd/snmpd.conf"); }
   // Ends it in an orderly way, with its last traps sent.
   void Stop();
 

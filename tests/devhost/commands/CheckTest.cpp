@@ -65,6 +65,24 @@ TEST_F(CheckCommand, PrintsNotesLastAndDoesNotCountThemAsFindings) {
   EXPECT_THAT(found.out, HasSubstr(file + ": 1 error, 0 warnings, 1 note\n"));
 }
 
+TEST_F(CheckCommand, SaysWhenTheDaemonWouldTellMore) {
+  const std::string text = "rocommunity  reader\nview  all  included  .1\n";
+  const std::string file = File("snmpd.conf", text);
+  const std::string hint =
+      file + ": 1 directive judged by name only; --daemon lets the installed snmpd read the file, too\n";
+  EXPECT_EQ(Run({"check", file}).out, file + ": no findings\n" + hint);
+  EXPECT_EQ(Run({"check", file}).status, ExitStatus::Good);
+  EXPECT_EQ(Run({"check", file, "--daemon"}).out, file + ": no findings\n");
+  EXPECT_EQ(Run({"check", file, "--json"}).out, "");
+}
+
+TEST_F(CheckCommand, SaysWhoIsLetInAlthoughSnmpIsOff) {
+  const std::string file = File("snmpd.conf", "rocommunity  reader\n");
+  EXPECT_EQ(Run({"check", file}).status, ExitStatus::Good);
+  EXPECT_THAT(Run({"check", "--off", file}).out, HasSubstr("[still-lets-in]"));
+  EXPECT_EQ(Run({"check", "--off", File("empty.conf", "# nobody\n")}).status, ExitStatus::Good);
+}
+
 TEST_F(CheckCommand, GoesOnAfterAFileThatItCannotRead) {
   const std::string file = File("snmpd.conf", kMisread);
   const Outcome outcome = Run({"check", folder.Path("missing"), folder.Path(), file});
