@@ -38,8 +38,8 @@ bool TakeDescriptors(const KeeperTask& task) {
   if (output < 0 || (task.folder >= 0 && ::fchdir(task.folder) != 0)) {
     return false;
   }
-  ::close(STDIN_FILENO);
-  const int input = ::open("/dev/null", O_RDONLY);
+  const int input =
+      task.input >= 0 ? ::fcntl(task.input, F_DUPFD_CLOEXEC, kFirstOwnDescriptor) : ::open("/dev/null", O_RDONLY);
   if (input < 0 || ::dup2(input, STDIN_FILENO) < 0 || ::dup2(output, STDOUT_FILENO) < 0 ||
       ::dup2(output, STDERR_FILENO) < 0) {
     return false;

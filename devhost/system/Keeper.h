@@ -13,6 +13,7 @@ struct KeeperTask {
   std::vector<char*> arguments;  // with a null pointer at the end, as the next
   std::vector<char*> environment;
   int folder;  // -1 for the current one
+  int input;   // -1 for nothing to read
   int output;
   bool privateFiles;
   int control;    // the keeper's end of a socket of type SOCK_SEQPACKET

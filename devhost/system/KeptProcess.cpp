@@ -64,6 +64,7 @@ KeptProcess::KeptProcess(const ProcessImage& image) {
                            Pointers(own.arguments),
                            Pointers(own.environment),
                            own.folder,
+                           own.input,
                            own.output,
                            own.privateFiles,
                            keepers.Get(),

@@ -18,6 +18,7 @@ struct ProcessImage {
   std::vector<std::string> arguments;    // the program's name first
   std::vector<std::string> environment;  // NAME=value, all of it
   int folder = -1;                       // descriptor of its working folder, -1 for the current one; borrowed
+  int input = -1;                        // descriptor for standard input, -1 for nothing to read; borrowed
   int output = -1;                       // descriptor for standard output and error; borrowed
   bool privateFiles = false;             // only this user may read the files that it makes (umask 077)
 };
@@ -30,8 +31,8 @@ struct ProcessImage {
 // asks for could not do that: the program's own children would live on, a program with file capabilities loses it, and it
 // comes from a thread instead of a process. The keeper is a fork, so it needs no program that would have to be found.
 //
-// The program starts as from a shell: with no signal blocked or ignored and no descriptor but the standard ones, and with
-// nothing to read. It is in a session of its own, without a terminal.
+// The program starts as from a shell: with no signal blocked or ignored and no descriptor but the standard ones. It is in a
+// session of its own, without a terminal.
 class KeptProcess {
  public:
   // Starts the program. Throws std::system_error with the reason when the system does not start it.

@@ -28,6 +28,7 @@ MemoryFile::MemoryFile(std::string_view text) : m_file(::memfd_create("devhost",
     }
     text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
   }
+  ::lseek(m_file.Get(), 0, SEEK_SET);
 }
 
 // By the number of this process, because its own descriptors are closed in a program that it starts.

@@ -17,6 +17,9 @@ class MemoryFile {
 
   // Where programs that this process starts open it, as long as this object lives. Nobody but this user and root can.
   std::string Path() const;
+  // Stands at the start of the text: for a program that gets it as its standard input, and can read it again as
+  // /proc/self/fd/0. Borrowed.
+  int Descriptor() const { return m_file.Get(); }
 
  private:
   const FileDescriptor m_file;

@@ -82,7 +82,7 @@ std::unique_ptr<KeptProcess> Start(const ProgramRun& run, int output) {
   const std::string program = ProgramOf(run);
   const FileDescriptor folder = OpenFolder(run.folder);
   try {
-    return std::make_unique<KeptProcess>(ProcessImage{program, run.words, Environment(run), folder.Get(), output});
+    return std::make_unique<KeptProcess>(ProcessImage{program, run.words, Environment(run), folder.Get(), -1, output});
   } catch (const std::system_error& error) {
     Refuse("cannot run", run.words.front(), error.code().value());
   }

@@ -127,14 +127,15 @@ int Daemon::PrepareFiles(const std::string& config, std::string& program) {
     }
     return kDaemonNotInstalled;
   }
-  std::string wrong = m_folder.Prepare();
+  const std::string wrong = m_folder.Prepare();
   if (!wrong.empty()) {
     return Fail(kDaemonFolderUnusable, wrong);
   }
   ServedConfig served = MakeServedConfig(config);
-  wrong = m_folder.WriteServed(served.text);
-  if (!wrong.empty()) {
-    return Fail(kServedCopyNotWritten, wrong);
+  try {
+    m_served = std::make_unique<devhost::MemoryFile>(served.text);
+  } catch (const std::system_error& error) {
+    return Fail(kServedCopyNotWritten, error.what());
   }
   m_places = std::move(served.places);
   LogNotes(served.notes);
@@ -155,11 +156,11 @@ devhost::ProcessImage Daemon::MakeImage(const std::string& program) const {
   // lacks rights. -I: without the modules that open a port for an old protocol, and that let whoever holds the write
   // community load code, write files, fill the log, or start the daemon again.
   return {program,
-          {program, "-f", "-LE", "w", "-c",
-           "../" + std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName, "-m", "", "-M", "", "-I",
-           "-smux,dlmod,nsLogging,nsDebug,versioninfo", "-r", GetAddress()},
+          {program, "-f", "-LE", "w", "-c", std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName,
+           "-m", "", "-M", "", "-I", "-smux,dlmod,nsLogging,nsDebug,versioninfo", "-r", GetAddress()},
           MakeEnvironment(m_folder.GetPath()),
           m_folder.GetFolder().Get(),
+          m_served->Descriptor(),
           m_folder.GetLog().Get(),
           true};
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "devhost/system/KeptProcess.h"
+#include "devhost/system/MemoryFile.h"
 #include "drivers/localsnmpd/DaemonFolder.h"
 #include "drivers/localsnmpd/ServedConfig.h"
 
@@ -61,8 +62,9 @@ class Daemon {
   const Options m_options;
   const Log m_log;
   DaemonFolder m_folder;
-  std::vector<ServedConfig::Place> m_places;  // of the lines of the served file
-  std::set<std::string> m_noted;              // the notes about lines of the configuration that are in the log already
+  std::unique_ptr<devhost::MemoryFile> m_served;  // what the daemon reads, as long as it runs
+  std::vector<ServedConfig::Place> m_places;      // of its lines
+  std::set<std::string> m_noted;                  // the notes about lines of the configuration that are in the log already
   bool m_saidNotInstalled = false;
   std::unique_ptr<devhost::KeptProcess> m_process;
 };

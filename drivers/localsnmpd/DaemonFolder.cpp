@@ -145,15 +145,8 @@ std::string DaemonFolder::Prepare() {
     return "cannot write " + Join(GetPath(), kDriverConfigName) + ": " + Reason();
   }
   m_log = MakeFile(m_daemon.Get(), kLogName);
-  return m_log.IsOpen() ? std::string() : "cannot write " + Join(GetPath(), kLogName) + ": " + Reason();
-}
-
-std::string DaemonFolder::WriteServed(const std::string& text) const {
-  const devhost::FileDescriptor parent(::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!parent.IsOpen() || !WriteFile(parent.Get(), kServedName, text)) {
-    return "cannot write " + Join(m_folder, kServedName) + ": " + Reason();
-  }
-  return std::string();
+  const bool isMade = m_log.IsOpen() && ::unlinkat(m_daemon.Get(), kLogName, 0) == 0;
+  return isMade ? std::string() : "cannot write " + Join(GetPath(), kLogName) + ": " + Reason();
 }
 
 std::string DaemonFolder::KeepData() const {

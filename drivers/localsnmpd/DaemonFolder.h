@@ -10,19 +10,20 @@ namespace drivers {
 // The files of one device's daemon. In the device's folder:
 //
 //   snmpd.conf          the device's own, not touched here
-//   snmpd.conf.served   what the daemon reads in its place
 //   daemon/             for the driver and its daemon alone (mode 0700); the daemon's working folder:
 //     driver.conf       what the daemon reads after that
-//     log               what it writes, anew with each start
 //     agentx            the socket for its subagents
 //     lock              locked while a device uses the folder
 //     data/             what it stores: its engine id, values that were set over SNMP
 //     kept/             what it reads of that at its next start, see KeptData.h
 //
-// The daemon gets all names relative to its working folder, because the path of a socket has at most 107 bytes.
+// The daemon gets all names relative to its working folder, because the path of a socket has at most 107 bytes. Secrets are
+// in data/ and kept/ only, the keys of users, which have to survive a restart. What the daemon reads in place of snmpd.conf
+// is in memory, and its log, which quotes that, has no name.
 class DaemonFolder {
  public:
-  static constexpr char kServedName[] = "snmpd.conf.served";
+  // What the daemon calls the text that it reads in place of snmpd.conf: its standard input.
+  static constexpr char kServedName[] = "/proc/self/fd/0";
   static constexpr char kDriverConfigName[] = "driver.conf";
   static constexpr char kDataName[] = "data";
   static constexpr char kKeptName[] = "kept";
@@ -30,11 +31,9 @@ class DaemonFolder {
   // `folder` need not exist yet.
   explicit DaemonFolder(const std::string& folder);
 
-  // Makes what is missing of daemon/, writes driver.conf and an empty log, and locks the folder for the life of this object.
-  // Returns what is wrong, in one line, or nothing.
+  // Makes what is missing of daemon/, writes driver.conf, opens an empty log, and locks the folder for the life of this
+  // object. Returns what is wrong, in one line, or nothing.
   std::string Prepare();
-  // Writes snmpd.conf.served, mode 0600. Returns the same.
-  std::string WriteServed(const std::string& text) const;
   // Writes what the daemon may read of the data that it stored when it last ran. Call it while the daemon does not run.
   // Returns the same.
   std::string KeepData() const;

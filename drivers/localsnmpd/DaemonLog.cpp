@@ -10,6 +10,7 @@
 #include "devhost/snmpd/DaemonOutput.h"
 #include "devhost/snmpd/Directive.h"
 #include "devhost/snmpd/LineCutter.h"
+#include "drivers/localsnmpd/DaemonFolder.h"
 
 namespace drivers {
 
@@ -23,7 +24,7 @@ const std::string_view kBlanksOfNoTarget = "    ";
 
 // The place that the owner knows for the one that the daemon names. The daemon reads its own files only.
 std::string OwnersPlace(const devhost::Complaint& complaint, const std::vector<ServedConfig::Place>& places) {
-  if (complaint.file == "../snmpd.conf.served" && complaint.line - 1 < places.size()) {
+  if (complaint.file == DaemonFolder::kServedName && complaint.line - 1 < places.size()) {
     const ServedConfig::Place& place = places[complaint.line - 1];
     return place.file + ":" + std::to_string(place.line);
   }

@@ -21,7 +21,7 @@ std::string DescribeDaemonStatus(int status) {
     case kDaemonFolderUnusable:
       return "the daemon's folder cannot be used";
     case kServedCopyNotWritten:
-      return "the copy that the daemon reads cannot be written";
+      return "there is no memory for the copy that the daemon reads";
     case kDaemonDoesNotEnd:
       return "the daemon does not end";
     case kControllerOffLine:

@@ -13,7 +13,7 @@
 //   -13  the daemon did not answer in time, and was stopped
 //   -14  another program has the daemon's port
 //   -15  the folder daemon/ beside snmpd.conf cannot be used
-//   -16  snmpd.conf.served, the copy that the daemon reads, cannot be written
+//   -16  there is no memory for the copy of snmpd.conf that the daemon reads
 //   -17  the daemon does not end, even when it is killed
 //   -20  the controller is off line: nothing was done
 //   -21  the controller is off line, and no text of its snmpd.conf is known

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "tests/e2e/Wait.h"
+
 namespace e2e {
 namespace {
 
@@ -74,6 +76,17 @@ bool Background::Kill() {
   ::waitpid(m_pid, &status, 0);
   m_pid = -1;
   return WIFSIGNALED(status);
+}
+
+int Background::End(int signal) {
+  ::kill(m_pid, signal);
+  int status = 0;
+  if (!Eventually([this, &status] { return ::waitpid(m_pid, &status, WNOHANG) == m_pid; })) {
+    ::kill(m_pid, SIGKILL);
+    ::waitpid(m_pid, &status, 0);
+  }
+  m_pid = -1;
+  return status;
 }
 
 bool Background::Ended() {

@@ -60,7 +60,7 @@ class AKeptProcess : public testing::Test {
   std::unique_ptr<KeptProcess> Start(const std::string& program, std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), program);
     return std::make_unique<KeptProcess>(
-        ProcessImage{program, arguments, {"PATH=/usr/bin:/bin", "COLOUR=red"}, m_directory.Get(), m_output.Get(), true});
+        ProcessImage{program, arguments, {"PATH=/usr/bin:/bin", "COLOUR=red"}, m_directory.Get(), -1, m_output.Get(), true});
   }
   std::unique_ptr<KeptProcess> Shell(const std::string& script) const { return Start("/bin/sh", {"-c", script}); }
 
@@ -120,6 +120,13 @@ TEST_F(AKeptProcess, RunsWithItsArgumentsEnvironmentAndFolder) {
 
 TEST_F(AKeptProcess, WritesBothOutputsToItsFileAndReadsNothing) {
   EXPECT_EQ(Output("echo one; echo two >&2; cat"), "one\ntwo\n");
+}
+
+TEST_F(AKeptProcess, ReadsTheInputThatItIsGiven) {
+  const FileDescriptor input(::open(m_folder.Write("input", "text\n").c_str(), O_RDONLY | O_CLOEXEC));
+  KeptProcess process({"/bin/cat", {"cat", "-", "/proc/self/fd/0"}, {}, -1, input.Get(), m_output.Get()});
+  EXPECT_TRUE(process.WaitForEnd(kLong));
+  EXPECT_EQ(m_folder.Read("output"), "text\ntext\n");
 }
 
 TEST_F(AKeptProcess, HasNoSignalSettingsOfItsMaker) {

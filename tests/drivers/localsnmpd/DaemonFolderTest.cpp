@@ -90,24 +90,41 @@ TEST(ADaemonsData, IsKeptInPartAndStaysWhenTheDaemonStoredNoneAfterwards) {
   EXPECT_EQ(engine + "psyscontact x\n", folder.Read("daemon/kept/snmpd.conf"));
 }
 
-TEST(ADaemonsLog, IsReadWhole) {
-  const TemporaryFolder folder;
-  DaemonFolder daemon(folder.Path());
-  ASSERT_EQ("", daemon.Prepare());
-  folder.Write("daemon/log", "first\nno line feed");
-  EXPECT_EQ("first\nno line feed", daemon.ReadLog());
+class ADaemonsLog : public testing::Test {
+ protected:
+  ADaemonsLog() { EXPECT_EQ("", m_daemon.Prepare()); }
+
+  void Write(const std::string& text) const {
+    EXPECT_EQ(static_cast<ssize_t>(text.size()), ::write(m_daemon.GetLog().Get(), text.data(), text.size()));
+  }
+
+  const TemporaryFolder m_folder;
+  DaemonFolder m_daemon{m_folder.Path()};
+};
+
+TEST_F(ADaemonsLog, IsReadWholeAndHasNoName) {
+  Write("first\n");
+  Write("no line feed");
+  EXPECT_EQ("first\nno line feed", m_daemon.ReadLog());
+  EXPECT_FALSE(std::filesystem::exists(m_folder.Path("daemon/log")));
+}
+
+TEST_F(ADaemonsLog, IsEmptyAtTheNextStart) {
+  Write("first\n");
+  ASSERT_EQ("", m_daemon.Prepare());
+  EXPECT_EQ("", m_daemon.ReadLog());
 }
 
 // Half of a secret would be shown.
-TEST(ADaemonsLog, IsReadUpToItsLastWholeLineWhenItIsLong) {
-  const TemporaryFolder folder;
-  DaemonFolder daemon(folder.Path());
-  ASSERT_EQ("", daemon.Prepare());
+TEST_F(ADaemonsLog, IsReadUpToItsLastWholeLineWhenItIsLong) {
   const std::string start(1000000, 'a');
-  folder.Write("daemon/log", start + "\n" + std::string(100000, 'b') + "\n");
-  EXPECT_EQ(start + "\n", daemon.ReadLog());
-  folder.Write("daemon/log", std::string(2000000, 'c'));
-  EXPECT_EQ("", daemon.ReadLog());
+  Write(start + "\n" + std::string(100000, 'b') + "\n");
+  EXPECT_EQ(start + "\n", m_daemon.ReadLog());
+}
+
+TEST_F(ADaemonsLog, ThatIsOneLongLineIsNotRead) {
+  Write(std::string(2000000, 'c'));
+  EXPECT_EQ("", m_daemon.ReadLog());
 }
 
 }  // namespace

@@ -17,11 +17,11 @@ std::string Logged(const std::string& words, const Lines& secrets) {
 }
 
 TEST(TheDaemonsComplaints, NameTheOwnersFileAndLine) {
-  EXPECT_EQ((Lines{"/etc/x.conf:7: Warning: Unknown token: bogus.", "../snmpd.conf.served:3: Error: bad",
-                   "../snmpd.conf.served:0: Error: worse", "driver.conf:1: Error: no"}),
-            LinesForLog("../snmpd.conf.served: line 2: Warning: Unknown token: bogus.\n"
-                        "../snmpd.conf.served: line 3: Error: bad\n"
-                        "../snmpd.conf.served: line 0: Error: worse\n"
+  EXPECT_EQ((Lines{"/etc/x.conf:7: Warning: Unknown token: bogus.", "/proc/self/fd/0:3: Error: bad",
+                   "/proc/self/fd/0:0: Error: worse", "driver.conf:1: Error: no"}),
+            LinesForLog("/proc/self/fd/0: line 2: Warning: Unknown token: bogus.\n"
+                        "/proc/self/fd/0: line 3: Error: bad\n"
+                        "/proc/self/fd/0: line 0: Error: worse\n"
                         "driver.conf: line 1: Error: no",
                         {{"snmpd.conf", 1}, {"/etc/x.conf", 7}}, false, {}));
 }

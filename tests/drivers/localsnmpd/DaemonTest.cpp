@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -233,16 +234,41 @@ TEST_F(ADaemon, OpensNoPortsButItsOwn) {
   EXPECT_EQ(Lines(), m_log);
 }
 
-TEST_F(ADaemon, ServesAFileWithTheLinesOfTheOwnersFileInAPlaceOfItsOwn) {
-  Make();
-  EXPECT_EQ(0, m_daemon->Start("agentaddress 161\nrocommunity public\n", {}));
-  EXPECT_EQ("# agentaddress 161\nrocommunity public\n", m_folder.Read("kitchen/snmpd.conf.served"));
+TEST_F(ADaemon, ReadsTheLinesOfTheOwnersFileFromMemory) {
+  Make(Script("cat > copy; exec /usr/sbin/snmpd \"$@\""));
+  EXPECT_EQ(0, m_daemon->Start("agentaddress 161\n" + std::string(kPublic), {}));
+  EXPECT_EQ("# agentaddress 161\nrocommunity public\nsysname kitchen\n", m_folder.Read("kitchen/daemon/copy"));
+  const std::string input = "/proc/" + std::to_string(m_daemon->GetPid()) + "/fd/0";
+  EXPECT_EQ("/memfd:devhost (deleted)", std::filesystem::read_symlink(input).string());
   struct stat attributes = {};
-  ASSERT_EQ(0, ::stat(m_folder.Path("kitchen/snmpd.conf.served").c_str(), &attributes));
+  ASSERT_EQ(0, ::stat(input.c_str(), &attributes));
   EXPECT_EQ(mode_t{0600}, attributes.st_mode & 07777);
   ASSERT_EQ(0, ::stat(m_folder.Path("kitchen/daemon").c_str(), &attributes));
   EXPECT_EQ(mode_t{0700}, attributes.st_mode & 07777);
   EXPECT_FALSE(std::filesystem::exists(m_folder.Path("kitchen/snmpd.conf")));
+}
+
+TEST_F(ADaemon, ReadsTheSameFileAgainAfterAHangUp) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
+  EXPECT_EQ("kitchen", Get());
+  ASSERT_EQ(0, ::kill(m_daemon->GetPid(), SIGHUP));
+  EXPECT_EQ("kitchen", Get());
+}
+
+TEST_F(ADaemon, LeavesNoTextOfItsConfigurationOnDisk) {
+  Make();
+  EXPECT_EQ(0, m_daemon->Start("rocommunity hush99\ntrap2sink 127.0.0.1 hush98 65535\nsysName #hush97\n", {}));
+  EXPECT_TRUE(HasLogged("snmpd.conf:3: Error: "));
+  const auto ended = m_daemon->GetPid();
+  ASSERT_EQ(0, ::kill(ended, SIGKILL));
+  ASSERT_TRUE(Eventually([this] { return !m_daemon->IsRunning(); }));
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.Path())) {
+    if (entry.is_regular_file()) {
+      const std::string name = std::filesystem::relative(entry.path(), m_folder.Path()).string();
+      EXPECT_EQ(std::string::npos, m_folder.Read(name).find("hush")) << name;
+    }
+  }
 }
 
 TEST_F(ADaemon, KeepsItsFilesToItselfWhateverTheHostsEnvironmentSays) {
@@ -317,7 +343,7 @@ TEST_F(ADaemon, WhoseProgramTheSystemDoesNotStartSaysWhy) {
 }
 
 TEST_F(ADaemon, ThatEndsAtItsStartSaysHowAndWhatItComplainedOf) {
-  Make(Script("echo '../snmpd.conf.served: line 2: Error: bad word hush' >&2; echo 'no hush, no start' >&2; exit 3"), 600);
+  Make(Script("echo '/proc/self/fd/0: line 2: Error: bad word hush' >&2; echo 'no hush, no start' >&2; exit 3"), 600);
   EXPECT_EQ(drivers::kDaemonEndedAtStart, m_daemon->Start(kPublic, {"hush"}));
   EXPECT_EQ((Lines{"the daemon ended while it started: exit status 3 (status -12)", "snmpd.conf:2: Error: bad word *****",
                    "snmpd: no *****, no start"}),
@@ -352,17 +378,26 @@ TEST_F(ADaemon, IsNotMistakenForAnotherEngineThatTookItsPort) {
 
 TEST_F(ADaemon, WhoseFilesCannotBeMadeSaysWhyAndGoesOnAsItIs) {
   Make();
-  std::filesystem::create_directories(m_folder.Path("kitchen/snmpd.conf.served/in the way"));
-  EXPECT_EQ(drivers::kServedCopyNotWritten, m_daemon->Start(kPublic, {}));
-  EXPECT_TRUE(HasLogged("cannot write " + m_folder.Path("kitchen/snmpd.conf.served") + ": Is a directory (status -16)"));
-  std::filesystem::remove_all(m_folder.Path("kitchen/snmpd.conf.served"));
   EXPECT_EQ(0, m_daemon->Start(kPublic, {}));
   const pid_t pid = m_daemon->GetPid();
-  std::filesystem::remove(m_folder.Path("kitchen/snmpd.conf.served"));
-  std::filesystem::create_directories(m_folder.Path("kitchen/snmpd.conf.served/in the way"));
-  EXPECT_EQ(drivers::kServedCopyNotWritten, m_daemon->Restart("rocommunity other\n", {}));
+  std::filesystem::remove(m_folder.Path("kitchen/daemon/driver.conf"));
+  std::filesystem::create_directories(m_folder.Path("kitchen/daemon/driver.conf/in the way"));
+  EXPECT_EQ(drivers::kDaemonFolderUnusable, m_daemon->Restart("rocommunity other\n", {}));
+  EXPECT_TRUE(HasLogged("cannot write " + m_folder.Path("kitchen/daemon/driver.conf") + ": Is a directory (status -15)"));
   EXPECT_EQ(pid, m_daemon->GetPid());
   EXPECT_EQ("kitchen", Get());
+}
+
+TEST_F(ADaemon, WithoutMemoryForItsFileSaysWhyAndIsNotStarted) {
+  Child host([this] {
+    Make();
+    const rlimit limit = {1000, 1000};
+    ::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    const int status = m_daemon->Start(kPublic + std::string("# ") + std::string(2000, 'x') + "\n", {});
+    return HasLogged("cannot make a file in memory: File too large (status -16)") && !m_daemon->IsRunning() ? status : 1;
+  });
+  EXPECT_EQ(drivers::kServedCopyNotWritten, host.Result());
 }
 
 TEST_F(ADaemon, WithoutAFolderOfItsOwnSaysWhy) {
@@ -401,7 +436,7 @@ TEST_F(ADaemon, FollowsNoLinksThatStandInPlaceOfItsFiles) {
   Make();
   m_folder.Write("precious", "kept");
   std::filesystem::create_directory(m_folder.Path("kitchen/daemon"));
-  for (const char* const name : {"snmpd.conf.served", "daemon/log", "daemon/driver.conf"}) {
+  for (const char* const name : {"daemon/log", "daemon/driver.conf"}) {
     std::filesystem::create_symlink(m_folder.Path("precious"), m_folder.Path("kitchen/" + std::string(name)));
   }
   EXPECT_EQ(0, m_daemon->Start(kPublic, {}));

@@ -135,7 +135,7 @@ TEST_F(ALocalDevice, LeavesADaemonDownThatDoesNotRun) {
 
 TEST_F(ALocalDevice, AnswersWithTheDaemonsStatusWhenTheNewFileStopsIt) {
   WriteFile(kKitchen);
-  m_folder.Write("program", "#!/bin/sh\ngrep -q cellar ../snmpd.conf.served && exit 1\nexec /usr/sbin/snmpd \"$@\"\n");
+  m_folder.Write("program", "#!/bin/sh\ngrep -q cellar /proc/self/fd/0 && exit 1\nexec /usr/sbin/snmpd \"$@\"\n");
   ASSERT_EQ(0, ::chmod(m_folder.Path("program").c_str(), 0755));
   Device device(Folder(), "program='" + m_folder.Path("program") + "'");
   EXPECT_EQ(0, device->StartMasterAgent());
