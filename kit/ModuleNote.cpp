@@ -2,6 +2,10 @@
 // snmp_driver() compiles this file into each module. It is assembler because compilers give variables no section of the type
 // that a note needs. The note exports no symbol.
 
+// Rises when the record of the binary interface changes (scripts/abi): hosts, the agent and drivers of one number fit
+// together.
+#define SNMP_DRIVER_CONTRACT "1"
+
 // The text is one line for each fact, NAME=VALUE.
 #define NOTE_LINE(name, value) ".ascii \"" name "=" value "\\n\"\n"
 #ifdef SNMP_ENTERPRISE_NUMBER

@@ -11,8 +11,7 @@ function(snmp_driver name)
   endif()
   set(map "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/driver_module.map")
   add_library(${name} MODULE ${ARGN} "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/ModuleNote.cpp")
-  target_compile_definitions(${name} PRIVATE SNMP_DRIVER_VERSION="${PROJECT_VERSION}"
-                             SNMP_DRIVER_CONTRACT="${SNMP_DRIVER_CONTRACT}")
+  target_compile_definitions(${name} PRIVATE SNMP_DRIVER_VERSION="${PROJECT_VERSION}")
   target_link_libraries(${name} PRIVATE snmp-driver-kit::host)
   target_link_options(${name} PRIVATE "-Wl,--version-script=${map}" -Wl,-z,now)
   set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX ".so" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON

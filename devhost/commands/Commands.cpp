@@ -28,7 +28,8 @@ bool IsWrongInput(const std::exception& error) {
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {MakeRun(), MakeCheck(), MakeAdvise(), MakePreview(), MakeModule()};
+  static const std::vector<Command> commands = {MakeRun(),     MakeCheck(),  MakeAdvise(),
+                                                MakePreview(), MakeModule(), MakeNewDriver()};
   return commands;
 }
 

@@ -14,6 +14,7 @@ Command MakeCheck();
 Command MakeAdvise();
 Command MakePreview();
 Command MakeModule();
+Command MakeNewDriver();
 
 // Every command of the program, in the order of the help.
 const std::vector<Command>& Commands();

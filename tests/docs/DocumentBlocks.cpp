@@ -23,7 +23,7 @@ DocumentBlock Opened(const std::string& fence, std::size_t line) {
   for (std::string word; words >> word;) {
     const std::size_t equals = word.find('=');
     if (equals == std::string::npos) {
-      throw Wrong(line, "\"" + word + "\" is not an attribute; allowed: file=NAME, example=NAME");
+      throw Wrong(line, "\"" + word + "\" is not an attribute; allowed: file=NAME, example=NAME, step=KIND");
     }
     block.attributes[word.substr(0, equals)] = word.substr(equals + 1);
   }

@@ -34,9 +34,9 @@ std::vector<std::string> Pages() {
 // Returns what is wrong with the form of a block, or "".
 std::string WhyWrong(const DocumentBlock& block) {
   for (const auto& [name, value] : block.attributes) {
-    if ((name != "file" && name != "example") || value.empty() || value.find("..") != std::string::npos ||
+    if ((name != "file" && name != "example" && name != "step") || value.empty() || value.find("..") != std::string::npos ||
         value.front() == '/') {
-      return name + "=" + value + " is not an attribute; allowed: file=NAME, example=NAME";
+      return name + "=" + value + " is not an attribute; allowed: file=NAME, example=NAME, step=KIND";
     }
   }
   if (block.language == "console") {

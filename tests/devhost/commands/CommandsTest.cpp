@@ -59,8 +59,9 @@ TEST_F(TheProgram, AnswersWrongUsageOnStandardError) {
   const Outcome outcome = Run({"blub"});
   EXPECT_EQ(outcome.status, ExitStatus::Wrong);
   EXPECT_EQ(outcome.out, "");
-  EXPECT_THAT(outcome.errors,
-              StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, preview, module\n"));
+  EXPECT_THAT(
+      outcome.errors,
+      StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, preview, module, new-driver\n"));
 }
 
 TEST_F(TheProgram, EndsWithTwoWhenAFileIsMissingOrWrong) {
