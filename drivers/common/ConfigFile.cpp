@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "drivers/common/FileDescriptor.h"
 #include "drivers/common/FileStatus.h"
 
 namespace drivers {
@@ -14,33 +15,11 @@ const char kName[] = "snmpd.conf";
 // One fixed name: under the folder's lock it can only be what a killed writer left, so the next one may remove it.
 const char kTemporaryName[] = ".snmpd.conf.new";
 
+// More than anybody who edits files needs: each round means that somebody replaced the file within a few system calls.
+const int kMostRounds = 10;
+
 const mode_t kPermissionBits = 07777;
 const mode_t kPrivate = 0600;  // communities are secrets
-
-// Owns a descriptor, or none after a failed open.
-class Descriptor {
- public:
-  Descriptor(FileCalls& calls, int descriptor) : m_calls(calls), m_descriptor(descriptor) {}
-  ~Descriptor() {
-    if (IsOpen()) {
-      m_calls.Close(m_descriptor);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  bool IsOpen() const { return m_descriptor >= 0; }
-  int Get() const { return m_descriptor; }
-  // Closes now. The descriptor is gone whatever is returned; an interrupted close has closed.
-  int Close() {
-    const int result = m_calls.Close(std::exchange(m_descriptor, -1));
-    return result != 0 && errno != EINTR ? FileStatusOfErrno(errno) : 0;
-  }
-
- private:
-  FileCalls& m_calls;
-  int m_descriptor;
-};
 
 int LastStatus() {
   return FileStatusOfErrno(errno);
@@ -49,6 +28,10 @@ int LastStatus() {
 // An open that follows no link fails with ELOOP at a link and with ENXIO at a socket.
 int StatusOfFailedOpen() {
   return errno == ELOOP ? kFileIsSymbolicLink : errno == ENXIO ? kFileIsNotRegular : LastStatus();
+}
+
+bool IsBeyondFileSystem(int error) {
+  return error == EINVAL || error == ENOSYS;
 }
 
 }  // namespace
@@ -68,11 +51,11 @@ std::string ConfigFile::GetPath() const {
 }
 
 int ConfigFile::Read(std::string& text, Links links) const {
-  const Descriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
+  const FileDescriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
   if (!folder.IsOpen()) {
     return LastStatus();
   }
-  const Descriptor file(*m_calls, m_calls->OpenForReading(folder.Get(), kName, links));
+  const FileDescriptor file(*m_calls, m_calls->OpenForReading(folder.Get(), kName, links));
   if (!file.IsOpen()) {
     const bool isMissing = errno == ENOENT;
     const int failed = StatusOfFailedOpen();
@@ -129,7 +112,10 @@ int ConfigFile::ReplaceExpected(const std::string& expected, const std::string& 
 }
 
 int ConfigFile::Install(const std::string& text, const std::string* expected) const {
-  const Descriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
+  if (text.size() > kMaximumSize) {
+    return kTextTooLarge;
+  }
+  const FileDescriptor folder(*m_calls, m_calls->OpenFolder(m_folder.c_str()));
   if (!folder.IsOpen()) {
     return LastStatus();
   }
@@ -139,7 +125,7 @@ int ConfigFile::Install(const std::string& text, const std::string* expected) co
   Former former;
   int status = LookAtFormer(folder.Get(), former);
   if (status == 0 && expected != nullptr) {
-    status = CompareFormer(folder.Get(), former, *expected, text);
+    status = CompareFile(folder.Get(), *expected, text);
   }
   if (status != 0) {
     return status;
@@ -148,14 +134,18 @@ int ConfigFile::Install(const std::string& text, const std::string* expected) co
     return errno == EISDIR ? kFolderInTheWay : LastStatus();
   }
   status = WriteTemporary(folder.Get(), text, former);
-  if (status == 0 && m_calls->Rename(folder.Get(), kTemporaryName, kName) != 0) {
-    status = LastStatus();
+  bool isExchanged = false;
+  if (status == 0) {
+    status = expected == nullptr ? RenameTemporary(folder.Get())
+             : former.exists     ? ExchangeTemporary(folder.Get(), *expected, text, isExchanged)
+                                 : AddTemporary(folder.Get(), *expected, text);
   }
   if (status != 0) {
     m_calls->Remove(folder.Get(), kTemporaryName);
-    return status;
+  } else if (isExchanged) {
+    status = DropDisplaced(folder.Get(), *expected, text);
   }
-  return Sync(folder.Get());
+  return status != 0 ? status : Sync(folder.Get());
 }
 
 int ConfigFile::LookAtFormer(int folder, Former& former) const {
@@ -172,29 +162,115 @@ int ConfigFile::LookAtFormer(int folder, Former& former) const {
   return 0;
 }
 
-int ConfigFile::CompareFormer(int folder, const Former& former, const std::string& expected,
-                              const std::string& wanted) const {
-  if (!former.exists) {
-    return expected.empty() ? 0 : kFileWasChanged;
-  }
-  const Descriptor file(*m_calls, m_calls->OpenForReading(folder, kName, Links::Refuse));
+int ConfigFile::CompareFile(int folder, const std::string& expected, const std::string& wanted) const {
+  const FileDescriptor file(*m_calls, m_calls->OpenForReading(folder, kName, Links::Refuse));
   if (!file.IsOpen()) {
-    return errno == ENOENT ? kFileWasChanged : StatusOfFailedOpen();
+    return errno != ENOENT ? StatusOfFailedOpen() : expected.empty() ? 0 : kFileWasChanged;
   }
+  return CompareOpened(file.Get(), expected, wanted);
+}
+
+int ConfigFile::CompareDisplaced(int folder, const std::string& expected, const std::string& wanted) const {
+  const FileDescriptor file(*m_calls, m_calls->OpenForReading(folder, kTemporaryName, Links::Refuse));
+  if (!file.IsOpen()) {
+    return StatusOfFailedOpen();
+  }
+  // Whoever still has it open for writing would go on in a file that is about to vanish. Where the system does not say, the
+  // content alone decides.
+  if (m_calls->LockOutWriters(file.Get()) != 0 && errno != EACCES && errno != EINVAL) {
+    return LastStatus();
+  }
+  return CompareOpened(file.Get(), expected, wanted);
+}
+
+int ConfigFile::CompareOpened(int descriptor, const std::string& expected, const std::string& wanted) const {
   std::string text;
-  const int status = ReadOpened(file.Get(), text);
-  // A host that ended right after the rename does not know that the new text is in place.
+  const int status = ReadOpened(descriptor, text);
+  // A host that ended right after the new text was put in place does not know that it is.
   return status != 0 ? status : text == expected || text == wanted ? 0 : kFileWasChanged;
 }
 
+int ConfigFile::RenameTemporary(int folder) const {
+  return m_calls->Rename(folder, kTemporaryName, kName) != 0 ? LastStatus() : 0;
+}
+
+int ConfigFile::CompareAndRename(int folder, const std::string& expected, const std::string& wanted) const {
+  const int status = CompareFile(folder, expected, wanted);
+  return status != 0 ? status : RenameTemporary(folder);
+}
+
+int ConfigFile::AddTemporary(int folder, const std::string& expected, const std::string& wanted) const {
+  if (m_calls->RenameNew(folder, kTemporaryName, kName) == 0) {
+    return 0;
+  }
+  if (IsBeyondFileSystem(errno)) {
+    return CompareAndRename(folder, expected, wanted);
+  }
+  return errno == EEXIST ? kFileWasChanged : LastStatus();
+}
+
+int ConfigFile::ExchangeTemporary(int folder, const std::string& expected, const std::string& wanted,
+                                  bool& isExchanged) const {
+  // An edit that came while the new text was flushed is seen here without putting the new text in its place for a moment.
+  const int status = CompareFile(folder, expected, wanted);
+  if (status != 0) {
+    return status;
+  }
+  isExchanged = m_calls->Exchange(folder, kTemporaryName, kName) == 0;
+  if (isExchanged) {
+    return 0;
+  }
+  return IsBeyondFileSystem(errno) ? CompareAndRename(folder, expected, wanted)
+         : errno == ENOENT         ? kFileWasChanged
+                                   : LastStatus();
+}
+
+int ConfigFile::DropDisplaced(int folder, const std::string& expected, const std::string& wanted) const {
+  int status = CompareDisplaced(folder, expected, wanted);
+  if (status == 0 && m_calls->Remove(folder, kTemporaryName) != 0) {
+    status = LastStatus();
+  }
+  if (status != 0) {
+    PutBack(folder, wanted);
+    Sync(folder);
+  }
+  return status;
+}
+
+void ConfigFile::PutBack(int folder, const std::string& wanted) const {
+  // What should come out of an exchange: what stands in place, unless somebody replaced or changed that, too. Then theirs is
+  // the newest, and goes back in place.
+  std::string inPlace = wanted;
+  for (int round = 0; round < kMostRounds; ++round) {
+    std::string displaced;
+    ReadDisplaced(folder, displaced);
+    if (m_calls->Exchange(folder, kTemporaryName, kName) != 0) {
+      // Somebody else's text must not stay under the name that the next writer removes.
+      m_calls->Rename(folder, kTemporaryName, kName);
+      return;
+    }
+    std::string taken;
+    if (ReadDisplaced(folder, taken) != 0 || taken == inPlace) {
+      break;
+    }
+    inPlace = std::move(displaced);
+  }
+  m_calls->Remove(folder, kTemporaryName);
+}
+
+int ConfigFile::ReadDisplaced(int folder, std::string& text) const {
+  const FileDescriptor file(*m_calls, m_calls->OpenForReading(folder, kTemporaryName, Links::Refuse));
+  return file.IsOpen() ? ReadOpened(file.Get(), text) : StatusOfFailedOpen();
+}
+
 int ConfigFile::WriteTemporary(int folder, const std::string& text, const Former& former) const {
-  Descriptor file(*m_calls, m_calls->CreateNew(folder, kTemporaryName, kPrivate));
+  FileDescriptor file(*m_calls, m_calls->CreateNew(folder, kTemporaryName, kPrivate));
   if (!file.IsOpen()) {
     return LastStatus();
   }
   const int status = FillTemporary(file.Get(), text, former);
-  // Some file systems report a full disk only now.
-  const int closed = file.Close();
+  // Some file systems report a full disk only now. An interrupted close has closed.
+  const int closed = file.Close() != 0 && errno != EINTR ? LastStatus() : 0;
   return status != 0 ? status : closed;
 }
 

@@ -12,8 +12,9 @@ namespace drivers {
 // The snmpd.conf in a device's folder, read and replaced whole, byte for byte. Statuses are those of
 // drivers/common/FileStatus.h.
 //
-// Nobody ever sees half a file: the new text is written to a temporary file beside it, made durable, and renamed over it. A
-// process that dies in between leaves the old or the new file, and at most the temporary one, which the next write removes.
+// Nobody ever sees half a file: the new text is written to a temporary file beside it, made durable, and then takes the
+// place of the old one in one step. A process that dies in between leaves the old or the new file, and at most the
+// temporary one, which the next write removes.
 // A symbolic link under the file's name is refused, so that nobody can point the agent at another file; only reading
 // follows it, on request. Links on the way to the folder are followed.
 class ConfigFile {
@@ -34,14 +35,16 @@ class ConfigFile {
 
   // Installs `text` and returns 0, or a status. The new file gets mode, owner and group of the old one, or mode 0600 when
   // there is none; where they cannot be kept nothing is replaced. On failure the old file is whole and no temporary file is
-  // left. Only when the last step fails, which makes the rename durable, is the new text in place already.
+  // left. Only when the last step fails, which makes the change of names durable, is the new text in place already. A text
+  // of more than kMaximumSize bytes could never be read again: kTextTooLarge.
   //
   // Writers exclude each other by a lock on the folder; the second one fails at once.
   int Replace(const std::string& text) const;
 
   // The same, but only where the file still holds `expected` (a missing file holds the empty text) or holds `text` already;
-  // else kFileWasChanged. The comparison is made under the lock. A writer that takes no lock can still slip in between the
-  // comparison and the renaming.
+  // else kFileWasChanged. Writers that take no lock are noticed, too: the files are exchanged, and what came out is put back
+  // when it is not what was expected. While anybody has the file open for writing, the status is that of EWOULDBLOCK. What
+  // can be lost all the same is in docs/device-drivers.md.
   int ReplaceExpected(const std::string& expected, const std::string& text) const;
 
  private:
@@ -49,7 +52,16 @@ class ConfigFile {
 
   int Install(const std::string& text, const std::string* expected) const;
   int LookAtFormer(int folder, Former& former) const;
-  int CompareFormer(int folder, const Former& former, const std::string& expected, const std::string& wanted) const;
+  int CompareFile(int folder, const std::string& expected, const std::string& wanted) const;
+  int CompareDisplaced(int folder, const std::string& expected, const std::string& wanted) const;
+  int CompareOpened(int descriptor, const std::string& expected, const std::string& wanted) const;
+  int RenameTemporary(int folder) const;
+  int CompareAndRename(int folder, const std::string& expected, const std::string& wanted) const;
+  int AddTemporary(int folder, const std::string& expected, const std::string& wanted) const;
+  int ExchangeTemporary(int folder, const std::string& expected, const std::string& wanted, bool& isExchanged) const;
+  int DropDisplaced(int folder, const std::string& expected, const std::string& wanted) const;
+  void PutBack(int folder, const std::string& wanted) const;
+  int ReadDisplaced(int folder, std::string& text) const;
   int WriteTemporary(int folder, const std::string& text, const Former& former) const;
   int FillTemporary(int descriptor, const std::string& text, const Former& former) const;
   int ReadOpened(int descriptor, std::string& text) const;

@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 
 namespace drivers {
@@ -60,8 +61,23 @@ int FileCalls::Sync(int descriptor) {
   return ::fsync(descriptor);
 }
 
+int FileCalls::LockOutWriters(int descriptor) {
+  // The system signals whoever holds the lease when a writer waits. The signal it would choose ends the process; this one
+  // is ignored by default.
+  const int chosen = ::fcntl(descriptor, F_SETSIG, SIGURG);
+  return chosen != 0 ? chosen : ::fcntl(descriptor, F_SETLEASE, F_RDLCK);
+}
+
 int FileCalls::Rename(int folder, const char* from, const char* to) {
   return ::renameat(folder, from, folder, to);
+}
+
+int FileCalls::RenameNew(int folder, const char* from, const char* to) {
+  return ::renameat2(folder, from, folder, to, RENAME_NOREPLACE);
+}
+
+int FileCalls::Exchange(int folder, const char* first, const char* second) {
+  return ::renameat2(folder, first, folder, second, RENAME_EXCHANGE);
 }
 
 int FileCalls::Remove(int folder, const char* name) {

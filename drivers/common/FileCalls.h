@@ -36,7 +36,15 @@ class FileCalls {
   virtual int ChangeMode(int descriptor, mode_t mode);
   virtual int Sync(int descriptor);
 
+  // Fails with EAGAIN while anybody has the file open for writing, with EACCES where only the file's owner may ask, and with
+  // EINVAL where the file system does not know. Until the descriptor is closed, whoever opens the file for writing waits.
+  virtual int LockOutWriters(int descriptor);
+
   virtual int Rename(int folder, const char* from, const char* to);
+  // Fails with EEXIST where `to` exists in any form. EINVAL or ENOSYS: the file system cannot tell.
+  virtual int RenameNew(int folder, const char* from, const char* to);
+  // Exchanges two existing names in one step. EINVAL or ENOSYS: the file system cannot.
+  virtual int Exchange(int folder, const char* first, const char* second);
   virtual int Remove(int folder, const char* name);
 };
 

@@ -1,5 +1,6 @@
 #include "drivers/common/FileStatus.h"
 
+#include <cerrno>
 #include <system_error>
 
 namespace drivers {
@@ -23,6 +24,12 @@ std::string DescribeFileStatus(int status) {
   }
   if (status == kFileWasChanged) {
     return "somebody changed it since it was copied out; read it again";
+  }
+  if (status == kTextTooLarge) {
+    return "the new text is larger than 256 MiB and could never be read again; the old file stays";
+  }
+  if (status == FileStatusOfErrno(EWOULDBLOCK)) {
+    return "somebody else is writing to it; try again";
   }
   if (status < -100) {
     return std::generic_category().message(-100 - status);

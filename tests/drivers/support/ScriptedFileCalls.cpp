@@ -66,6 +66,18 @@ int ScriptedFileCalls::Rename(int folder, const char* from, const char* to) {
   return Fails("Rename") ? -1 : FileCalls::Rename(folder, from, to);
 }
 
+int ScriptedFileCalls::LockOutWriters(int descriptor) {
+  return Fails("LockOutWriters") ? -1 : FileCalls::LockOutWriters(descriptor);
+}
+
+int ScriptedFileCalls::RenameNew(int folder, const char* from, const char* to) {
+  return Fails("RenameNew") ? -1 : FileCalls::RenameNew(folder, from, to);
+}
+
+int ScriptedFileCalls::Exchange(int folder, const char* first, const char* second) {
+  return Fails("Exchange") ? -1 : FileCalls::Exchange(folder, first, second);
+}
+
 int ScriptedFileCalls::Remove(int folder, const char* name) {
   return Fails("Remove") ? -1 : FileCalls::Remove(folder, name);
 }

@@ -34,7 +34,10 @@ class ScriptedFileCalls : public drivers::FileCalls {
   int ChangeOwner(int descriptor, uid_t user, gid_t group) override;
   int ChangeMode(int descriptor, mode_t mode) override;
   int Sync(int descriptor) override;
+  int LockOutWriters(int descriptor) override;
   int Rename(int folder, const char* from, const char* to) override;
+  int RenameNew(int folder, const char* from, const char* to) override;
+  int Exchange(int folder, const char* first, const char* second) override;
   int Remove(int folder, const char* name) override;
 
  private:
