@@ -129,6 +129,9 @@ int LocalSnmpdDevice::WriteFile(const std::string& config) {
   if (!m_copiedOut || !m_state.known) {
     return ReportFile("replace", kFileWasChanged);
   }
+  if (config.size() > ConfigFile::kMaximumSize) {
+    return ReportFile("replace", kTextTooLarge);
+  }
   if (!m_state.online) {
     return WriteOffLine(config);
   }

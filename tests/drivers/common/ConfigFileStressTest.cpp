@@ -48,7 +48,7 @@ bool AppendInPlace(const TemporaryFolder& folder, const std::string& line) {
 // What the agent does: read, put a first line of its own in, give back. Returns how often that succeeded.
 int ReplaceUntil(const std::atomic<bool>& isDone, const ConfigFile& file) {
   int replaced = 0;
-  for (int number = 0; !isDone; ++number) {
+  for (int number = 0; !isDone || replaced == 0; ++number) {
     std::string text;
     if (file.Read(text) == 0) {
       const std::string changed = "section " + std::to_string(number) + text.substr(text.find('\n'));

@@ -290,6 +290,21 @@ TEST(AFileLargerThanTheLimit, IsRefusedWithoutReading) {
   EXPECT_EQ("before", text);
 }
 
+TEST(ATextLargerThanTheLimit, IsNotWrittenBecauseItCouldNotBeReadAgain) {
+  const TemporaryFolder folder;
+  folder.Write("snmpd.conf", "old");
+  std::string text(ConfigFile::kMaximumSize + 1, 'x');
+  EXPECT_EQ(drivers::kTextTooLarge, ConfigFile(folder.Path()).Replace(text));
+  EXPECT_EQ(drivers::kTextTooLarge, ConfigFile(folder.Path()).ReplaceExpected("old", text));
+  EXPECT_EQ("old", folder.Read("snmpd.conf"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+  // One byte less gets as far as writing.
+  text.pop_back();
+  const auto calls = std::make_shared<ScriptedFileCalls>();
+  calls->script = [](const std::string& name, std::size_t) { return name == "Write" ? ENOSPC : 0; };
+  EXPECT_EQ(FileStatusOfErrno(ENOSPC), ConfigFile(folder.Path(), calls).Replace(text));
+}
+
 TEST(AFolderUnderTheTemporaryName, IsReportedAndStays) {
   const TemporaryFolder folder;
   folder.Write("snmpd.conf", "old");

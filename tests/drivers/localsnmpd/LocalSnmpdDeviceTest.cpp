@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "devhost/xml/XmlObserver.h"
+#include "drivers/common/ConfigFile.h"
 #include "drivers/common/FileStatus.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
 #include "drivers/localsnmpd/SnmpProbe.h"
@@ -340,6 +341,18 @@ TEST_F(ALocalDevice, OffLineFailsWhenItKnowsNoText) {
   EXPECT_EQ(drivers::kFileWasChanged, device.CopyIn(kCellar));
   EXPECT_EQ("false", device.Tell("pending"));
   EXPECT_EQ("<Success>", device.SetOnline("true"));
+  EXPECT_EQ(kKitchen, File());
+}
+
+TEST_F(ALocalDevice, RefusesATextThatCouldNeverBeReadAgainAlsoOffLine) {
+  WriteFile(kKitchen);
+  Device device(Folder());
+  device.CopyOut();
+  const std::string text(drivers::ConfigFile::kMaximumSize + 1, 'x');
+  EXPECT_EQ(drivers::kTextTooLarge, device.CopyIn(text));
+  device.SetOnline("false");
+  EXPECT_EQ(drivers::kTextTooLarge, device.CopyIn(text));
+  EXPECT_EQ("false", device.Tell("pending"));
   EXPECT_EQ(kKitchen, File());
 }
 
