@@ -31,7 +31,7 @@ int StatusOfFailedOpen() {
 }
 
 bool IsBeyondFileSystem(int error) {
-  return error == EINVAL || error == ENOSYS;
+  return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
 }
 
 }  // namespace

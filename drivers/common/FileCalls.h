@@ -41,9 +41,9 @@ class FileCalls {
   virtual int LockOutWriters(int descriptor);
 
   virtual int Rename(int folder, const char* from, const char* to);
-  // Fails with EEXIST where `to` exists in any form. EINVAL or ENOSYS: the file system cannot tell.
+  // Fails with EEXIST where `to` exists in any form. EINVAL, ENOSYS or EOPNOTSUPP: the file system cannot tell.
   virtual int RenameNew(int folder, const char* from, const char* to);
-  // Exchanges two existing names in one step. EINVAL or ENOSYS: the file system cannot.
+  // Exchanges two existing names in one step. EINVAL, ENOSYS or EOPNOTSUPP: the file system cannot.
   virtual int Exchange(int folder, const char* first, const char* second);
   virtual int Remove(int folder, const char* name);
 };

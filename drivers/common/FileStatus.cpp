@@ -31,6 +31,9 @@ std::string DescribeFileStatus(int status) {
   if (status == FileStatusOfErrno(EWOULDBLOCK)) {
     return "somebody else is writing to it; try again";
   }
+  if (status == FileStatusOfErrno(EFBIG)) {
+    return "it is too large: more than 256 MiB, or more than this process may write (ulimit -f)";
+  }
   if (status < -100) {
     return std::generic_category().message(-100 - status);
   }

@@ -177,7 +177,7 @@ TEST_F(AnEdit, ThatMakesTheFileWhichWasMissingIsKept) {
 }
 
 TEST_F(AnEdit, IsNoticedWhereTheFileSystemCannotExchange) {
-  for (const int error : {EINVAL, ENOSYS}) {
+  for (const int error : {EINVAL, ENOSYS, EOPNOTSUPP}) {
     m_folder.Write("snmpd.conf", "old");
     EXPECT_EQ(0, Replace(WithoutExchange(error)));
     EXPECT_EQ("new", File());

@@ -38,6 +38,8 @@ TEST(FileStatuses, ReadInWords) {
   EXPECT_EQ("it is a symbolic link", drivers::DescribeFileStatus(kFileIsSymbolicLink));
   EXPECT_EQ("it is not a regular file", drivers::DescribeFileStatus(kFileIsNotRegular));
   EXPECT_EQ("No space left on device", drivers::DescribeFileStatus(-128));
+  EXPECT_EQ("it is too large: more than 256 MiB, or more than this process may write (ulimit -f)",
+            drivers::DescribeFileStatus(-127));
   EXPECT_EQ("somebody else is writing to it; try again", drivers::DescribeFileStatus(-111));
   EXPECT_EQ("the new text is larger than 256 MiB and could never be read again; the old file stays",
             drivers::DescribeFileStatus(drivers::kTextTooLarge));
