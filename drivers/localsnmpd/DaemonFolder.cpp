@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -36,20 +38,32 @@ devhost::FileDescriptor MakeFile(int folder, const char* name) {
       ::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_APPEND | O_CLOEXEC, 0600));
 }
 
-bool WriteFile(int folder, const char* name, const std::string& text) {
-  const devhost::FileDescriptor file = MakeFile(folder, name);
+bool WriteAll(int file, const std::string& text) {
   std::size_t written = 0;
-  while (file.IsOpen() && written != text.size()) {
-    const ssize_t count = ::write(file.Get(), text.data() + written, text.size() - written);
+  while (written != text.size()) {
+    const ssize_t count = ::write(file, text.data() + written, text.size() - written);
     if (count < 0 && errno != EINTR) {
-      const int error = errno;
-      ::unlinkat(folder, name, 0);
-      errno = error;
       return false;
     }
     written += count < 0 ? 0 : static_cast<std::size_t>(count);
   }
-  return file.IsOpen();
+  return true;
+}
+
+// Replaces a file, or makes it. On failure the old one stays.
+bool WriteFile(int folder, const char* name, const std::string& text) {
+  const std::string temporary = std::string(name) + ".new";
+  const devhost::FileDescriptor file = MakeFile(folder, temporary.c_str());
+  if (!file.IsOpen()) {
+    return false;
+  }
+  if (WriteAll(file.Get(), text) && ::renameat(folder, temporary.c_str(), folder, name) == 0) {
+    return true;
+  }
+  const int error = errno;
+  ::unlinkat(folder, temporary.c_str(), 0);
+  errno = error;
+  return false;
 }
 
 // Opens a folder, made where it is missing.

@@ -158,6 +158,9 @@ h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state) {
     root->AddChildString("pending", Fence(state.pending->text));
     root->AddChildString("base", Fence(state.pending->base));
   }
+  if (state.refused) {
+    root->AppendChild(*state.refused);
+  }
   return root;
 }
 
@@ -179,8 +182,10 @@ std::string ReadDeviceState(const H7XML::INode& node, DeviceState& state) {
       wrong = ReadTrapTarget(*child, state.settings);
     } else if (name == "known" || name == "pending" || name == "base") {
       wrong = ReadText(*child, name == "known" ? state.known : name == "pending" ? pending : base);
+    } else if (name == "refused" && !state.refused) {
+      state.refused = child;
     } else {
-      wrong = "the element " + name + " is unknown";
+      wrong = "the element " + name + (name == "refused" ? " stands twice" : " is unknown");
     }
   }
   wrong = wrong.empty() ? FindMissingSetting(seen) : wrong;

@@ -22,6 +22,7 @@ struct DeviceState {
   bool online = true;                  // whether the controller can be reached
   std::optional<std::string> known;    // the last text that was read from snmpd.conf or written to it
   std::optional<PendingText> pending;  // only off line
+  h7::auto_com<H7XML::INode> refused;  // a saved state that could not be used, in an element of this name
 };
 
 // Writes the state as an element:
@@ -31,6 +32,7 @@ struct DeviceState {
 //     <trapTarget target="10.0.0.5" community="public" port="162"/>
 //     <known>...</known>                                     a whole file, between two lines that hold a dash
 //     <pending>...</pending> <base>...</base>                    both or none
+//     <refused>...</refused>                                     moved there from where it was before
 //   </LocalSnmpd>
 //
 // Bytes that XML cannot carry are escaped (%XX).

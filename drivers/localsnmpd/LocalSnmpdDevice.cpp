@@ -1,6 +1,7 @@
 #include "drivers/localsnmpd/LocalSnmpdDevice.h"
 
 #include <thread>
+#include <utility>
 
 #include "drivers/common/FileStatus.h"
 #include "drivers/common/SettingNames.h"
@@ -68,9 +69,13 @@ void LocalSnmpdDevice::TakeStateBack() {
   }
   DeviceState state;
   const std::string wrong = ReadDeviceState(*m_handedState, state);
-  m_handedState.Reset();
+  const h7::auto_com<H7XML::INode> handed = std::move(m_handedState);
   if (!wrong.empty()) {
-    Log("the saved state cannot be used: " + wrong + "; the settings of the project are used");
+    // It may be all that is left of a text that waits, so the next state holds it.
+    m_state.refused = H7XML::CreateXmlNode("refused", std::string());
+    m_state.refused->AppendChild(*handed);
+    Log("the saved state cannot be used: " + wrong +
+        "; the settings of the project are used, and the state is kept in the next one, as the element refused");
     return;
   }
   Settings() = state.settings;

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +12,7 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/TemporaryFolder.h"
 
 namespace {
@@ -88,6 +91,25 @@ TEST(ADaemonsData, IsKeptInPartAndStaysWhenTheDaemonStoredNoneAfterwards) {
   folder.Write("daemon/data/snmpd.conf", "");
   EXPECT_EQ("", daemon.KeepData());
   EXPECT_EQ(engine + "psyscontact x\n", folder.Read("daemon/kept/snmpd.conf"));
+}
+
+TEST(ADaemonsData, StaysWhenTheNextCannotBeWritten) {
+  const TemporaryFolder folder;
+  DaemonFolder daemon(folder.Path());
+  ASSERT_EQ("", daemon.Prepare());
+  const std::string engine = "engineBoots 3\noldEngineID 0x80001f88801e\n";
+  folder.Write("daemon/data/snmpd.conf", engine);
+  ASSERT_EQ("", daemon.KeepData());
+  folder.Write("daemon/data/snmpd.conf", engine + "psyscontact x\n");
+  Child child([&] {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const struct rlimit limit = {10, 10};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    return daemon.KeepData() == "cannot write " + folder.Path("daemon/kept/snmpd.conf") + ": File too large" ? 0 : 1;
+  });
+  EXPECT_EQ(0, child.Result());
+  EXPECT_EQ(engine, folder.Read("daemon/kept/snmpd.conf"));
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("daemon/kept/snmpd.conf.new")));
 }
 
 class ADaemonsLog : public testing::Test {

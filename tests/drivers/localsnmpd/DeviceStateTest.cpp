@@ -117,6 +117,7 @@ TEST(ADeviceState, ThatIsDamagedSaysWhere) {
   EXPECT_NE("", WrongWith("name='managed'", "name='hue'"));
   EXPECT_NE("", WrongWith("name='managed' value='false'", "name='managed' value=''"));
   EXPECT_EQ("the element hue is unknown", WrongWith("</L", "<hue/></L"));
+  EXPECT_EQ("the element refused stands twice", WrongWith("</L", "<refused/><refused/></L"));
   EXPECT_EQ("a trap target is damaged", WrongWith("</L", "<trapTarget target='%'/></L"));
   EXPECT_EQ("the element known stands twice", WrongWith("</L", "<known>-\n\n-</known><known>-\n\n-</known></L"));
   EXPECT_EQ("the text of the element known is damaged", WrongWith("</L", "<known>-\n%\n-</known></L"));

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "devhost/xml/XmlObserver.h"
+#include "devhost/xml/XmlReader.h"
 #include "drivers/common/ConfigFile.h"
 #include "drivers/common/FileStatus.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
@@ -449,9 +450,30 @@ TEST_F(ALocalDevice, OffLineKnowsTheTextOfItsFormerLife) {
 TEST_F(ALocalDevice, StartsWithTheProjectsSettingsWhenItsStateIsDamaged) {
   Device device(Folder(), "", ToNode("<SNMPState/>"), "<setting name='sysName' value='project'/>");
   EXPECT_EQ("project", device->GetSysNameSetting());
-  EXPECT_EQ((Lines{Line("the saved state cannot be used: it is an element SNMPState of version \"\", not LocalSnmpd of "
-                        "version 1; the settings of the project are used")}),
-            device.host.log);
+  EXPECT_EQ(
+      (Lines{Line("the saved state cannot be used: it is an element SNMPState of version \"\", not LocalSnmpd of "
+                  "version 1; the settings of the project are used, and the state is kept in the next one, as the element "
+                  "refused")}),
+      device.host.log);
+}
+
+TEST_F(ALocalDevice, KeepsAStateThatItCannotUseInItsNextOnes) {
+  const auto xmlOf = [](const H7XML::INode& node) { return devhost::XmlText(node, devhost::XmlStyle::Compact); };
+  const std::string refused = "<LocalSnmpd version=\"2\"><pending>precious</pending></LocalSnmpd>";
+  State state = ToNode(refused);
+  for (int life = 0; life < 3; ++life) {
+    Device device(Folder(), "", state);
+    EXPECT_EQ(life == 0 ? 1U : 0U, device.host.log.size());
+    for (int time = 0; time < 2; ++time) {
+      state = device.Keep();
+      EXPECT_NE(std::string::npos, xmlOf(*state).find("<refused>" + refused + "</refused>")) << xmlOf(*state);
+    }
+  }
+  // A second one that cannot be used holds the first.
+  state->SetNamedString("online", "maybe");
+  const std::string second = xmlOf(*state);
+  Device device(Folder(), "", state);
+  EXPECT_NE(std::string::npos, xmlOf(*device.Keep()).find("<refused>" + second + "</refused>"));
 }
 
 TEST_F(ALocalDevice, GivesItsStateBackUnreadWhereItsConfigurationIsWrong) {
