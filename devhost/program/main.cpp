@@ -23,9 +23,9 @@ void EndBy(int signal) {
   ::raise(signal);
 }
 
-// A reader that goes away makes writing fail instead of ending the process with drivers loaded. The signal that somebody
-// else sends ends the process as any other does.
-void OnClosedPipe(int signal, siginfo_t* info, void*) {
+// A reader that goes away, or a file that reaches the size that the process may write, makes writing fail instead of ending
+// the process with drivers loaded. The signal that somebody else sends ends the process as any other does.
+void OnFailedWrite(int signal, siginfo_t* info, void*) {
   if (info->si_pid != ::getpid()) {
     EndBy(signal);
   }
@@ -42,9 +42,10 @@ void OnQuit(int signal) {
 // inherit "ignore".
 void HandleSignals() {
   struct sigaction action = {};
-  action.sa_sigaction = OnClosedPipe;
+  action.sa_sigaction = OnFailedWrite;
   action.sa_flags = SA_RESTART | SA_SIGINFO;
   ::sigaction(SIGPIPE, &action, nullptr);
+  ::sigaction(SIGXFSZ, &action, nullptr);
   struct sigaction quit = {};
   ::sigaction(SIGQUIT, nullptr, &quit);
   // A shell's background job ignores it.

@@ -17,9 +17,6 @@ namespace devhost {
 
 namespace {
 
-// A million variables take about a tenth of this.
-constexpr std::size_t kLargest = std::size_t{1024} * 1024 * 1024;
-
 [[noreturn]] void Fail(const std::string& what, int error) {
   throw StateError(what + ": " + std::generic_category().message(error));
 }
@@ -51,13 +48,25 @@ void WriteNewFile(int folder, const std::string& name, const std::string& text) 
 
 }  // namespace
 
+std::string WhoElseCanWrite(const struct stat& status) {
+  if (status.st_uid != ::geteuid() && status.st_uid != 0) {
+    return "it belongs to another user (id " + std::to_string(status.st_uid) + ")";
+  }
+  return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 ? "other users can write it" : "";
+}
+
 std::optional<std::string> ReadStateFile(int folder, const std::string& name) {
   struct stat status = {};
-  if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT) {
+  const bool isThere = ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!isThere && errno == ENOENT) {
     return std::nullopt;
   }
+  // Nobody can change that now: the folder has been checked, too.
+  if (isThere && S_ISREG(status.st_mode) && !WhoElseCanWrite(status).empty()) {
+    throw StateError(WhoElseCanWrite(status));
+  }
   try {
-    return ReadRegularFileAt(folder, name, kLargest);
+    return ReadRegularFileAt(folder, name, kLargestState);
   } catch (const FileError& error) {
     throw StateError(error.Reason());
   }
@@ -94,7 +103,8 @@ std::string PutStateFileAside(int folder, const std::string& name) {
   if (::renameat(folder, name.c_str(), folder, aside.c_str()) != 0) {
     Fail("it cannot be put aside", errno);
   }
-  FlushFolder(folder);
+  // Where that fails, the copy has its name all the same.
+  ::fsync(folder);
   return aside;
 }
 

@@ -1,6 +1,9 @@
 #ifndef DEVHOST_STATE_STATE_FILE_H
 #define DEVHOST_STATE_STATE_FILE_H
 
+#include <sys/stat.h>
+
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -9,7 +12,14 @@ namespace devhost {
 // The files of a state folder, each named relative to the folder's open descriptor, so that they stay in the folder that was
 // locked, whatever becomes of its path. All throw StateError with the reason only: the caller knows the place.
 
-// The text of a file; empty when there is none. Only a regular file is read; a symbolic link to one is refused.
+// The most that a state may have. A million variables take about a tenth of this.
+inline constexpr std::size_t kLargestState = std::size_t{1024} * 1024 * 1024;
+
+// Who else could have written a file or folder, in words; "" when only this user and root can.
+std::string WhoElseCanWrite(const struct stat& status);
+
+// The text of a file; empty when there is none. Only a regular file of at most kLargestState bytes is read, which nobody
+// else could have written; a symbolic link to one is refused.
 std::optional<std::string> ReadStateFile(int folder, const std::string& name);
 
 // Replaces a file, or makes it, with mode 0600. At any moment, also after a crash, the file is the old or the new one: the

@@ -43,15 +43,39 @@ bool IsDanglingLink(const std::filesystem::path& path) {
                    "; allowed: a folder that can be written, or one that can be made");
 }
 
+// For an open folder.
+std::string WhoElseCanWriteInto(int folder) {
+  struct stat status = {};
+  const std::string who = ::fstat(folder, &status) == 0 ? WhoElseCanWrite(status) : Reason(errno);
+  return who.empty() ? who : who + "; allowed: a folder of your own that no other user can write";
+}
+
+// Makes a folder and those above it where they are missing, for this user alone whatever the umask. Returns 0 or the error
+// number of the last one.
+int MakeFolder(const std::filesystem::path& path) {
+  std::error_code ignored;
+  if (path.empty() || std::filesystem::exists(path, ignored)) {
+    return 0;
+  }
+  const int above = MakeFolder(path.parent_path());
+  if (!path.has_filename()) {
+    return above;  // a slash at its end
+  }
+  return ::mkdir(path.c_str(), S_IRWXU) == 0 && ::chmod(path.c_str(), S_IRWXU) == 0 ? 0 : errno;
+}
+
 FileDescriptor OpenFolder(const std::string& path) {
-  std::error_code error;
   // When this fails, opening the folder fails too and says so.
-  std::filesystem::create_directories(path, error);
+  const int making = MakeFolder(path);
   FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.IsOpen()) {
     const int opening = errno;
     RefuseFolder(path, IsDanglingLink(path) ? "it is a symbolic link to nothing"
-                                            : Reason(opening == ENOENT && error ? error.value() : opening));
+                                            : Reason(opening == ENOENT && making != 0 ? making : opening));
+  }
+  const std::string others = WhoElseCanWriteInto(folder.Get());
+  if (!others.empty()) {
+    throw StateError("cannot keep states in " + Quoted(path) + ": " + others);
   }
   // Where the lock file exists already, only the first state would fail in a folder that cannot be written.
   if (::faccessat(folder.Get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
@@ -79,10 +103,10 @@ struct ReadState {
   h7::auto_com<H7XML::INode> node;
 };
 
-// Throws StateError with the place when the state is damaged.
+// Throws StateError with the place when the state is damaged or must not be used.
 ReadState ReadSoundFile(int folder, const std::string& path, const std::string& name) {
   std::string place = PathIn(path, name);
-  std::string damage;
+  std::string problem = "the state is damaged: ";
   try {
     std::optional<std::string> text = ReadStateFile(folder, name);
     if (!text) {
@@ -92,20 +116,34 @@ ReadState ReadSoundFile(int folder, const std::string& path, const std::string& 
       h7::auto_com<H7XML::INode> node = ReadXmlNode(*text);
       return {std::move(*text), std::move(node)};
     }
-    damage = "the file is empty";
+    problem += "the file is empty";
   } catch (const XmlError& error) {
     place += ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column());
-    damage = OneLine(error.what());
+    problem += OneLine(error.what());
   } catch (const StateError& error) {
-    damage = error.what();
+    problem = "the state cannot be used: " + std::string(error.what());
   }
-  throw StateError(place + ": the state is damaged: " + damage);
+  throw StateError(place + ": " + problem);
+}
+
+// Throws StateError for a state that could not be read again.
+void CheckReadable(const std::string& xml, std::size_t largest) {
+  // One more for the line feed at its end.
+  if (xml.size() >= largest) {
+    throw StateError("it has " + std::to_string(xml.size() + 1) + " bytes; allowed: at most " + std::to_string(largest) +
+                     ", because more could not be read again");
+  }
+  try {
+    ReadXmlNode(xml);
+  } catch (const XmlError& error) {
+    throw StateError("it could not be read again: " + OneLine(error.what()));
+  }
 }
 
 }  // namespace
 
-StateFolder::StateFolder(const std::string& path)
-    : m_path(path), m_folder(OpenFolder(path)), m_lock(Lock(m_folder.Get(), path)) {}
+StateFolder::StateFolder(const std::string& path, std::size_t largest)
+    : m_path(path), m_largest(largest), m_folder(OpenFolder(path)), m_lock(Lock(m_folder.Get(), path)) {}
 
 h7::auto_com<H7XML::INode> StateFolder::Load(unsigned long driverId) {
   const std::string name = FileName(driverId);
@@ -117,8 +155,10 @@ h7::auto_com<H7XML::INode> StateFolder::Load(unsigned long driverId) {
   }
   try {
     problem += "; kept as " + PutStateFileAside(m_folder.Get(), name);
+    m_notAside.erase(name);
   } catch (const StateError& error) {
-    problem += "; " + std::string(error.what());
+    problem += "; " + std::string(error.what()) + "; no other state is kept in its place";
+    m_notAside.insert(name);
   }
   throw StateError(problem);
 }
@@ -126,9 +166,13 @@ h7::auto_com<H7XML::INode> StateFolder::Load(unsigned long driverId) {
 void StateFolder::Save(unsigned long driverId, const std::string& xml) {
   const std::string name = FileName(driverId);
   try {
+    if (m_notAside.count(name) != 0) {
+      throw StateError("the one in its place could not be put aside");
+    }
     if (xml.empty()) {
       RemoveStateFile(m_folder.Get(), name);
     } else {
+      CheckReadable(xml, m_largest);
       ReplaceStateFile(m_folder.Get(), name, xml + "\n");
     }
   } catch (const StateError& error) {
@@ -141,6 +185,10 @@ std::string LookIntoStateFolder(const std::string& path, unsigned long driverId)
   if (!folder.IsOpen()) {
     throw StateError("cannot look into the state folder " + Quoted(path) + ": " + Reason(errno) +
                      "; allowed: a folder that devhost run --state has made");
+  }
+  const std::string others = WhoElseCanWriteInto(folder.Get());
+  if (!others.empty()) {
+    throw StateError("cannot look into the state folder " + Quoted(path) + ": " + others);
   }
   return ReadSoundFile(folder.Get(), path, FileName(driverId)).text;
 }

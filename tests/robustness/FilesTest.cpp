@@ -86,10 +86,33 @@ TEST(AStateThatIsAPipeOrAFolder, IsPutAside) {
   ASSERT_EQ(::mkfifo(kitchen.Path("states/driver-1.xml").c_str(), 0600), 0);
   const Measured run = Measure({"run", "--project", "project.xml", "--state", "states"}, kitchen.Path());
   EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.output, HasSubstr("states/driver-1.xml: the state is damaged: it is not a regular file; kept as "
+  EXPECT_THAT(run.output, HasSubstr("states/driver-1.xml: the state cannot be used: it is not a regular file; kept as "
                                     "driver-1.xml.damaged\n"));
-  EXPECT_THAT(run.output, HasSubstr("states/driver-12.xml: the state is damaged: Is a directory; kept as "
+  EXPECT_THAT(run.output, HasSubstr("states/driver-12.xml: the state cannot be used: Is a directory; kept as "
                                     "driver-12.xml.damaged\n"));
+}
+
+TEST(AFileThatMayNotGrowFurther, StaysAsItIs) {
+  const Kitchen kitchen;
+  std::string variables;
+  for (int id = 1; id <= 200; ++id) {
+    variables += "<variable device=\"5\" id=\"" + std::to_string(id) + "\" name=\"lamp\"/>\n";
+  }
+  kitchen.WriteProject(variables);
+  kitchen.WriteConf("# by hand\n");
+  kitchen.Write("states/driver-1.xml", "<Old/>");
+  const std::string contact(40000, 'x');
+  kitchen.Write("settings.xml", Kitchen::Settings("<snmpSysContactSetting>" + contact + "</snmpSysContactSetting>"));
+  kitchen.Write("script",
+                "load-project\ncommand AddManagedDevice deviceId=12\ncommand SetDeviceState xml=@settings.xml\nexpect reply "
+                "is <WriteFail/>\n");
+  const ShellResult run =
+      RunShell("ulimit -f 16; exec devhost run --project project.xml --state states script", kitchen.Path());
+  EXPECT_EQ(run.status, 1) << run.output;
+  EXPECT_THAT(run.output, HasSubstr("it is too large: more than 256 MiB, or more than this process may write (ulimit -f)"));
+  EXPECT_THAT(run.output, HasSubstr("the state is not kept: it cannot be written: File too large"));
+  EXPECT_EQ(kitchen.Read("kitchen/snmpd.conf"), "# by hand\n");
+  EXPECT_EQ(kitchen.Read("states/driver-1.xml"), "<Old/>");
 }
 
 // Only two programs run, because each reads a quarter of a gigabyte before it refuses the file.

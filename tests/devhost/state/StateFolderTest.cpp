@@ -82,6 +82,17 @@ TEST_F(AStateFolder, IsMadeWithTheFoldersAboveIt) {
   EXPECT_EQ(TextOf(states, 1), "none");
 }
 
+TEST_F(AStateFolder, IsMadeForItsUserAloneWhateverTheUmask) {
+  for (const mode_t mask : {0000U, 0077U, 0777U}) {
+    const mode_t before = ::umask(mask);
+    { const StateFolder states(folder.Path("s/t/")); }
+    ::umask(before);
+    EXPECT_EQ(Mode("s"), 0700U) << mask;
+    EXPECT_EQ(Mode("s/t"), 0700U) << mask;
+    std::filesystem::remove_all(folder.Path("s"));
+  }
+}
+
 TEST_F(AStateFolder, GivesBackWhatItWasGivenAlsoToALaterProcess) {
   {
     StateFolder states(folder.Path("s"));
@@ -160,6 +171,32 @@ TEST_F(ARefusedStateFolder, CannotBeWrittenAlthoughItsLockIsThere) {
   EXPECT_EQ(Refusal(), "Permission denied; allowed: a folder that can be written, or one that can be made");
 }
 
+TEST_F(ARefusedStateFolder, CanBeWrittenByOthers) {
+  folder.Write("s/driver-1.xml", "<Planted/>");
+  for (const mode_t mode : {0720U, 0702U, 01777U}) {
+    ASSERT_EQ(::chmod(folder.Path("s").c_str(), mode), 0);
+    EXPECT_EQ(Refusal(), "other users can write it; allowed: a folder of your own that no other user can write");
+    try {
+      LookIntoStateFolder(folder.Path("s"), 1);
+      FAIL() << "a planted state was shown";
+    } catch (const StateError& error) {
+      EXPECT_EQ(error.what(),
+                "cannot look into the state folder \"" + folder.Path("s") +
+                    "\": other users can write it; allowed: a folder of your own that no other user can write");
+    }
+  }
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml"}));
+}
+
+TEST_F(ARefusedStateFolder, BelongsToAnotherUser) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can give folders away";
+  }
+  folder.Write("s/driver-1.xml", "<Planted/>");
+  ASSERT_EQ(::chown(folder.Path("s").c_str(), 65534, 65534), 0);
+  EXPECT_EQ(Refusal(), "it belongs to another user (id 65534); allowed: a folder of your own that no other user can write");
+}
+
 TEST_F(ARefusedStateFolder, IsALinkToNothing) {
   std::filesystem::create_symlink("nowhere", folder.Path("s"));
   EXPECT_EQ(Refusal(), "it is a symbolic link to nothing; allowed: a folder that can be written, or one that can be made");
@@ -205,7 +242,7 @@ TEST_F(AStateFolder, PutsAsideAStateThatItMayNotRead) {
   ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
   const OrdinaryUser user;
   EXPECT_EQ(ErrorOf([&] { states.Load(1); }),
-            "s/driver-1.xml: the state is damaged: Permission denied; kept as driver-1.xml.damaged");
+            "s/driver-1.xml: the state cannot be used: Permission denied; kept as driver-1.xml.damaged");
 }
 
 TEST_F(AStateFolder, SaysWhenADamagedStateCannotBePutAside) {
@@ -215,10 +252,78 @@ TEST_F(AStateFolder, SaysWhenADamagedStateCannotBePutAside) {
   ASSERT_EQ(::chmod(folder.Path("s").c_str(), 0555), 0);
   ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
   const OrdinaryUser user;
-  EXPECT_THAT(ErrorOf([&] { states.Load(1); }), testing::EndsWith("; it cannot be put aside: Permission denied"));
-  EXPECT_EQ(ErrorOf([&] { states.Save(1, "<A/>"); }),
-            "s/driver-1.xml: the state is not kept: driver-1.xml.new cannot be made: Permission denied");
+  EXPECT_THAT(ErrorOf([&] { states.Load(1); }),
+              testing::EndsWith("; it cannot be put aside: Permission denied; no other state is kept in its place"));
   EXPECT_EQ(folder.Read("s/driver-1.xml"), "x");
+}
+
+// The folder can be written again at the stop, as when a full disk has room again: the copy has still not been made.
+TEST_F(AStateFolder, DoesNotOverwriteADamagedStateThatCouldNotBePutAside) {
+  StateFolder states(folder.Path("s"));
+  folder.Write("s/driver-1.xml", "x");
+  ASSERT_EQ(::chmod(folder.Path("s").c_str(), 0555), 0);
+  ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
+  {
+    const OrdinaryUser user;
+    EXPECT_NE(ErrorOf([&] { states.Load(1); }), "");
+  }
+  ASSERT_EQ(::chmod(folder.Path("s").c_str(), 0755), 0);
+  for (const char* const state : {"<A/>", ""}) {
+    EXPECT_EQ(ErrorOf([&] { states.Save(1, state); }),
+              "s/driver-1.xml: the state is not kept: the one in its place could not be put aside");
+    EXPECT_EQ(folder.Read("s/driver-1.xml"), "x");
+  }
+  EXPECT_THAT(ErrorOf([&] { states.Load(1); }), testing::EndsWith("; kept as driver-1.xml.damaged"));
+  states.Save(1, "<A/>");
+  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged"), "x");
+  EXPECT_EQ(folder.Read("s/driver-1.xml"), "<A/>\n");
+}
+
+TEST_F(AStateFolder, KeepsNoStateThatIsTooLargeToBeReadAgain) {
+  StateFolder states(folder.Path("s"), 20);
+  const std::string largest = "<A>" + std::string(12, 'x') + "</A>";
+  states.Save(1, largest);
+  EXPECT_EQ(TextOf(states, 1), largest);
+  EXPECT_EQ(
+      ErrorOf([&] { states.Save(1, "<A>" + std::string(13, 'y') + "</A>"); }),
+      "s/driver-1.xml: the state is not kept: it has 21 bytes; allowed: at most 20, because more could not be read again");
+  EXPECT_EQ(TextOf(states, 1), largest);
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml", "lock"}));
+}
+
+TEST_F(AStateFolder, KeepsNoStateWithMoreElementsThanCanBeReadAgain) {
+  StateFolder states(folder.Path("s"));
+  states.Save(1, "<Old/>");
+  std::string xml = "<A>";
+  for (int i = 0; i != 1000000; ++i) {
+    xml += "<b/>";
+  }
+  EXPECT_THAT(ErrorOf([&] { states.Save(1, xml + "</A>"); }),
+              HasSubstr("the state is not kept: it could not be read again: more than 1000000 elements"));
+  EXPECT_EQ(TextOf(states, 1), "<Old/>");
+}
+
+TEST_F(AStateFolder, DoesNotUseAStateThatOthersCanWrite) {
+  StateFolder states(folder.Path("s"));
+  for (const mode_t mode : {0620U, 0602U}) {
+    folder.Write("s/driver-1.xml", "<Planted/>");
+    ASSERT_EQ(::chmod(folder.Path("s/driver-1.xml").c_str(), mode), 0);
+    EXPECT_THAT(
+        ErrorOf([&] { states.Load(1); }),
+        StartsWith("s/driver-1.xml: the state cannot be used: other users can write it; kept as driver-1.xml.damaged"));
+    EXPECT_EQ(TextOf(states, 1), "none");
+  }
+}
+
+TEST_F(AStateFolder, DoesNotUseAStateOfAnotherUser) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can give files away";
+  }
+  StateFolder states(folder.Path("s"));
+  folder.Write("s/driver-1.xml", "<Planted/>");
+  ASSERT_EQ(::chown(folder.Path("s/driver-1.xml").c_str(), 65534, 65534), 0);
+  EXPECT_THAT(ErrorOf([&] { states.Load(1); }),
+              StartsWith("s/driver-1.xml: the state cannot be used: it belongs to another user (id 65534); kept as "));
 }
 
 TEST_F(AStateFolder, StaysTheOneThatWasLockedWhenItIsRenamed) {
