@@ -6,13 +6,14 @@
 
 #include "drivers/common/FileDescriptor.h"
 #include "drivers/common/FileStatus.h"
+#include "drivers/common/WriterLock.h"
 
 namespace drivers {
 
 namespace {
 
 const char kName[] = "snmpd.conf";
-// One fixed name: under the folder's lock it can only be what a killed writer left, so the next one may remove it.
+// One fixed name: under the writer's lock it can only be what a killed writer left, so the next one may remove it.
 const char kTemporaryName[] = ".snmpd.conf.new";
 
 // More than anybody who edits files needs: each round means that somebody replaced the file within a few system calls.
@@ -119,11 +120,12 @@ int ConfigFile::Install(const std::string& text, const std::string* expected) co
   if (!folder.IsOpen()) {
     return LastStatus();
   }
-  if (m_calls->LockFolder(folder.Get()) != 0) {
-    return LastStatus();
-  }
+  WriterLock lock(*m_calls, folder.Get());
+  int status = lock.Take();
   Former former;
-  int status = LookAtFormer(folder.Get(), former);
+  if (status == 0) {
+    status = LookAtFormer(folder.Get(), former);
+  }
   if (status == 0 && expected != nullptr) {
     status = CompareFile(folder.Get(), *expected, text);
   }

@@ -38,7 +38,7 @@ class ConfigFile {
   // left. Only when the last step fails, which makes the change of names durable, is the new text in place already. A text
   // of more than kMaximumSize bytes could never be read again: kTextTooLarge.
   //
-  // Writers exclude each other by a lock on the folder; the second one fails at once.
+  // Writers exclude each other by a lock (WriterLock.h); the second one fails at once.
   int Replace(const std::string& text) const;
 
   // The same, but only where the file still holds `expected` (a missing file holds the empty text) or holds `text` already;

@@ -29,8 +29,12 @@ int FileCalls::Close(int descriptor) {
   return ::close(descriptor);
 }
 
-int FileCalls::LockFolder(int folder) {
-  return ::flock(folder, LOCK_EX | LOCK_NB);
+int FileCalls::OpenLock(int folder, const char* name) {
+  return ::openat(folder, name, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600);
+}
+
+int FileCalls::Lock(int descriptor) {
+  return ::flock(descriptor, LOCK_EX | LOCK_NB);
 }
 
 int FileCalls::Stat(int folder, const char* name, struct stat& result) {

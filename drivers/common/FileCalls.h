@@ -24,9 +24,11 @@ class FileCalls {
   virtual int CreateNew(int folder, const char* name, mode_t mode);
   virtual int Close(int descriptor);
 
-  // Takes the folder for this writer, or fails at once with EWOULDBLOCK. Released with the last descriptor, so a killed
+  // Opens a file for locking, made with mode 0600 where it is missing.
+  virtual int OpenLock(int folder, const char* name);
+  // Locks an open file for this writer, or fails at once with EWOULDBLOCK. Released with the last descriptor, so a killed
   // process releases it, too.
-  virtual int LockFolder(int folder);
+  virtual int Lock(int descriptor);
   virtual int Stat(int folder, const char* name, struct stat& result);
   virtual int StatOpened(int descriptor, struct stat& result);
 

@@ -20,7 +20,7 @@ std::string DescribeFileStatus(int status) {
     return "it is not a regular file";
   }
   if (status == kFolderInTheWay) {
-    return "a folder named .snmpd.conf.new beside it is in the way of the new text; remove that folder";
+    return "a folder named .snmpd.conf.new or .snmpd.conf.lock beside it is in the way; remove that folder";
   }
   if (status == kFileWasChanged) {
     return "somebody changed it since it was copied out; read it again";

@@ -7,7 +7,8 @@
 //
 //   -1            the file is a symbolic link, dangling or not: refused
 //   -2            the file is not a regular file: refused
-//   -3            a folder has the name of the temporary file, .snmpd.conf.new: it stays, nothing is written
+//   -3            a folder has the name of the temporary file, .snmpd.conf.new, or of the lock, .snmpd.conf.lock: it stays,
+//                 nothing is written
 //   -4            somebody changed the file since it was copied out: it stays
 //   -5            the new text is larger than what can be read (ConfigFile::kMaximumSize): nothing is written
 //   -100 - errno  the system's own reason, each its own status. On Linux, for example:

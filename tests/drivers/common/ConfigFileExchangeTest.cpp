@@ -33,6 +33,9 @@ using drivers::kFileIsSymbolicLink;
 using drivers::kFileWasChanged;
 
 const std::set<std::string> kOnlyTheFile = {"snmpd.conf"};
+const std::set<std::string> kWithLock = {".snmpd.conf.lock", "snmpd.conf"};
+// The lock is removed and closed, and the folder closed.
+const std::size_t kStepsAtTheEnd = 3;
 const std::set<std::string> kWithTemporaryFile = {".snmpd.conf.new", "snmpd.conf"};
 
 // Replaces the file as most editors do.
@@ -241,14 +244,14 @@ std::size_t FirstOf(const std::vector<std::string>& steps, const std::string& na
 
 TEST(AnExchange, TakesItsStepsInTheOrderThatKeepsAWholeFileInPlace) {
   const std::vector<std::string> compare = {"OpenForReading", "StatOpened", "Read", "Read", "Close"};
-  std::vector<std::string> expected = {"OpenFolder", "LockFolder", "Stat"};
+  std::vector<std::string> expected = {"OpenFolder", "OpenLock", "Lock", "StatOpened", "Stat", "Stat"};
   expected.insert(expected.end(), compare.begin(), compare.end());
   for (const char* const step : {"Remove", "CreateNew", "ChangeOwner", "Write", "ChangeMode", "Sync", "Close"}) {
     expected.emplace_back(step);
   }
   expected.insert(expected.end(), compare.begin(), compare.end());
-  for (const char* const step :
-       {"Exchange", "OpenForReading", "LockOutWriters", "StatOpened", "Read", "Read", "Close", "Remove", "Sync", "Close"}) {
+  for (const char* const step : {"Exchange", "OpenForReading", "LockOutWriters", "StatOpened", "Read", "Read", "Close",
+                                 "Remove", "Sync", "Remove", "Close", "Close"}) {
     expected.emplace_back(step);
   }
   EXPECT_EQ(expected, StepsOf(false));
@@ -257,7 +260,7 @@ TEST(AnExchange, TakesItsStepsInTheOrderThatKeepsAWholeFileInPlace) {
 TEST(AnExchange, AnswersEachFailureOfEachStepAndLeavesAWholeFileAlone) {
   const std::vector<std::string> steps = StepsOf(false);
   for (const int error : {ENOSPC, EIO, EPERM}) {
-    for (std::size_t step = 0; step + 1 < steps.size(); ++step) {
+    for (std::size_t step = 0; step + kStepsAtTheEnd < steps.size(); ++step) {
       if (steps[step] == "Close" && step != FirstOf(steps, "Exchange") - 6) {
         continue;  // nobody waits for what closing a folder or a file that was read says
       }
@@ -265,8 +268,8 @@ TEST(AnExchange, AnswersEachFailureOfEachStepAndLeavesAWholeFileAlone) {
       const TemporaryFolder folder;
       const auto calls = CallsOf(folder, false, [&](std::size_t number) { return number == step ? error : 0; });
       EXPECT_EQ(FileStatusOfErrno(error), ConfigFile(folder.Path(), calls).ReplaceExpected("old", "new"));
-      EXPECT_EQ(step + 2 == steps.size() ? "new" : "old", folder.Read("snmpd.conf"));
-      EXPECT_EQ(kOnlyTheFile, folder.Names());
+      EXPECT_EQ(step + kStepsAtTheEnd + 1 == steps.size() ? "new" : "old", folder.Read("snmpd.conf"));
+      EXPECT_EQ(step == 2 || step == 3 || step == 4 ? kWithLock : kOnlyTheFile, folder.Names());
     }
   }
 }
@@ -274,11 +277,11 @@ TEST(AnExchange, AnswersEachFailureOfEachStepAndLeavesAWholeFileAlone) {
 TEST(AnExchange, NeverLosesAnEditWhicheverStepFails) {
   const std::vector<std::string> steps = StepsOf(true);
   const std::size_t exchange = FirstOf(steps, "Exchange");
-  // The last two: the flush of the folder and its close.
-  const std::size_t lastRemove = steps.size() - 3;
+  // Behind it: the flush of the folder.
+  const std::size_t lastRemove = steps.size() - kStepsAtTheEnd - 2;
   ASSERT_EQ("Remove", steps[lastRemove]);
   for (const int error : {EIO, EINVAL, ENOSYS}) {
-    for (std::size_t step = exchange; step < steps.size(); ++step) {
+    for (std::size_t step = exchange; step + kStepsAtTheEnd < steps.size(); ++step) {
       SCOPED_TRACE(steps[step] + " as step " + std::to_string(step) + " fails with errno " + std::to_string(error));
       const TemporaryFolder folder;
       const auto calls = CallsOf(folder, true, [&](std::size_t number) { return number == step ? error : 0; });

@@ -182,6 +182,7 @@ TEST(AConfigFile, ThatCannotBeComparedIsNotReplaced) {
     calls->script = [step](const std::string& name, std::size_t) { return name == step ? EIO : 0; };
     EXPECT_EQ(FileStatusOfErrno(EIO), ConfigFile(folder.Path(), calls).ReplaceExpected("first", "second")) << step;
     EXPECT_EQ("first", folder.Read("snmpd.conf"));
+    std::filesystem::remove(folder.Path(".snmpd.conf.lock"));
     EXPECT_EQ(kOnlyTheFile, folder.Names());
   }
 }

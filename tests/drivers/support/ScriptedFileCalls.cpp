@@ -29,8 +29,12 @@ int ScriptedFileCalls::Close(int descriptor) {
   return Fails("Close") ? -1 : closed;
 }
 
-int ScriptedFileCalls::LockFolder(int folder) {
-  return Fails("LockFolder") ? -1 : FileCalls::LockFolder(folder);
+int ScriptedFileCalls::OpenLock(int folder, const char* name) {
+  return Fails("OpenLock") ? -1 : FileCalls::OpenLock(folder, name);
+}
+
+int ScriptedFileCalls::Lock(int descriptor) {
+  return Fails("Lock") ? -1 : FileCalls::Lock(descriptor);
 }
 
 int ScriptedFileCalls::Stat(int folder, const char* name, struct stat& result) {

@@ -26,7 +26,8 @@ class ScriptedFileCalls : public drivers::FileCalls {
   int OpenForReading(int folder, const char* name, drivers::Links links) override;
   int CreateNew(int folder, const char* name, mode_t mode) override;
   int Close(int descriptor) override;
-  int LockFolder(int folder) override;
+  int OpenLock(int folder, const char* name) override;
+  int Lock(int descriptor) override;
   int Stat(int folder, const char* name, struct stat& result) override;
   int StatOpened(int descriptor, struct stat& result) override;
   ssize_t Read(int descriptor, char* buffer, std::size_t size) override;
