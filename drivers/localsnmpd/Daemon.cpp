@@ -153,16 +153,17 @@ void Daemon::LogNotes(const std::vector<ServedConfig::Note>& notes) {
 
 devhost::ProcessImage Daemon::MakeImage(const std::string& program) const {
   // -f: stays the host's child. -LE w: warnings and worse to standard error. -m, -M: no MIB files. -r: goes on where it
-  // lacks rights. -I: without the modules that open a port for an old protocol, and that let whoever holds the write
-  // community load code, write files, fill the log, or start the daemon again.
-  return {program,
-          {program, "-f", "-LE", "w", "-c", std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName,
-           "-m", "", "-M", "", "-I", "-smux,dlmod,nsLogging,nsDebug,versioninfo", "-r", GetAddress()},
-          MakeEnvironment(m_folder.GetPath()),
-          m_folder.GetFolder().Get(),
-          m_served->Descriptor(),
-          m_folder.GetLog().Get(),
-          true};
+  // lacks rights. -I: without the modules that open a port for an old protocol, that run programs, and that let whoever
+  // holds the write community load code, write files, fill the log, or start the daemon again.
+  return {
+      program,
+      {program, "-f", "-LE", "w", "-c", std::string(DaemonFolder::kServedName) + "," + DaemonFolder::kDriverConfigName, "-m",
+       "", "-M", "", "-I", "-smux,extend,pass,pass_persist,dlmod,nsLogging,nsDebug,versioninfo", "-r", GetAddress()},
+      MakeEnvironment(m_folder.GetPath()),
+      m_folder.GetFolder().Get(),
+      m_served->Descriptor(),
+      m_folder.GetLog().Get(),
+      true};
 }
 
 int Daemon::Launch(const std::string& program, const std::vector<std::string>& secrets) {

@@ -9,8 +9,7 @@ namespace drivers {
 
 namespace {
 
-// None of these makes the daemon read or write a file, opens a port, or changes who the daemon is. Those that run programs
-// are here since the owner writes them for that.
+// None of these makes the daemon read or write a file, runs a program, opens a port, or changes who the daemon is.
 const std::set<std::string_view>& Served() {
   static const std::set<std::string_view> kServed = {
       // The system and who may ask for what.
@@ -29,8 +28,6 @@ const std::set<std::string_view>& Served() {
       "diskio_exclude_ram", "ignoredisk", "skipnfsinhostresources", "realstorageunits", "storageusenfs", "count_kthreads",
       "interface", "ifmib_max_num_ifaces", "include_ifmib_iface_prefix", "interface_fadeout", "interface_replace_old",
       "override",
-      // Programs.
-      "extend", "extendfix", "exec", "execfix", "sh", "pass", "pass_persist", "procfix",
       // Bounds.
       "maxgetbulkrepeats", "maxgetbulkresponses", "avgbulkvarbindsize", "pdustatsmax", "pdustatsthreshold",
       "dontlogtcpwrappersconnects", "dontretainlogs", "donotretainnotificationlogs"};
@@ -44,30 +41,19 @@ const std::map<std::string_view, const char*>& Reasons() {
   static const char kOutlive[] = "would let the daemon outlive the host";
   static const char kFile[] = "names a file";
   static const char kCode[] = "would run code in the daemon";
+  // Whoever can edit the file would run them with the rights of the host.
+  static const char kProgram[] = "would run a program";
   static const char kSearch[] =
       "names a file that the daemon would look for; name it with includeFile and its absolute path";
-  static const std::map<std::string_view, const char*> kReasons = {{"agentaddress", kPorts},
-                                                                   {"smuxsocket", kPorts},
-                                                                   {"smuxpeer", kPorts},
-                                                                   {"proxy", kPorts},
-                                                                   {"agentuser", kOutlive},
-                                                                   {"agentgroup", kOutlive},
-                                                                   {"include", kSearch},
-                                                                   {"includesearch", kSearch},
-                                                                   {"persistentdir", kFile},
-                                                                   {"logoption", kFile},
-                                                                   {"file", kFile},
-                                                                   {"logmatch", kFile},
-                                                                   {"agentxperms", kFile},
-                                                                   {"mibfile", kFile},
-                                                                   {"mibdirs", kFile},
-                                                                   {"com2secunix", kFile},
-                                                                   {"sendmail_config", kFile},
-                                                                   {"sendmail_stats", kFile},
-                                                                   {"sendmail_queue", kFile},
-                                                                   {"dlmod", kCode},
-                                                                   {"perl", kCode},
-                                                                   {"perlinitfile", kCode}};
+  static const std::map<std::string_view, const char*> kReasons = {
+      {"agentaddress", kPorts},   {"smuxsocket", kPorts},    {"smuxpeer", kPorts},      {"proxy", kPorts},
+      {"agentuser", kOutlive},    {"agentgroup", kOutlive},  {"include", kSearch},      {"includesearch", kSearch},
+      {"persistentdir", kFile},   {"logoption", kFile},      {"file", kFile},           {"logmatch", kFile},
+      {"agentxperms", kFile},     {"mibfile", kFile},        {"mibdirs", kFile},        {"com2secunix", kFile},
+      {"sendmail_config", kFile}, {"sendmail_stats", kFile}, {"sendmail_queue", kFile}, {"extend", kProgram},
+      {"extendfix", kProgram},    {"extend-sh", kProgram},   {"extend-exec", kProgram}, {"exec", kProgram},
+      {"execfix", kProgram},      {"sh", kProgram},          {"pass", kProgram},        {"pass_persist", kProgram},
+      {"procfix", kProgram},      {"dlmod", kCode},          {"perl", kCode},           {"perlinitfile", kCode}};
   return kReasons;
 }
 

@@ -15,8 +15,9 @@ using testing::StartsWith;
 using OffLine = ARealSystem;
 using AFileThatChanges = ARealSystem;
 
-constexpr char kByHand[] = "# by hand\nextend greeting /bin/echo good morning\n";
-constexpr char kGreeting[] = ".1.3.6.1.4.1.8072.1.3.2.3.1.1.8.103.114.101.101.116.105.110.103";
+constexpr char kByHand[] = "# by hand\nproc sshd\n";
+// The name of the first process that a proc line watches.
+constexpr char kWatched[] = ".1.3.6.1.4.1.2021.2.1.2.1";
 
 Settings Named(const std::string& name) {
   Settings settings;
@@ -41,7 +42,7 @@ TEST_F(OffLine, ChangesWaitAndAreServedWhenTheControllerIsBack) {
   EXPECT_FALSE(GetDaemon(kKitchen).pending);
   EXPECT_FALSE(IsDirty(kKitchen));
   EXPECT_EQ(As("public").Get(kSysName).value, "larder");
-  EXPECT_EQ(As("public").Get(kGreeting).value, "good morning");
+  EXPECT_EQ(As("public").Get(kWatched).value, "sshd");
   EXPECT_THAT(File(kKitchen), EndsWith(std::string("\n") + kByHand));
 }
 
@@ -71,7 +72,7 @@ TEST_F(OffLine, AChangeOutlivesTheHost) {
   ASSERT_EQ(SetOnline(kKitchen, true), "<Success/>");
   ASSERT_EQ(Action(kKitchen, "StartMasterAgent"), "<Success/>");
   EXPECT_EQ(As("public").Get(kSysName).value, "pantry");
-  EXPECT_EQ(As("public").Get(kGreeting).value, "good morning");
+  EXPECT_EQ(As("public").Get(kWatched).value, "sshd");
 }
 
 TEST_F(AFileThatChanges, WhileTheControllerIsOffLineIsNotOverwritten) {
@@ -79,7 +80,7 @@ TEST_F(AFileThatChanges, WhileTheControllerIsOffLineIsNotOverwritten) {
   Serve(kKitchen, Named("kitchen"));
   ASSERT_EQ(SetOnline(kKitchen, false), "<Success/>");
   ASSERT_EQ(SetState(kKitchen, Named("pantry")), "<Success/>");
-  const std::string edited = File(kKitchen) + "extend evening /bin/echo good evening\n";
+  const std::string edited = File(kKitchen) + "proc cron\n";
   WriteFile(kKitchen, edited);
   EXPECT_THAT(SetOnline(kKitchen, true), StartsWith("<Fail>"));
   EXPECT_EQ(File(kKitchen), edited);
@@ -89,7 +90,7 @@ TEST_F(AFileThatChanges, WhileTheControllerIsOffLineIsNotOverwritten) {
   // The tool sends its settings again, and this time they are merged into the file as it is now.
   EXPECT_EQ(SetState(kKitchen, Named("pantry")), "<Success/>");
   EXPECT_FALSE(IsDirty(kKitchen));
-  EXPECT_THAT(File(kKitchen), EndsWith("good morning\nextend evening /bin/echo good evening\n"));
+  EXPECT_THAT(File(kKitchen), EndsWith("proc sshd\nproc cron\n"));
   EXPECT_EQ(As("public").Get(kSysName).value, "pantry");
 }
 

@@ -29,14 +29,8 @@ Settings Kitchen() {
   return settings;
 }
 
-// Returns the object whose value is the first line that the program of an extend line prints.
-std::string ExtendOutput(const std::string& name) {
-  std::string object = ".1.3.6.1.4.1.8072.1.3.2.3.1.1." + std::to_string(name.size());
-  for (const char letter : name) {
-    object += "." + std::to_string(static_cast<int>(letter));
-  }
-  return object;
-}
+// The name of the first process that a proc line watches.
+constexpr char kWatched[] = ".1.3.6.1.4.1.2021.2.1.2.1";
 
 TEST_F(TheDaemon, ServesWhatTheToolSent) {
   Begin();
@@ -162,11 +156,11 @@ TEST_F(ForeignText, BelowTheSectionKeepsWorking) {
       "# by hand\nextend greeting /bin/echo good morning\n\nproc sshd\n# the last line has no line feed";
   Begin(foreign);
   Serve(kKitchen, Kitchen());
-  EXPECT_EQ(As("our house").Get(ExtendOutput("greeting")).value, "good morning");
+  EXPECT_EQ(As("our house").Get(kWatched).value, "sshd");
   Settings changed = Kitchen();
   changed.name = "pantry";
   ASSERT_EQ(SetState(kKitchen, changed), "<Success/>");
-  EXPECT_EQ(As("our house").Get(ExtendOutput("greeting")).value, "good morning");
+  EXPECT_EQ(As("our house").Get(kWatched).value, "sshd");
   EXPECT_EQ(As("our house").Get(kSysName).value, "pantry");
   EXPECT_THAT(File(kKitchen), EndsWith("\n" + foreign));
 }

@@ -14,7 +14,7 @@ TEST(ADirective, IsServedWhenItIsKnownToStayInTheCage) {
   for (const std::string line :
        {"rocommunity public", "sysName x", "trap2sink 10.0.0.5 public 162",
         "trap2sink host:162 /unix:", "trap2sink 2001:db8::1 public", "trap2sink [fe80::1]:162 public", "master agentx",
-        "extend x /bin/true", "createUser bob SHA pass AES pass", "trapsink -profile unix:x -tag y ::1 public",
+        "proc sshd", "createUser bob SHA pass AES pass", "trapsink -profile unix:x -tag y ::1 public",
         "trap2sink UDP:10.0.0.5:162", "trapsess -v 3 -u bob -a SHA -A /pass -l authPriv 10.0.0.5",
         "trapsess -Ci -v2c -cpublic -name n tcp:10.0.0.5:162"}) {
     EXPECT_EQ("", Why(line)) << line;
@@ -29,6 +29,14 @@ TEST(ADirective, IsNotServedWhenItNamesAFileAPortOrAUser) {
         "usmUser",      "engineBoots",  "psysname",      "certSecName", "defDomain",     "sendmail_queue", "secret"}) {
     EXPECT_NE("", Why(keyword + " x y")) << keyword;
   }
+}
+
+TEST(ADirective, IsNotServedWhenItRunsAProgram) {
+  for (const std::string keyword : {"extend", "extendfix", "extend-sh", "extend-exec", "exec", "execfix", "sh", "pass",
+                                    "pass_persist", "procfix", "EXTEND", "Sh", "passPersist", "execFix2"}) {
+    EXPECT_NE("", Why(keyword + " x /bin/true")) << keyword;
+  }
+  EXPECT_EQ("extend would run a program", Why("Extend x /bin/true"));
 }
 
 // The keyword may be a community that somebody wrote in the wrong place.
