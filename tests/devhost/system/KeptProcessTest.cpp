@@ -6,6 +6,7 @@
 #include <linux/capability.h>
 #include <poll.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
@@ -51,6 +52,12 @@ bool IsAlive(pid_t process) {
   }
 }
 
+// With the mark by which the tests find what they have left.
+std::vector<std::string> Environment() {
+  const char* const mark = ::getenv("AGENT_TEST_RUN");
+  return {"PATH=/usr/bin:/bin", "COLOUR=red", "AGENT_TEST_RUN=" + std::string(mark == nullptr ? "" : mark)};
+}
+
 class AKeptProcess : public testing::Test {
  protected:
   AKeptProcess()
@@ -60,7 +67,7 @@ class AKeptProcess : public testing::Test {
   std::unique_ptr<KeptProcess> Start(const std::string& program, std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), program);
     return std::make_unique<KeptProcess>(
-        ProcessImage{program, arguments, {"PATH=/usr/bin:/bin", "COLOUR=red"}, m_directory.Get(), -1, m_output.Get(), true});
+        ProcessImage{program, arguments, Environment(), m_directory.Get(), -1, m_output.Get(), true});
   }
   std::unique_ptr<KeptProcess> Shell(const std::string& script) const { return Start("/bin/sh", {"-c", script}); }
 
