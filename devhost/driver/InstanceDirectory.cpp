@@ -66,8 +66,12 @@ std::vector<void*> InstanceDirectory::List(const std::string& iid) const {
 
 bool InstanceManager::RegisterQuery(const char* iid, void* instance) {
   const ServiceCall call(m_check, "RegisterQuery", ServiceCheck::From::Initialize);
-  return call.IsAllowed() && iid != nullptr && instance != nullptr && std::string(iid) != DriverServices_IID &&
-         m_directory.Publish(m_driverId, iid, instance);
+  if (!call.IsAllowed() || iid == nullptr || instance == nullptr || std::string(iid) == DriverServices_IID ||
+      !m_directory.Publish(m_driverId, iid, instance)) {
+    return false;
+  }
+  m_check.NotePublished(iid, instance);
+  return true;
 }
 
 void InstanceManager::UnregisterQuery(const char* iid) {

@@ -15,6 +15,8 @@ class ServiceCheck {
   // False when the call must do nothing: it has been reported then. Otherwise other threads are kept out until Leave.
   virtual bool Enter(const char* operation, From from) = 0;
   virtual void Leave() noexcept = 0;
+  // The driver has published this instance.
+  virtual void NotePublished(const std::string& iid, void* instance) = 0;
   // `what` says in one line what the driver did.
   virtual void Report(const std::string& what) = 0;
 };

@@ -15,6 +15,7 @@
 #include "devhost/driver/EventListeners.h"
 #include "devhost/driver/InstanceDirectory.h"
 #include "devhost/driver/VariableManager.h"
+#include "devhost/engine/CallWatch.h"
 #include "devhost/engine/Host.h"
 
 namespace devhost {
@@ -26,12 +27,13 @@ class HostCore {
  public:
   using Drivers = std::vector<std::shared_ptr<LoadedDriver>>;
 
-  explicit HostCore(HostObserver& observer) : m_observer(observer) {}
+  explicit HostCore(HostObserver& observer) : calls(*this), m_observer(observer) {}
 
   InstanceDirectory directory;
   EventListeners listeners;
   VariableManager variables;
   CallGate gate;
+  CallWatch calls;
 
   // Tells the observer. `driver` may be null: nobody is known, and all `candidates` are named.
   void Emit(const LoadedDriver* driver, Occurrence occurrence, const Drivers& candidates = {});

@@ -2,6 +2,7 @@
 
 #include <boost/algorithm/string/join.hpp>
 #include <exception>
+#include <optional>
 #include <utility>
 
 #include "devhost/driver/CommandMessage.h"
@@ -24,15 +25,25 @@ template <class Action>
 auto LoadedDriver::Call(const std::string& description, Action action) {
   const CallScope scope(m_core, this, description);
   const EndNote note(description, Title());
+  m_core.calls.ForgetException();
   std::string problem;
+  std::optional<CallWatch::Origin> origin;
   try {
     return action();
   } catch (const std::exception& exception) {
     problem = exception.what();
+    origin = m_core.calls.OriginOfException();
   } catch (...) {
     problem = "something that is not a std::exception";
+    origin = m_core.calls.OriginOfException();
   }
   // Thrown behind the handlers: the driver's exception object is gone before its module can be.
+  if (origin) {
+    const std::string call = description + " of " + Title();
+    throw HostError("an exception came out of " + origin->operation + " of " + TitleOf(origin->driver) + " during " + call +
+                        ": " + problem,
+                    &origin->driver, call, "an exception came out of " + origin->operation + ": " + problem);
+  }
   throw HostError("an exception came out of " + description + " of " + Title() + ": " + problem, &m_entry, description,
                   "an exception came out: " + problem);
 }
@@ -132,6 +143,7 @@ void LoadedDriver::ReportLeftovers() {
   if (m_base == BaseState::Constructed || m_base == BaseState::Initialized) {
     Report("was destroyed without its base");
   }
+  m_core.calls.NoteDestroyed(*this);
 }
 
 void LoadedDriver::BaseConstructed(H7BaseDriver&, DriverMultiplicity) {
@@ -187,13 +199,17 @@ void LoadedDriver::InvalidateState() {
   }
 }
 
+void LoadedDriver::NotePublished(const std::string& iid, void* instance) {
+  m_core.calls.NotePublished(*this, iid, instance);
+}
+
 void LoadedDriver::Report(const std::string& what) {
   m_core.Report(this, what);
 }
 
 bool LoadedDriver::Enter(const char* operation, From from) {
   // No driver is being called: what the host itself is doing meanwhile is still the call that is under way.
-  if (m_core.gate.Enter({nullptr, operation, Title()})) {
+  if (m_core.gate.EnterFromDriver({nullptr, operation, Title()})) {
     Report(std::string(operation) + " came from a second thread; it was refused");
     return false;
   }

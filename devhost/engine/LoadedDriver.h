@@ -75,6 +75,7 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
  private:
   enum class BaseState { None, Constructed, Initialized, Destroyed };
 
+  void NotePublished(const std::string& iid, void* instance) override;
   void Report(const std::string& what) override;
   bool Enter(const char* operation, From from) override;
   void Leave() noexcept override;

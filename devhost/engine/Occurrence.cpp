@@ -16,6 +16,7 @@ std::string TextOf(const Occurrence& occurrence) {
     case Occurrence::Kind::Event:
       return TextOf(occurrence.name, occurrence.parameters);
     case Occurrence::Kind::Manners:
+    case Occurrence::Kind::Status:
       return occurrence.text + (occurrence.call.empty() ? "" : ", during " + occurrence.call);
     default:
       return occurrence.text;

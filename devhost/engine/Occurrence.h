@@ -19,6 +19,7 @@ struct Occurrence {
     Event,         // a system event goes out: name, parameters
     Log,           // a driver logged a line: level, text
     Invalidate,    // a driver's persisted state is out of date
+    Status,        // one driver has answered another one with a status that is not 0; name: the operation; text; call
     Manners,       // a driver broke the host's rules; text: what it did; call
     Failure,       // a driver's Initialize returned something else than success, and it stays loaded; text: all of it; call
     StateProblem   // a driver's persisted state could not be read, given or kept; text: where, what and what becomes of it

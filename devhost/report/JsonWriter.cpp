@@ -19,12 +19,12 @@ struct Names {
 Names NamesOf(Occurrence::Kind kind) {
   using Kind = Occurrence::Kind;
   static const std::map<Kind, Names> kNames = {
-      {Kind::Load, {"load", "module"}},       {Kind::Unload, {"unload", "module"}},
-      {Kind::Command, {"command", ""}},       {Kind::Reply, {"reply", "xml"}},
-      {Kind::Event, {"event", ""}},           {Kind::Notification, {"notification", "xml"}},
-      {Kind::Log, {"log", "text"}},           {Kind::Invalidate, {"invalidate", ""}},
-      {Kind::Manners, {"manners", "text"}},   {Kind::Failure, {"error", "text"}},
-      {Kind::StateProblem, {"error", "text"}}};
+      {Kind::Load, {"load", "module"}},   {Kind::Unload, {"unload", "module"}},
+      {Kind::Command, {"command", ""}},   {Kind::Reply, {"reply", "xml"}},
+      {Kind::Event, {"event", ""}},       {Kind::Notification, {"notification", "xml"}},
+      {Kind::Log, {"log", "text"}},       {Kind::Invalidate, {"invalidate", ""}},
+      {Kind::Status, {"status", "text"}}, {Kind::Manners, {"manners", "text"}},
+      {Kind::Failure, {"error", "text"}}, {Kind::StateProblem, {"error", "text"}}};
   return kNames.at(kind);
 }
 
@@ -93,6 +93,8 @@ void JsonWriter::Report(const Occurrence& occurrence, const Where& where) {
   if (occurrence.kind == Occurrence::Kind::Event) {
     line["name"] = occurrence.name;
     line["parameters"] = Object(occurrence.parameters);
+  } else if (occurrence.kind == Occurrence::Kind::Status) {
+    line["name"] = occurrence.name;
   } else if (occurrence.kind == Occurrence::Kind::Log) {
     line["level"] = occurrence.level;
   }

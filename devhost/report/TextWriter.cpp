@@ -101,6 +101,8 @@ void TextWriter::Report(const Occurrence& occurrence, const Where& where) {
       return Line("log", Joined(driver + " " + std::to_string(occurrence.level), occurrence.text));
     case Occurrence::Kind::Invalidate:
       return Line("invalidate", driver);
+    case Occurrence::Kind::Status:
+      return Line("status", Joined(driver, TextOf(occurrence)));
     case Occurrence::Kind::Manners:
       return Line("manners", Joined(driver, TextOf(occurrence)) + " (" + where.text + ")");
     case Occurrence::Kind::Failure:

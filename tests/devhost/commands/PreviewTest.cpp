@@ -130,7 +130,7 @@ TEST_F(PreviewCommand, EndsWithTwoWhenADriverEndsTheProcess) {
   run.words = {DEVHOST_PROGRAM, "preview", "--project", project, "kitchen", settings};
   const ProgramResult result = RunProgram(run);
   EXPECT_EQ(result.exitStatus, 2);
-  EXPECT_THAT(result.output, HasSubstr("the process was ended by driver 12 \"kitchen\" during command \"AskDevice\""));
+  EXPECT_THAT(result.output, HasSubstr("the process was ended during CopyFrom of driver 12 \"kitchen\""));
 }
 
 TEST_F(PreviewCommand, EndsWithTwoWhenItsOutputIsLost) {

@@ -57,6 +57,41 @@ TEST_F(ACallGate, KeepsAnotherThreadOutUntilTheLastCallHasEnded) {
   EXPECT_FALSE(gate.IsInside());
 }
 
+TEST_F(ACallGate, KeepsADriverOutOnAnotherThreadThoughNobodyIsInside) {
+  EXPECT_TRUE(gate.IsOpen());
+  EXPECT_FALSE(gate.EnterFromDriver(command));
+  gate.Leave();
+  std::optional<CallGate::Call> kept;
+  bool open = true;
+  std::thread([&] {
+    open = gate.IsOpen();
+    kept = gate.EnterFromDriver(command);
+  }).join();
+  EXPECT_FALSE(open);
+  ASSERT_TRUE(kept);
+  EXPECT_EQ(kept->operation, "");
+}
+
+TEST_F(ACallGate, LetsADriverInOnTheThreadOfTheLastCall) {
+  std::thread([&] {
+    EXPECT_FALSE(gate.Enter(stop));
+    EXPECT_FALSE(gate.EnterFromDriver(command));
+    gate.Leave();
+    gate.Leave();
+    EXPECT_TRUE(gate.IsOpen());
+  }).join();
+  EXPECT_FALSE(gate.IsOpen());
+  EXPECT_TRUE(gate.EnterFromDriver(command));
+}
+
+TEST_F(ACallGate, KnowsTheCallAroundTheInnermostOne) {
+  EXPECT_EQ(gate.Around(), "");
+  EXPECT_FALSE(gate.Enter(command));
+  EXPECT_EQ(gate.Around(), "");
+  EXPECT_FALSE(gate.Enter(stop));
+  EXPECT_EQ(gate.Around(), "command \"Echo\" of driver 7 \"kitchen\"");
+}
+
 TEST_F(ACallGate, KnowsTheInnermostCallIntoADriver) {
   EXPECT_FALSE(gate.Enter(command));
   EXPECT_FALSE(gate.Enter(stop));

@@ -17,6 +17,7 @@ class AllowingCheck : public ServiceCheck {
     return allowed;
   }
   void Leave() noexcept override { --inside; }
+  void NotePublished(const std::string&, void*) override {}
   void Report(const std::string& what) override { FAIL() << what; }
   int inside = 0;
   bool allowed = true;

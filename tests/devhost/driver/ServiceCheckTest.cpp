@@ -14,6 +14,7 @@ class RecordingCheck : public ServiceCheck {
     return allowed;
   }
   void Leave() noexcept override { calls += "left;"; }
+  void NotePublished(const std::string&, void*) override {}
   void Report(const std::string& what) override { calls += what; }
   std::string calls;
   bool allowed = true;

@@ -93,6 +93,13 @@ TEST(JsonLines, DescribeBadManners) {
             "{\"kind\":\"manners\",\"call\":\"stop\",\"text\":\"too early\",\"candidates\":[\"kitchen\",\"cellar\"]}");
 }
 
+TEST(JsonLines, DescribeAStatus) {
+  Occurrence status{Occurrence::Kind::Status, 12, "kitchen", "CopyTo", "CopyTo returned 5"};
+  status.call = "stop";
+  EXPECT_EQ(Line(status), std::string("{\"kind\":\"status\",") + kKitchen +
+                              ",\"call\":\"stop\",\"text\":\"CopyTo returned 5\",\"name\":\"CopyTo\"}");
+}
+
 TEST(JsonLines, DescribeWhatFails) {
   const std::string expected = std::string("{\"kind\":\"error\",") + kKitchen + ",\"text\":\"it broke\"}";
   EXPECT_EQ(Line(Host(Occurrence::Kind::Failure, "it broke")), expected);

@@ -76,6 +76,12 @@ TEST(BadManners, NameWhatTheScriptWasDoing) {
   EXPECT_EQ(Printed(Make(Occurrence::Kind::Manners, "", "too early")), "manners kitchen too early (a.devhost:7)\n");
 }
 
+TEST(AStatus, NamesTheOperationAndTheCall) {
+  Occurrence status = Make(Occurrence::Kind::Status, "CopyTo", "CopyTo returned 5");
+  status.call = "command \"SetDeviceState\" of driver 1 \"agent\"";
+  EXPECT_EQ(Printed(status), "status kitchen CopyTo returned 5, during command \"SetDeviceState\" of driver 1 \"agent\"\n");
+}
+
 TEST(AnInvalidatedState, IsItsFirstWordAndDriver) {
   EXPECT_EQ(Printed(Make(Occurrence::Kind::Invalidate, "", "")), "invalidate kitchen\n");
 }

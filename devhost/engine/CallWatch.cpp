@@ -1,0 +1,213 @@
+#include "devhost/engine/CallWatch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <exception>
+#include <utility>
+
+#include "agent/ISNMPConfigurationAgent.h"
+#include "devhost/engine/CallFronts.h"
+#include "devhost/engine/HostCore.h"
+#include "devhost/engine/LoadedDriver.h"
+#include "host/ISupportSNMP.h"
+
+namespace devhost {
+namespace {
+
+// Of the process, because the functions in front of a driver's take no argument of the host's.
+std::atomic<CallWatch*> s_current{nullptr};
+
+// What stays the same while an exception passes through several calls; null for one that is not of C++. The exception
+// itself is not kept, because the module that it is of may go.
+const void* CurrentException() noexcept {
+  const std::exception_ptr exception = std::current_exception();
+  const void* address = nullptr;
+  static_assert(sizeof exception == sizeof address, "a handle of an exception is a pointer here");
+  std::memcpy(&address, &exception, sizeof address);
+  return address;
+}
+
+}  // namespace
+
+CallWatch::CallWatch(HostCore& core) : m_core(core) {
+  s_current = this;
+}
+
+CallWatch::~CallWatch() {
+  s_current = nullptr;
+}
+
+CallWatch* CallWatch::Current() noexcept {
+  return s_current;
+}
+
+void CallWatch::NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance) {
+  const bool isWatched =
+      (iid == ISupportSNMP_IID && WatchDevice(*static_cast<ISupportSNMP*>(instance))) ||
+      (iid == ISNMPConfigurationAgent_IID && WatchAgent(*static_cast<ISNMPConfigurationAgent*>(instance)));
+  if (isWatched) {
+    m_owners[instance] = &driver;
+  }
+}
+
+void CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device) noexcept {
+  const bool isThere = std::any_of(m_announced.begin(), m_announced.end(), [&](const Announced& announced) {
+    return announced.agent == &agent && announced.deviceId == deviceId;
+  });
+  if (device == nullptr || isThere) {
+    return;
+  }
+  try {
+    const LoadedDriver* const driver = FindOwner(deviceId, device);
+    m_announced.push_back({&agent, deviceId, driver});
+    if (driver != nullptr && WatchDevice(*device)) {
+      m_owners[device] = driver;
+    }
+  } catch (...) {
+    // A device for which there is no memory is not watched.
+  }
+}
+
+void CallWatch::NoteWithdrawn(const ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept {
+  m_announced.erase(std::remove_if(m_announced.begin(), m_announced.end(),
+                                   [&](const Announced& announced) {
+                                     return announced.agent == &agent && announced.deviceId == deviceId;
+                                   }),
+                    m_announced.end());
+}
+
+void CallWatch::NoteDestroyed(const LoadedDriver& driver) {
+  std::vector<Announced> left;
+  std::vector<Announced> others;
+  for (const Announced& announced : m_announced) {
+    if (OwnerOf(announced.agent) != &driver) {
+      (announced.driver == &driver ? left : others).push_back(announced);
+    }
+  }
+  m_announced = std::move(others);
+  for (auto each = m_owners.begin(); each != m_owners.end();) {
+    each = each->second == &driver ? m_owners.erase(each) : std::next(each);
+  }
+  for (const Announced& announced : left) {
+    Withdraw(driver, announced);
+  }
+}
+
+void CallWatch::Withdraw(const LoadedDriver& driver, const Announced& announced) {
+  m_core.Report(&driver, "left its device " + std::to_string(announced.deviceId) +
+                             " with the agent behind: it did not call DeleteSNMPDevice; the device was withdrawn for it");
+  try {
+    announced.agent->DeleteSNMPDevice(announced.deviceId);
+  } catch (...) {
+    // The agent has forgotten the device before it tells anybody.
+  }
+}
+
+bool CallWatch::Allows(const ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId,
+                       const void* caller) noexcept {
+  if (m_core.gate.IsOpen()) {
+    return true;
+  }
+  try {
+    const LoadedDriver* const called = OwnerOf(&agent);
+    const HostCore::Drivers culprits = m_core.OwnersOf(caller);
+    const LoadedDriver* const driver = culprits.size() == 1 ? culprits.front().get() : DriverOf(deviceId);
+    m_core.Report(driver,
+                  std::string(operation) + (called != nullptr ? " of " + called->Title() : "") +
+                      " was called from a second thread; it was refused",
+                  culprits);
+  } catch (...) {
+    // A report for which there is no memory is lost.
+  }
+  return false;
+}
+
+std::optional<CallWatch::Origin> CallWatch::OriginOfException() const {
+  const void* const exception = CurrentException();
+  return exception != nullptr && m_origin && m_origin->exception == exception ? m_origin : std::nullopt;
+}
+
+const LoadedDriver* CallWatch::OwnerOf(const void* instance) const {
+  const auto found = m_owners.find(instance);
+  return found == m_owners.end() ? nullptr : found->second;
+}
+
+const LoadedDriver* CallWatch::DriverOf(unsigned long deviceId) const {
+  const auto found = std::find_if(m_announced.begin(), m_announced.end(),
+                                  [&](const Announced& announced) { return announced.deviceId == deviceId; });
+  return found == m_announced.end() ? nullptr : found->driver;
+}
+
+// A device is that of the driver that has published it. One that is not published goes by its id, or by its code.
+const LoadedDriver* CallWatch::FindOwner(unsigned long deviceId, const void* device) const {
+  const LoadedDriver* const publisher = OwnerOf(device);
+  if (publisher != nullptr) {
+    return publisher;
+  }
+  const void* table = nullptr;
+  std::memcpy(&table, device, sizeof table);
+  const HostCore::Drivers owners = m_core.OwnersOf(table);
+  for (const std::shared_ptr<LoadedDriver>& owner : owners) {
+    if (owners.size() == 1 || owner->Entry().id == deviceId) {
+      return owner.get();
+    }
+  }
+  return nullptr;
+}
+
+WatchedCall::WatchedCall(const void* instance, const char* operation) noexcept : m_operation(operation) {
+  CallWatch* const watch = CallWatch::Current();
+  if (watch == nullptr || !watch->m_core.gate.IsOpen()) {
+    return;
+  }
+  m_driver = watch->OwnerOf(instance);
+  if (m_driver == nullptr || m_driver == watch->m_core.gate.InnermostDriver()) {
+    return;
+  }
+  try {
+    const std::string title = m_driver->Title();
+    if (!watch->m_core.gate.EnterFromDriver({m_driver, operation, title})) {
+      m_note.emplace(operation, title);
+      m_watch = watch;
+    }
+  } catch (...) {
+    // A call for which there is no memory is made, and not noted.
+  }
+}
+
+WatchedCall::~WatchedCall() {
+  if (m_watch != nullptr) {
+    m_note.reset();
+    m_watch->m_core.gate.Leave();
+  }
+}
+
+void WatchedCall::NoteException() noexcept {
+  const void* const exception = CurrentException();
+  const bool isNoted = m_watch != nullptr && m_watch->m_origin && m_watch->m_origin->exception == exception;
+  if (m_watch == nullptr || exception == nullptr || isNoted) {
+    return;
+  }
+  try {
+    m_watch->m_origin = CallWatch::Origin{m_driver->Entry(), m_operation, exception};
+  } catch (...) {
+    m_watch->m_origin.reset();
+  }
+}
+
+void WatchedCall::NoteStatus(int status) noexcept {
+  if (m_watch == nullptr || status == 0) {
+    return;
+  }
+  try {
+    Occurrence occurrence{Occurrence::Kind::Status, 0, "", m_operation,
+                          std::string(m_operation) + " returned " + std::to_string(status)};
+    occurrence.call = m_watch->m_core.gate.Around();
+    m_watch->m_core.Emit(m_driver, std::move(occurrence));
+  } catch (...) {
+    // A status for which there is no memory is not shown.
+  }
+}
+
+}  // namespace devhost

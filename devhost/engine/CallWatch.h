@@ -1,0 +1,105 @@
+#ifndef DEVHOST_ENGINE_CALL_WATCH_H
+#define DEVHOST_ENGINE_CALL_WATCH_H
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "devhost/driver/DriverEntry.h"
+#include "devhost/engine/EndNote.h"
+
+class ISNMPConfigurationAgent;
+class ISupportSNMP;
+
+namespace devhost {
+
+class HostCore;
+class LoadedDriver;
+
+// Knows the calls that drivers make into each other without the host: an agent into the devices, a device into the agent. So
+// what comes out of such a call is blamed on the driver that was called, a call from a second thread on the one that made
+// it, and a device that its driver leaves with the agent is withdrawn before the agent can call it.
+//
+// The functions of CallFronts.cpp, which stand in front of a driver's own, pass every call on unchanged.
+class CallWatch {
+ public:
+  // One lives in a process at a time. `core` outlives it.
+  explicit CallWatch(HostCore& core);
+  ~CallWatch();
+  CallWatch(const CallWatch&) = delete;
+  CallWatch& operator=(const CallWatch&) = delete;
+
+  // The watch of this process; null when there is none.
+  static CallWatch* Current() noexcept;
+
+  // The driver has published this instance, and lives.
+  void NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance);
+  // The agent takes this device in, or forgets it.
+  void NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device) noexcept;
+  void NoteWithdrawn(const ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept;
+  // The driver has been destroyed. Reports the devices that it has left with an agent, and withdraws them.
+  void NoteDestroyed(const LoadedDriver& driver);
+
+  // Whether a call into the agent comes from the thread of the host. Otherwise it is reported and must not go on. It is the
+  // work of the driver whose code `caller` is. Where that is nobody's, because a driver's last act was a jump, or the code
+  // of several, it is the driver of the device that the call is about.
+  bool Allows(const ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId,
+              const void* caller) noexcept;
+
+  // Where the exception that is being handled came from; nothing when it came out of no call between drivers.
+  struct Origin {
+    DriverEntry driver;
+    std::string operation;
+    const void* exception;
+  };
+  std::optional<Origin> OriginOfException() const;
+  // The host calls a driver: what came out of earlier calls is over.
+  void ForgetException() noexcept { m_origin.reset(); }
+
+ private:
+  friend class WatchedCall;
+
+  // A device that an agent has taken in.
+  struct Announced {
+    ISNMPConfigurationAgent* agent;
+    unsigned long deviceId;
+    const LoadedDriver* driver;  // of the device; null when nobody knows
+  };
+
+  const LoadedDriver* OwnerOf(const void* instance) const;
+  const LoadedDriver* DriverOf(unsigned long deviceId) const;
+  const LoadedDriver* FindOwner(unsigned long deviceId, const void* device) const;
+  void Withdraw(const LoadedDriver& driver, const Announced& announced);
+
+  HostCore& m_core;
+  std::unordered_map<const void*, const LoadedDriver*> m_owners;  // by the instance that is watched
+  std::vector<Announced> m_announced;
+  std::optional<Origin> m_origin;  // of the last exception that came out of a watched call
+};
+
+// A call of one driver into another one that is under way, for as long as the scope lives. A call from a thread that is not
+// the host's is a driver's own business, and so is a driver's call to itself: nothing is noted of these.
+class WatchedCall {
+ public:
+  // `instance` is the interface that is called, `operation` one of its operations.
+  WatchedCall(const void* instance, const char* operation) noexcept;
+  ~WatchedCall();
+  WatchedCall(const WatchedCall&) = delete;
+  WatchedCall& operator=(const WatchedCall&) = delete;
+
+  // The exception that is being handled comes out of the call.
+  void NoteException() noexcept;
+  // The call has returned a status that is not 0.
+  void NoteStatus(int status) noexcept;
+
+ private:
+  CallWatch* m_watch = nullptr;  // null: nothing is noted
+  const LoadedDriver* m_driver = nullptr;
+  const char* const m_operation;
+  std::optional<EndNote> m_note;
+};
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,188 @@
+// What passes between the real agent and devices, each a module of its own.
+#include "devhost/engine/CallWatch.h"
+
+#include <cstdint>
+#include <thread>
+
+#include "devhost/system/RunProgram.h"
+#include "tests/devhost/modules/Faulty.h"
+#include "tests/devhost/support/HostFixture.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+using Kind = Occurrence::Kind;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr char kAgentModule[] = MODULE_FOLDER "/snmp_configuration_agent.so";
+
+class ADeviceOfTheAgent : public HostFixture {
+ protected:
+  void LoadAgent() { host.Load({1, "agent", kAgentModule, "<config/>"}); }
+  void LoadDevice(const std::string& fault, unsigned long id = 12) {
+    Load(id, "faulty_device", "<config fault='" + fault + "'/>");
+  }
+  void LoadBoth(const std::string& fault) {
+    LoadAgent();
+    LoadDevice(fault);
+    observer.all.clear();
+  }
+
+  std::string SetDeviceState() {
+    return host.Command(1, "SetDeviceState", {{"xml", "<managedDevice><deviceId>12</deviceId></managedDevice>"}});
+  }
+
+  Faulty& Where() {
+    const std::string reply = host.Command(12, "Where", {});
+    return *reinterpret_cast<Faulty*>(static_cast<std::uintptr_t>(std::stoull(reply.substr(reply.find('>') + 1))));
+  }
+};
+
+TEST_F(ADeviceOfTheAgent, IsNamedWithItsOperationWhenItThrows) {
+  LoadBoth("throw");
+  try {
+    SetDeviceState();
+    FAIL() << "no exception";
+  } catch (const HostError& error) {
+    EXPECT_STREQ(error.what(),
+                 "an exception came out of CopyFrom of driver 12 \"faulty_device12\" during command \"SetDeviceState\" of "
+                 "driver 1 \"agent\": no file today");
+    EXPECT_EQ(error.driverId, 12U);
+    EXPECT_EQ(error.driverName, "faulty_device12");
+    EXPECT_EQ(error.call, "command \"SetDeviceState\" of driver 1 \"agent\"");
+    EXPECT_EQ(error.text, "an exception came out of CopyFrom: no file today");
+  }
+}
+
+TEST_F(ADeviceOfTheAgent, IsNamedWhenItThrowsSomethingElse) {
+  LoadBoth("throwOddly");
+  EXPECT_EQ(
+      ErrorOf([&] { SetDeviceState(); }),
+      "an exception came out of CopyFrom of driver 12 \"faulty_device12\" during command \"SetDeviceState\" of driver 1 "
+      "\"agent\": something that is not a std::exception");
+}
+
+TEST_F(ADeviceOfTheAgent, IsNamedWhenItsOwnCommandLeadsThroughTheAgent) {
+  LoadBoth("throw");
+  EXPECT_EQ(ErrorOf([&] { host.Command(12, "CallAgent", {}); }),
+            "an exception came out of CopyFrom of driver 12 \"faulty_device12\" during command \"CallAgent\" of driver 12 "
+            "\"faulty_device12\": no file today");
+}
+
+TEST_F(ADeviceOfTheAgent, IsNotNamedForALaterExceptionOfAnother) {
+  LoadBoth("throw");
+  Load(5, "rude");
+  ErrorOf([&] { SetDeviceState(); });
+  EXPECT_EQ(ErrorOf([&] { host.Command(5, "Throw", {}); }),
+            "an exception came out of command \"Throw\" of driver 5 \"rude5\": no <answer> today");
+}
+
+TEST_F(ADeviceOfTheAgent, HasItsStatusShown) {
+  LoadBoth("status");
+  EXPECT_EQ(SetDeviceState(), "<ReadFail/>");
+  EXPECT_THAT(observer.Texts(Kind::Status),
+              ElementsAre("CopyFrom returned 5, during command \"SetDeviceState\" of driver 1 \"agent\""));
+  for (const Occurrence& occurrence : observer.all) {
+    if (occurrence.kind == Kind::Status) {
+      EXPECT_EQ(occurrence.driverName, "faulty_device12");
+      EXPECT_EQ(occurrence.name, "CopyFrom");
+    }
+  }
+}
+
+TEST_F(ADeviceOfTheAgent, HasNoStatusShownWhenAllGoesWell) {
+  LoadBoth("");
+  EXPECT_EQ(SetDeviceState(), "<Success/>");
+  EXPECT_THAT(observer.Texts(Kind::Status), IsEmpty());
+}
+
+TEST_F(ADeviceOfTheAgent, ThatWasThereFirstIsNamedToo) {
+  LoadDevice("throw");
+  LoadAgent();
+  EXPECT_THAT(ErrorOf([&] { SetDeviceState(); }), HasSubstr("out of CopyFrom of driver 12 \"faulty_device12\""));
+}
+
+TEST_F(ADeviceOfTheAgent, IsWithdrawnWhenItsDriverLeavesItBehind) {
+  LoadBoth("stay");
+  host.Command(1, "AddManagedDevice", {{"deviceId", "12"}});
+  host.Stop();
+  ExpectOneReport(
+      TestDriver(12, "faulty_device"),
+      "left its device 12 with the agent behind: it did not call DeleteSNMPDevice; the device was withdrawn for it");
+  const std::vector<std::string> told = observer.Texts(Kind::Notification);
+  EXPECT_THAT(told, Contains("<DeviceDeleted><id>12</id></DeviceDeleted>"));
+  // Else the agent has called the device once more, when it was gone.
+  EXPECT_THAT(told, Not(Contains(HasSubstr("ManagedDeviceDeleted"))));
+}
+
+TEST_F(ADeviceOfTheAgent, IsWithdrawnWhenItsInitializeFails) {
+  LoadAgent();
+  EXPECT_NE(ErrorOf([&] { LoadDevice("throwInInitialize"); }), "");
+  EXPECT_THAT(Reports(), ElementsAre(HasSubstr("left its device 12 with the agent behind")));
+  EXPECT_EQ(host.Command(1, "GetDeviceList", {}), "<managedDevices/>");
+}
+
+TEST_F(ADeviceOfTheAgent, StaysWhenAnotherOneOfItsModuleLeaves) {
+  LoadBoth("");
+  EXPECT_NE(ErrorOf([&] { LoadDevice("throwInInitialize", 13); }), "");
+  EXPECT_THAT(Reports(), ElementsAre(HasSubstr("left its device 13 with the agent behind")));
+  EXPECT_THAT(host.Command(1, "GetDeviceList", {}), HasSubstr("<deviceId>12</deviceId>"));
+}
+
+TEST_F(ADeviceOfTheAgent, IsBlamedWhenItCallsTheAgentFromASecondThread) {
+  LoadBoth("thread");
+  EXPECT_EQ(SetDeviceState(), "<Success/>");
+  ExpectOneReport(TestDriver(12, "faulty_device"),
+                  "SetDeviceState of driver 1 \"agent\" was called from a second thread; it was refused, during CopyFrom");
+}
+
+TEST_F(ADeviceOfTheAgent, IsBlamedWhenItCallsTheAgentFromASecondThreadWhileTheHostIsIdle) {
+  LoadBoth("");
+  Faulty& device = Where();
+  bool answer = true;
+  std::thread([&] { answer = device.CallAgent(); }).join();
+  EXPECT_FALSE(answer);
+  ExpectOneReport(TestDriver(12, "faulty_device"),
+                  "SetDeviceState of driver 1 \"agent\" was called from a second thread; it was refused");
+  EXPECT_TRUE(device.CallAgent());  // on the thread of the host
+}
+
+TEST_F(ADeviceOfTheAgent, IsBlamedWhenItCallsTheHostFromASecondThreadWhileTheHostIsIdle) {
+  LoadBoth("");
+  Faulty& device = Where();
+  std::thread([&] { device.Notify(); }).join();
+  ExpectOneReport(TestDriver(12, "faulty_device"), "ConSendDataToUI came from a second thread; it was refused");
+  EXPECT_THAT(observer.Texts(Kind::Notification), IsEmpty());
+  device.Notify();  // on the thread of the host
+  EXPECT_EQ(observer.Texts(Kind::Notification).size(), 1U);
+}
+
+TEST(ADeviceThatCrashes, IsNamedWithItsOperation) {
+  const testsupport::ScratchFolder folder;
+  ProgramRun run;
+  run.words = {"/bin/sh",
+               "-c",
+               "ulimit -c 0; exec \"$@\"",
+               "sh",
+               DEVHOST_PROGRAM,
+               "run",
+               "--project",
+               folder.Write("project.xml", "<project><driver id='1' name='agent' module='" + std::string(kAgentModule) +
+                                               "'/><driver id='12' name='kitchen' module='" + TestModule("faulty_device") +
+                                               "'><config fault='crash'/></driver></project>"),
+               folder.Write("script.devhost",
+                            "command SetDeviceState xml='<managedDevice><deviceId>12</deviceId></managedDevice>'\n")};
+  const ProgramResult result = RunProgram(run);
+  EXPECT_THAT(result.output,
+              HasSubstr("devhost: the process was aborted (SIGABRT) during CopyFrom of driver 12 \"kitchen\"\n"));
+  EXPECT_NE(result.exitStatus + result.signal, 0);
+}
+
+}  // namespace
+}  // namespace devhost
