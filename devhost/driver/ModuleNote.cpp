@@ -14,7 +14,9 @@ namespace devhost {
 
 namespace {
 
-constexpr std::string_view kOwner("SnmpDriver", 11);  // with the zero that ends it in the file
+// In the file, a zero ends the name of the owner and counts as part of it.
+constexpr char kOwnerBytes[] = "SnmpDriver";
+constexpr std::string_view kOwner(kOwnerBytes, sizeof kOwnerBytes);
 
 // The bytes are copied, because nothing in a file has to be aligned. A part that the file does not have is all zero.
 template <class Part>
