@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include <cstdio>
+#include <filesystem>
 
 #include "devhost/check/DaemonParser.h"
 #include "devhost/check/Report.h"
@@ -13,25 +13,12 @@ namespace devhost {
 
 namespace {
 
-constexpr mode_t kWidestMode = 0640;
-
-void JudgeMode(mode_t mode, Report& report) {
-  const mode_t permissions = mode & 0777U;
-  if ((permissions & ~kWidestMode) != 0) {
-    char text[8];
-    std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(permissions));
-    const char* const who = (permissions & 0022U) != 0   ? "others besides its owner may change it"
-                            : (permissions & 0004U) != 0 ? "others besides its owner and group may read the communities"
-                                                         : "nobody needs to execute it";
-    report.Begin(kFileModeRule, Severity::Warning);
-    report.Add(std::string("the file's mode is ") + text + ": " + who, "chmod 640, or 600");
-  }
-}
-
 // `path` is empty for a text that is not in a regular file.
 CheckResult Check(const std::string& path, const std::string& text, const CheckMeans& means, Report& report) {
   CheckResult result;
-  result.unjudged = JudgeText(text, report, means.circumstances);
+  Circumstances circumstances = means.circumstances;
+  circumstances.path = path.empty() ? "" : std::filesystem::absolute(path).string();
+  result.unjudged = JudgeText(text, report, circumstances);
   result.daemonError = means.askDaemon ? AskDaemon(path, text, report) : "";
   result.findings = report.Take();
   return result;

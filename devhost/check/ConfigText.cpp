@@ -61,21 +61,6 @@ class DaemonSection {
   bool m_isOther = false;
 };
 
-// Whether the text begins with the byte order mark of UTF-16, or with ASCII characters in it.
-bool IsUtf16(std::string_view text) {
-  constexpr std::size_t kEnough = 32;
-  constexpr std::size_t kFewest = 4;
-  if (text.substr(0, 2) == "\xFF\xFE" || text.substr(0, 2) == "\xFE\xFF") {
-    return true;
-  }
-  std::size_t zeros[2] = {0, 0};
-  const std::size_t count = std::min(text.size() & ~std::size_t{1}, kEnough);
-  for (std::size_t at = 0; at != count; ++at) {
-    zeros[at % 2] += text[at] == '\0' ? 1 : 0;
-  }
-  return count >= kFewest && std::min(zeros[0], zeros[1]) == 0 && std::max(zeros[0], zeros[1]) == count / 2;
-}
-
 // A file that was edited elsewhere may end its lines with a carriage return.
 std::string_view WithoutReturn(std::string_view line) {
   return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
@@ -128,6 +113,20 @@ class TrailerWalk {
 
 }  // namespace
 
+bool IsUtf16(std::string_view text) {
+  constexpr std::size_t kEnough = 32;
+  constexpr std::size_t kFewest = 4;
+  if (text.substr(0, 2) == "\xFF\xFE" || text.substr(0, 2) == "\xFE\xFF") {
+    return true;
+  }
+  std::size_t zeros[2] = {0, 0};
+  const std::size_t count = std::min(text.size() & ~std::size_t{1}, kEnough);
+  for (std::size_t at = 0; at != count; ++at) {
+    zeros[at % 2] += text[at] == '\0' ? 1 : 0;
+  }
+  return count >= kFewest && std::min(zeros[0], zeros[1]) == 0 && std::max(zeros[0], zeros[1]) == count / 2;
+}
+
 std::string_view TrimmedView(std::string_view text) {
   constexpr char kBlanks[] = " \t\n\v\f\r";
   const std::size_t first = text.find_first_not_of(kBlanks);
@@ -175,7 +174,7 @@ void ForEachLine(std::string_view text, const std::function<void(const ConfigLin
   LineCutter lines(text);
   while (lines.Next()) {
     ConfigLine line;
-    line.number = lines.Number();
+    line.number = line.anchor = lines.Number();
     line.text = lines.Line();
     const std::size_t open = walk.Open();
     line.place = walk.Step(line.text, line.number);

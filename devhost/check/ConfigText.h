@@ -50,7 +50,12 @@ enum class Place { Outside, StartMarker, Inside, EndMarker };
 
 // One line, in turn.
 struct ConfigLine {
-  std::size_t number = 0;            // counted from 1; 0 after the last line, for what concerns the whole text
+  // Counted from 1; 0 after the last line, for what concerns the whole text. Those of included files are counted on from the
+  // end of the file that is checked; the number in front of their first line is for what concerns their whole text.
+  std::size_t number = 0;
+  // The line of the file that is checked: this one, or the one that includes its file.
+  std::size_t anchor = 0;
+  bool isIncluded = false;
   std::string_view text;             // without its line feed
   Place place = Place::Outside;      // as the agent's reader sees it
   std::size_t section = 0;           // the line of the start marker that opened the section around this line, or 0
@@ -64,6 +69,9 @@ struct ConfigLine {
 
 // Finds the sections, and what the next write keeps.
 Layout LayOut(std::string_view text);
+
+// Whether the text begins with the byte order mark of UTF-16, or with ASCII characters in it.
+bool IsUtf16(std::string_view text);
 
 // Calls `use` with every line in order, then with the line 0. Of a line that is longer than any daemon takes, only the
 // beginning is cut into words.

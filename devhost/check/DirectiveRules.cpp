@@ -54,7 +54,8 @@ void JudgeUnknown(const Sight& sight, Report& report) {
 void JudgeOtherSection(const Sight& sight, Report& report) {
   const std::optional<Directive>& elsewhere = sight.line.elsewhere;
   const DirectiveNames& known = sight.circumstances.Directives();
-  if (elsewhere && known.daemon.count(elsewhere->keyword) != 0 && known.programs.count(elsewhere->keyword) == 0) {
+  if (elsewhere && known.daemon.count(elsewhere->keyword) != 0 && !IsInclude(elsewhere->keyword) &&
+      known.programs.count(elsewhere->keyword) == 0) {
     report.Add("a directive of the daemon in a section of other programs: the daemon ignores the line",
                "write a line [snmpd] above it, or move it above the line in brackets");
   }

@@ -40,7 +40,7 @@ void JudgeByteOrderMark(const Sight& sight, Report& report) {
 }
 
 void JudgeUtf16(const Sight& sight, Report& report) {
-  if (sight.line.number == 0 && sight.layout.isUtf16) {
+  if (sight.isUtf16) {
     report.Add("the file is encoded in UTF-16: the daemon finds no directive in it, and the agent no section",
                "save the file as UTF-8 without a byte order mark");
   }

@@ -9,11 +9,11 @@ namespace devhost {
 namespace {
 
 bool HasStart(const Sight& sight) {
-  return Contains(sight.line.text, kStartMarker);
+  return !sight.line.isIncluded && Contains(sight.line.text, kStartMarker);
 }
 
 bool HasEnd(const Sight& sight) {
-  return Contains(sight.line.text, kEndMarker);
+  return !sight.line.isIncluded && Contains(sight.line.text, kEndMarker);
 }
 
 bool IsBlank(const Sight& sight) {
@@ -149,7 +149,7 @@ void JudgeTextAbove(const Sight& sight, Report& report) {
 
 void JudgeLineAfterTrailer(const Sight& sight, Report& report) {
   const Layout& layout = sight.layout;
-  if (!layout.IsReplaced() || sight.line.number <= layout.trailer || sight.IsKept()) {
+  if (!layout.IsReplaced() || sight.line.isIncluded || sight.line.number <= layout.trailer || sight.IsKept()) {
     return;
   }
   if (TrimmedView(sight.line.text).find_first_not_of("# \t") != std::string_view::npos) {
@@ -200,7 +200,7 @@ void JudgeFutureOverride(const Sight& sight, Report& report) {
   }
   const bool noSection = sight.layout.firstStart == 0;
   // The user has not set it yet.
-  const bool notInSection = sight.line.section == 0 && sight.line.number > sight.layout.firstStart && sight.IsKept() &&
+  const bool notInSection = sight.line.section == 0 && sight.line.anchor > sight.layout.firstStart && sight.IsKept() &&
                             sight.above.section.count(sight.Keyword()) == 0;
   if (noSection || notInSection) {
     report.Add("the agent writes its section above this line, and the daemon uses the last " + std::string(known->name) +

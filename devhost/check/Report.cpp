@@ -1,6 +1,9 @@
 #include "devhost/check/Report.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
+#include <tuple>
 #include <utility>
 
 #include "devhost/secrets/Secrets.h"
@@ -25,9 +28,34 @@ std::string Report::Secret(std::string_view text) const {
   return m_showSecrets ? Quoted(text) : kMask;
 }
 
+std::pair<std::size_t, const std::string*> Report::FileOf(std::size_t line) const {
+  const auto next = m_files.upper_bound(line);
+  if (next == m_files.begin()) {
+    return {0, &m_file};
+  }
+  return {std::prev(next)->first, &std::prev(next)->second};
+}
+
+void Report::PutIntoFiles() {
+  std::set<std::tuple<std::string, std::size_t, std::string, std::string>> seen;
+  std::vector<Finding> kept;
+  kept.reserve(m_findings.size());
+  for (Finding& finding : m_findings) {
+    const auto [first, file] = FileOf(finding.line);
+    finding.file = *file;
+    finding.line -= first;
+    // Within the file that is checked, each line is read once.
+    if (first == 0 || seen.emplace(finding.file, finding.line, finding.rule, finding.reason).second) {
+      kept.push_back(std::move(finding));
+    }
+  }
+  m_findings = std::move(kept);
+}
+
 std::vector<Finding> Report::Take() {
   std::stable_sort(m_findings.begin(), m_findings.end(),
                    [](const Finding& left, const Finding& right) { return left.line < right.line; });
+  PutIntoFiles();
   for (const auto& [rule, count] : m_counts) {
     if (count.all > kMostOfOneRule) {
       m_findings.push_back({m_file, 0, count.severity, rule,
@@ -42,7 +70,12 @@ std::vector<Finding> Report::Take() {
 }
 
 std::string Report::LineName(std::size_t line) const {
-  return m_lineName ? m_lineName(line) : "line " + std::to_string(line);
+  if (m_lineName) {
+    return m_lineName(line);
+  }
+  const auto [first, file] = FileOf(line);
+  const std::string name = "line " + std::to_string(line - first);
+  return file == FileOf(m_line).second ? name : name + " of " + *file;
 }
 
 }  // namespace devhost

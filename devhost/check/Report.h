@@ -24,6 +24,9 @@ class Report {
 
   const std::string& File() const { return m_file; }
 
+  // Lines from this number on are those of another file. The number itself stands for all of that file.
+  void AddFile(std::size_t line, const std::string& name) { m_files.emplace_hint(m_files.end(), line, name); }
+
   // Names the rule and the line that the findings which follow belong to; 0 stands for the whole file.
   void Begin(const char* rule, Severity severity, std::size_t line = 0) {
     m_rule = rule;
@@ -43,8 +46,8 @@ class Report {
   // Replaces how lines are named.
   void NameLines(std::function<std::string(std::size_t)> name) { m_lineName = std::move(name); }
 
-  // All findings by line, those of one line in the order in which they were added; then one for each rule of which some
-  // were left out; notes last. Called once.
+  // All findings by file and line, those of one line in the order in which they were added; then one for each rule of which
+  // some were left out; notes last. What is found again in a file that is included twice is listed once. Called once.
   std::vector<Finding> Take();
 
  private:
@@ -52,7 +55,13 @@ class Report {
     std::size_t all = 0;
     Severity severity = Severity::Warning;
   };
+  // The file that a line belongs to, and the number of that file's line 0.
+  std::pair<std::size_t, const std::string*> FileOf(std::size_t line) const;
+
+  void PutIntoFiles();
+
   std::string m_file;
+  std::map<std::size_t, std::string> m_files;
   bool m_showSecrets;
   const char* m_rule = "";
   Severity m_severity = Severity::Warning;

@@ -8,11 +8,10 @@ namespace {
 
 constexpr std::size_t kMostRemembered = 100000;
 
-// Directives other than communities that give access, and files that may do so.
+// Directives other than communities that give access.
 bool LetsIn(std::string_view keyword) {
-  constexpr std::string_view kOthers[] = {"rouser",  "rwuser",        "com2sec",    "com2sec6",      "com2secunix",
-                                          "access",  "authcommunity", "authuser",   "authgroup",     "authaccess",
-                                          "include", "includefile",   "includedir", "includesearch", "includeoptional"};
+  constexpr std::string_view kOthers[] = {"rouser", "rwuser",        "com2sec",  "com2sec6",  "com2secunix",
+                                          "access", "authcommunity", "authuser", "authgroup", "authaccess"};
   return IsCommunityKeyword(keyword) || std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
 
@@ -26,7 +25,7 @@ bool IsSectionSetting(std::string_view keyword) {
 // Directives of which the rules look at more than the name.
 bool IsJudged(std::string_view keyword) {
   constexpr std::string_view kOthers[] = {"agentxretries", "trap2sink", "includealldisks", "createuser"};
-  return IsSectionSetting(keyword) || IsCommunityKeyword(keyword) ||
+  return IsSectionSetting(keyword) || IsCommunityKeyword(keyword) || IsInclude(keyword) ||
          std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
 
@@ -43,7 +42,8 @@ void Remember(const Sight& sight, History& history) {
   const Directive& setting = *line.setting;
   const bool isUnknown = sight.circumstances.Directives().daemon.count(setting.keyword) == 0;
   history.unjudged += isUnknown || IsJudged(setting.keyword) ? 0 : 1;
-  history.hasAccess = history.hasAccess || LetsIn(setting.keyword);
+  const bool leadsToUnread = IsInclude(setting.keyword) && (sight.included == nullptr || !sight.included->problem.empty());
+  history.hasAccess = history.hasAccess || LetsIn(setting.keyword) || leadsToUnread;
   if (line.IsInside() && line.section == sight.layout.firstStart && IsSectionSetting(setting.keyword)) {
     History::Value& value = history.section[setting.keyword];
     value = {value.first == 0 ? line.number : value.first, line.number, setting.rest};
@@ -56,13 +56,86 @@ void Remember(const Sight& sight, History& history) {
   }
 }
 
+// Walks through a text, and through those that it includes, in the order in which the daemon reads them.
+class Judge {
+ public:
+  Judge(std::string_view text, Report& report, const Circumstances& circumstances)
+      : m_text(text), m_report(report), m_circumstances(circumstances), m_layout(LayOut(text)) {}
+
+  std::size_t Run() {
+    m_lines = CountOfLines(m_text);
+    // Cut into lines at bytes, a text in UTF-16 makes no sense.
+    ForEachLine(m_layout.isUtf16 ? std::string_view() : m_text,
+                [this](const ConfigLine& line) { JudgeAndFollow(line, m_circumstances.path, 0); });
+    return m_history.unjudged;
+  }
+
+ private:
+  static std::size_t CountOfLines(std::string_view text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+  }
+
+  void JudgeFile(const IncludedFiles::File& file, std::size_t anchor, int depth) {
+    const std::size_t whole = ++m_lines;
+    m_lines += CountOfLines(file.text);
+    m_report.AddFile(whole, file.path);
+    JudgeMode(file.mode, m_report, whole);
+    const bool isUtf16 = IsUtf16(file.text);
+    ForEachLine(isUtf16 ? std::string_view() : std::string_view(file.text), [&](const ConfigLine& own) {
+      ConfigLine line = own;
+      line.number += whole;
+      line.anchor = anchor;
+      line.isIncluded = true;
+      line.place = Place::Outside;
+      line.section = 0;
+      if (own.number != 0) {
+        JudgeAndFollow(line, file.path, depth);
+      } else if (isUtf16) {
+        JudgeLine(line, nullptr, true);
+      }
+    });
+  }
+
+  void JudgeAndFollow(const ConfigLine& line, const std::string& path, int depth) {
+    if (path.empty() || FindInclude(line) == nullptr) {
+      JudgeLine(line, nullptr, line.number == 0 && m_layout.isUtf16);
+      return;
+    }
+    const Includes::Found found = m_includes.Follow(line, path, depth);
+    JudgeLine(line, &found, false);
+    for (const IncludedFiles::File& file : found.files) {
+      JudgeFile(file, line.anchor, depth + 1);
+    }
+  }
+
+  void JudgeLine(const ConfigLine& line, const Includes::Found* included, bool isUtf16) {
+    const ReadBack read = line.IsInside() ? ReadLineBack(line.text) : ReadBack();
+    const std::string grantKey = line.setting ? GrantKey(*line.setting) : "";
+    const std::optional<Sink> sink = line.setting ? ReadSink(*line.setting) : std::nullopt;
+    const Sight sight{line, read, m_layout, m_history, grantKey, sink, m_circumstances, included, isUtf16};
+    for (const Rule& rule : Rules()) {
+      m_report.Begin(rule.name, rule.severity, line.number);
+      rule.judge(sight, m_report);
+    }
+    Remember(sight, m_history);
+  }
+
+  std::string_view m_text;
+  Report& m_report;
+  const Circumstances& m_circumstances;
+  const Layout m_layout;
+  Includes m_includes;
+  History m_history;
+  std::size_t m_lines = 0;  // numbers that are given
+};
+
 }  // namespace
 
 const std::vector<Rule>& Rules() {
   static const std::vector<Rule> rules = [] {
     std::vector<Rule> all;
-    for (const auto& some :
-         {MarkerRules(), ReaderRules(), CommunityRules(), TrapRules(), ValueRules(), EncodingRules(), DirectiveRules()}) {
+    for (const auto& some : {MarkerRules(), ReaderRules(), CommunityRules(), TrapRules(), ValueRules(), EncodingRules(),
+                             DirectiveRules(), IncludeRules()}) {
       all.insert(all.end(), some.begin(), some.end());
     }
     return all;
@@ -80,21 +153,7 @@ std::vector<std::string> RuleNames() {
 }
 
 std::size_t JudgeText(std::string_view text, Report& report, const Circumstances& circumstances) {
-  const Layout layout = LayOut(text);
-  History history;
-  // Cut into lines at bytes, such a text makes no sense.
-  ForEachLine(layout.isUtf16 ? std::string_view() : text, [&](const ConfigLine& line) {
-    const ReadBack read = line.IsInside() ? ReadLineBack(line.text) : ReadBack();
-    const std::string grantKey = line.setting ? GrantKey(*line.setting) : "";
-    const std::optional<Sink> sink = line.setting ? ReadSink(*line.setting) : std::nullopt;
-    const Sight sight{line, read, layout, history, grantKey, sink, circumstances};
-    for (const Rule& rule : Rules()) {
-      report.Begin(rule.name, rule.severity, line.number);
-      rule.judge(sight, report);
-    }
-    Remember(sight, history);
-  });
-  return history.unjudged;
+  return Judge(text, report, circumstances).Run();
 }
 
 }  // namespace devhost

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "devhost/check/ConfigText.h"
+#include "devhost/check/Includes.h"
 #include "devhost/check/ReadBack.h"
 #include "devhost/check/Report.h"
 #include "devhost/snmpd/DirectiveNames.h"
@@ -53,6 +54,7 @@ struct History {
 struct Circumstances {
   bool isOff = false;                          // SNMP is switched off on the device
   const DirectiveNames* directives = nullptr;  // those of the installed daemon; null for the usual ones
+  std::string path;                            // where the text is, absolute: then included files are judged, too; or ""
 
   const DirectiveNames& Directives() const { return directives != nullptr ? *directives : UsualDirectiveNames(); }
 };
@@ -68,11 +70,13 @@ struct Sight {
   // Of a line that sends traps: its parts, when the daemon takes it for such a line; else none.
   const std::optional<Sink>& sink;
   const Circumstances& circumstances;
+  const Includes::Found* included = nullptr;  // of a line that includes files: what it leads to; null when that is not known
+  bool isUtf16 = false;                       // the whole text of the file
 
   // The daemon's keyword in lower case, "" for a comment.
   std::string_view Keyword() const { return line.setting ? std::string_view(line.setting->keyword) : std::string_view(); }
   // The next write leaves the line in place.
-  bool IsKept() const { return line.number >= layout.firstKept; }
+  bool IsKept() const { return line.anchor >= layout.firstKept; }
 };
 
 // One rule: its name in the output and on the page, how bad its findings are, and the function that looks at one line.
@@ -90,6 +94,7 @@ std::vector<Rule> TrapRules();
 std::vector<Rule> ValueRules();
 std::vector<Rule> EncodingRules();
 std::vector<Rule> DirectiveRules();
+std::vector<Rule> IncludeRules();
 
 // All of them, in the order of the page.
 const std::vector<Rule>& Rules();
@@ -100,8 +105,11 @@ inline constexpr char kFileModeRule[] = "file-mode";
 inline constexpr char kLineFeedRule[] = "line-feed";
 inline constexpr char kDaemonRule[] = "daemon";  // whatever the daemon's parser complains of
 
-// Applies each rule to each line of the text and adds what they find to the report. Returns how many directives only the
-// daemon's own parser can judge.
+// Looks at who may read and change a file. `line` is the line for what concerns the whole file.
+void JudgeMode(unsigned mode, Report& report, std::size_t line = 0);
+
+// Applies each rule to each line of the text, and of the files that it includes, and adds what they find to the report.
+// Returns how many directives only the daemon's own parser can judge.
 std::size_t JudgeText(std::string_view text, Report& report, const Circumstances& circumstances = {});
 
 // Whether a line with this keyword, in lower case, lets somebody in by a community.

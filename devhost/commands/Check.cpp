@@ -73,7 +73,9 @@ ExitStatus CheckOne(const std::string& path, const Circumstances& circumstances,
 // Each file is checked whatever became of the one before.
 ExitStatus Check(const Arguments& arguments, Console& console) {
   const std::optional<DirectiveNames> directives = AskForDirectiveNames();
-  const Circumstances circumstances{arguments.Has(kOff), directives ? &*directives : nullptr};
+  Circumstances circumstances;
+  circumstances.isOff = arguments.Has(kOff);
+  circumstances.directives = directives ? &*directives : nullptr;
   ExitStatus status = ExitStatus::Good;
   for (const std::string& path : arguments.Texts(kFiles)) {
     status = std::max(status, CheckOne(path, circumstances, arguments, console));

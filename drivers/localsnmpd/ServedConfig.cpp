@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "devhost/snmpd/Directive.h"
+#include "devhost/snmpd/IncludedFiles.h"
 #include "devhost/snmpd/LineCutter.h"
 #include "devhost/snmpd/WordCutter.h"
-#include "drivers/localsnmpd/IncludedFiles.h"
 #include "drivers/localsnmpd/ServedDirectives.h"
 
 namespace drivers {
@@ -16,6 +16,7 @@ namespace drivers {
 namespace {
 
 using devhost::Directive;
+using devhost::IncludedFiles;
 
 const int kDeepest = 8;
 // The daemon reads the owner's lines as those of this section when they name no other.

@@ -63,6 +63,7 @@ TEST_F(ACheckedFile, IsReadByTheDaemonWhenAsked) {
 
 TEST_F(ACheckedFile, IsReadByTheDaemonInItsOwnFolder) {
   const std::string included = folder.Write("included.conf", "\nrouser\n");
+  ::chmod(included.c_str(), 0600);
   const std::vector<Finding> findings =
       CheckFile(File("rocommunity  reader\nincludeFile included.conf\n"), {true, false}).findings;
   ASSERT_EQ(findings.size(), 1u);

@@ -377,6 +377,61 @@ TEST(TheDaemon, LeavesAPassphraseInTheFileAndKeepsAKey) {
   EXPECT_FALSE(other.Says("Error")) << other.Log();
 }
 
+TEST(TheDaemon, UsesTheLastLineOfAnIncludedFile) {
+  const testsupport::ScratchFolder folder;
+  const std::string include = "includeFile " + folder.Write("more.conf", "sysName  other\nrocommunity  friend\n") + "\n";
+  const std::string section = "# Halvoren Section Start\nsysName  box\n# Halvoren Section End\n";
+  const ServedFile below(section + "\n" + include);
+  EXPECT_EQ(below.Value(e2e::kSysName), "other");
+  EXPECT_TRUE(below.LetsIn("friend"));
+  EXPECT_EQ(ServedFile(include + section).Value(e2e::kSysName), "box");
+}
+
+TEST(TheDaemon, UsesTheFirstLineOfACommunityOfAnIncludedFile) {
+  const testsupport::ScratchFolder folder;
+  const std::string include = "includeFile " + folder.Write("more", "rwcommunity  same\n") + "\n";
+  const auto canWrite = [](const ServedFile& daemon) {
+    return daemon.As("same").Set(e2e::kFailureTraps, "i", "1").error.empty();
+  };
+  EXPECT_TRUE(canWrite(ServedFile(include + "rocommunity  same\n")));
+  EXPECT_FALSE(canWrite(ServedFile("rocommunity  same\n" + include)));
+}
+
+TEST(TheDaemon, ReadsNoFileForTheseLines) {
+  const std::string example = Example("include-not-read");
+  const ServedFile daemon(example);
+  EXPECT_TRUE(daemon.Says("line 4: Warning: Ambiguous token 'include'")) << daemon.Log();
+  for (const std::size_t line : LinesFound("include-not-read", example)) {
+    EXPECT_TRUE(line == 4 || daemon.Says("line " + std::to_string(line) + ": Error: ")) << line << "\n" << daemon.Log();
+  }
+}
+
+TEST(TheDaemon, TakesBlanksAndACarriageReturnForThePartOfAName) {
+  const testsupport::ScratchFolder folder;
+  const std::string file = folder.Write("d/more.conf", "sysName  other\n");
+  for (const std::string& line : {"includeFile " + file + " ", "includeFile " + file + "\r", "includeFile " + file + " # x",
+                                  "includeDir " + folder.Path("d") + " "}) {
+    const ServedFile daemon(line + "\n");
+    EXPECT_NE(daemon.Value(e2e::kSysName), "other") << line;
+    EXPECT_TRUE(daemon.Says("line 1: Error: ")) << daemon.Log();
+  }
+  EXPECT_EQ(ServedFile("includeDir " + folder.Path("d") + "\n").Value(e2e::kSysName), "other");
+  EXPECT_NE(ServedFile("[snmp]\nincludeFile " + file + "\n[snmpd]\n").Value(e2e::kSysName), "other");
+}
+
+TEST(TheDaemon, StopsWhereFilesIncludeEachOtherTooDeeply) {
+  const testsupport::ScratchFolder folder;
+  folder.Write("17.conf", "sysContact  Ada\n");
+  for (int number = 1; number != 17; ++number) {
+    folder.Write(std::to_string(number) + ".conf", "includeFile " + std::to_string(number + 1) + ".conf\n");
+  }
+  const auto include = [&folder](int number) {
+    return "includeFile " + folder.Path(std::to_string(number) + ".conf") + "\n";
+  };
+  EXPECT_EQ(ServedFile(include(2)).Value(e2e::kSysContact), "Ada");
+  EXPECT_NE(ServedFile(include(1)).Value(e2e::kSysContact), "Ada");
+}
+
 TEST(TheDaemon, LetsInByAWellKnownCommunity) {
   const ServedFile daemon(Example("well-known-community"));
   EXPECT_TRUE(daemon.LetsIn("public"));

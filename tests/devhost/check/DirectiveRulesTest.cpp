@@ -25,7 +25,8 @@ TEST(AnUnknownDirective, IsNeverQuoted) {
 TEST(AnUnknownDirective, IsJudgedByTheListOfTheInstalledDaemon) {
   DirectiveNames names;
   names.daemon = {"rocommunity", "greeting"};
-  const Circumstances circumstances{false, &names};
+  Circumstances circumstances;
+  circumstances.directives = &names;
   EXPECT_TRUE(Judged("rocommunity  reader\ngreeting  hello\n", "snmpd.conf", false, circumstances).empty());
   const std::vector<Finding> findings = Judged("rocommunity  reader\ngreting  hello\n", "", false, circumstances);
   ASSERT_EQ(findings.size(), 1U);

@@ -30,6 +30,7 @@ inline std::vector<Finding> Judged(const std::string& text, const std::string& n
 inline Circumstances CircumstancesOf(const std::string& rule) {
   Circumstances circumstances;
   circumstances.isOff = rule == "still-lets-in";
+  circumstances.path = CHECK_DATA_FOLDER "/" + rule + ".conf";
   return circumstances;
 }
 

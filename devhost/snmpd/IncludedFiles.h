@@ -1,11 +1,11 @@
-#ifndef DRIVERS_LOCALSNMPD_INCLUDED_FILES_H
-#define DRIVERS_LOCALSNMPD_INCLUDED_FILES_H
+#ifndef DEVHOST_SNMPD_INCLUDED_FILES_H
+#define DEVHOST_SNMPD_INCLUDED_FILES_H
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
-namespace drivers {
+namespace devhost {
 
 // Reads files that a configuration includes, and keeps to the bounds of one configuration.
 class IncludedFiles {
@@ -13,10 +13,15 @@ class IncludedFiles {
   struct File {
     std::string path;
     std::string text;
+    unsigned mode = 0;  // who may read and change it
   };
+  // Whether a link at the end of a path is followed, as the daemon does, or refused.
+  enum class Links { Refused, Followed };
 
-  // Appends the regular file with this absolute path to `files`; never follows a link at the end of the path, and never
-  // waits for a pipe. Returns what is wrong, in words, or nothing.
+  explicit IncludedFiles(Links links = Links::Refused) : m_links(links) {}
+
+  // Appends the regular file with this absolute path to `files`; never waits for a pipe. Returns what is wrong, in words, or
+  // nothing.
   std::string Read(const std::string& path, std::vector<File>& files);
   // The same for each *.conf of a folder, in the order of their names. Files that cannot be read are left out.
   std::string ReadFolder(const std::string& path, std::vector<File>& files);
@@ -24,10 +29,13 @@ class IncludedFiles {
  private:
   std::string ReadAt(int folder, const std::string& name, const std::string& path, std::vector<File>& files);
 
+  int Flags() const;
+
+  Links m_links;
   std::size_t m_count = 0;
   std::size_t m_bytes = 0;
 };
 
-}  // namespace drivers
+}  // namespace devhost
 
 #endif

@@ -1,4 +1,4 @@
-#include "drivers/localsnmpd/IncludedFiles.h"
+#include "devhost/snmpd/IncludedFiles.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -13,7 +13,7 @@
 
 #include "devhost/system/FileDescriptor.h"
 
-namespace drivers {
+namespace devhost {
 
 namespace {
 
@@ -47,13 +47,16 @@ bool ReadAll(int file, std::size_t most, std::string& text) {
 
 }  // namespace
 
+int IncludedFiles::Flags() const {
+  return m_links == Links::Refused ? O_NOFOLLOW : 0;
+}
+
 std::string IncludedFiles::ReadAt(int folder, const std::string& name, const std::string& path, std::vector<File>& files) {
   if (m_count == kMostFiles) {
     return kTooMuch;
   }
   ++m_count;
-  const devhost::FileDescriptor file(
-      ::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const FileDescriptor file(::openat(folder, name.c_str(), Flags() | O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat attributes = {};
   if (!file.IsOpen() || ::fstat(file.Get(), &attributes) != 0) {
     return CannotRead();
@@ -61,7 +64,7 @@ std::string IncludedFiles::ReadAt(int folder, const std::string& name, const std
   if (!S_ISREG(attributes.st_mode)) {
     return "the included file is not a regular file";
   }
-  File read = {path, std::string()};
+  File read = {path, std::string(), attributes.st_mode};
   if (!ReadAll(file.Get(), kMostBytes - m_bytes, read.text)) {
     return CannotRead();
   }
@@ -82,7 +85,7 @@ std::string IncludedFiles::ReadFolder(const std::string& path, std::vector<File>
   if (path.empty() || path.front() != '/') {
     return "the path of an included folder must be absolute";
   }
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  const int descriptor = ::open(path.c_str(), Flags() | O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(descriptor >= 0 ? ::fdopendir(descriptor) : nullptr, &::closedir);
   if (!folder) {
     return "the included folder cannot be read: " + std::generic_category().message(errno);
@@ -106,4 +109,4 @@ std::string IncludedFiles::ReadFolder(const std::string& path, std::vector<File>
   return wrong;
 }
 
-}  // namespace drivers
+}  // namespace devhost

@@ -1,4 +1,4 @@
-#include "drivers/localsnmpd/IncludedFiles.h"
+#include "devhost/snmpd/IncludedFiles.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,17 +7,17 @@
 #include <string>
 #include <vector>
 
-#include "tests/drivers/support/TemporaryFolder.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace {
 
-using drivers::IncludedFiles;
+using devhost::IncludedFiles;
 
 class AnIncludedFile : public testing::Test {
  protected:
   std::string Read(const std::string& path) { return IncludedFiles().Read(path, m_files); }
 
-  TemporaryFolder m_folder;
+  testsupport::ScratchFolder m_folder;
   std::vector<IncludedFiles::File> m_files;
 };
 
@@ -52,6 +52,18 @@ TEST_F(AnIncludedFile, IsNeitherALinkNorAPipeNorADeviceNorAFolder) {
             IncludedFiles().ReadFolder(m_folder.Path("folder"), m_files));
   EXPECT_EQ("the included file cannot be read: it is a link", IncludedFiles().ReadFolder(m_folder.Path(), m_files));
   EXPECT_EQ(1U, m_files.size());
+}
+
+TEST_F(AnIncludedFile, MayBeALinkToARegularFileForThoseWhoFollowLinks) {
+  m_folder.Write("a.conf", "sysName x\n");
+  std::filesystem::create_symlink(m_folder.Path("a.conf"), m_folder.Path("link.conf"));
+  std::filesystem::create_directory_symlink(m_folder.Path(), m_folder.Path("folder"));
+  std::filesystem::create_symlink("/dev/zero", m_folder.Path("device"));
+  IncludedFiles files(IncludedFiles::Links::Followed);
+  EXPECT_EQ("", files.Read(m_folder.Path("link.conf"), m_files));
+  EXPECT_EQ("", files.ReadFolder(m_folder.Path("folder"), m_files));
+  EXPECT_EQ(3U, m_files.size());
+  EXPECT_EQ("the included file is not a regular file", files.Read(m_folder.Path("device"), m_files));
 }
 
 TEST_F(AnIncludedFile, IsLeftOutBeyondTheBoundsOfOneConfiguration) {
