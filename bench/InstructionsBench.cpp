@@ -15,6 +15,7 @@
 #include "bench/BenchHost.h"
 #include "bench/BenchTexts.h"
 #include "bench/LoadedAgent.h"
+#include "devhost/check/CheckFile.h"
 #include "devhost/driver/CommandMessage.h"
 #include "devhost/xml/XmlReader.h"
 #include "device/DeviceSettingsElement.h"
@@ -133,6 +134,20 @@ void CountTrapLines() {
   }
 }
 
+// Each line costs the same, however many there are: of all kinds that are compared with other lines.
+void CountCheck() {
+  for (const unsigned long count : {1000UL, 100000UL}) {
+    std::string text = "# Halvoren Section Start\nsysName  box\n# Halvoren Section End\n\n";
+    for (unsigned long i = 0; i < count; i += 4) {
+      const std::string number = std::to_string(100000 + i);
+      text += "rocommunity  reader" + number + "  10.0.0.0/8\ntrap2sink  host" + number +
+              "  trapper\n# comment\nview  all  included  .1\n";
+    }
+    const std::string name = "check: lines/" + std::to_string(count);
+    CountWarm(name.c_str(), [&] { Must(devhost::CheckText(text, "text", {}).findings.empty(), "check"); });
+  }
+}
+
 void CountRegistry() {
   System system(1000);
   BenchDevice late("");
@@ -187,6 +202,7 @@ int main(int argc, char** argv) {
   CountLoad(argv[1]);
   CountRegistry();
   CountTrapLines();
+  CountCheck();
   CountSetDeviceState();
   CountVariables();
   CountLists();
