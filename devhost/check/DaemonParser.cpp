@@ -1,15 +1,12 @@
 #include "devhost/check/DaemonParser.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
-#include <vector>
 
 #include "devhost/check/Rules.h"
-#include "devhost/secrets/Secrets.h"
 #include "devhost/snmpd/DaemonOutput.h"
-#include "devhost/snmpd/LineCutter.h"
+#include "devhost/snmpd/OwnWords.h"
 #include "devhost/system/MemoryFile.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
@@ -18,29 +15,12 @@ namespace devhost {
 
 namespace {
 
-// The daemon quotes words of the line that it complains of. Those that are shown masked elsewhere are so here.
-std::string Masked(std::string words, std::string_view line) {
-  // A target that is missing leaves the community where the host belongs.
-  constexpr std::string_view kNoTarget = "trap2sink    ";
-  const bool noTarget = line.substr(0, kNoTarget.size()) == kNoTarget;
-  const std::string masked = noTarget ? "trap2sink" : MaskConfigLine(line);
-  if (masked == line) {
-    return words;
-  }
-  for (std::size_t at = 0; at < line.size();) {
-    const std::size_t end = std::min(line.find_first_of(" \t\"'\r", at), line.size());
-    const std::string_view word = line.substr(at, end - at);
-    at = end + 1;
-    // The complaint first: it is short, the line may be anything.
-    if (word.empty() || !Contains(words, word) || Contains(masked, word)) {
-      continue;
-    }
-    for (std::size_t found = words.find(word); found != std::string::npos;
-         found = words.find(word, found + sizeof kMask - 1)) {
-      words.replace(found, word.size(), kMask);
-    }
-  }
-  return words;
+// The file that a complaint is about, where that is not the one that was asked about. A complaint about a text that the
+// daemon quotes names none.
+std::string OtherFile(const std::string& file) {
+  std::error_code ignored;
+  const bool isFile = file.compare(0, 1, "/") == 0 && std::filesystem::is_regular_file(file, ignored);
+  return isFile ? OneLine(file) : "another file";
 }
 
 // What the daemon says about the file. Throws ProgramError, also when the daemon does not end by itself.
@@ -76,20 +56,13 @@ std::string AskDaemon(const std::string& path, const std::string& text, Report& 
     const bool isReadable = !own.empty() && own.find(',') == std::string::npos;
     const MemoryFile copy(isReadable ? std::string_view() : text);
     const std::string file = isReadable ? own : copy.Path();
-    std::vector<std::string_view> lines;
-    for (LineCutter cutter(text); cutter.Next();) {
-      lines.push_back(cutter.Line());
-    }
     for (const Complaint& complaint : ReadDaemonOutput(Parse(program, file)).complaints) {
       const bool isOwn = complaint.file == file;
-      const bool hasLine = isOwn && complaint.line != 0 && complaint.line <= lines.size();
-      const std::string said =
-          report.ShowsSecrets() ? complaint.text : Masked(complaint.text, hasLine ? lines[complaint.line - 1] : "");
       report.Begin(kDaemonRule, Severity::Error, isOwn ? complaint.line : 0);
-      report.Add(
-          "the daemon says: " + (isOwn ? "" : OneLine(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +
-              complaint.kind + ": " + said,
-          "fix the line; snmpd.conf(5) describes what it may hold");
+      report.Add("the daemon says: " +
+                     (isOwn ? "" : OtherFile(complaint.file) + ", line " + std::to_string(complaint.line) + ": ") +
+                     complaint.kind + ": " + (report.ShowsSecrets() ? complaint.text : OwnWords(complaint.text)),
+                 "fix the line; snmpd.conf(5) describes what it may hold");
     }
   } catch (const ProgramError& error) {
     return OneLine(error.what());

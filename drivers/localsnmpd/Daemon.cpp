@@ -80,22 +80,22 @@ int Daemon::Fail(int status, const std::string& reason) const {
   return status;
 }
 
-int Daemon::Start(const std::string& config, const std::vector<std::string>& secrets) {
+int Daemon::Start(const std::string& config) {
   if (IsRunning()) {
     return 0;
   }
   std::string program;
   const int status = PrepareFiles(config, program);
-  return status != 0 ? status : Launch(program, secrets);
+  return status != 0 ? status : Launch(program);
 }
 
-int Daemon::Restart(const std::string& config, const std::vector<std::string>& secrets) {
+int Daemon::Restart(const std::string& config) {
   std::string program;
   int status = PrepareFiles(config, program);
   if (status == 0) {
     status = Stop();
   }
-  return status != 0 ? status : Launch(program, secrets);
+  return status != 0 ? status : Launch(program);
 }
 
 int Daemon::Stop() {
@@ -166,7 +166,7 @@ devhost::ProcessImage Daemon::MakeImage(const std::string& program) const {
       true};
 }
 
-int Daemon::Launch(const std::string& program, const std::vector<std::string>& secrets) {
+int Daemon::Launch(const std::string& program) {
   if (!IsUdpPortFree(m_options.port)) {
     return Fail(kPortTaken, "cannot start the daemon: another program has " + GetAddress());
   }
@@ -180,7 +180,7 @@ int Daemon::Launch(const std::string& program, const std::vector<std::string>& s
     return Fail(kDaemonNotStarted, "cannot start " + program + ": " + error.code().message());
   }
   const int status = WaitUntilReady();
-  for (const std::string& line : LinesForLog(m_folder.ReadLog(), m_places, status != 0, secrets)) {
+  for (const std::string& line : LinesForLog(m_folder.ReadLog(), m_places, status != 0)) {
     m_log(line);
   }
   return status;

@@ -35,11 +35,11 @@ class Daemon {
 
   Daemon(const Options& options, Log log);
 
-  // Starts the daemon with this configuration and waits until it answers. A daemon that runs already is left as it is. The
-  // log masks `secrets`. Returns 0 or a status, as do the two below.
-  int Start(const std::string& config, const std::vector<std::string>& secrets);
+  // Starts the daemon with this configuration and waits until it answers. A daemon that runs already is left as it is.
+  // Returns 0 or a status, as do the two below.
+  int Start(const std::string& config);
   // Stops it if it runs and starts it with another configuration. Fails before it stops the daemon where it can.
-  int Restart(const std::string& config, const std::vector<std::string>& secrets);
+  int Restart(const std::string& config);
   // Stops it if it runs: with SIGTERM, and SIGKILL if that does not help.
   int Stop();
 
@@ -52,7 +52,7 @@ class Daemon {
 
  private:
   int PrepareFiles(const std::string& config, std::string& program);
-  int Launch(const std::string& program, const std::vector<std::string>& secrets);
+  int Launch(const std::string& program);
   int WaitUntilReady();
   int StopFailed(int status);
   void LogNotes(const std::vector<ServedConfig::Note>& notes);

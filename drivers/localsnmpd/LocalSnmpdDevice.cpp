@@ -6,7 +6,6 @@
 #include "drivers/common/FileStatus.h"
 #include "drivers/common/SettingNames.h"
 #include "drivers/localsnmpd/DaemonConfiguration.h"
-#include "drivers/localsnmpd/DaemonLog.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
 #include "host/H7XML.h"
 #include "host/ICmdMessage.h"
@@ -158,7 +157,7 @@ int LocalSnmpdDevice::WriteOffLine(const std::string& config) {
 }
 
 int LocalSnmpdDevice::ApplyToDaemon(const std::string& config) {
-  return m_daemon->IsRunning() ? m_daemon->Restart(config, CollectSecrets(Settings(), config)) : 0;
+  return m_daemon->IsRunning() ? m_daemon->Restart(config) : 0;
 }
 
 int LocalSnmpdDevice::StartOnLine() {
@@ -167,7 +166,7 @@ int LocalSnmpdDevice::StartOnLine() {
   }
   std::string config;
   const int status = m_file->Read(config, Links::Follow);
-  return status != 0 ? ReportFile("read", status) : m_daemon->Start(config, CollectSecrets(Settings(), config));
+  return status != 0 ? ReportFile("read", status) : m_daemon->Start(config);
 }
 
 int LocalSnmpdDevice::StartDaemon() {
