@@ -113,7 +113,7 @@ void JudgeTrapBareAddress(const Sight& sight, Report& report) {
   if (sink != nullptr && !IsQuoted(*sink) && sink->words.size() > 2 && sink->isBareAddress) {
     report.Add(
         "the daemon appends the port to the address, which makes it invalid or another address: no traps reach this target",
-        "write the address in brackets, [" + sink->host + "]");
+        "write the address in brackets: [ADDRESS]");
   }
 }
 

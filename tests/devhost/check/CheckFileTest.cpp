@@ -68,7 +68,7 @@ TEST_F(ACheckedFile, IsReadByTheDaemonInItsOwnFolder) {
       CheckFile(File("rocommunity  reader\nincludeFile included.conf\n"), {true, false}).findings;
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].line, 0u);
-  EXPECT_EQ(findings[0].reason, "the daemon says: " + included + ", line 2: Error: Blank line following rouser token.");
+  EXPECT_EQ(findings[0].reason, "the daemon says: " + included + ", line 2: Error: Blank line following *****");
 }
 
 TEST_F(ACheckedFile, ThatTheDaemonCannotBeAskedAboutStillGivesWhatTheRulesFind) {
