@@ -83,11 +83,6 @@ std::string WhyMisleading(std::string_view expression) {
   return "";
 }
 
-// For messages, in which an expression that is a secret is masked: so it stands there whole or not at all.
-std::string Named(const std::string& expression) {
-  return expression.size() <= 200 ? Quoted(expression) : "an expression of " + std::to_string(expression.size()) + " bytes";
-}
-
 // What the library says is wrong, without the part of the expression that it repeats behind a colon.
 std::string Reason(const re2::RE2& expression) {
   const std::string& reason = expression.error();
@@ -97,11 +92,11 @@ std::string Reason(const re2::RE2& expression) {
 // The expression itself, when it may be compiled: a long one would take too long for the library to refuse it.
 const std::string& Checked(const std::string& expression) {
   if (expression.size() > kLongest) {
-    throw PatternError(Named(expression) + " is too long; allowed: up to " + std::to_string(kLongest));
+    throw PatternError("the expression is too long; allowed: up to " + std::to_string(kLongest));
   }
   const std::string reason = WhyMisleading(expression);
   if (!reason.empty()) {
-    throw PatternError(Named(expression) + " " + reason);
+    throw PatternError("the expression " + reason);
   }
   return expression;
 }
@@ -111,10 +106,10 @@ const std::string& Checked(const std::string& expression) {
 Pattern::Pattern(const std::string& expression)
     : m_expression(std::make_unique<re2::RE2>(Checked(expression), OptionsOfPatterns())) {
   if (m_expression->error_code() == re2::RE2::ErrorPatternTooLarge || m_expression->ProgramSize() > kMostInstructions) {
-    throw PatternError(Named(expression) + " is too large a regular expression; let its repeats repeat less");
+    throw PatternError("the expression is too large a regular expression; let its repeats repeat less");
   }
   if (!m_expression->ok()) {
-    throw PatternError(Named(expression) + " is not an extended regular expression: " + Reason(*m_expression));
+    throw PatternError("the expression is not an extended regular expression: " + Reason(*m_expression));
   }
 }
 

@@ -58,7 +58,7 @@ TEST(APattern, MayBeDeep) {
 
 TEST(APattern, IsNotLongerThanItsLimit) {
   EXPECT_EQ(RefusalOf(std::string(10000, 'a')), "");
-  EXPECT_EQ(RefusalOf(std::string(10001, 'a')), "an expression of 10001 bytes is too long; allowed: up to 10000");
+  EXPECT_EQ(RefusalOf(std::string(10001, 'a')), "the expression is too long; allowed: up to 10000");
 }
 
 // Each took the C library's compiler seconds to minutes, or gigabytes.
@@ -78,7 +78,7 @@ TEST(APatternThatWouldTakeAllMemory, IsRefused) {
   for (int i = 0; i != 500; ++i) {
     many += ".{1000}";
   }
-  EXPECT_THAT(RefusalOf(many), testing::HasSubstr("an expression of 3500 bytes is too large a regular expression; let its"));
+  EXPECT_THAT(RefusalOf(many), testing::HasSubstr("the expression is too large a regular expression; let its"));
   std::string slow;
   for (int length = 500; length != 900; length += 8) {
     slow += "|1[01]{" + std::to_string(length) + "}";
@@ -151,16 +151,12 @@ TEST(APattern, MayHoldNulBytes) {
 
 TEST(AWrongPattern, SaysWhy) {
   EXPECT_THAT(RefusalOf("caf\xe9"), testing::EndsWith("is not an extended regular expression: invalid UTF-8"));
-  EXPECT_EQ(RefusalOf("a(b"), "\"a(b\" is not an extended regular expression: missing )");
-  EXPECT_EQ(RefusalOf("[b-a]"), "\"[b-a]\" is not an extended regular expression: invalid character class range");
-  EXPECT_EQ(RefusalOf("a{1001}"), "\"a{1001}\" is not an extended regular expression: invalid repetition size");
+  EXPECT_EQ(RefusalOf("a(b"), "the expression is not an extended regular expression: missing )");
+  EXPECT_EQ(RefusalOf("[b-a]"), "the expression is not an extended regular expression: invalid character class range");
+  EXPECT_EQ(RefusalOf("a{1001}"), "the expression is not an extended regular expression: invalid repetition size");
 }
 
 // A script's reader masks an expression that is a secret where it stands whole.
-TEST(AWrongPattern, IsNotShownInPart) {
-  EXPECT_EQ(RefusalOf("(" + std::string(200, 'x')),
-            "an expression of 201 bytes is not an extended regular expression: missing )");
-}
 
 }  // namespace
 }  // namespace devhost
