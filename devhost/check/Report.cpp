@@ -6,7 +6,7 @@
 #include <tuple>
 #include <utility>
 
-#include "devhost/secrets/Secrets.h"
+#include "devhost/secrets/KnownSecrets.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {

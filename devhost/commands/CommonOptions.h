@@ -8,7 +8,7 @@
 // Options and arguments that mean the same in several commands.
 namespace devhost {
 
-inline const CommandOption kShowSecrets{"--show-secrets", "", "Print communities and passphrases as they are, not as *****"};
+inline const CommandOption kShowSecrets{"--show-secrets", "", "Print secrets and all else as they are, not as *****"};
 inline const CommandOption kJson{"--json", "", "Print one JSON object for each finding, on a line of its own"};
 inline const CommandOption kModuleFolder{"--module-dir", "DIR", "Where driver modules lie (default: beside libdevhost.so)",
                                          CommandOption::Takes::Path};

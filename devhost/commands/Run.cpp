@@ -51,7 +51,7 @@ constexpr char kFooter[] =
     "everything that happens is printed in order, one line each; the first word says what\n"
     "it is: load, unload, command, reply, notification, event, log, invalidate, status,\n"
     "manners, file, settings, counts, variable, user-variable, flag, state, daemon, run,\n"
-    "output, print, restart, error, expect. Communities and passphrases are shown as *****.\n"
+    "output, print, restart, error, expect. What may be a secret is shown as *****.\n"
     "With --json each line is an object instead; docs/scripts.md has its members.\n"
     "\n"
     "Exit status: 0 all went well; 1 an action or expectation failed, a driver could not\n"
@@ -149,7 +149,7 @@ ExitStatus Run(const Arguments& arguments, Console& console) {
   try {
     runner.Start();
   } catch (const HostError& error) {
-    console.Complain(error.what());
+    console.Complain(secrets.Text(error.what()));
     return ExitStatus::Wrong;
   }
   runner.Play(script);

@@ -1,9 +1,13 @@
 #include "devhost/preview/FileDifference.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
-#include "devhost/secrets/Secrets.h"
+#include "devhost/secrets/ConfigSecrets.h"
+#include "devhost/secrets/Masker.h"
 #include "devhost/system/MemoryFile.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
@@ -44,27 +48,63 @@ std::string Visible(std::string_view line) {
   return visible;
 }
 
-// A line of the diff's body: its mark, then a line of one of the files.
-std::string Shown(std::string_view line, bool showSecrets) {
-  const std::string_view text = line.substr(std::min<std::size_t>(1, line.size()));
-  return std::string(line.substr(0, 1)) + Visible(showSecrets ? std::string(text) : MaskConfigLine(text));
+// A text as it may be shown, line by line.
+class ShownLines {
+ public:
+  ShownLines(const std::string& text, Masker& masker) : m_text(masker.Config(text)) {
+    for (std::size_t at = 0; at < m_text.size(); at = std::min(m_text.find('\n', at), m_text.size() - 1) + 1) {
+      m_begins.push_back(at);
+    }
+  }
+  // The lines count from 1.
+  void GoTo(std::size_t line) { m_next = line == 0 ? 0 : line - 1; }
+  std::string Next() {
+    if (m_next >= m_begins.size()) {
+      return std::string();
+    }
+    const std::size_t begin = m_begins[m_next++];
+    return Visible(std::string_view(m_text).substr(begin, m_text.find('\n', begin) - begin));
+  }
+
+ private:
+  const std::string m_text;
+  std::vector<std::size_t> m_begins;
+  std::size_t m_next = 0;
+};
+
+// The number after that mark in the head of a hunk: "@@ -1,7 +1,9 @@".
+std::size_t NumberAfter(std::string_view head, char mark) {
+  std::size_t number = 0;
+  const std::size_t at = std::min(head.find(mark), head.size() - 1) + 1;
+  std::from_chars(head.data() + at, head.data() + head.size(), number);
+  return number;
 }
 
-// The two lines that name the files are replaced; the body follows.
-std::string ShownDiff(const std::string& diff, const std::string& name, bool showSecrets) {
-  std::string shown = "--- " + OneLine(name) + "\n+++ " + OneLine(name) + " after SetDeviceState\n";
-  std::size_t at = diff.find('\n', diff.find('\n') + 1) + 1;
-  while (at < diff.size()) {
-    const std::size_t end = std::min(diff.find('\n', at), diff.size());
-    shown += Shown(std::string_view(diff).substr(at, end - at), showSecrets) + "\n";
-    at = end + 1;
+// The body of the diff says which lines differ, never what stands in them.
+std::string ShownBody(std::string_view body, ShownLines& before, ShownLines& after) {
+  std::string shown;
+  while (!body.empty()) {
+    const std::string_view line = body.substr(0, body.find('\n'));
+    body.remove_prefix(std::min(line.size() + 1, body.size()));
+    const char mark = line.empty() ? ' ' : line.front();
+    if (mark == '@') {
+      before.GoTo(NumberAfter(line, '-'));
+      after.GoTo(NumberAfter(line, '+'));
+      shown += line;
+    } else if (mark == '\\') {
+      shown += line;  // \ No newline at end of file
+    } else {
+      const std::string old = mark == '+' ? "" : before.Next();
+      shown += mark + (mark == '-' ? old : after.Next());
+    }
+    shown += '\n';
   }
   return shown;
 }
 
 }  // namespace
 
-std::string FileDifference(const std::string& name, const std::string& before, const std::string& after, bool showSecrets) {
+std::string FileDifference(const std::string& name, const std::string& before, const std::string& after, Masker& masker) {
   const std::string comparable = WithStampOf(before, after);
   if (comparable == before) {
     return std::string();
@@ -79,7 +119,16 @@ std::string FileDifference(const std::string& name, const std::string& before, c
     // Its output is not quoted, since it holds lines of the files.
     throw ProgramError("the program diff has failed (status " + std::to_string(result.exitStatus) + ")");
   }
-  return ShownDiff(result.output, name, showSecrets);
+  masker.Config(comparable);  // for the secrets that stand in other lines of the text before
+  ShownLines shownBefore(before, masker);
+  ShownLines shownAfter(comparable, masker);
+  const std::string head = "--- " + OneLine(name) + "\n+++ " + OneLine(name) + " after SetDeviceState\n";
+  if (!masker.ShowsSecrets() && (!WhyNotPlain(before).empty() || !WhyNotPlain(comparable).empty())) {
+    return head + "-" + shownBefore.Next() + "\n+" + shownAfter.Next() + "\n";
+  }
+  // In front of the body stand the names of the files that were compared.
+  const std::size_t body = result.output.find('\n', result.output.find('\n') + 1) + 1;
+  return head + ShownBody(std::string_view(result.output).substr(body), shownBefore, shownAfter);
 }
 
 }  // namespace devhost

@@ -10,7 +10,6 @@
 #include "devhost/preview/FileDifference.h"
 #include "devhost/preview/ScratchDevice.h"
 #include "devhost/secrets/Masker.h"
-#include "devhost/secrets/Secrets.h"
 #include "devhost/state/StateStore.h"
 #include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
@@ -125,8 +124,8 @@ std::vector<Finding> LossesOf(const std::string& text, const PreviewResult& resu
   return losses;
 }
 
-void Show(const PreviewInput& input, const Trial& trial, PreviewResult& result) {
-  result.difference = FileDifference(result.file, trial.before.file, trial.after.file, input.showSecrets);
+void Show(const PreviewInput& input, const Trial& trial, Masker& masker, PreviewResult& result) {
+  result.difference = FileDifference(result.file, trial.before.file, trial.after.file, masker);
   if (!result.difference.empty()) {
     result.verdict = Verdict::Changed;
     result.losses = LossesOf(trial.before.file, result, input.showSecrets);
@@ -138,19 +137,16 @@ void Show(const PreviewInput& input, const Trial& trial, PreviewResult& result) 
   }
 }
 
-// Hides the secrets of the device, which drivers may quote.
-void Mask(std::vector<std::string>& lines, const PreviewInput& input, const DeviceAnswers& answers) {
-  Masker masker(input.showSecrets);
-  masker.LearnFromXml(input.settings.text);
-  masker.LearnFromXml(input.device.configXml);
-  masker.LearnFromXml(input.state);
-  masker.LearnFromConfig(answers.file);
-  masker.Learn({{"community", answers.communityRead.value}, {"community", answers.communityWrite.value}});
+// Learns the secrets of the device, which drivers may quote.
+void Learn(const PreviewInput& input, const DeviceAnswers& answers, Masker& masker) {
+  masker.Xml(input.settings.text);
+  masker.Xml(input.device.configXml);
+  masker.Xml(input.state);
+  masker.Config(answers.file);
+  masker.Secret(answers.communityRead.value);
+  masker.Secret(answers.communityWrite.value);
   for (const TrapTarget& target : answers.trapTargets.value) {
-    masker.Learn({{"community", target.community}});
-  }
-  for (std::string& line : lines) {
-    line = masker.Text(input.showSecrets ? line : MaskXml(MaskConfigText(line)));
+    masker.Secret(target.community);
   }
 }
 
@@ -167,13 +163,17 @@ PreviewResult PreviewChange(const PreviewInput& input) {
     trial.problem = error.what();
   }
   result.verdict = trial.verdict;
+  Masker masker(input.showSecrets);
+  Learn(input, trial.before, masker);
   if (trial.problem.empty()) {
-    Show(input, trial, result);
+    Show(input, trial, masker, result);
   } else {
     result.messages = complaints.lines;
     result.messages.push_back(trial.problem);
   }
-  Mask(result.messages, input, trial.before);
+  for (std::string& line : result.messages) {
+    line = masker.Text(line);
+  }
   return result;
 }
 

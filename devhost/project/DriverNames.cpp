@@ -5,8 +5,6 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "devhost/text/Words.h"
-
 namespace devhost {
 
 DriverNames::DriverNames(const std::vector<DriverEntry>& drivers) {
@@ -36,7 +34,7 @@ unsigned long DriverNames::Find(const std::string& word) const {
   const char* const end = word.data() + word.size();
   const auto [stop, error] = std::from_chars(word.data(), end, id);
   if (error != std::errc() || stop != end || m_names.count(id) == 0) {
-    throw std::runtime_error("there is no driver " + Quoted(word) + "; the drivers of this project are: " + m_allowed);
+    throw std::runtime_error("there is no driver of that name or id; the drivers of this project are: " + m_allowed);
   }
   return id;
 }

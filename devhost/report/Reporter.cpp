@@ -6,14 +6,13 @@ namespace devhost {
 
 Occurrence Masked(const Occurrence& occurrence, Masker& secrets) {
   using Kind = Occurrence::Kind;
-  if (occurrence.kind == Kind::Reply) {
-    secrets.LearnFromXml(occurrence.text);
-  }
   const bool isXml = occurrence.kind == Kind::Reply || occurrence.kind == Kind::Notification;
   Occurrence masked = occurrence;
-  masked.parameters = secrets.CommandParameters(occurrence.parameters);
+  masked.parameters = secrets.Fields(occurrence.parameters);
   masked.call = secrets.Text(occurrence.call);
-  masked.text = isXml ? secrets.Xml(occurrence.text) : secrets.Text(occurrence.text);
+  // The path of a module is the project's own.
+  const bool isPath = occurrence.kind == Kind::Load || occurrence.kind == Kind::Unload;
+  masked.text = isPath ? occurrence.text : isXml ? secrets.Xml(occurrence.text) : secrets.Text(occurrence.text);
   return masked;
 }
 

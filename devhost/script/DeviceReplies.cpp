@@ -2,7 +2,6 @@
 
 #include <stdexcept>
 
-#include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
 namespace devhost {
@@ -40,7 +39,7 @@ std::string SettingIn(const std::string& driver, const std::string& reply, const
     }
     names += child.name == "setting" ? (names.empty() ? "" : ", ") + Attribute(child, "name") : "";
   }
-  throw std::runtime_error(driver + " has no setting " + Quoted(name) + "; it has: " + (names.empty() ? "none" : names));
+  throw std::runtime_error(driver + " has no such setting; it has: " + (names.empty() ? "none" : names));
 }
 
 std::string FilePathIn(const std::string& driver, const std::string& reply) {

@@ -30,7 +30,7 @@ void RefuseDoubleNames(const std::vector<ScriptParameter>& parameters) {
   std::sort(names.begin(), names.end());
   const auto twin = std::adjacent_find(names.begin(), names.end());
   if (twin != names.end()) {
-    throw std::runtime_error("the parameter " + Quoted(*twin) + " is given twice: a command takes each one once");
+    throw std::runtime_error(ParameterTitle(*twin) + " is given twice: a command takes each one once");
   }
 }
 
@@ -48,7 +48,7 @@ Action MakeCommand(const ScriptLine& line, const char*) {
 Action MakeEvent(const ScriptLine& line, const char*) {
   const std::string& name = line.Name();
   if (SystemEventIdOf(name) == 0) {
-    throw std::runtime_error("there is no system event " + Quoted(name) + "; allowed: " + SystemEventNames());
+    throw std::runtime_error("there is no such system event; allowed: " + SystemEventNames());
   }
   return EventAction{name, line.Parameters()};
 }

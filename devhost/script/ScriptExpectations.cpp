@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "devhost/secrets/Fields.h"
 #include "devhost/system/FileText.h"
 #include "devhost/text/Difference.h"
 #include "devhost/text/Pattern.h"
@@ -61,7 +62,7 @@ std::optional<ScriptOccurrence> ScriptExpectations::Check(const ExpectAction& ac
   try {
     found = Found(action, lookUp);
   } catch (const std::runtime_error& error) {
-    return Unmet(m_secrets.Text(error.what()), {"expected: " + Beginning(Shown(action, action.text))});
+    return Unmet(m_secrets.Text(error.what()), {"expected: " + Beginning(ShownExpected(action))});
   }
   return Compare(action, std::move(found),
                  action.comparison == Comparison::Golden ? ReadRegularFile(action.text) : action.text);
@@ -83,8 +84,8 @@ std::optional<ScriptOccurrence> ScriptExpectations::Compare(const ExpectAction& 
     if (Pattern(expected).IsIn(found)) {
       return std::nullopt;
     }
-    return Unmet(m_secrets.Text(TitleOf(action)) + " does not match",
-                 {"expected: " + Shown(action, expected), "found:    " + Beginning(Shown(action, found))});
+    return Unmet(TitleOf(action) + " does not match",
+                 {"expected: " + ShownExpected(action), "found:    " + Beginning(Shown(action, found))});
   }
   const bool golden = action.comparison == Comparison::Golden;
   if (golden && expected.find(kTimePlaceholder) != std::string::npos) {
@@ -98,8 +99,8 @@ std::optional<ScriptOccurrence> ScriptExpectations::Compare(const ExpectAction& 
   for (std::string& detail : details) {
     detail.erase(0, 2);  // the indentation that each has
   }
-  return Unmet(m_secrets.Text(TitleOf(action) + (golden ? " is not what the golden file " + Quoted(action.text) + " holds"
-                                                        : std::string(" is not as expected"))),
+  return Unmet(TitleOf(action) + (golden ? " is not what the golden file " + Quoted(action.text) + " holds"
+                                         : std::string(" is not as expected")),
                std::move(details));
 }
 
@@ -130,7 +131,8 @@ std::string ScriptExpectations::Found(const ExpectAction& action, const std::fun
 std::string ScriptExpectations::TitleOf(const ExpectAction& action) const {
   switch (action.subject) {
     case Subject::Setting:
-      return "the setting " + Quoted(action.setting) + " of " + m_names.Name(action.driverId);
+      return "the setting " + (FindSetting(action.setting) == Setting::Unknown ? "" : Quoted(action.setting) + " ") + "of " +
+             m_names.Name(action.driverId);
     case Subject::Flag:
       return "the flag of variable " + std::to_string(action.variableId) + " of device " + std::to_string(action.driverId);
     case Subject::State:
@@ -143,8 +145,28 @@ std::string ScriptExpectations::TitleOf(const ExpectAction& action) const {
 }
 
 std::string ScriptExpectations::Shown(const ExpectAction& action, const std::string& text) const {
-  const bool secret = action.subject == Subject::Setting && IsSecretSetting(action.setting);
-  return secret ? m_secrets.Secret(text) : m_secrets.Text(text);
+  // What a script expects is not learnt: its words stand in messages.
+  Masker secrets = m_secrets;
+  switch (action.subject) {
+    case Subject::Setting:
+      return secrets.SettingValue(action.setting, text);
+    case Subject::File:
+      return secrets.Config(text);
+    case Subject::Reply:
+    case Subject::Notification:
+    case Subject::State:
+      return secrets.Xml(text, action.comparison == Comparison::Golden ? XmlStyle::Indented : XmlStyle::Compact);
+    default:
+      return secrets.Text(text);
+  }
+}
+
+std::string ScriptExpectations::ShownExpected(const ExpectAction& action) const {
+  if (action.comparison == Comparison::Golden) {
+    return "the text of " + Quoted(action.text);
+  }
+  const bool isText = action.comparison == Comparison::Matches && action.subject != Subject::Setting;
+  return isText ? m_secrets.Text(action.text) : Shown(action, action.text);
 }
 
 }  // namespace devhost

@@ -48,8 +48,9 @@ class ScriptExpectations {
   std::optional<ScriptOccurrence> Compare(const ExpectAction& action, std::string found, const std::string& expected) const;
   // What an expectation is about, for messages.
   std::string TitleOf(const ExpectAction& action) const;
-  // A text as an expectation about that subject shows it.
+  // A text as an expectation about that subject shows it, and what is expected: such a text, a pattern, or a file.
   std::string Shown(const ExpectAction& action, const std::string& text) const;
+  std::string ShownExpected(const ExpectAction& action) const;
 
   const DriverNames& m_names;
   const Masker& m_secrets;

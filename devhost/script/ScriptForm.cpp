@@ -38,7 +38,7 @@ bool IsOneOf(std::string_view word, std::string_view place) {
     }
   }
   if (at == 0) {
-    throw std::runtime_error("unknown action " + Quoted(words[0]) + "; allowed: " + next);
+    throw std::runtime_error("unknown action; allowed: " + next);
   }
   std::string beginning = forms.front()->Place(0);
   for (std::size_t i = 1; i != at; ++i) {
@@ -47,7 +47,7 @@ bool IsOneOf(std::string_view word, std::string_view place) {
   const std::size_t more = words.size() - at;
   const std::string follows = more == 0      ? "nothing"
                               : next.empty() ? std::to_string(more) + (more == 1 ? " more word" : " more words")
-                                             : Quoted(words[at]);
+                                             : "another word";
   const ActionForm& action = forms.front()->Action();
   const bool isOne = &forms.back()->Action() == &action;
   const bool takesText = next.empty() && !HasOwnWord(forms.front()->Place(at - 1));

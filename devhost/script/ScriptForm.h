@@ -42,8 +42,7 @@ class ScriptForm {
 };
 
 // The form that the words of a line have; there is at least one word. Throws std::runtime_error, which names
-// the first word that is wrong and what is allowed there. It quotes no word that stands where a script may put anything, and
-// none that is too many: either may be part of a secret.
+// the first word that is wrong and what is allowed there. It quotes no word of the line: each may be part of a secret.
 const ScriptForm& FindForm(const std::vector<ScriptForm>& forms, const std::vector<std::string>& words);
 
 }  // namespace devhost

@@ -35,9 +35,12 @@ struct ScriptLine {
   const std::string& Name() const;
   // The words from PARAM=VALUE on. The files that they name can be read.
   std::vector<ScriptParameter> Parameters() const;
-  // A file as seen from the folder; `whyNot` gives the reason why it cannot be read, or "".
+  // A file as seen from the folder; `whyNot` gives the reason why it cannot be read, or "". Refused with its name.
   std::string Path(const std::string& file, std::string (*whyNot)(const std::string& path)) const;
 };
+
+// How a message names a parameter: one whose name is not known may be part of a secret.
+std::string ParameterTitle(const std::string& name);
 
 }  // namespace devhost
 

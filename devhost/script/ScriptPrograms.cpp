@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "devhost/secrets/Masker.h"
 #include "devhost/system/FileText.h"
 #include "devhost/text/Words.h"
 
@@ -32,7 +33,8 @@ std::string WhyNotRun(const std::string& program, const std::string& folder) {
 void CheckProgram(const std::string& program, const std::string& folder) {
   const std::string reason = WhyNotRun(program, folder);
   if (!reason.empty()) {
-    throw std::runtime_error("cannot run " + Quoted(program) + ": " + reason);
+    // A whole command line in quotes may have been meant.
+    throw std::runtime_error("cannot run " + Quoted(Masker(false).CommandLine({program})) + ": " + reason);
   }
 }
 

@@ -4,32 +4,10 @@
 #include <utility>
 
 #include "devhost/script/ScriptActions.h"
-#include "devhost/secrets/KnownSecrets.h"
-#include "devhost/secrets/Masker.h"
 #include "devhost/system/FileText.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
-
-namespace {
-
-// What is wrong with the words of a line, without the secrets that a line with a wrong number of words or quotes may spill
-// into it.
-std::string Shown(const std::string& problem, std::string_view line) {
-  const bool onSecrets = line.find("ommunity") != std::string_view::npos || line.find("add-trap") != std::string_view::npos;
-  KnownSecrets secrets;
-  if (onSecrets) {
-    const std::vector<std::string> words = SplitWords(line);
-    const bool expects = !words.empty() && words.front() == "expect";
-    const bool compares = expects && words.size() > 4 && (words[4] == "is" || words[4] == "matches" || words[4] == "golden");
-    for (std::size_t i = compares ? 5 : expects ? 4 : 3; i < words.size(); ++i) {
-      LearnQuoted(secrets, words[i].substr(words[i].find('=') + 1));
-    }
-  }
-  return secrets.Mask(problem);
-}
-
-}  // namespace
 
 Script LoadScript(const std::string& path) {
   NamedText read = ReadNamedText(path);
@@ -59,7 +37,7 @@ bool ScriptReader::Next(Action& action) {
     } catch (const WordError& error) {
       throw ScriptError(Place().text + ": " + error.what());
     } catch (const std::runtime_error& error) {
-      throw ScriptError(Place().text + ": " + Shown(error.what(), line));
+      throw ScriptError(Place().text + ": " + error.what());
     }
   }
   return false;

@@ -7,6 +7,7 @@
 
 #include "devhost/script/DeviceReplies.h"
 #include "devhost/script/ScriptPrograms.h"
+#include "devhost/state/StateStore.h"
 #include "devhost/system/FileText.h"
 #include "devhost/system/RunProgram.h"
 #include "devhost/xml/XmlReader.h"
@@ -33,22 +34,30 @@ Parameters WrittenParameters(const Parameters& shown, const std::vector<ScriptPa
   for (std::size_t i = 0; i != given.size(); ++i) {
     const std::string& value = given[i].isFile ? given[i].value : shown[i].second;
     const bool isMarked = given[i].isFile || value.compare(0, 1, "@") == 0;
-    written.emplace_back(given[i].name, (isMarked ? "@" : "") + value);
+    written.emplace_back(shown[i].first, (isMarked ? "@" : "") + value);
   }
   return written;
 }
 
-// What a program wrote, each line without its secrets.
-std::string MaskedLines(const std::string& text, const Masker& secrets) {
-  std::string masked;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find('\n', at), text.size());
-    masked += secrets.Text(std::string_view(text).substr(at, end - at));
-    masked += end == text.size() ? "" : "\n";
-    at = end + 1;
+// Learns the secrets of states before their drivers get them.
+class LearntStates : public StateStore {
+ public:
+  LearntStates(StateStore& states, Masker& secrets) : m_states(states), m_secrets(secrets) {}
+
+  h7::auto_com<H7XML::INode> Load(unsigned long driverId) override {
+    h7::auto_com<H7XML::INode> state = m_states.Load(driverId);
+    if (state) {
+      m_secrets.Xml(XmlText(*state, XmlStyle::Compact));
+    }
+    return state;
   }
-  return masked;
-}
+  void Save(unsigned long driverId, const std::string& xml) override { m_states.Save(driverId, xml); }
+  bool TakesStates() const override { return m_states.TakesStates(); }
+
+ private:
+  StateStore& m_states;
+  Masker& m_secrets;
+};
 
 }  // namespace
 
@@ -56,12 +65,12 @@ ScriptRunner::ScriptRunner(const Project& project, const DriverNames& names, Sta
                            Masker& secrets)
     : m_project(project),
       m_names(names),
-      m_states(states),
+      m_states(std::make_unique<LearntStates>(states, secrets)),
       m_reporter(reporter),
       m_secrets(secrets),
       m_expectations(names, secrets) {
   for (const DriverEntry& driver : project.drivers) {
-    m_secrets.LearnFromXml(driver.configXml);
+    m_secrets.Xml(driver.configXml);
   }
 }
 
@@ -69,7 +78,7 @@ ScriptRunner::~ScriptRunner() = default;
 
 void ScriptRunner::Start(const std::vector<VariableEntry>& variables) {
   HostObserver& observer = *this;
-  m_host = std::make_unique<Host>(observer, &m_states);
+  m_host = std::make_unique<Host>(observer, m_states.get());
   try {
     for (const VariableEntry& variable : variables) {
       m_host->DefineVariable(variable);
@@ -147,7 +156,7 @@ void ScriptRunner::ReportFailure(const std::exception& error) {
   if (const HostError* const concerned = dynamic_cast<const HostError*>(&error)) {
     failure.driverId = concerned->driverId;
     failure.driverName = concerned->driverName;
-    failure.call = concerned->call;
+    failure.call = m_secrets.Text(concerned->call);
   }
   Report(failure);
 }
@@ -161,7 +170,6 @@ void ScriptRunner::Count(std::size_t& number) {
 
 void ScriptRunner::Do(const CommandAction& action) {
   const Parameters parameters = ReadParameters(action.parameters);
-  m_secrets.Learn(parameters);
   m_sending = &action;
   const std::string reply = action.driverId ? m_host->Command(*action.driverId, action.name, parameters)
                                             : m_host->Command(action.name, parameters);
@@ -210,11 +218,10 @@ void ScriptRunner::Do(const RunAction& action) {
     run.words.push_back(WithAddresses(
         word, [this](const std::string& driver) { return AddressIn(Ask(m_names.Find(driver), "GetDaemon")); }));
   }
-  m_secrets.LearnFromCommandLine(run.words);
   Report({Kind::Run, 0, "", m_secrets.CommandLine(run.words)});
   const ProgramResult result = RunProgram(run);
   m_expectations.NoteOutput(result.output);
-  Report({Kind::Output, 0, "", MaskedLines(result.output, m_secrets)});
+  Report({Kind::Output, 0, "", m_secrets.Text(result.output)});
   CheckRun(run, result);
 }
 
@@ -222,20 +229,20 @@ void ScriptRunner::Do(const ShowAction& action) {
   ScriptOccurrence shown{action.what};
   if (action.what == Kind::Variables) {
     shown.variables = m_host->Variables(Host::Flags::Current);
+    for (VariableEntry& variable : shown.variables) {
+      variable.name = m_secrets.Text(variable.name);
+    }
     return Report(shown);
   }
   shown.driverId = action.driverId;
   shown.driverName = m_names.Name(action.driverId);
   if (action.what == Kind::File) {
-    const std::string text = DeviceFile(action.driverId);
-    m_secrets.LearnFromConfig(text);
-    shown.text = m_secrets.ConfigText(text);
+    shown.text = m_secrets.Config(DeviceFile(action.driverId));
   } else {
     const std::string xml = action.what == Kind::State      ? m_host->GetPersistState(action.driverId)
                             : action.what == Kind::Settings ? Ask(action.driverId, "GetSettings")
                             : action.what == Kind::Counts   ? Ask(action.driverId, "GetCounts")
                                                             : Ask(action.driverId, "GetDaemon");
-    m_secrets.LearnFromXml(xml);
     shown.text = m_secrets.Xml(xml);
   }
   Report(shown);
@@ -277,7 +284,7 @@ std::string ScriptRunner::Ask(unsigned long driverId, const char* command) {
     throw;
   }
   m_asking = false;
-  m_secrets.LearnFromXml(reply);
+  m_secrets.Xml(reply);
   CheckReply(m_names.Name(driverId), reply);
   return reply;
 }

@@ -60,7 +60,7 @@ class ScriptRunner : private HostObserver {
   void Do(const ShowAction& action);
   void Do(const RestartAction& action);
   void Do(const RunAction& action);
-  void Do(const PrintAction& action) { Report({ScriptOccurrence::Kind::Print, 0, "", action.text}); }
+  void Do(const PrintAction& action) { Report({ScriptOccurrence::Kind::Print, 0, "", m_secrets.Text(action.text)}); }
   void Do(const ExpectAction& action);
 
   // What an expectation looks at in the host. Throws std::runtime_error when there is nothing.
@@ -77,7 +77,7 @@ class ScriptRunner : private HostObserver {
 
   const Project& m_project;
   const DriverNames& m_names;
-  StateStore& m_states;
+  std::unique_ptr<StateStore> m_states;
   Reporter& m_reporter;
   Masker& m_secrets;
   ScriptExpectations m_expectations;

@@ -1,37 +1,64 @@
 #include "devhost/secrets/KnownSecrets.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstring>
 #include <iterator>
 
-#include "devhost/secrets/SecretXml.h"
-#include "devhost/secrets/Secrets.h"
+#include "devhost/secrets/Keywords.h"
 
 namespace devhost {
 
 namespace {
 
 constexpr std::size_t kShortest = 4;
-// Communities and passphrases are far shorter. Of a longer text, only the beginning is learnt.
-constexpr std::size_t kLongest = 1024;
+// Of a secret that was cut off, this much gives it away.
+constexpr std::size_t kShortestCut = 8;
+// What is longer is learnt in pieces.
+constexpr std::size_t kLongestPiece = 64;
+constexpr std::size_t kMostSecrets = 250000;
 
-bool IsWordCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         static_cast<unsigned char>(c) >= 0x80;
+// What no encoding changes.
+bool IsPlainCharacter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-// Returns whether a word begins or ends at `at`, so that "art" is not found in "party".
-bool IsEdge(std::string_view text, std::size_t at) {
-  return at == 0 || at == text.size() || !IsWordCharacter(text[at - 1]) || !IsWordCharacter(text[at]);
+bool IsBlank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// Comments explain things: "createUser NAME [MD5 PASSPHRASE]".
-bool IsComment(std::string_view line) {
-  const std::size_t first = line.find_first_not_of(" \t");
-  return first != std::string_view::npos && line[first] == '#';
+// What everybody writes: hiding it would make all texts unreadable.
+bool IsCommon(std::string_view word) {
+  constexpr std::string_view kWords[] = {"true", "false", "default", "localhost"};
+  const bool isNumbers =
+      word.find_first_not_of("0123456789.") == std::string_view::npos && std::count(word.begin(), word.end(), '.') > 1;
+  return isNumbers || std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords) ||
+         word.find_first_not_of('*') == std::string_view::npos;
 }
 
-bool IsQuoted(std::string_view text) {
-  return text.size() > 2 && (text.front() == '"' || text.front() == '\'') && text.front() == text.back();
+std::string_view WithoutBlanksBehind(std::string_view text) {
+  while (!text.empty() && IsBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+// Calls `use` with each longest run of characters for which `belongs` holds.
+template <class Belongs, class Use>
+void ForEachRun(std::string_view text, Belongs belongs, Use use) {
+  for (auto at = text.begin(); at != text.end();) {
+    const auto begin = std::find_if(at, text.end(), belongs);
+    at = std::find_if_not(begin, text.end(), belongs);
+    use(text.substr(static_cast<std::size_t>(begin - text.begin()), static_cast<std::size_t>(at - begin)));
+  }
+}
+
+// The first bytes of a secret, as a number.
+std::uint32_t StartOf(std::string_view secret) {
+  std::uint32_t start = 0;
+  static_assert(sizeof(start) == kShortest);
+  std::memcpy(&start, secret.data(), kShortest);
+  return start;
 }
 
 std::size_t CommonLength(std::string_view left, std::string_view right) {
@@ -39,122 +66,96 @@ std::size_t CommonLength(std::string_view left, std::string_view right) {
   return static_cast<std::size_t>(std::mismatch(left.begin(), end, right.begin()).first - left.begin());
 }
 
-// Returns the text as it stands in XML, with the characters in `which` escaped.
-std::string Coded(const std::string& text, std::string_view which) {
-  std::string coded;
-  for (const char c : text) {
-    if (which.find(c) == std::string_view::npos) {
-      coded += c;
-    } else {
-      coded += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : "&quot;";
-    }
-  }
-  return coded;
-}
-
 }  // namespace
 
 void KnownSecrets::Learn(std::string_view secret) {
-  // Quotes within quotes are rare, and a text of nothing but quotes would be learnt in every length.
-  constexpr int kMostQuotes = 4;
-  for (int quotes = 0; IsQuoted(secret); ++quotes) {
-    if (quotes <= kMostQuotes) {
-      AddAsWritten(secret);
+  if (secret.find('%') != std::string_view::npos) {
+    const std::string decoded = PercentDecoded(secret);
+    if (decoded != secret) {
+      Learn(decoded);
     }
-    secret = secret.substr(1, secret.size() - 2);
   }
-  AddAsWritten(secret);
-}
-
-void KnownSecrets::AddAsWritten(std::string_view secret) {
-  const bool isCut = secret.size() > kLongest;
-  const std::string start(secret.substr(0, kLongest));
-  Add(start, isCut);
-  for (const char* const which : {"&<", "&<>", "&<>\""}) {
-    Add(Coded(start, which), isCut);
-  }
-}
-
-void KnownSecrets::Add(const std::string& secret, bool isCut) {
-  if (secret.size() >= kShortest && secret != kMask) {
-    bool& cut = m_secrets[secret.substr(0, kLongest)];
-    cut = cut || isCut || secret.size() > kLongest;
-    m_starts.insert(secret.substr(0, kShortest));
-  }
-}
-
-void KnownSecrets::LearnFromXml(std::string_view xml) {
-  for (const std::string& secret : SecretsInXml(xml)) {
-    Learn(secret);
-  }
-}
-
-void KnownSecrets::LearnFromConfig(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find('\n', at), text.size());
-    const std::string_view line = text.substr(at, end - at);
-    at = end + 1;
-    if (!IsComment(line)) {
-      for (const SecretPlace& place : SecretPlaces(line)) {
-        Learn(line.substr(place.begin, place.end - place.begin));
-      }
+  LearnWord(secret);
+  const auto learnPart = [this](std::string_view word) {
+    // A line of a configuration that is not understood holds the names of its directives.
+    if (word != "snmp" && word != "snmpd" && FindKeyword(word, Spelling::Exact) == Keyword::Unknown) {
+      LearnWord(word);
     }
+  };
+  ForEachRun(
+      secret, [](char c) { return !IsBlank(c); }, learnPart);
+  ForEachRun(secret, IsPlainCharacter, learnPart);
+}
+
+void KnownSecrets::LearnWhole(std::string_view secret) {
+  const std::string decoded = PercentDecoded(secret);
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+  if (std::any_of(decoded.begin(), decoded.end(), isControl)) {
+    return Learn(secret);
+  }
+  LearnWord(secret);
+  LearnWord(decoded);
+}
+
+void KnownSecrets::LearnWord(std::string_view word) {
+  if (IsCommon(word)) {
+    return;
+  }
+  for (; word.size() >= kShortest && m_secrets.size() <= kMostSecrets;
+       word.remove_prefix(std::min(word.size(), kLongestPiece))) {
+    m_secrets.emplace(word.substr(0, kLongestPiece));
+    m_starts.insert(StartOf(word));
   }
 }
 
-std::size_t KnownSecrets::EndOfSecret(std::string_view text, std::size_t begin) const {
-  std::string_view rest = text.substr(begin, kLongest);
-  if (m_starts.count(std::string(rest.substr(0, kShortest))) == 0) {
-    return begin;
+std::size_t KnownSecrets::LengthAtFront(std::string_view text) const {
+  if (text.size() < kShortest || m_starts.count(StartOf(text)) == 0) {
+    return 0;
   }
-  while (rest.size() >= kShortest) {
-    // In the order of the map, take the last secret that is not behind the rest. Every secret with which the rest begins is
-    // also a beginning of that one.
-    const auto next = m_secrets.upper_bound(rest);
-    if (next == m_secrets.begin()) {
-      break;
-    }
-    const auto& [secret, isCut] = *std::prev(next);
-    const std::size_t common = CommonLength(secret, rest);
-    const bool isWhole = common == secret.size();
-    if (isWhole && isCut) {
-      return text.size();
-    }
-    if (isWhole && IsEdge(text, begin + common)) {
-      return begin + common;
-    }
-    rest = rest.substr(0, isWhole ? common - 1 : common);
+  // The two neighbours in the order of the set have more in common with the text than all others.
+  const std::string_view front = text.substr(0, kLongestPiece);
+  const auto next = m_secrets.upper_bound(front);
+  std::size_t length = next == m_secrets.end() ? 0 : CommonLength(*next, front);
+  length = next == m_secrets.begin() ? length : std::max(length, CommonLength(*std::prev(next), front));
+  // The beginning of several words may be one that everybody writes.
+  const bool isCut = length >= kShortestCut && !IsCommon(WithoutBlanksBehind(front.substr(0, length)));
+  while (!isCut && length != 0 && m_secrets.count(front.substr(0, length)) == 0) {
+    --length;
   }
-  return begin;
-}
-
-std::vector<SecretPlace> KnownSecrets::Places(const std::string& text) const {
-  std::vector<SecretPlace> places;
-  for (std::size_t at = 0; at < text.size() && !m_secrets.empty(); ++at) {
-    const std::size_t end = IsEdge(text, at) ? EndOfSecret(text, at) : at;
-    if (end != at && !places.empty() && at < places.back().end) {
-      places.back().end = std::max(places.back().end, end);
-    } else if (end != at) {
-      places.push_back({at, end});
-    }
-  }
-  return places;
+  return length;
 }
 
 std::string KnownSecrets::Mask(std::string_view text) const {
-  // Known secrets that look like tags are masked first, because MaskXml would cut them up.
-  const std::string plain(text);
-  std::vector<SecretPlace> cut = Places(plain);
-  cut.erase(std::remove_if(cut.begin(), cut.end(),
-                           [&](const SecretPlace& place) {
-                             return text.substr(place.begin, place.end - place.begin).find('<') == std::string_view::npos;
-                           }),
-            cut.end());
-  return MaskKnown(MaskConfigText(MaskXml(Masked(plain, cut))));
+  if (m_secrets.size() > kMostSecrets) {
+    return text.empty() ? "" : kMask;
+  }
+  std::string masked;
+  std::size_t hiddenTo = 0;
+  for (std::size_t at = 0; at != text.size(); ++at) {
+    const std::size_t length = m_secrets.empty() ? 0 : LengthAtFront(text.substr(at));
+    // Secrets that overlap or touch are one.
+    if (length != 0 && (at == 0 || at > hiddenTo)) {
+      masked += kMask;
+    }
+    hiddenTo = length == 0 ? hiddenTo : std::max(hiddenTo, at + length);
+    if (at >= hiddenTo) {
+      masked += text[at];
+    }
+  }
+  return masked;
 }
 
-std::string KnownSecrets::MaskKnown(const std::string& text) const {
-  return Masked(text, Places(text));
+std::string PercentDecoded(std::string_view text) {
+  std::string decoded;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    unsigned char code = 0;
+    const char* const digits = text.data() + at + 1;
+    const bool isCode =
+        text[at] == '%' && at + 2 < text.size() && std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2;
+    decoded += isCode ? static_cast<char>(code) : text[at];
+    at += isCode ? 2 : 0;
+  }
+  return decoded;
 }
 
 }  // namespace devhost

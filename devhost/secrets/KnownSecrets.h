@@ -2,49 +2,46 @@
 #define DEVHOST_SECRETS_KNOWN_SECRETS_H
 
 #include <cstddef>
-#include <functional>
-#include <map>
+#include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_set>
-#include <vector>
-
-#include "devhost/secrets/SecretPlaces.h"
 
 namespace devhost {
 
-// Remembers secrets that have appeared in known places. So it finds them in texts that do not show where secrets stand: log
-// lines, reasons of failures, and the output of programs.
+// What a secret is shown as, whatever its length.
+inline constexpr char kMask[] = "*****";
+
+// The secrets that have come by, to find them in texts that do not say where they stand: log lines, reasons, what programs
+// write.
 class KnownSecrets {
  public:
-  // Learns a secret, also as XML writes it and without the quotes around it. Ignores texts of fewer than four bytes: they
-  // are not secrets, and would be found everywhere.
+  // Learns a text whole and each of its words, so that it is found however a message quotes, cuts or encodes it. Of less
+  // than four bytes it learns nothing, nor of what everybody writes: true, false, default, localhost, numbers with dots. Nor
+  // are the names of directives learnt as parts.
   void Learn(std::string_view secret);
-  // Learns every secret in known places of the XML, which may be cut off.
-  void LearnFromXml(std::string_view xml);
-  // Learns every secret of an snmpd.conf. Ignores comments, because they explain things with ordinary words.
-  void LearnFromConfig(std::string_view text);
 
-  // Masks a text of any kind, of one or several lines: what the functions of Secrets.h find, and known secrets that stand
-  // there as whole words.
+  // Learns a text whole, for texts in which its words would be found too often. One that holds control characters is learnt
+  // by its words all the same: what follows them may have become a text of its own.
+  void LearnWhole(std::string_view secret);
+
+  // The text with ***** in place of all that is known, also inside words. After 250,000 secrets no more are learnt, and
+  // every text is *****.
   std::string Mask(std::string_view text) const;
-  // Masks only known secrets.
-  std::string MaskKnown(const std::string& text) const;
 
  private:
-  // Adds a secret as it is, and as XML writes it.
-  void AddAsWritten(std::string_view secret);
-  // Adds one text. With `isCut`, it is the beginning of a longer secret.
-  void Add(const std::string& secret, bool isCut);
-  std::vector<SecretPlace> Places(const std::string& text) const;
-  // Returns the end of the longest secret that begins at `begin`, or `begin` when none begins there. Behind the beginning of
-  // a very long secret, everything may belong to it.
-  std::size_t EndOfSecret(std::string_view text, std::size_t begin) const;
+  void LearnWord(std::string_view word);
+  // How many bytes at the front of `text` are a secret, or the first eight and more of one that was cut off; 0 for none.
+  std::size_t LengthAtFront(std::string_view text) const;
 
-  // Each secret, and whether it is only the beginning of a very long one.
-  std::map<std::string, bool, std::less<>> m_secrets;
-  std::unordered_set<std::string> m_starts;  // the first bytes of all secrets: few words of a text begin with one of them
+  std::set<std::string, std::less<>> m_secrets;
+  // The first bytes of each: most places of a text begin like none of them.
+  std::unordered_set<std::uint32_t> m_starts;
 };
+
+// The text with %XX replaced by the byte of that code, as states write bytes that XML cannot carry.
+std::string PercentDecoded(std::string_view text);
 
 }  // namespace devhost
 

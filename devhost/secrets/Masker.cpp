@@ -1,108 +1,332 @@
 #include "devhost/secrets/Masker.h"
 
-#include "devhost/secrets/SecretPlaces.h"
-#include "devhost/secrets/Secrets.h"
+#include <algorithm>
+#include <utility>
+
+#include "devhost/secrets/ConfigSecrets.h"
+#include "devhost/secrets/Fields.h"
+#include "devhost/secrets/Keywords.h"
+#include "devhost/snmpd/LineCutter.h"
+#include "devhost/snmpd/WordCutter.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
 
 namespace {
 
-// Returns whether the parameter `name` is a community, or the value of a setting that is one.
-bool IsSecret(const std::string& name, const Parameters& parameters) {
-  if (name != "value") {
-    return IsSecretSetting(name);
+constexpr std::size_t npos = std::string_view::npos;
+
+// The setting that an element is about, where it says so.
+std::string_view SettingOf(const XmlElement& element) {
+  const std::string* const name = element.FindAttribute("name");
+  return name == nullptr ? std::string_view() : *name;
+}
+
+// The text with each of its lines as `shown` gives it.
+template <class Shown>
+std::string EachLine(std::string_view text, Shown shown) {
+  std::string lines;
+  for (LineCutter cutter(text); cutter.Next();) {
+    lines.append(shown(cutter.Line())).append(1, '\n');
   }
-  for (const auto& [other, value] : parameters) {
-    if (other == "name" && IsSecretSetting(value)) {
+  if (!text.empty() && text.back() != '\n') {
+    lines.pop_back();
+  }
+  return lines;
+}
+
+bool IsBlankText(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), IsConfigBlank);
+}
+
+// Whether the next line may belong to this one.
+bool IsContinued(std::string_view line) {
+  while (!line.empty() && IsConfigBlank(line.back())) {
+    line.remove_suffix(1);
+  }
+  return !line.empty() && line.back() == '\\';
+}
+
+// What may be seen of a text, then the mask for the rest.
+std::string WithMask(std::string_view shown) {
+  const bool needsBlank = !shown.empty() && !IsConfigBlank(shown.back());
+  return std::string(shown) + (needsBlank ? " " : "") + kMask;
+}
+
+// How many bytes at the front of a line are the name of a directive and the marks before it; 0 for other lines.
+std::size_t LengthOfKeyword(std::string_view line) {
+  std::size_t begin = 0;
+  while (begin < line.size() && NameAt(line.substr(begin)).empty()) {
+    ++begin;
+  }
+  const std::string_view name = NameAt(line.substr(begin));
+  return FindKeyword(name, Spelling::Near) == Keyword::Unknown ? 0 : begin + name.size();
+}
+
+// An address or an object identifier in numbers.
+bool IsNumeric(std::string_view word) {
+  for (const std::string_view transport : {"udp:", "tcp:"}) {
+    word.remove_prefix(word.substr(0, transport.size()) == transport ? transport.size() : 0);
+  }
+  return word.find_first_not_of("0123456789.:") == npos && std::count(word.begin(), word.end(), '.') > 1;
+}
+
+bool IsSwitch(std::string_view word) {
+  return word == "true" || word == "false" || (word.size() <= 11 && word.find_first_not_of("-0123456789") == npos);
+}
+
+bool IsPort(std::string_view word) {
+  return word.size() <= 5 && word.find_first_not_of("0123456789") == npos;
+}
+
+// An SNMP program, also in a shell's command; not a file such as snmpd.conf.
+bool NamesSnmpProgram(std::string_view word) {
+  for (std::size_t at = word.find("snmp"); at != npos; at = word.find("snmp", at + 1)) {
+    const std::size_t end = at + NameAt(word.substr(at)).size();
+    if ((at == 0 || NameAt(word.substr(at - 1, 1)).empty()) && (end == word.size() || word[end] != '.')) {
       return true;
     }
   }
   return false;
 }
 
+bool IsOption(std::string_view word) {
+  return word.size() > 1 && word.front() == '-';
+}
+
+// An option of the SNMP programs whose value is harmless.
+bool IsHarmlessOption(std::string_view option) {
+  return IsOption(option) && std::string_view("trmMOvlax").find(option[1]) != npos;
+}
+
+// A text without what looks like a secret's place, line by line.
+std::string WithoutPlaces(std::string_view text) {
+  bool continues = false;
+  return EachLine(text, [&continues](std::string_view line) {
+    const std::size_t length = continues || line.find('\0') != npos ? 0 : ShownLengthOfFreeText(line);
+    continues = length != line.size() && IsContinued(line);
+    return IsBlankText(line.substr(length)) ? std::string(line) : WithMask(line.substr(0, length));
+  });
+}
+
 }  // namespace
 
-void Masker::Learn(const Parameters& parameters) {
-  if (m_showSecrets) {
-    return;
+std::string Masker::Secret(std::string_view text) {
+  if (m_showSecrets || text.empty()) {
+    return std::string(text);
   }
+  Learn(text);
+  return kMask;
+}
+
+void Masker::Learn(std::string_view secret) {
+  m_known.Learn(secret);
+  m_whole.LearnWhole(secret);
+}
+
+void Masker::LearnLine(std::string_view rest) {
+  // What follows -V names a view.
+  if (rest.find("-V") == npos) {
+    Learn(rest);
+  }
+  std::string_view before;
+  for (WordCutter cutter(rest); !cutter.AtLineEnd();) {
+    const DirectiveWord word = cutter.Next();
+    const std::string_view written = rest.substr(word.begin, word.end - word.begin);
+    if (before != "-V") {
+      Learn(word.text);
+      Learn(written);
+    }
+    before = written;
+  }
+}
+
+std::string Masker::Harmless(std::string_view text) const {
+  return m_whole.Mask(WithoutPlaces(text));
+}
+
+std::string Masker::SettingValue(std::string_view name, std::string_view value) {
+  const Setting setting = FindSetting(name);
+  const bool isShown = setting == Setting::Shown || (setting == Setting::Switch && IsSwitch(value));
+  return isShown && !m_showSecrets ? Harmless(value) : Secret(value);
+}
+
+std::string Masker::FieldValue(std::string_view name, const std::string& value, const FieldPlace& place) {
+  bool isShown = false;
+  switch (FindField(name)) {
+    case Field::Shown:
+      isShown = true;
+      break;
+    case Field::Switch:
+      isShown = IsSwitch(value);
+      break;
+    case Field::FreeText:
+      return Text(value);
+    case Field::Name:
+      if (FindSetting(value) != Setting::Unknown) {
+        return value;
+      }
+      isShown = place.owner == "variable";
+      break;
+    case Field::Operation:
+      isShown = IsOperation(value);
+      break;
+    case Field::Value:
+      if (place.owner != "count") {
+        return SettingValue(place.setting, value);
+      }
+      isShown = IsSwitch(value);
+      break;
+    case Field::Address:
+      isShown = IsNumeric(value);
+      break;
+    case Field::Port:
+      isShown = IsPort(value) || value == "auto";
+      break;
+    case Field::Config:
+      if (place.isText) {
+        Config(PercentDecoded(value));
+        return "(" + Counted(value.size(), "byte") + ")";
+      }
+      isShown = IsSwitch(value);
+      break;
+    case Field::Unknown:
+    case Field::Part:
+    case Field::Secret:
+      break;
+  }
+  return isShown ? Harmless(value) : Secret(value);
+}
+
+Parameters Masker::Fields(const Parameters& parameters) {
+  if (m_showSecrets) {
+    return parameters;
+  }
+  const auto named =
+      std::find_if(parameters.begin(), parameters.end(), [](const auto& each) { return each.first == "name"; });
+  const FieldPlace place{"", named == parameters.end() ? std::string_view() : named->second, false};
+  Parameters shown;
   for (const auto& [name, value] : parameters) {
-    if (IsSecret(name, parameters)) {
-      LearnQuoted(m_known, value);
-    } else {
-      m_known.LearnFromXml(value);
-    }
-  }
-}
-
-void Masker::LearnFromXml(std::string_view xml) {
-  if (!m_showSecrets) {
-    m_known.LearnFromXml(xml);
-  }
-}
-
-void Masker::LearnFromConfig(std::string_view text) {
-  if (!m_showSecrets) {
-    m_known.LearnFromConfig(text);
-  }
-}
-
-void Masker::LearnFromCommandLine(const std::vector<std::string>& words) {
-  for (const std::string& secret : SecretsInCommandLine(words)) {
-    LearnQuoted(m_known, secret);
-  }
-}
-
-std::string Masker::Text(std::string_view text) const {
-  return m_showSecrets ? std::string(text) : m_known.Mask(text);
-}
-
-std::string Masker::Secret(const std::string& text) const {
-  return m_showSecrets || text.empty() ? text : kMask;
-}
-
-std::string Masker::Xml(const std::string& xml) const {
-  if (m_showSecrets) {
-    return xml;
-  }
-  // The reason of a failure is a message.
-  return xml.compare(0, 5, "<Fail") == 0 ? m_known.Mask(xml) : MaskXml(xml);
-}
-
-std::string Masker::ConfigText(std::string_view text) const {
-  return m_showSecrets ? std::string(text) : MaskConfigText(text);
-}
-
-Parameters Masker::CommandParameters(const Parameters& parameters) const {
-  Parameters shown = parameters;
-  for (auto& [name, value] : shown) {
-    if (!m_showSecrets) {
-      value = IsSecret(name, parameters) ? Secret(value) : m_known.Mask(value);
-    }
+    shown.emplace_back(Harmless(name), name == "xml" ? Xml(value) : FieldValue(name, value, place));
   }
   return shown;
 }
 
-std::string Masker::CommandLine(const std::vector<std::string>& words) const {
+void Masker::LearnFrom(const XmlElement& element) {
+  FieldValue(element.name, element.text, {element.name, SettingOf(element), true});
+  for (const XmlAttribute& attribute : element.attributes) {
+    FieldValue(attribute.name, attribute.value, {element.name, SettingOf(element), false});
+  }
+  for (const XmlElement& child : element.children) {
+    LearnFrom(child);
+  }
+}
+
+void Masker::HideIn(XmlElement& element, bool isKnown) {
+  // In what is known, a name that is not may be a part of a value that was not written as XML should be.
+  isKnown = isKnown || FindField(element.name) != Field::Unknown;
+  const auto shownName = [&](const std::string& name) {
+    return FindField(name) != Field::Unknown ? name : isKnown ? kMask : Harmless(name);
+  };
+  const std::string setting(SettingOf(element));
+  if (!element.text.empty()) {
+    element.text = FieldValue(element.name, element.text, {element.name, setting, true});
+  }
+  for (XmlAttribute& attribute : element.attributes) {
+    attribute.value = FieldValue(attribute.name, attribute.value, {element.name, setting, false});
+    attribute.name = shownName(attribute.name);
+  }
+  for (XmlElement& child : element.children) {
+    HideIn(child, isKnown);
+  }
+  element.name = shownName(element.name);
+}
+
+std::string Masker::Xml(const std::string& xml, XmlStyle style) {
+  if (m_showSecrets || xml.empty()) {
+    return xml;
+  }
+  try {
+    XmlElement root = ReadXml(xml);
+    // First of all: what is shown may stand in front of the place where it is a secret.
+    LearnFrom(root);
+    HideIn(root, false);
+    return XmlText(root, style);
+  } catch (const XmlError&) {
+    Learn(xml);
+    return std::string(kMask) + " (" + Counted(xml.size(), "byte") + ", not XML)";
+  }
+}
+
+std::string Masker::ConfigLine(std::string_view line, bool continues) {
+  const std::size_t length = continues ? 0 : ShownLength(line);
+  const std::string_view rest = line.substr(length);
+  const bool isWhole = IsBlankText(rest);
+  if (!isWhole && !IsComment(line)) {
+    LearnLine(rest);
+  }
+  const std::string_view shown = isWhole ? line : line.substr(0, length);
+  const std::size_t keyword = LengthOfKeyword(shown);
+  const std::string text = std::string(shown.substr(0, keyword)) + m_whole.Mask(shown.substr(keyword));
+  return isWhole ? text : WithMask(text);
+}
+
+std::string Masker::Config(std::string_view text) {
+  if (m_showSecrets) {
+    return std::string(text);
+  }
+  const std::string reason = WhyNotPlain(text);
+  if (!reason.empty()) {
+    return "(" + Counted(text.size(), "byte") + ", not shown: " + reason + ")";
+  }
+  const auto show = [&] {
+    bool continues = false;
+    return EachLine(text,
+                    [&](std::string_view line) { return ConfigLine(line, std::exchange(continues, IsContinued(line))); });
+  };
+  show();  // once to learn, like XML
+  return show();
+}
+
+std::string Masker::CommandWord(std::string_view word, std::string_view before) {
+  const bool isValue = IsOption(before) && before.size() == 2;
+  const bool isSecret =
+      (isValue && !IsHarmlessOption(before)) || (IsOption(word) && word.size() > 2 && !IsHarmlessOption(word));
+  if (isSecret) {
+    Learn(IsOption(word) ? word.substr(2) : word);
+  }
+  const bool isShown = isValue ? !isSecret : (IsOption(word) && !isSecret) || IsNumeric(word) || NamesSnmpProgram(word);
+  return isShown || word.empty() ? std::string(word) : kMask;
+}
+
+std::string Masker::CommandLine(const std::vector<std::string>& words) {
   std::string line;
-  for (const std::string& word : m_showSecrets ? words : MaskCommandLine(words)) {
-    line += (line.empty() ? "" : " ") + AsWord(line.empty() || m_showSecrets ? word : m_known.Mask(word));
+  std::string before;
+  bool isSnmp = false;
+  for (const std::string& word : words) {
+    isSnmp = isSnmp || NamesSnmpProgram(word);
+    std::string shown;
+    if (m_showSecrets || !isSnmp) {
+      shown = Text(word);
+    } else {
+      for (std::size_t at = 0; at <= word.size();) {
+        const std::size_t end = std::min(word.find_first_of(" \t\r\n", at), word.size());
+        const std::string piece = word.substr(at, end - at);
+        shown += (at == 0 ? "" : " ") + CommandWord(piece, before);
+        before = piece;
+        at = end + 1;
+      }
+    }
+    line += (line.empty() ? "" : " ") + AsWord(shown);
   }
-  // A secret with blanks may be spread over several words.
-  return m_showSecrets ? line : m_known.MaskKnown(line);
+  return m_showSecrets ? line : m_known.Mask(line);
 }
 
-void LearnQuoted(KnownSecrets& secrets, std::string_view secret) {
-  secrets.Learn(secret);
-  secrets.Learn(OneLine(secret));
-  if (secret.size() > kMostQuoted) {
-    secrets.Learn(OneLine(secret.substr(0, kMostQuoted)));
+std::string Masker::Text(std::string_view text) const {
+  if (m_showSecrets) {
+    return std::string(text);
   }
-}
-
-bool IsSecretSetting(std::string_view name) {
-  return name.find("ommunity") != std::string_view::npos;
+  return m_known.Mask(WithoutPlaces(text));
 }
 
 }  // namespace devhost

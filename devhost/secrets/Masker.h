@@ -7,49 +7,62 @@
 
 #include "devhost/secrets/KnownSecrets.h"
 #include "devhost/text/Parameters.h"
+#include "devhost/xml/XmlReader.h"
 
 namespace devhost {
 
-// Masks communities and passphrases in the texts that the program prints, unless the user has asked to see them.
+// Shows texts that may hold communities, passphrases and keys. What is known to be harmless is shown. All else is *****, and
+// is remembered: where a later text has it, it is ***** there, too. What is empty stays empty. To learn the secrets of a
+// text that is not shown, mask it and drop the result.
 class Masker {
  public:
-  // With `showSecrets`, nothing is masked.
+  // With `showSecrets`, every text is shown as it is and nothing is remembered.
   explicit Masker(bool showSecrets) : m_showSecrets(showSecrets) {}
 
-  // These remember the secrets in known places, to find them later in other texts.
-  // The parameters of a command: communities, the value of a community setting, and secrets in XML.
-  void Learn(const Parameters& parameters);
-  // XML from or for a driver.
-  void LearnFromXml(std::string_view xml);
-  // A whole snmpd.conf.
-  void LearnFromConfig(std::string_view text);
-  // The words of a program's command line.
-  void LearnFromCommandLine(const std::vector<std::string>& words);
+  bool ShowsSecrets() const { return m_showSecrets; }
 
-  // These return a text with its secrets masked.
-  // A text of any kind: a message, a log line, the output of a program.
+  // A text that is a secret, or may be one.
+  std::string Secret(std::string_view text);
+  // The value of a device's setting of that name.
+  std::string SettingValue(std::string_view name, std::string_view value);
+  // The parameters of a command or event. Their names are shown.
+  Parameters Fields(const Parameters& parameters);
+  // XML from or for a driver: texts of elements and values of attributes whose names are known. What is not XML is hidden
+  // whole, its size aside, and so is an snmpd.conf in a state.
+  std::string Xml(const std::string& xml, XmlStyle style = XmlStyle::Compact);
+  // An snmpd.conf, line by line (ConfigSecrets.h). Of what is not plain text, its size and why: "(12 bytes, not shown:
+  // ...)".
+  std::string Config(std::string_view text);
+  // A program's command line, as a script writes it. Of the words that follow the name of an SNMP program only options,
+  // numbers and addresses are shown.
+  std::string CommandLine(const std::vector<std::string>& words);
+
+  // Free text: a message, a log line, a reason, what a program wrote. Hides what is remembered, and the rest of a line
+  // behind what looks like a secret's place. Learns nothing.
   std::string Text(std::string_view text) const;
-  // A text that is a secret as a whole. An empty one stays empty.
-  std::string Secret(const std::string& text) const;
-  // XML from or for a driver. The text of <Fail> is a message, so known secrets are masked in it, too.
-  std::string Xml(const std::string& xml) const;
-  // An snmpd.conf.
-  std::string ConfigText(std::string_view text) const;
-  // The parameters of a command or event.
-  Parameters CommandParameters(const Parameters& parameters) const;
-  // A program's command line, as a script would write it.
-  std::string CommandLine(const std::vector<std::string>& words) const;
 
  private:
+  struct FieldPlace {
+    std::string_view owner;    // the element's name
+    std::string_view setting;  // the setting that the element or command names
+    bool isText;               // of the element, not of an attribute
+  };
+
+  void Learn(std::string_view secret);
+  // The daemon's words of what is hidden of a line, too, each without its quotes.
+  void LearnLine(std::string_view rest);
+  // A text that is known to be harmless, and not free: only whole secrets are looked for in it.
+  std::string Harmless(std::string_view text) const;
+  std::string FieldValue(std::string_view name, const std::string& value, const FieldPlace& place);
+  void LearnFrom(const XmlElement& element);
+  void HideIn(XmlElement& element, bool isKnown);
+  std::string ConfigLine(std::string_view line, bool continues);
+  std::string CommandWord(std::string_view word, std::string_view before);
+
   bool m_showSecrets;
   KnownSecrets m_known;
+  KnownSecrets m_whole;  // the same without their words
 };
-
-// Learns a secret as it is, and as messages quote it: on one line, and cut when it is long.
-void LearnQuoted(KnownSecrets& secrets, std::string_view secret);
-
-// Returns whether the setting `name` is a community.
-bool IsSecretSetting(std::string_view name);
 
 }  // namespace devhost
 

@@ -104,8 +104,7 @@ TEST_F(CheckCommand, PrintsWhatTheDaemonSays) {
   EXPECT_EQ(outcome.status, ExitStatus::Failed);
   EXPECT_THAT(outcome.out,
               HasSubstr(file + ":2: error: the daemon says: Error: sysobjectid token not a parsable OID: [daemon]\n"));
-  EXPECT_THAT(outcome.out,
-              HasSubstr(file + ":4: error: the daemon says: Error: Blank line following rouser token. [daemon]\n"));
+  EXPECT_THAT(outcome.out, HasSubstr(file + ":4: error: the daemon says: Error: Blank line following ***** [daemon]\n"));
   EXPECT_EQ(outcome.errors, "");
 }
 

@@ -45,8 +45,9 @@ TEST_F(TheDriversOfAProject, HaveNames) {
 
 TEST_F(TheDriversOfAProject, AreListedForAWordThatIsNoneOfThem) {
   for (const char* const word : {"cellar", "Kitchen", "13", "12x", " 12", "-12", "+12", "", "99999999999999999999"}) {
-    EXPECT_EQ(ErrorOf(names, word), "there is no driver \"" + std::string(word) +
-                                        "\"; the drivers of this project are: kitchen (12), agent (0), attic (4294967295)");
+    EXPECT_EQ(ErrorOf(names, word),
+              "there is no driver of that name or id; the drivers of this project are: kitchen (12), agent (0), attic "
+              "(4294967295)");
   }
 }
 
@@ -58,7 +59,7 @@ TEST(ManyDriversOfAProject, AreNotAllListed) {
 }
 
 TEST(NoDrivers, AreListedAsNone) {
-  EXPECT_EQ(ErrorOf(DriverNames({}), "x"), "there is no driver \"x\"; the drivers of this project are: none");
+  EXPECT_EQ(ErrorOf(DriverNames({}), "x"), "there is no driver of that name or id; the drivers of this project are: none");
 }
 
 }  // namespace

@@ -35,9 +35,9 @@ TEST(AMaskedOccurrence, HidesSecretsInParameters) {
   Masker secrets(false);
   for (const Kind kind : {Kind::Command, Kind::Event}) {
     Occurrence occurrence = Make(kind, "");
-    occurrence.parameters = {{"community", "@hidden"}, {"xml", "<community>hidden</community>"}, {"name", "a"}};
+    occurrence.parameters = {{"community", "@hidden"}, {"xml", "<community>hidden</community>"}, {"name", "sysName"}};
     EXPECT_EQ(Masked(occurrence, secrets).parameters,
-              (Parameters{{"community", "*****"}, {"xml", "<community>*****</community>"}, {"name", "a"}}));
+              (Parameters{{"community", "*****"}, {"xml", "<community>*****</community>"}, {"name", "sysName"}}));
   }
 }
 

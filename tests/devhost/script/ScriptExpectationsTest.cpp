@@ -46,8 +46,8 @@ class ACheckedExpectation : public testing::Test {
 
 TEST_F(ACheckedExpectation, IsMetByTheSameText) {
   EXPECT_THAT(Check(Expect(Subject::File, Comparison::Is, "a\nb"), "a\nb"), ElementsAre());
-  EXPECT_THAT(Check(Expect(Subject::File, Comparison::Is, "a"), "b"),
-              ElementsAre("the file of kitchen is not as expected", "expected: a", "found:    b"));
+  EXPECT_THAT(Check(Expect(Subject::File, Comparison::Is, "#a"), "#b"),
+              ElementsAre("the file of kitchen is not as expected", "expected: #a", "found:    #b"));
 }
 
 TEST_F(ACheckedExpectation, IsMetByAMatch) {
@@ -67,7 +67,8 @@ TEST_F(ACheckedExpectation, IsMetByTheTextOfAGoldenFileAtAnyTime) {
 }
 
 TEST_F(ACheckedExpectation, LooksAtTheLastOfEachKind) {
-  EXPECT_THAT(Check(Expect(Subject::Reply, Comparison::Is, "a")), ElementsAre("there has been no reply yet", "expected: a"));
+  EXPECT_THAT(Check(Expect(Subject::Reply, Comparison::Is, "<id>1</id>")),
+              ElementsAre("there has been no reply yet", "expected: <id>1</id>"));
   EXPECT_THAT(Check(Expect(Subject::Log, Comparison::Is, "a")),
               ElementsAre("there has been no log line yet", "expected: a"));
   EXPECT_THAT(Check(Expect(Subject::Output, Comparison::Is, "a")),
@@ -101,9 +102,9 @@ TEST_F(ACheckedExpectation, TakesAnOutputWithoutItsLastLineFeedButNotForAGoldenF
 TEST_F(ACheckedExpectation, OfNoneIsAboutTheLastActionThatCanCauseAny) {
   const ExpectAction none = Expect(Subject::Notification, Comparison::None, "");
   EXPECT_THAT(Check(none), ElementsAre());
-  Happens(Occurrence::Kind::Notification, "a");
-  Happens(Occurrence::Kind::Notification, "b");
-  const Lines unmet = {"there was a notification", "expected: none", "found:    b (the last of 2)"};
+  Happens(Occurrence::Kind::Notification, "<id>1</id>");
+  Happens(Occurrence::Kind::Notification, "<id>2</id>");
+  const Lines unmet = {"there was a notification", "expected: none", "found:    <id>2</id> (the last of 2)"};
   EXPECT_EQ(Check(none), unmet);
   for (const Action& quiet : {Action(PrintAction()), Action(ShowAction()), Action(none)}) {
     expectations.BeginAction(quiet);
@@ -111,13 +112,21 @@ TEST_F(ACheckedExpectation, OfNoneIsAboutTheLastActionThatCanCauseAny) {
   }
   expectations.BeginAction(LoadProjectAction());
   EXPECT_THAT(Check(none), ElementsAre());
-  EXPECT_THAT(Check(Expect(Subject::Notification, Comparison::Is, "b")), ElementsAre()) << "it is still the last one";
+  EXPECT_THAT(Check(Expect(Subject::Notification, Comparison::Is, "<id>2</id>")), ElementsAre())
+      << "it is still the last one";
 }
 
 TEST_F(ACheckedExpectation, ThatIsNotMetShowsNoSecret) {
-  secrets.LearnFromXml("<community>hidden</community>");
-  EXPECT_THAT(Check(Expect(Subject::File, Comparison::Is, "hidden a"), "hidden b"),
-              ElementsAre("the file of kitchen is not as expected", "expected: ***** a", "found:    ***** b"));
+  secrets.Xml("<community>hidden</community>");
+  EXPECT_THAT(Check(Expect(Subject::Output, Comparison::Is, "hidden a")), testing::Contains("expected: ***** a"));
+  EXPECT_THAT(Check(Expect(Subject::File, Comparison::Is, "# hidden a"), "# hidden b"),
+              ElementsAre("the file of kitchen is not as expected", "expected: # ***** a", "found:    # ***** b"));
+  EXPECT_THAT(
+      Check(Expect(Subject::File, Comparison::Matches, "^rocommunity  x$"), "rwcommunity  y\n"),
+      ElementsAre("the file of kitchen does not match", "expected: ^rocommunity  *****", "found:    rwcommunity  *****\n"));
+  EXPECT_THAT(Check(Expect(Subject::State, Comparison::Is, "<known>x</known>"), "<base>y</base>"),
+              ElementsAre("the state of kitchen is not as expected", "expected: <known>(1 byte)</known>",
+                          "found:    <base>(1 byte)</base>"));
   ExpectAction community = Expect(Subject::Setting, Comparison::Is, "my");
   community.setting = "communityRead";
   EXPECT_THAT(Check(community, "xy"), ElementsAre("the setting \"communityRead\" of kitchen is not as expected",
@@ -125,8 +134,8 @@ TEST_F(ACheckedExpectation, ThatIsNotMetShowsNoSecret) {
 }
 
 TEST_F(ACheckedExpectation, ThatIsNotMetShowsOnlyTheBeginningOfALongText) {
-  const Lines lines = Check(Expect(Subject::File, Comparison::Matches, "a"), std::string(1000, 'x'));
-  EXPECT_EQ(lines.at(2), "found:    " + std::string(400, 'x') + "... (1000 bytes)");
+  const Lines lines = Check(Expect(Subject::File, Comparison::Matches, "a"), std::string(1000, '#'));
+  EXPECT_EQ(lines.at(2), "found:    " + std::string(400, '#') + "... (1000 bytes)");
 }
 
 }  // namespace

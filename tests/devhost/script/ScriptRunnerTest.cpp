@@ -25,7 +25,6 @@ class APlayedScript : public testing::Test {
     const DriverNames names(project.drivers);
     const Script script{"a.devhost", folder.Path(), text};
     CheckScript(script, names);
-    StateMemory states;
     ScriptRunner runner(project, names, states, reporter, secrets);
     runner.Start();
     if (beforePlay) {
@@ -60,6 +59,7 @@ class APlayedScript : public testing::Test {
   const testsupport::ScratchFolder folder;
   Project project{{{12, "kitchen", MODULE_FOLDER "/simulated_device.so", "<config folder=\"" + folder.Path("k") + "\"/>"}},
                   {{5, 7, "lamp", false, false, true}}};
+  StateMemory states;
   RecordingReporter reporter;
   Masker secrets{false};
   std::function<void()> beforePlay;
@@ -112,9 +112,9 @@ TEST_F(APlayedScript, ReportsWhatItShows) {
 
 TEST_F(APlayedScript, ReportsAFileAsItStandsAndNoneThatIsMissing) {
   EXPECT_EQ(Play("device kitchen show file\n").actionsFailed, 1u);
-  folder.Write("k/snmpd.conf", "a\nb");
+  folder.Write("k/snmpd.conf", "#a\n#b");
   Play("device kitchen show file\n");
-  EXPECT_EQ(Only(Kind::File).text, "a\nb");
+  EXPECT_EQ(Only(Kind::File).text, "#a\n#b");
   EXPECT_EQ(Only(Kind::File).driverId, 12ul);
 }
 
@@ -140,8 +140,8 @@ TEST_F(APlayedScript, ExpectsNothingOfWhatCameBeforeTheLastAction) {
 }
 
 TEST_F(APlayedScript, CountsWhatFailsAndGoesOn) {
-  const ScriptRunner::Result result =
-      Play("print a\ncommand NoSuchCommand\nexpect reply is a\nrun false\ndevice kitchen set no-such-setting a\nprint b\n");
+  const ScriptRunner::Result result = Play(
+      "print a\ncommand NoSuchCommand\nexpect reply is <id/>\nrun false\ndevice kitchen set no-such-setting a\nprint b\n");
   EXPECT_FALSE(result.Good());
   EXPECT_EQ(result.actionsFailed, 3u);
   EXPECT_EQ(result.expectationsFailed, 1u);
@@ -154,7 +154,7 @@ TEST_F(APlayedScript, CountsWhatFailsAndGoesOn) {
   EXPECT_EQ(errors[1].text, "false ended with status 1");
   EXPECT_THAT(errors[2].text, HasSubstr("kitchen refused: "));
   EXPECT_EQ(Only(Kind::Expect).text, "there has been no reply yet");
-  EXPECT_THAT(Only(Kind::Expect).details, ElementsAre("expected: a"));
+  EXPECT_THAT(Only(Kind::Expect).details, ElementsAre("expected: <id/>"));
 }
 
 TEST_F(APlayedScript, NamesTheDriverThatAnErrorIsAbout) {
@@ -166,7 +166,7 @@ TEST_F(APlayedScript, NamesTheDriverThatAnErrorIsAbout) {
 TEST_F(APlayedScript, FailsWhereAFileHasGoneSinceItWasChecked) {
   const std::string path = folder.Write("gone", "a");
   beforePlay = [&path] { ::unlink(path.c_str()); };
-  EXPECT_EQ(Play("print a\nevent OnProjectLoaded a=@gone\nprint b\n").actionsFailed, 1u);
+  EXPECT_EQ(Play("print a\nevent OnProjectLoaded xml=@gone\nprint b\n").actionsFailed, 1u);
   EXPECT_EQ(Only(Kind::Error).text, "cannot read \"" + path + "\": No such file or directory");
   EXPECT_EQ(reporter.Of(Kind::Print).size(), 2u);
 }
@@ -214,6 +214,12 @@ TEST_F(APlayedScript, ReportsNoSecret) {
   Play(kSecretive);
   EXPECT_THAT(AllTexts(), testing::AllOf(HasSubstr("*****"), HasSubstr("OnProjectLoaded"), Not(HasSubstr("hidden"))));
   EXPECT_EQ(reporter.Of(Kind::Expect).size(), 2u);
+}
+
+TEST_F(APlayedScript, KnowsTheSecretsOfTheStatesThatItsDriversGet) {
+  states.Save(12, "<settings><setting name='communityRead' value='a%0Dhidden'/></settings>");
+  Play("print 'a hidden thing'\n");
+  EXPECT_EQ(Only(Kind::Print).text, "a ***** thing");
 }
 
 TEST_F(APlayedScript, ReportsSecretsWhenAsked) {

@@ -1,80 +1,196 @@
 #include "devhost/secrets/Masker.h"
 
-#include <gmock/gmock.h>
-
-#include "devhost/text/Words.h"
+#include <gtest/gtest.h>
 
 namespace devhost {
 namespace {
 
-TEST(AMasker, HidesALearntSecretInAMessage) {
+TEST(ASecret, IsHiddenWhateverItsLengthUnlessItIsEmpty) {
   Masker masker(false);
-  EXPECT_EQ(masker.Text("they say hidden one"), "they say hidden one");
-  masker.LearnFromXml("<snmpCommunityReadSetting>hidden one</snmpCommunityReadSetting>");
-  masker.LearnFromCommandLine({"snmpget", "-v2c", "-c", "hidden2", "host"});
-  masker.Learn({{"name", "communityWrite"}, {"value", "hidden3"}});
-  masker.Learn({{"target", "10.0.0.5"}, {"community", "hidden4"}, {"port", "162"}});
-  masker.Learn({{"xml", "<community>hidden5</community>"}});
-  EXPECT_EQ(masker.Text("hidden one, hidden2, hidden3, hidden4 and hidden5 at 10.0.0.5"),
-            "*****, *****, *****, ***** and ***** at 10.0.0.5");
-}
-
-TEST(AMasker, HidesTheBeginningOfALongSecretThatAMessageQuotes) {
-  Masker masker(false);
-  const std::string secret = "a\tb" + std::string(300, 's');
-  masker.Learn({{"name", "communityWrite"}, {"value", secret}});
-  EXPECT_EQ(masker.Text(Quoted(secret)), "\"*****...\" (303 bytes)");
-  EXPECT_EQ(masker.Text(OneLine(secret)), "*****");
-}
-
-TEST(AMasker, HidesACommandsSecretsAndNothingElse) {
-  const Masker masker(false);
-  const Parameters setting = {{"name", "communityRead"}, {"value", "hidden"}};
-  EXPECT_EQ(masker.CommandParameters(setting), (Parameters{{"name", "communityRead"}, {"value", "*****"}}));
-  const Parameters trap = {{"target", "10.0.0.5"}, {"community", "hidden"}, {"port", "162"}};
-  EXPECT_EQ(masker.CommandParameters(trap), (Parameters{{"target", "10.0.0.5"}, {"community", "*****"}, {"port", "162"}}));
-  const Parameters name = {{"name", "sysName"}, {"value", "kitchen"}};
-  EXPECT_EQ(masker.CommandParameters(name), name);
-  const Parameters inlined = {{"xml", "<a><community>hidden</community></a>"}};
-  EXPECT_EQ(masker.CommandParameters(inlined), (Parameters{{"xml", "<a><community>*****</community></a>"}}));
-  const Parameters at = {{"community", "@hidden"}};
-  EXPECT_EQ(masker.CommandParameters(at), (Parameters{{"community", "*****"}}));
-}
-
-TEST(AMasker, HidesTheSecretsOfAConfiguration) {
-  EXPECT_EQ(Masker(false).ConfigText("# rocommunity hidden\n\nrwcommunity hidden default\nsysName a"),
-            "# rocommunity *****\n\nrwcommunity ***** default\nsysName a");
-}
-
-TEST(AMasker, HidesASecretAndShowsWhenItIsEmpty) {
-  const Masker masker(false);
-  EXPECT_EQ(masker.Secret("hidden"), "*****");
+  EXPECT_EQ(masker.Secret("x"), "*****");
+  EXPECT_EQ(masker.Secret(" "), "*****");
   EXPECT_EQ(masker.Secret(""), "");
+  EXPECT_EQ(masker.SettingValue("communityRead", "x"), "*****");
+  EXPECT_EQ(masker.SettingValue("comunityRead", "x"), "*****");
+  EXPECT_EQ(masker.SettingValue("sysName", "x"), "x");
 }
 
-TEST(AMasker, HidesALearntSecretInTheReasonOfAFailure) {
+TEST(ASecretThatHasComeBy, IsHiddenInFreeText) {
   Masker masker(false);
-  masker.LearnFromXml("<community>hidden</community>");
-  EXPECT_EQ(masker.Xml("<Fail>the community hidden is wrong</Fail>"), "<Fail>the community ***** is wrong</Fail>");
-  EXPECT_EQ(masker.Xml("<sysName>hidden</sysName>"), "<sysName>hidden</sysName>");
+  EXPECT_EQ(masker.Text("they say hidden1"), "they say hidden1");
+  masker.Secret("hidden1");
+  masker.SettingValue("communityRead", "hidden2");
+  masker.Fields({{"target", "10.0.0.5"}, {"community", "hidden3"}});
+  masker.Xml("<snmpCommunityReadSetting>hidden4</snmpCommunityReadSetting>");
+  masker.Config("rwcommunity hidden5 default -V systemview\n");
+  masker.CommandLine({"snmpget", "-v2c", "-c", "hidden6", "host"});
+  masker.Xml("<LocalSnmpd><known>rocommunity%0Dhidden7</known></LocalSnmpd>");
+  EXPECT_EQ(masker.Text("hidden1 hidden2 hidden3 hidden4 hidden5 hidden6 hidden7, default systemview host 10.0.0.5"),
+            "***** ***** ***** ***** ***** ***** *****, default systemview host 10.0.0.5");
 }
 
-TEST(AMasker, HidesASecretThatIsSeveralWordsOfACommandLine) {
+TEST(FreeText, IsHiddenBehindWhatLooksLikeASecretsPlace) {
+  const Masker masker(false);
+  EXPECT_EQ(masker.Text("one\nline 2 is rocommunity x y\n\nthree"), "one\nline 2 is rocommunity *****\n\nthree");
+  EXPECT_EQ(masker.Text("community=x"), "community *****");
+  EXPECT_EQ(masker.Text("rocommunity"), "rocommunity");
+  EXPECT_EQ(masker.Text(std::string("r\0o\0", 4) + "\nx"), "*****\nx");
+  EXPECT_EQ(masker.Text(""), "");
+}
+
+TEST(AConfiguration, IsShownLineByLine) {
   Masker masker(false);
-  masker.Learn({{"community", "our house"}});
-  EXPECT_EQ(masker.CommandLine({"echo", "in our house", "in", "our", "house", "rocommunity x"}),
-            "echo 'in *****' in ***** 'rocommunity *****'");
+  EXPECT_EQ(masker.Config("# Kitchen\n\nsysName kitchen\nrocommunity  x default\r\n[snmp] a\nrocommunity \ntrap2sink:x"),
+            "# Kitchen\n\nsysName kitchen\nrocommunity  *****\n*****\nrocommunity \ntrap2sink *****");
+  EXPECT_EQ(masker.Config("sysName x\n"), "sysName x\n");
+  EXPECT_EQ(masker.Config("\n"), "\n");
+  EXPECT_EQ(masker.Config(""), "");
+}
+
+TEST(AConfiguration, HidesItsSecretsInItsOtherLinesToo) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Config("sysContact ask for hidden1\nrocommunity hidden1\n"),
+            "sysContact ask for *****\nrocommunity *****\n");
+}
+
+TEST(WhatIsHarmless, HidesWholeSecretsAndWhatTheirLineFeedsMakeOfThem) {
+  Masker masker(false);
+  masker.Secret("kitchen door");
+  EXPECT_EQ(masker.Config("sysName kitchen\nsysContact at the kitchen door\n"),
+            "sysName kitchen\nsysContact at the *****\n");
+  EXPECT_EQ(masker.SettingValue("sysName", "kitchen"), "kitchen");
+  EXPECT_EQ(masker.Xml("<snmpSysNameSetting>kitchen</snmpSysNameSetting>"),
+            "<snmpSysNameSetting>kitchen</snmpSysNameSetting>");
+  EXPECT_EQ(masker.Xml("<Fail>kitchen</Fail>"), "<Fail>*****</Fail>");
+  masker.Secret("one\nsysLocation hidden");
+  EXPECT_EQ(masker.Config("rocommunity  one\nsysLocation hidden\n"), "rocommunity  *****\nsysLocation *****\n");
+}
+
+TEST(AConfiguration, HidesALineThatMayContinueAnother) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Config("rocommunity \\\nmaster hidden\nmaster x"), "rocommunity *****\n*****\nmaster x");
+}
+
+TEST(AConfiguration, TeachesNothingFromItsComments) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Config("# createUser username SHA passphrase\n"), "# createUser *****\n");
+  EXPECT_EQ(masker.Text("no username, no passphrase"), "no username, no passphrase");
+}
+
+TEST(AConfiguration, ThatIsNotPlainTextShowsItsSizeAndWhy) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Config("\xFF\xFEr"), "(3 bytes, not shown: it begins with a byte order mark of UTF-16)");
+}
+
+TEST(Xml, ShowsTheFieldsThatAreKnownToBeHarmless) {
+  Masker masker(false);
+  const std::string shown =
+      "<managedDevices><managedDevice><snmpSysNameSetting>my kitchen</snmpSysNameSetting><snmpCommunityReadSetting/>"
+      "<snmpTrapTargets><trapTarget><target>10.0.0.5</target><community/><port>162</port></trapTarget></snmpTrapTargets>"
+      "<deviceId>12</deviceId></managedDevice></managedDevices>";
+  EXPECT_EQ(masker.Xml(shown), shown);
+  const std::string state =
+      "<SNMPState version=\"1\"><variables><variable deviceid=\"1\" name=\"lamp\"/></variables></SNMPState>";
+  EXPECT_EQ(masker.Xml(state), state);
+}
+
+TEST(Xml, HidesEveryOtherValue) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Xml("<Status up='a'>b<part c=''>d</part></Status>"),
+            "<Status up=\"*****\">*****<part c=\"\">*****</part></Status>");
+  EXPECT_EQ(masker.Xml("<trapTarget target='myhost' community='a' port='hidden'/>"),
+            "<trapTarget target=\"*****\" community=\"*****\" port=\"*****\"/>");
+  EXPECT_EQ(masker.Xml("<setting name='sysName' value='x'/>"), "<setting name=\"sysName\" value=\"x\"/>");
+  EXPECT_EQ(masker.Xml("<setting name='communityRead' value='x'>y</setting>"),
+            "<setting name=\"communityRead\" value=\"*****\">*****</setting>");
+  EXPECT_EQ(masker.Xml("<setting name='comunityRead' value='x'/>"), "<setting name=\"*****\" value=\"*****\"/>");
+  EXPECT_EQ(masker.Xml("<known a='b'>-\nsysName x\n-</known>"), "<known _____=\"*****\">(13 bytes)</known>");
+  EXPECT_EQ(masker.Xml("<daemon pending='true'/>"), "<daemon pending=\"true\"/>");
+}
+
+TEST(Xml, HidesNamesThatCannotBeThereInWhatIsKnown) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Xml("<snmpCommunityReadSetting><hidden x=''/></snmpCommunityReadSetting>"),
+            "<snmpCommunityReadSetting><_____ _____=\"\"/></snmpCommunityReadSetting>");
+}
+
+TEST(Xml, HidesItsSecretsInFrontOfTheirPlaceToo) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Xml("<settings><Fail>hidden is wrong</Fail><community>hidden</community></settings>"),
+            "<settings><Fail>***** is wrong</Fail><community>*****</community></settings>");
+}
+
+TEST(Xml, IsLaidOutAsAskedAndWrittenAnew) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Xml("<filePath>\n1&#x32;</filePath>", XmlStyle::Compact), "<filePath>\n12</filePath>");
+  EXPECT_EQ(masker.Xml("<counts><count operation='CopyTo' value='1'/></counts>", XmlStyle::Indented),
+            "<counts>\n  <count operation=\"CopyTo\" value=\"1\"/>\n</counts>");
+}
+
+TEST(WhatIsNotXml, ShowsItsSize) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Xml("<a><community>hidden"), "***** (20 bytes, not XML)");
+  EXPECT_EQ(masker.Text("hidden"), "*****");
+  EXPECT_EQ(masker.Xml(""), "");
+}
+
+TEST(ASwitch, IsShownWhenItIsOne) {
+  Masker masker(false);
+  EXPECT_EQ(masker.SettingValue("enabled", "true"), "true");
+  EXPECT_EQ(masker.SettingValue("trapTargets", "12"), "12");
+  EXPECT_EQ(masker.SettingValue("enabled", "hidden"), "*****");
+  EXPECT_EQ(masker.Xml("<deviceId>12</deviceId>"), "<deviceId>12</deviceId>");
+  EXPECT_EQ(masker.Xml("<deviceId>hidden</deviceId>"), "<deviceId>*****</deviceId>");
+  EXPECT_EQ(masker.Xml("<count operation='hidden' value='hidden'/>"), "<count operation=\"*****\" value=\"*****\"/>");
+}
+
+TEST(ACommand, ShowsTheParametersThatAreKnownToBeHarmless) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Fields({{"name", "communityRead"}, {"value", "x"}}),
+            (Parameters{{"name", "communityRead"}, {"value", "*****"}}));
+  EXPECT_EQ(masker.Fields({{"name", "hidden"}, {"value", "communityRead"}}),
+            (Parameters{{"name", "*****"}, {"value", "*****"}}));
+  EXPECT_EQ(masker.Fields({{"name", "sysName"}, {"value", "kitchen"}}),
+            (Parameters{{"name", "sysName"}, {"value", "kitchen"}}));
+  EXPECT_EQ(masker.Fields({{"deviceId", "12"}, {"greeting", "hello"}, {"xml", "<community>x</community>"}}),
+            (Parameters{{"deviceId", "12"}, {"greeting", "*****"}, {"xml", "<community>*****</community>"}}));
+}
+
+TEST(ACommandLine, OfAnSnmpProgramShowsOptionsNumbersAndAddresses) {
+  Masker masker(false);
+  EXPECT_EQ(
+      masker.CommandLine({"snmpget", "-v2c", "-c", "my house", "-On", "-m", "", "-t", "1", "udp:127.0.0.1:161", ".1.3.6"}),
+      "snmpget -v2c -c '***** *****' -On -m '' -t 1 udp:127.0.0.1:161 .1.3.6");
+  EXPECT_EQ(masker.CommandLine({"/usr/bin/snmpset", "-chidden", "-c", "1.2.3", "host", ".1.3.6", "s", "x"}),
+            "/usr/bin/snmpset ***** -c ***** ***** .1.3.6 ***** *****");
+  EXPECT_EQ(masker.CommandLine({"timeout", "5", "snmpwalk", "-v", "3", "-A", "a", "-a", "SHA", "-c"}),
+            "timeout 5 snmpwalk -v 3 -A ***** -a SHA -c");
+}
+
+TEST(ACommandLine, OfAShellIsReadLikeOneOfAnSnmpProgram) {
+  Masker masker(false);
+  EXPECT_EQ(masker.CommandLine({"sh", "-c", "cd x; P=hidden snmpget -v2c -c 'my house' h"}),
+            "sh -c '***** ***** ***** snmpget -v2c -c ***** ***** *****'");
+}
+
+TEST(ACommandLine, OfAnotherProgramIsFreeText) {
+  Masker masker(false);
+  masker.Secret("our house");
+  EXPECT_EQ(masker.CommandLine({"echo", "in our house", "at", "home", "rocommunity x"}),
+            "echo 'in *****' at home 'rocommunity *****'");
+  EXPECT_EQ(masker.CommandLine({"cat", "kitchen/snmpd.conf"}), "cat kitchen/snmpd.conf");
 }
 
 TEST(AMasker, ThatWasAskedToShowSecretsHidesNothing) {
   Masker masker(true);
-  masker.Learn({{"community", "hidden"}});
-  EXPECT_EQ(masker.Text("rocommunity hidden"), "rocommunity hidden");
+  EXPECT_TRUE(masker.ShowsSecrets());
   EXPECT_EQ(masker.Secret("hidden"), "hidden");
-  EXPECT_EQ(masker.Xml("<community>hidden</community>"), "<community>hidden</community>");
-  EXPECT_EQ(masker.ConfigText("rocommunity hidden"), "rocommunity hidden");
-  EXPECT_EQ(masker.CommandParameters({{"community", "hidden"}}), (Parameters{{"community", "hidden"}}));
+  EXPECT_EQ(masker.SettingValue("communityRead", "hidden"), "hidden");
+  EXPECT_EQ(masker.Fields({{"community", "hidden"}}), (Parameters{{"community", "hidden"}}));
+  EXPECT_EQ(masker.Xml("<community>hidden"), "<community>hidden");
+  EXPECT_EQ(masker.Config("rocommunity hidden"), "rocommunity hidden");
   EXPECT_EQ(masker.CommandLine({"snmpget", "-c", "hidden"}), "snmpget -c hidden");
+  EXPECT_EQ(masker.Text("rocommunity hidden"), "rocommunity hidden");
 }
 
 }  // namespace
