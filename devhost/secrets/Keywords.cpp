@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace devhost {
 
@@ -52,6 +53,23 @@ const Table& Keywords() {
   return kTable;
 }
 
+using Names = std::vector<Table::value_type>;
+
+// The names that may be near to others, each at its length. A near name is at most one letter longer or shorter, and every
+// word of every text is looked for.
+const std::vector<Names>& NamesByLength() {
+  static const std::vector<Names> kNames = [] {
+    std::vector<Names> names(kLongestName + 2);
+    for (const auto& entry : Keywords()) {
+      if (entry.first.size() >= kShortestNear) {
+        names.at(entry.first.size()).push_back(entry);
+      }
+    }
+    return names;
+  }();
+  return kNames;
+}
+
 bool IsNameCharacter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
@@ -84,9 +102,11 @@ Keyword FindKeyword(std::string_view name, Spelling spelling) {
     return exact == Keywords().end() ? Keyword::Unknown : exact->second;
   }
   Keyword found = Keyword::Unknown;
-  for (const auto& [known, keyword] : Keywords()) {
-    if (known.size() >= kShortestNear && keyword > found && IsNear(known, lower)) {
-      found = keyword;
+  for (std::size_t length = lower.size() - 1; length <= lower.size() + 1; ++length) {
+    for (const auto& [known, keyword] : NamesByLength()[length]) {
+      if (keyword > found && IsNear(known, lower)) {
+        found = keyword;
+      }
     }
   }
   return found;

@@ -17,7 +17,7 @@ constexpr char kOldAppend[] = "_ZNSs6appendEPKcm";
 constexpr char kOldDestructor[] = "_ZNSsD1Ev";
 constexpr char kOldList[] = "_ZN5H7XML13CreateXmlNodeERKSsS1_";
 constexpr char kNewAppend[] = "_ZNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEE9_M_appendEPKcm";
-constexpr char kChecked[] = "_ZN11__gnu_debug19_Safe_sequence_base13_M_detach_allEv";
+[[maybe_unused]] constexpr char kChecked[] = "_ZN11__gnu_debug19_Safe_sequence_base13_M_detach_allEv";
 constexpr char kOtherLibrary[] = "_ZNSt3__112basic_stringIcNS_11char_traitsIcEENS_9allocatorIcEEE6appendEPKc";
 
 // What keeps a module from being loaded; "" for nothing.

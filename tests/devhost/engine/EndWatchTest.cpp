@@ -26,7 +26,7 @@ const char kExit[] =
     "^devhost: the process was ended during command \"Exit\" of driver 5 \"rude5\"; drivers return from every call\n$";
 
 // The line of the watch, with what a crash has done and where.
-void ExpectCrash(const std::string& command, int signal, const std::string& line) {
+void ExpectCrash(const std::string& command, [[maybe_unused]] int signal, const std::string& line) {
   const ProgramResult result = EndBy(command);
   EXPECT_THAT(result.output, AllOf(HasSubstr("devhost: the process " + line + "\n"), Not(HasSubstr("still here"))));
 #ifdef TESTS_UNDER_ADDRESS_SANITIZER

@@ -45,8 +45,9 @@ bool Eventually(const std::function<bool()>& condition) {
 bool IsAlive(pid_t process) {
   try {
     const std::string text = ScratchFolder::ReadFile("/proc/" + std::to_string(process) + "/stat");
-    const char state = text[text.rfind(')') + 2];
-    return state != 'Z' && state != 'X';
+    // One that ends while its file is read leaves no text.
+    const std::size_t name = text.rfind(')');
+    return name != std::string::npos && text.at(name + 2) != 'Z' && text.at(name + 2) != 'X';
   } catch (const std::runtime_error&) {
     return false;
   }
