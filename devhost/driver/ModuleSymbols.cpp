@@ -25,7 +25,7 @@ struct SymbolTables {
 template <class Table>
 const Table* TableAt(const link_map& module, const ElfW(Dyn) & entry) {
   const ElfW(Addr) address = entry.d_un.d_ptr < module.l_addr ? module.l_addr + entry.d_un.d_ptr : entry.d_un.d_ptr;
-  return reinterpret_cast<const Table*>(address);
+  return reinterpret_cast<const Table*>(address);  // NOLINT(performance-no-int-to-ptr): the loader's tables hold integers
 }
 
 SymbolTables TablesOf(const link_map& module) {
@@ -35,10 +35,9 @@ SymbolTables TablesOf(const link_map& module) {
       tables.symbols = TableAt<ElfW(Sym)>(module, *entry);
     } else if (entry->d_tag == DT_STRTAB) {
       tables.names = TableAt<char>(module, *entry);
-    } else if (entry->d_tag == DT_GNU_HASH) {
-      tables.end = TableAt<std::uint32_t>(module, *entry)[1];  // the first symbol that the module offers
-    } else if (entry->d_tag == DT_HASH && tables.end == 0) {
-      tables.end = TableAt<std::uint32_t>(module, *entry)[1];  // the number of all symbols
+    } else if (entry->d_tag == DT_GNU_HASH || (entry->d_tag == DT_HASH && tables.end == 0)) {
+      // In the one table the first symbol that the module offers, in the other the number of all symbols.
+      tables.end = TableAt<std::uint32_t>(module, *entry)[1];
     }
   }
   return tables;

@@ -24,7 +24,7 @@ const void* CurrentException() noexcept {
   const std::exception_ptr exception = std::current_exception();
   const void* address = nullptr;
   static_assert(sizeof exception == sizeof address, "a handle of an exception is a pointer here");
-  std::memcpy(&address, &exception, sizeof address);
+  std::memcpy(&address, static_cast<const void*>(&exception), sizeof address);
   return address;
 }
 

@@ -98,6 +98,8 @@ void Say(const char* what, const char* by, const void* code, const char* advice)
   line.Add(advice).Write();
 }
 
+// NOLINTBEGIN(performance-no-int-to-ptr): registers and frames hold addresses as integers
+
 // Where the crash happened; null on an architecture that is not known here.
 const void* CodeOf(const void* context) {
   const mcontext_t& machine = static_cast<const ucontext_t*>(context)->uc_mcontext;
@@ -142,6 +144,8 @@ _Unwind_Reason_Code StopInDriver(_Unwind_Context* frame, void* found) {
   *static_cast<const void**>(found) = code;
   return _URC_END_OF_STACK;
 }
+
+// NOLINTEND(performance-no-int-to-ptr)
 
 // The stack is still that of the code that threw, or of the function that must not throw.
 [[noreturn]] void OnTerminate() {

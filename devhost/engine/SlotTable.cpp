@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+// NOLINTBEGIN(performance-no-int-to-ptr): tables of virtual functions are read and written as words
+
 namespace devhost {
 namespace {
 
@@ -148,3 +150,5 @@ const void* FunctionBehind(const void* object, std::size_t slot) noexcept {
 }
 
 }  // namespace devhost
+
+// NOLINTEND(performance-no-int-to-ptr)
