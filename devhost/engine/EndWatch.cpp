@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 #include "devhost/engine/DriverCode.h"
 #include "devhost/engine/EndNote.h"
@@ -153,6 +154,9 @@ _Unwind_Reason_Code StopInDriver(_Unwind_Context* frame, void* found) {
     const void* code = nullptr;
     _Unwind_Backtrace(&StopInDriver, &code);
     Say("was terminated", " by ", code, "; an exception must not leave a destructor or thread of a driver");
+    if (s_terminate == &__gnu_cxx::__verbose_terminate_handler) {
+      std::abort();  // it would show the exception's text, which may quote a secret
+    }
   }
   if (s_terminate != nullptr) {
     s_terminate();

@@ -26,7 +26,12 @@ class Questions {
   // The file first, because a driver may learn its settings from it.
   void AskAll(ISupportSNMP& device) {
     m_device = &device;
-    AskVersionAndFile();
+    try {
+      AskVersionAndFile();
+    } catch (...) {
+      AskTextsToHideThem();
+      throw;
+    }
     AskTexts();
     AskSwitches();
   }
@@ -62,6 +67,17 @@ class Questions {
     AskErasable("SysLocation", &D::GetSysLocationSetting, &D::GetWasSysLocationSettingErased, m_answers.sysLocation);
     AskErasable("SysName", &D::GetSysNameSetting, &D::GetWasSysNameSettingErased, m_answers.sysName);
     AskErasable("TrapTargets", &D::GetTrapTargetsSetting, &D::GetWasTrapTargetsSettingErased, m_answers.trapTargets);
+  }
+
+  // What the driver has said may quote them.
+  void AskTextsToHideThem() {
+    const std::string failed = m_operation;
+    try {
+      AskTexts();
+    } catch (...) {
+      // The first failure is the one to report.
+    }
+    m_operation = failed;
   }
 
   void AskSwitches() {

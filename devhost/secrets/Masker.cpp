@@ -83,7 +83,7 @@ bool IsPort(std::string_view word) {
 bool NamesSnmpProgram(std::string_view word) {
   for (std::size_t at = word.find("snmp"); at != npos; at = word.find("snmp", at + 1)) {
     const std::size_t end = at + NameAt(word.substr(at)).size();
-    if ((at == 0 || NameAt(word.substr(at - 1, 1)).empty()) && (end == word.size() || word[end] != '.')) {
+    if ((at == 0 || NameAt(word.substr(at - 1, 1)).empty()) && word.substr(end, 5) != ".conf") {
       return true;
     }
   }
@@ -275,17 +275,21 @@ std::string Masker::Config(std::string_view text) {
   if (m_showSecrets) {
     return std::string(text);
   }
-  const std::string reason = WhyNotPlain(text);
-  if (!reason.empty()) {
-    return "(" + Counted(text.size(), "byte") + ", not shown: " + reason + ")";
-  }
-  const auto show = [&] {
+  const auto show = [&](std::string_view part) {
     bool continues = false;
-    return EachLine(text,
+    return EachLine(part,
                     [&](std::string_view line) { return ConfigLine(line, std::exchange(continues, IsContinued(line))); });
   };
-  show();  // once to learn, like XML
-  return show();
+  show(text);  // once to learn, like XML
+  const std::string reason = WhyNotPlain(text);
+  if (reason.empty()) {
+    return show(text);
+  }
+  // The letters of UTF-16 stand between NUL bytes.
+  std::string letters(text);
+  letters.erase(std::remove(letters.begin(), letters.end(), '\0'), letters.end());
+  show(letters);
+  return "(" + Counted(text.size(), "byte") + ", not shown: " + reason + ")";
 }
 
 std::string Masker::CommandWord(std::string_view word, std::string_view before) {

@@ -84,7 +84,7 @@ bool HasNetworkTarget(const devhost::Directive& directive) {
   while (at < directive.words.size() && directive.words[at].text.substr(0, 1) == "-") {
     at += 2;
   }
-  return at >= directive.words.size() || IsOnNetwork(directive.words[at].text);
+  return at < directive.words.size() && IsOnNetwork(directive.words[at].text);
 }
 
 // It takes a program's options, and some of those name files. Only what says who sends, and how, is let through.
@@ -109,20 +109,21 @@ bool IsReplacedByDriver(const devhost::Directive& directive) {
   return directive.keyword == "agentxsocket";
 }
 
+// No reason names the directive: what stands behind the name of one is hidden where it may be a community.
 std::string WhyNotServed(const devhost::Directive& directive) {
   const auto reason = Reasons().find(directive.keyword);
   if (reason != Reasons().end()) {
-    return directive.keyword + " " + reason->second;
+    return std::string("this directive ") + reason->second;
   }
   if (Served().count(directive.keyword) == 0) {
     return "the driver does not know this directive";
   }
   static const std::set<std::string_view> kSinks = {"trapsink", "trap2sink", "informsink"};
   if (kSinks.count(directive.keyword) != 0 && !HasNetworkTarget(directive)) {
-    return "the target of " + directive.keyword + " is not on the network";
+    return "it has no target on the network";
   }
   if (directive.keyword == "trapsess" && !IsHarmlessSession(directive)) {
-    return "an option or the target of trapsess may name a file";
+    return "one of its options, or its target, may name a file";
   }
   return std::string();
 }

@@ -175,7 +175,7 @@ TEST_F(ACage, HoldsAgainstFoldersWithABlankBehindThem) {
   folder.Write("parts/a.conf", OnlyPortAndUser() + "sysLocation attic\n");
   Serve("includeDir " + folder.Path("parts") + " \n");
   EXPECT_EQ(As("public").Get(kSysLocation).value, "attic");
-  EXPECT_THAT(Log(), Contains(HasSubstr(folder.Path("parts/a.conf") + ":1: agentaddress would open other ports")));
+  EXPECT_THAT(Log(), Contains(HasSubstr(folder.Path("parts/a.conf") + ":1: this directive would open other ports")));
   Check();
 }
 
@@ -245,7 +245,7 @@ TEST_F(ACage, HoldsAgainstLinesThatRunPrograms) {
   As("writer").Set(std::string(kExtends) + ".2.1.3.1.98", "s", folder.Path("owned"));
   As("writer").Set(std::string(kExtends) + ".2.1.21.1.98", "i", "4");
   As("writer").Walk(kExtends);
-  EXPECT_THAT(Log(), Contains(HasSubstr(":1: extend would run a program; the daemon does not get this line")));
+  EXPECT_THAT(Log(), Contains(HasSubstr(":1: this directive would run a program; the daemon does not get this line")));
   Check();
 }
 

@@ -82,6 +82,18 @@ TEST(AConfiguration, ThatIsNotPlainTextShowsItsSizeAndWhy) {
   EXPECT_EQ(masker.Config("\xFF\xFEr"), "(3 bytes, not shown: it begins with a byte order mark of UTF-16)");
 }
 
+TEST(AConfiguration, ThatIsNotPlainTextIsLearntAllTheSame) {
+  Masker masker(false);
+  masker.Config(std::string("pass .1 /bin/x hidden21\n\0\n", 26));
+  EXPECT_EQ(masker.Text("said hidden21"), "said *****");
+  std::string wide = "\xFF\xFE";
+  for (const char c : std::string("rocommunity hidden22\n")) {
+    wide.append(1, c).append(1, '\0');
+  }
+  masker.Config(wide);
+  EXPECT_EQ(masker.Text("said hidden22"), "said *****");
+}
+
 TEST(Xml, ShowsTheFieldsThatAreKnownToBeHarmless) {
   Masker masker(false);
   const std::string shown =
@@ -171,6 +183,8 @@ TEST(ACommandLine, OfAShellIsReadLikeOneOfAnSnmpProgram) {
   Masker masker(false);
   EXPECT_EQ(masker.CommandLine({"sh", "-c", "cd x; P=hidden snmpget -v2c -c 'my house' h"}),
             "sh -c '***** ***** ***** snmpget -v2c -c ***** ***** *****'");
+  EXPECT_EQ(masker.CommandLine({"./snmpget.sh", "-c", "hidden23"}), "./snmpget.sh -c *****");
+  EXPECT_EQ(masker.CommandLine({"cat", "k/snmpd.conf", "-c", "plain"}), "cat k/snmpd.conf -c plain");
 }
 
 TEST(ACommandLine, OfAnotherProgramIsFreeText) {

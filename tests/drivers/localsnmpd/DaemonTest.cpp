@@ -227,7 +227,7 @@ TEST_F(ADaemon, OpensNoPortsButItsOwn) {
   EXPECT_EQ(0, m_daemon->Start(config));
   EXPECT_TRUE(drivers::IsUdpPortFree(other.GetPort()));
   EXPECT_EQ("kitchen", Get());
-  const std::string what = ": agentaddress would open other ports; the daemon does not get this line";
+  const std::string what = ": this directive would open other ports; the daemon does not get this line";
   EXPECT_EQ((Lines{"snmpd.conf:1" + what, "snmpd.conf:4" + what, m_folder.Path("other.conf") + ":1" + what}), m_log);
   m_log.clear();
   EXPECT_EQ(0, m_daemon->Restart("\n" + config));

@@ -53,7 +53,7 @@ TEST_F(AServedConfig, LeavesOutAddressesHoweverTheyAreWritten) {
 }
 
 TEST_F(AServedConfig, NamesEachLineThatItLeavesOutUnderItsNumber) {
-  EXPECT_EQ((Lines{"snmpd.conf:2: agentaddress would open other ports; the daemon does not get this line",
+  EXPECT_EQ((Lines{"snmpd.conf:2: this directive would open other ports; the daemon does not get this line",
                    "snmpd.conf:4: the driver does not know this directive; the daemon does not get this line"}),
             Notes("rocommunity public\nAGENTADDRESS 161\n\nsecret words\n"));
 }
@@ -94,7 +94,7 @@ TEST_F(AServedConfig, HoldsTheLinesOfIncludedFilesWithTheirOwnPlaces) {
   EXPECT_EQ("snmpd.conf", served.places[6].file);
   EXPECT_EQ(3U, served.places[6].line);
   EXPECT_EQ(
-      (Lines{m_folder.Path("inner.conf") + ":2: agentaddress would open other ports; the daemon does not get this line"}),
+      (Lines{m_folder.Path("inner.conf") + ":2: this directive would open other ports; the daemon does not get this line"}),
       Notes(outer));
 }
 

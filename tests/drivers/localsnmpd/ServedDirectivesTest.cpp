@@ -36,19 +36,26 @@ TEST(ADirective, IsNotServedWhenItRunsAProgram) {
                                     "pass_persist", "procfix", "EXTEND", "Sh", "passPersist", "execFix2"}) {
     EXPECT_NE("", Why(keyword + " x /bin/true")) << keyword;
   }
-  EXPECT_EQ("extend would run a program", Why("Extend x /bin/true"));
+  EXPECT_EQ("this directive would run a program", Why("Extend x /bin/true"));
 }
 
 // The keyword may be a community that somebody wrote in the wrong place.
 TEST(ADirective, ThatIsNotKnownIsNotRepeated) {
   EXPECT_EQ("the driver does not know this directive", Why("geheim x"));
-  EXPECT_EQ("logmatch names a file", Why("LogMatch geheim /tmp/x"));
+  EXPECT_EQ("this directive names a file", Why("LogMatch geheim /tmp/x"));
+}
+
+// The daemon of today crashes when it reads one.
+TEST(ASink, HasATarget) {
+  for (const std::string line : {"trap2sink -x", "trap2sink -name", "trapsink -v2c", "informsink -tag t", "trap2sink"}) {
+    EXPECT_EQ("it has no target on the network", Why(line)) << line;
+  }
 }
 
 TEST(ASink, HasItsTargetOnTheNetwork) {
   for (const std::string target : {"unix:/tmp/x", "UNIX:x", "/tmp/x", "std:", "ssh:host", "alias:x", "\"unix:x\"",
                                    "un\\ix:x", "unix:162", "dtls6:162", "new:x"}) {
-    EXPECT_EQ("the target of trap2sink is not on the network", Why("trap2sink " + target + " public")) << target;
+    EXPECT_EQ("it has no target on the network", Why("trap2sink " + target + " public")) << target;
     EXPECT_NE("", Why("trapsink -tag x " + target)) << target;
     EXPECT_NE("", Why("trapsess -v 2c -c public " + target)) << target;
   }
