@@ -129,7 +129,7 @@ auto WatchAgentCall(const ISNMPConfigurationAgent* agent, const char* operation,
   }
 }
 
-bool Allows(const ISNMPConfigurationAgent* agent, const char* operation, unsigned long deviceId, const void* caller) {
+bool Allows(ISNMPConfigurationAgent* agent, const char* operation, unsigned long deviceId, const void* caller) {
   CallWatch* const watch = CallWatch::Current();
   return watch == nullptr || watch->Allows(*agent, operation, deviceId, caller);
 }

@@ -1,9 +1,10 @@
 #include "devhost/engine/CallWatch.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <exception>
+#include <iterator>
+#include <memory>
 #include <utility>
 
 #include "agent/ISNMPConfigurationAgent.h"
@@ -47,21 +48,22 @@ void CallWatch::NotePublished(const LoadedDriver& driver, const std::string& iid
       (iid == ISupportSNMP_IID && WatchDevice(*static_cast<ISupportSNMP*>(instance))) ||
       (iid == ISNMPConfigurationAgent_IID && WatchAgent(*static_cast<ISNMPConfigurationAgent*>(instance)));
   if (isWatched) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_owners[instance] = &driver;
   }
 }
 
 void CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device) noexcept {
-  const bool isThere = std::any_of(m_announced.begin(), m_announced.end(), [&](const Announced& announced) {
-    return announced.agent == &agent && announced.deviceId == deviceId;
-  });
-  if (device == nullptr || isThere) {
+  const Announced announced(&agent, deviceId);
+  if (device == nullptr || DriverOf(announced) != nullptr) {
     return;
   }
   try {
     const LoadedDriver* const driver = FindOwner(deviceId, device);
-    m_announced.push_back({&agent, deviceId, driver});
-    if (driver != nullptr && WatchDevice(*device)) {
+    const bool isWatched = driver != nullptr && WatchDevice(*device);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_announced[announced] = driver;
+    if (isWatched) {
       m_owners[device] = driver;
     }
   } catch (...) {
@@ -69,51 +71,51 @@ void CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long devi
   }
 }
 
-void CallWatch::NoteWithdrawn(const ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept {
-  m_announced.erase(std::remove_if(m_announced.begin(), m_announced.end(),
-                                   [&](const Announced& announced) {
-                                     return announced.agent == &agent && announced.deviceId == deviceId;
-                                   }),
-                    m_announced.end());
+void CallWatch::NoteWithdrawn(ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_announced.erase({&agent, deviceId});
 }
 
 void CallWatch::NoteDestroyed(const LoadedDriver& driver) {
-  std::vector<Announced> left;
-  std::vector<Announced> others;
-  for (const Announced& announced : m_announced) {
-    if (OwnerOf(announced.agent) != &driver) {
-      (announced.driver == &driver ? left : others).push_back(announced);
+  for (const Announced& announced : Forget(driver)) {
+    m_core.Report(&driver, "left its device " + std::to_string(announced.second) +
+                               " with the agent behind: it did not call DeleteSNMPDevice; the device was withdrawn for it");
+    try {
+      announced.first->DeleteSNMPDevice(announced.second);
+    } catch (...) {
+      // The agent has forgotten the device before it tells anybody.
     }
   }
-  m_announced = std::move(others);
+}
+
+std::vector<CallWatch::Announced> CallWatch::Forget(const LoadedDriver& driver) {
+  std::vector<Announced> left;
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  for (auto each = m_announced.begin(); each != m_announced.end();) {
+    const auto agent = m_owners.find(each->first.first);
+    const bool isAgentGone = agent != m_owners.end() && agent->second == &driver;
+    if (!isAgentGone && each->second == &driver) {
+      left.push_back(each->first);
+    }
+    each = isAgentGone || each->second == &driver ? m_announced.erase(each) : std::next(each);
+  }
   for (auto each = m_owners.begin(); each != m_owners.end();) {
     each = each->second == &driver ? m_owners.erase(each) : std::next(each);
   }
-  for (const Announced& announced : left) {
-    Withdraw(driver, announced);
-  }
+  return left;
 }
 
-void CallWatch::Withdraw(const LoadedDriver& driver, const Announced& announced) {
-  m_core.Report(&driver, "left its device " + std::to_string(announced.deviceId) +
-                             " with the agent behind: it did not call DeleteSNMPDevice; the device was withdrawn for it");
-  try {
-    announced.agent->DeleteSNMPDevice(announced.deviceId);
-  } catch (...) {
-    // The agent has forgotten the device before it tells anybody.
-  }
-}
-
-bool CallWatch::Allows(const ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId,
+bool CallWatch::Allows(ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId,
                        const void* caller) noexcept {
   if (m_core.gate.IsOpen()) {
     return true;
   }
   try {
-    const LoadedDriver* const called = OwnerOf(&agent);
+    const std::shared_ptr<LoadedDriver> called = m_core.Share(OwnerOf(&agent));
     const HostCore::Drivers culprits = m_core.OwnersOf(caller);
-    const LoadedDriver* const driver = culprits.size() == 1 ? culprits.front().get() : DriverOf(deviceId);
-    m_core.Report(driver,
+    const std::shared_ptr<LoadedDriver> driver =
+        culprits.size() == 1 ? culprits.front() : m_core.Share(DriverOf({&agent, deviceId}));
+    m_core.Report(driver.get(),
                   std::string(operation) + (called != nullptr ? " of " + called->Title() : "") +
                       " was called from a second thread; it was refused",
                   culprits);
@@ -129,14 +131,15 @@ std::optional<CallWatch::Origin> CallWatch::OriginOfException() const {
 }
 
 const LoadedDriver* CallWatch::OwnerOf(const void* instance) const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
   const auto found = m_owners.find(instance);
   return found == m_owners.end() ? nullptr : found->second;
 }
 
-const LoadedDriver* CallWatch::DriverOf(unsigned long deviceId) const {
-  const auto found = std::find_if(m_announced.begin(), m_announced.end(),
-                                  [&](const Announced& announced) { return announced.deviceId == deviceId; });
-  return found == m_announced.end() ? nullptr : found->driver;
+const LoadedDriver* CallWatch::DriverOf(const Announced& announced) const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  const auto found = m_announced.find(announced);
+  return found == m_announced.end() ? nullptr : found->second;
 }
 
 // A device is that of the driver that has published it. One that is not published goes by its id, or by its code.

@@ -1,9 +1,12 @@
 #ifndef DEVHOST_ENGINE_CALL_WATCH_H
 #define DEVHOST_ENGINE_CALL_WATCH_H
 
+#include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "devhost/driver/DriverEntry.h"
@@ -37,15 +40,14 @@ class CallWatch {
   void NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance);
   // The agent takes this device in, or forgets it.
   void NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device) noexcept;
-  void NoteWithdrawn(const ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept;
+  void NoteWithdrawn(ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept;
   // The driver has been destroyed. Reports the devices that it has left with an agent, and withdraws them.
   void NoteDestroyed(const LoadedDriver& driver);
 
   // Whether a call into the agent comes from the thread of the host. Otherwise it is reported and must not go on. It is the
   // work of the driver whose code `caller` is. Where that is nobody's, because a driver's last act was a jump, or the code
   // of several, it is the driver of the device that the call is about.
-  bool Allows(const ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId,
-              const void* caller) noexcept;
+  bool Allows(ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId, const void* caller) noexcept;
 
   // Where the exception that is being handled came from; nothing when it came out of no call between drivers.
   struct Origin {
@@ -60,22 +62,21 @@ class CallWatch {
  private:
   friend class WatchedCall;
 
-  // A device that an agent has taken in.
-  struct Announced {
-    ISNMPConfigurationAgent* agent;
-    unsigned long deviceId;
-    const LoadedDriver* driver;  // of the device; null when nobody knows
-  };
+  // A device, by the agent that has taken it in and its id there.
+  using Announced = std::pair<ISNMPConfigurationAgent*, unsigned long>;
 
   const LoadedDriver* OwnerOf(const void* instance) const;
-  const LoadedDriver* DriverOf(unsigned long deviceId) const;
+  const LoadedDriver* DriverOf(const Announced& announced) const;
   const LoadedDriver* FindOwner(unsigned long deviceId, const void* device) const;
-  void Withdraw(const LoadedDriver& driver, const Announced& announced);
+  // Returns the devices that the driver has left with an agent that stays.
+  std::vector<Announced> Forget(const LoadedDriver& driver);
 
   HostCore& m_core;
+  // A second thread reads the tables while the host's changes them. No driver is called while this is held.
+  mutable std::mutex m_mutex;
   std::unordered_map<const void*, const LoadedDriver*> m_owners;  // by the instance that is watched
-  std::vector<Announced> m_announced;
-  std::optional<Origin> m_origin;  // of the last exception that came out of a watched call
+  std::map<Announced, const LoadedDriver*> m_announced;           // by device, whose it is; null when nobody knows
+  std::optional<Origin> m_origin;                                 // of the last exception that came out of a watched call
 };
 
 // A call of one driver into another one that is under way, for as long as the scope lives. A call from a thread that is not

@@ -1,5 +1,6 @@
 #include "devhost/engine/HostCore.h"
 
+#include <algorithm>
 #include <boost/algorithm/string.hpp>
 #include <optional>
 #include <set>
@@ -109,6 +110,13 @@ void HostCore::Remove(const LoadedDriver& driver) {
     m_drivers.erase(found->second);
     m_numbers.erase(found);
   }
+}
+
+std::shared_ptr<LoadedDriver> HostCore::Share(const void* record) const {
+  const std::lock_guard<std::mutex> lock(m_driversMutex);
+  const auto found =
+      std::find_if(m_drivers.begin(), m_drivers.end(), [&](const auto& each) { return each.second.get() == record; });
+  return found == m_drivers.end() ? nullptr : found->second;
 }
 
 std::shared_ptr<LoadedDriver> HostCore::Find(unsigned long driverId) const {

@@ -53,6 +53,8 @@ class HostCore {
 
   // The drivers, in the order of loading: a copy that stays good while drivers come and go.
   Drivers Snapshot() const;
+  // The driver of that record, which may have gone, or null.
+  std::shared_ptr<LoadedDriver> Share(const void* record) const;
   // The driver with that id, or null.
   std::shared_ptr<LoadedDriver> Find(unsigned long driverId) const;
   // The same; throws HostError, naming what there is, when there is none. `call` is for the error.

@@ -1,12 +1,17 @@
 // What passes between the real agent and devices, each a module of its own.
 #include "devhost/engine/CallWatch.h"
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <thread>
 
+#include "agent/ISNMPConfigurationAgent.h"
+#include "devhost/engine/HostCore.h"
 #include "devhost/system/RunProgram.h"
 #include "tests/devhost/modules/Faulty.h"
 #include "tests/devhost/support/HostFixture.h"
+#include "tests/support/RecordingDevice.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace devhost {
@@ -161,6 +166,42 @@ TEST_F(ADeviceOfTheAgent, IsBlamedWhenItCallsTheHostFromASecondThreadWhileTheHos
   EXPECT_THAT(observer.Texts(Kind::Notification), IsEmpty());
   device.Notify();  // on the thread of the host
   EXPECT_EQ(observer.Texts(Kind::Notification).size(), 1U);
+}
+
+class IdleAgent final : public ISNMPConfigurationAgent {
+ public:
+  void AddSNMPDevice(unsigned long, ISupportSNMP*) override {}
+  void DeleteSNMPDevice(unsigned long) override {}
+  bool SetDeviceState(unsigned long) override { return false; }
+};
+
+struct SilentObserver : HostObserver {
+  void OnOccurrence(const Occurrence&) override {}
+};
+
+TEST(ACallFromASecondThread, IsRefusedWhileManyDevicesComeAndGo) {
+  SilentObserver observer;
+  HostCore core(observer);
+  IdleAgent agent;
+  Journal journal;
+  testsupport::RecordingDevice device(1, journal);
+  std::atomic<bool> done{false};
+  std::atomic<std::size_t> refused{0};
+  std::thread second([&] {
+    while (!done || refused == 0) {
+      refused += core.calls.Allows(agent, "SetDeviceState", 1, nullptr) ? 0U : 1U;
+    }
+  });
+  constexpr unsigned long kDevices = 50000;
+  for (unsigned long id = kDevices; id != 0; --id) {
+    core.calls.NoteAnnounced(agent, id, &device);
+  }
+  for (unsigned long id = kDevices; id != 0; --id) {
+    core.calls.NoteWithdrawn(agent, id);
+  }
+  done = true;
+  second.join();
+  EXPECT_EQ(core.MannersCount(), refused.load());
 }
 
 TEST(ADeviceThatCrashes, IsNamedWithItsOperation) {
