@@ -140,7 +140,7 @@ void AddSNMPDevice(ISNMPConfigurationAgent* agent, unsigned long deviceId, ISupp
   }
   // Before the call, because the agent may have taken the device in and throw after that.
   if (CallWatch::Current() != nullptr) {
-    CallWatch::Current()->NoteAnnounced(*agent, deviceId, device);
+    CallWatch::Current()->NoteAnnounced(*agent, deviceId, device, __builtin_return_address(0));
   }
   WatchAgentCall(agent, "AddSNMPDevice", [&] { CallBehind<void>(0, agent, deviceId, device); });
 }

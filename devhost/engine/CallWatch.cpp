@@ -53,13 +53,14 @@ void CallWatch::NotePublished(const LoadedDriver& driver, const std::string& iid
   }
 }
 
-void CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device) noexcept {
+void CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device,
+                              const void* caller) noexcept {
   const Announced announced(&agent, deviceId);
   if (device == nullptr || DriverOf(announced) != nullptr) {
     return;
   }
   try {
-    const LoadedDriver* const driver = FindOwner(deviceId, device);
+    const LoadedDriver* const driver = FindOwner(announced, device, caller);
     const bool isWatched = driver != nullptr && WatchDevice(*device);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_announced[announced] = driver;
@@ -142,21 +143,31 @@ const LoadedDriver* CallWatch::DriverOf(const Announced& announced) const {
   return found == m_announced.end() ? nullptr : found->second;
 }
 
-// A device is that of the driver that has published it. One that is not published goes by its id, or by its code.
-const LoadedDriver* CallWatch::FindOwner(unsigned long deviceId, const void* device) const {
+// A device is that of the driver that has published it. One that is not published goes by the code of its class, or else by
+// the code that announces it. Where several drivers share that module, it is the driver that is being called, or has the id
+// of the device. The class may be of a library, and a driver's last act a jump: then it is the driver that is being called.
+const LoadedDriver* CallWatch::FindOwner(const Announced& announced, const void* device, const void* caller) const {
   const LoadedDriver* const publisher = OwnerOf(device);
   if (publisher != nullptr) {
     return publisher;
   }
   const void* table = nullptr;
   std::memcpy(&table, device, sizeof table);
-  const HostCore::Drivers owners = m_core.OwnersOf(table);
-  for (const std::shared_ptr<LoadedDriver>& owner : owners) {
-    if (owners.size() == 1 || owner->Entry().id == deviceId) {
-      return owner.get();
+  const void* const called = m_core.gate.InnermostDriver();
+  for (const void* const code : {table, caller}) {
+    const LoadedDriver* namesake = nullptr;
+    const HostCore::Drivers owners = m_core.OwnersOf(code);
+    for (const std::shared_ptr<LoadedDriver>& owner : owners) {
+      if (owners.size() == 1 || owner.get() == called) {
+        return owner.get();
+      }
+      namesake = owner->Entry().id == announced.second ? owner.get() : namesake;
+    }
+    if (namesake != nullptr) {
+      return namesake;
     }
   }
-  return nullptr;
+  return called == OwnerOf(announced.first) ? nullptr : m_core.Share(called).get();
 }
 
 WatchedCall::WatchedCall(const void* instance, const char* operation) noexcept : m_operation(operation) {

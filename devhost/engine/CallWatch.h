@@ -38,8 +38,9 @@ class CallWatch {
 
   // The driver has published this instance, and lives.
   void NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance);
-  // The agent takes this device in, or forgets it.
-  void NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device) noexcept;
+  // The agent takes this device in, because the code at `caller` has called it, or forgets it.
+  void NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device,
+                     const void* caller) noexcept;
   void NoteWithdrawn(ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept;
   // The driver has been destroyed. Reports the devices that it has left with an agent, and withdraws them.
   void NoteDestroyed(const LoadedDriver& driver);
@@ -67,7 +68,7 @@ class CallWatch {
 
   const LoadedDriver* OwnerOf(const void* instance) const;
   const LoadedDriver* DriverOf(const Announced& announced) const;
-  const LoadedDriver* FindOwner(unsigned long deviceId, const void* device) const;
+  const LoadedDriver* FindOwner(const Announced& announced, const void* device, const void* caller) const;
   // Returns the devices that the driver has left with an agent that stays.
   std::vector<Announced> Forget(const LoadedDriver& driver);
 

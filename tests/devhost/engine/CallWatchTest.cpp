@@ -4,10 +4,12 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <thread>
 
 #include "agent/ISNMPConfigurationAgent.h"
 #include "devhost/engine/HostCore.h"
+#include "devhost/engine/LoadedDriver.h"
 #include "devhost/system/RunProgram.h"
 #include "tests/devhost/modules/Faulty.h"
 #include "tests/devhost/support/HostFixture.h"
@@ -48,6 +50,8 @@ class ADeviceOfTheAgent : public HostFixture {
     return *reinterpret_cast<Faulty*>(static_cast<std::uintptr_t>(std::stoull(reply.substr(reply.find('>') + 1))));
   }
 };
+
+using ADeviceThatIsNotPublished = ADeviceOfTheAgent;
 
 TEST_F(ADeviceOfTheAgent, IsNamedWithItsOperationWhenItThrows) {
   LoadBoth("throw");
@@ -168,6 +172,29 @@ TEST_F(ADeviceOfTheAgent, IsBlamedWhenItCallsTheHostFromASecondThreadWhileTheHos
   EXPECT_EQ(observer.Texts(Kind::Notification).size(), 1U);
 }
 
+TEST_F(ADeviceThatIsNotPublished, IsWithdrawnWhenDriversShareItsModuleAndItHasAnIdOfItsOwn) {
+  LoadAgent();
+  LoadDevice("second", 12);
+  LoadDevice("second", 13);
+  host.Stop();
+  EXPECT_THAT(Reports(), ElementsAre(HasSubstr("left its device 1301 with the agent"),
+                                     HasSubstr("left its device 1201 with the agent")));
+}
+
+TEST_F(ADeviceThatIsNotPublished, IsWatchedWhenItsClassIsOfNoModuleOfADriver) {
+  LoadAgent();
+  Journal journal;
+  testsupport::RecordingDevice device(1201, journal);
+  device.copyFrom.always = 5;
+  LoadDevice("");
+  ASSERT_TRUE(Where().Announce(1201, device));
+  EXPECT_EQ(host.Command(1, "SetDeviceState", {{"xml", "<managedDevice><deviceId>1201</deviceId></managedDevice>"}}),
+            "<ReadFail/>");
+  EXPECT_THAT(observer.Texts(Kind::Status), ElementsAre(HasSubstr("CopyFrom returned 5")));
+  host.Stop();
+  ExpectOneReport(TestDriver(12, "faulty_device"), "left its device 1201 with the agent behind");
+}
+
 class IdleAgent final : public ISNMPConfigurationAgent {
  public:
   void AddSNMPDevice(unsigned long, ISupportSNMP*) override {}
@@ -178,6 +205,23 @@ class IdleAgent final : public ISNMPConfigurationAgent {
 struct SilentObserver : HostObserver {
   void OnOccurrence(const Occurrence&) override {}
 };
+
+TEST(ADeviceThatNoCodeLeadsToADriver, IsThatOfTheDriverThatIsBeingCalled) {
+  SilentObserver observer;
+  HostCore core(observer);
+  IdleAgent agent;
+  Journal journal;
+  testsupport::RecordingDevice device(1201, journal);
+  const auto driver = std::make_shared<LoadedDriver>(core, DriverEntry{12, "kitchen", "", "<config/>"},
+                                                     [](IInstanceManager&) { return nullptr; });
+  core.Add(driver);
+  {
+    const CallScope scope(core, driver.get(), "Initialize");
+    core.calls.NoteAnnounced(agent, 1201, &device, nullptr);
+  }
+  core.calls.NoteDestroyed(*driver);
+  EXPECT_EQ(core.MannersCount(), 1U);
+}
 
 TEST(ACallFromASecondThread, IsRefusedWhileManyDevicesComeAndGo) {
   SilentObserver observer;
@@ -194,7 +238,7 @@ TEST(ACallFromASecondThread, IsRefusedWhileManyDevicesComeAndGo) {
   });
   constexpr unsigned long kDevices = 50000;
   for (unsigned long id = kDevices; id != 0; --id) {
-    core.calls.NoteAnnounced(agent, id, &device);
+    core.calls.NoteAnnounced(agent, id, &device, nullptr);
   }
   for (unsigned long id = kDevices; id != 0; --id) {
     core.calls.NoteWithdrawn(agent, id);

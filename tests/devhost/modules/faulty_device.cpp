@@ -1,9 +1,10 @@
 // A device with one fault, by its configuration:
 //
-//   <config fault="throw|throwOddly|status|crash|thread|stay|throwInInitialize"/>
+//   <config fault="throw|throwOddly|status|crash|thread|stay|second|throwInInitialize"/>
 //
 // It throws, returns 5, crashes, or calls the agent on a second thread when it is asked for its file; it is destroyed, or
-// its Initialize fails, while the agent still has it. Its reply to "Where" is the address of its Faulty.
+// its Initialize fails, while the agent still has it; or it leaves a second device with the agent, which it has not
+// published. Its reply to "Where" is the address of its Faulty.
 #include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
@@ -47,6 +48,9 @@ class FaultyDevice : public H7BaseAgentDriver, private HasJournal, public testsu
     if (Agent() != nullptr) {
       Agent()->AddSNMPDevice(m_id, this);
     }
+    if (m_fault == "second") {
+      Announce(m_id * 100 + 1, m_second);
+    }
     if (m_fault == "throwInInitialize") {
       throw std::runtime_error("no start today");
     }
@@ -81,6 +85,10 @@ class FaultyDevice : public H7BaseAgentDriver, private HasJournal, public testsu
   }
 
   bool CallAgent() override { return Agent()->SetDeviceState(m_id); }
+  bool Announce(unsigned long deviceId, ISupportSNMP& device) override {
+    Agent()->AddSNMPDevice(deviceId, &device);
+    return true;
+  }
   void Notify() override { ConSendDataToUI(*H7XML::CreateXmlNode("Faulty", "")); }
 
  private:
@@ -92,6 +100,7 @@ class FaultyDevice : public H7BaseAgentDriver, private HasJournal, public testsu
     return m_agent;
   }
 
+  testsupport::RecordingDevice m_second{0, journal};
   unsigned long m_id = 0;
   std::string m_fault;
   const std::thread::id m_thread = std::this_thread::get_id();
