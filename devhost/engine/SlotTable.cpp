@@ -131,6 +131,11 @@ bool PutInFront(void* object, const std::type_info& interface, const void* const
   if (CopyThatHolds(table) != nullptr) {
     return true;
   }
+  // What is constant cannot be led to another table.
+  const Word place = reinterpret_cast<Word>(object);
+  if (RegionOf(place, place + sizeof(Word)).end != 0) {
+    return false;
+  }
   const Region region = RegionOf(table - 2 * sizeof(Word), table + count * sizeof(Word));
   if (region.end == 0 || table % sizeof(Word) != 0 || !IsInterface(object, table, interface)) {
     return false;

@@ -15,7 +15,8 @@ namespace devhost {
 // docs/decisions/watched-calls.md says why it is done like this.
 //
 // `object` is an interface without members. False, and nothing done, when it does not prove to be one: it has no type
-// information, another type than `interface` or one derived from it, or its table is not constant data of a module.
+// information, another type than `interface` or one derived from it, or its table is not constant data of a module. The same
+// for an object that is itself constant data.
 bool PutInFront(void* object, const std::type_info& interface, const void* const* functions, std::size_t count);
 
 // What the host has put its functions in front of: the function of the object's own class in that slot. Any thread may call

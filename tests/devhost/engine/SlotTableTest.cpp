@@ -133,6 +133,20 @@ TEST(AnObjectThatIsNotTheInterface, KeepsItsTable) {
   EXPECT_EQ(other->Number(), 3);
 }
 
+class SpeakerInConstantData final : public Speaker {
+ public:
+  constexpr SpeakerInConstantData() = default;
+  std::string Speak(std::string word) override { return word; }
+  int Count() override { return 1; }
+};
+constexpr SpeakerInConstantData kSpeaker;
+
+TEST(AnObjectInConstantData, IsLeftAlone) {
+  Speaker& speaker = const_cast<SpeakerInConstantData&>(kSpeaker);
+  EXPECT_FALSE(PutInFrontOf(speaker));
+  EXPECT_EQ(speaker.Count(), 1);
+}
+
 TEST(AnObjectWithoutATable, IsLeftAlone) {
   void* words[4] = {words, nullptr, nullptr, nullptr};
   const void* const front = reinterpret_cast<const void*>(&CountInFront);
