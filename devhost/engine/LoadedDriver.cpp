@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "devhost/driver/CommandMessage.h"
-#include "devhost/engine/EndNote.h"
 #include "devhost/engine/HostCore.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/ISystemEventCallback.h"
@@ -16,10 +15,17 @@ namespace devhost {
 LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create)
     : m_core(core),
       m_entry(entry),
+      m_moduleNote(std::in_place, "loading", TitleOf(entry)),
       m_module(create ? DriverModule(create) : DriverModule(entry.module)),
-      m_code(m_module, TitleOf(entry)),
       m_commands(*this),
-      m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {}
+      m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {
+  m_code.emplace(m_module, TitleOf(entry));
+  m_moduleNote.reset();
+}
+
+LoadedDriver::~LoadedDriver() {
+  m_moduleNote.emplace("unloading", Title());
+}
 
 template <class Action>
 auto LoadedDriver::Call(const std::string& description, Action action) {

@@ -2,6 +2,7 @@
 #define DEVHOST_ENGINE_LOADED_DRIVER_H
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "devhost/driver/CommandTable.h"
@@ -10,6 +11,7 @@
 #include "devhost/driver/InstanceDirectory.h"
 #include "devhost/driver/ServiceCheck.h"
 #include "devhost/engine/DriverCode.h"
+#include "devhost/engine/EndNote.h"
 #include "devhost/engine/Host.h"
 #include "devhost/xml/XmlReader.h"
 
@@ -26,7 +28,7 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
   // Loads the module, unless `create` makes the driver. Throws ModuleError. `core` outlives the driver.
   LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create = nullptr);
   // The driver has been destroyed; unloads the module.
-  ~LoadedDriver() override = default;
+  ~LoadedDriver() override;
   LoadedDriver(const LoadedDriver&) = delete;
   LoadedDriver& operator=(const LoadedDriver&) = delete;
 
@@ -86,8 +88,10 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
 
   HostCore& m_core;
   const DriverEntry m_entry;
+  // These stay while the module is unloaded: its static objects may end the process then.
+  std::optional<EndNote> m_moduleNote;
+  std::optional<DriverCode> m_code;
   const DriverModule m_module;
-  const DriverCode m_code;
   CommandTable m_commands;
   InstanceManager m_instances;
   IDriver* m_driver = nullptr;

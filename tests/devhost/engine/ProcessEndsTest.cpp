@@ -30,6 +30,20 @@ TEST(ADriverThatEndsTheProcess, IsNamedWithTheCallAndNeverSucceeds) {
   ExpectEnd("ExitWithSeven", 7, " during command \"ExitWithSeven\" of driver 5 \"deadly5\"");
 }
 
+TEST(ADriverThatEndsTheProcess, IsNamedWhenItsModuleIsLoaded) {
+  ::setenv("DEADLY_WHEN_LOADED", "1", 1);
+  ExpectEnd("Exit", 1, " during loading of driver 5 \"deadly5\"");
+  ::unsetenv("DEADLY_WHEN_LOADED");
+}
+
+TEST(ADriverThatEndsTheProcess, IsNamedWhenItsModuleIsUnloaded) {
+  const ProgramResult result = EndBy("ExitWhenUnloaded");
+  EXPECT_THAT(result.output,
+              HasSubstr("unload deadly5\ndevhost: the process was ended during unloading of driver 5 \"deadly5\"; "
+                        "drivers return from every call\n"));
+  EXPECT_EQ(result.exitStatus, 1);
+}
+
 #ifndef TESTS_UNDER_ADDRESS_SANITIZER  // whose own functions stand in front of these
 TEST(ADriverThatEndsTheProcessWhileTheHostIsIdle, IsNamedAndNeverSucceeds) {
   for (const char* const way : {"Later:Exit", "Later:QuickExit", "Later:UnderscoreExit", "Later:UnderscoreBigExit"}) {

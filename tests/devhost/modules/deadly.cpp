@@ -1,5 +1,5 @@
 // A driver that ends the process in one way for each of its commands. Behind "Later:" it does so on a thread of its own,
-// some time after the command has returned.
+// some time after the command has returned. Where DEADLY_WHEN_LOADED is set, it ends the process at once.
 #include <signal.h>
 #include <unistd.h>
 
@@ -40,6 +40,22 @@ int Deeper(volatile char* outer, int depth) {
   return depth < 0 ? 0 : Deeper(room, depth + 1) + room[0];
 }
 
+// Ends the process when the module is loaded, or when it is unloaded.
+struct EndsWithTheModule {
+  EndsWithTheModule() {
+    if (std::getenv("DEADLY_WHEN_LOADED") != nullptr) {
+      ::_exit(0);
+    }
+  }
+  ~EndsWithTheModule() {
+    if (armed) {
+      ::_exit(0);
+    }
+  }
+  bool armed = false;
+};
+EndsWithTheModule s_endsWithTheModule;
+
 class Deadly : public H7BaseAgentDriver {
  public:
   explicit Deadly(IInstanceManager& instanceManager) : H7BaseAgentDriver(instanceManager, DriverMultiplicity_Single) {}
@@ -55,6 +71,7 @@ class Deadly : public H7BaseAgentDriver {
     Register("QuickExit", [] { std::quick_exit(0); });
     Register("UnderscoreExit", [] { ::_exit(0); });
     Register("UnderscoreBigExit", [] { std::_Exit(0); });
+    Register("ExitWhenUnloaded", [] { s_endsWithTheModule.armed = true; });
     Register("Recurse", [] {
       volatile char first = 1;
       Deeper(&first, 0);
