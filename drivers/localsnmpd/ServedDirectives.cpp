@@ -109,7 +109,6 @@ bool IsReplacedByDriver(const devhost::Directive& directive) {
   return directive.keyword == "agentxsocket";
 }
 
-// No reason names the directive: what stands behind the name of one is hidden where it may be a community.
 std::string WhyNotServed(const devhost::Directive& directive) {
   const auto reason = Reasons().find(directive.keyword);
   if (reason != Reasons().end()) {

@@ -7,7 +7,8 @@
 
 namespace drivers {
 
-// Why the daemon does not get this directive, in words that repeat nothing of it but a known keyword; empty when it gets it.
+// Why the daemon does not get this directive; empty when it gets it. The words repeat nothing of the directive, not even its
+// name: what stands behind the name of one is hidden where it may be a community.
 // A directive that is not known here is left out: it may name a file, open a port, or run a program.
 std::string WhyNotServed(const devhost::Directive& directive);
 
