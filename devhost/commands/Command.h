@@ -24,6 +24,7 @@ struct CommandOption {
   Takes takes = Takes::Nothing;
   bool isRequired = false;
   std::vector<std::string> choices = {};  // the values that Takes::Choice allows
+  std::vector<const char*> without = {};  // the names of options, declared before this one, that it cannot stand beside
 };
 
 // What a command line gave for the options and arguments of its command.

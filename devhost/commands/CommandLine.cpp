@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstring>
 
 #include "devhost/text/Words.h"
 
@@ -10,6 +11,8 @@ namespace devhost {
 namespace {
 
 constexpr char kVersion[] = "devhost " DEVHOST_VERSION;
+// The library's own word between two options.
+constexpr char kExcludes[] = " excludes ";
 constexpr char kMeaning[] =
     "Loads drivers as a controller would and plays a script to them; looks at what they will read and write.";
 constexpr char kFooter[] =
@@ -42,13 +45,20 @@ std::string NeedName(const std::string& path) {
   return path.empty() ? "the name is empty; allowed: a path" : "";
 }
 
+void Exclude(CLI::App& app, CLI::Option& option, const std::vector<const char*>& others) {
+  for (const char* const other : others) {
+    option.excludes(app.get_option(other));
+  }
+}
+
 void AddOption(CLI::App& app, const CommandOption& option) {
   using Takes = CommandOption::Takes;
   if (option.takes == Takes::Nothing) {
-    app.add_flag(option.name, option.meaning)->disable_flag_override();
-    return;
+    CLI::Option* const flag = app.add_flag(option.name, option.meaning)->disable_flag_override();
+    return Exclude(app, *flag, option.without);
   }
   CLI::Option* const added = app.add_option(option.name, CLI::callback_t(), option.meaning);
+  Exclude(app, *added, option.without);
   added->type_name(option.value)->required(option.isRequired);
   if (option.takes == Takes::Paths) {
     added->expected(CLI::detail::expected_max_vector_size);
@@ -151,6 +161,11 @@ class Parser {
       const std::string usage = Formatter().make_usage(&app, "devhost " + app.get_name());
       const std::size_t start = usage.find("devhost");
       return what + "; allowed: " + usage.substr(start, usage.find('\n', start) - start);
+    }
+    if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {
+      const std::size_t at = what.find(kExcludes);
+      return what.substr(0, at) + " and " + what.substr(at + std::strlen(kExcludes)) +
+             " cannot stand together; allowed: one of the two";
     }
     const bool mismatch = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr;
     const bool missing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;

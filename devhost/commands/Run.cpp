@@ -33,10 +33,13 @@ const CommandOption kProject{"--project", "FILE", "Project file; without one, th
 const CommandOption kState{"--state", "DIR", "Keep the drivers' states in this folder, which is made when missing",
                            Takes::Path};
 const CommandOption kJsonLines{"--json", "", "Print one JSON object for each thing that happens, on a line of its own"};
-const CommandOption kPretty{"--pretty", "",
-                            "Print XML indented, on several lines, where one line would be longer than 100 characters"};
+const CommandOption kPretty{
+    "--pretty",     "",    "Print XML indented, on several lines, where one line would be longer than 100 characters",
+    Takes::Nothing, false, {},
+    {"--json"}};
 const CommandOption kColor{"--color",     "WHEN", "Colour the first words: auto (on a terminal), always, never",
-                           Takes::Choice, false,  {"auto", "always", "never"}};
+                           Takes::Choice, false,  {"auto", "always", "never"},
+                           {"--json"}};
 
 constexpr char kFooter[] =
     "DRIVER is the name or id of a driver in the project. Words are quoted as in a shell, #\n"

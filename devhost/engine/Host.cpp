@@ -179,9 +179,9 @@ void Host::SendEvent(const std::string& name, const Parameters& parameters) {
   DeliverEvent(m_impl->core, eventId, name, parameters);
 }
 
-std::string Host::GetPersistState(unsigned long driverId) {
+std::string Host::GetPersistState(unsigned long driverId, XmlStyle style) {
   const HostCall call = m_impl->Begin("GetPersistState");
-  return m_impl->core.Get(driverId, "GetPersistState")->GetPersistState(XmlStyle::Compact);
+  return m_impl->core.Get(driverId, "GetPersistState")->GetPersistState(style);
 }
 
 void Host::DefineVariable(const VariableEntry& entry) {

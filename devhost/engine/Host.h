@@ -12,6 +12,7 @@
 #include "devhost/engine/HostError.h"
 #include "devhost/engine/Occurrence.h"
 #include "devhost/text/Parameters.h"
+#include "devhost/xml/XmlReader.h"
 
 namespace devhost {
 
@@ -60,9 +61,9 @@ class Host {
   // at the end.
   void SendEvent(const std::string& name, const Parameters& parameters);
 
-  // Asks a driver for its state, as compact XML ("" for none). It is not kept. Throws HostError when there is no such driver
-  // or it throws.
-  std::string GetPersistState(unsigned long driverId);
+  // Asks a driver for its state, as XML in that style ("" for none). It is not kept. Throws HostError when there is no such
+  // driver or it throws.
+  std::string GetPersistState(unsigned long driverId, XmlStyle style);
 
   // The variables of the project. All of these throw HostError where a variable is missing, or in the way of a new one.
 

@@ -21,6 +21,13 @@ class HostError : public std::runtime_error {
         driverName(driver != nullptr ? driver->name : ""),
         call(underWay),
         text(problem) {}
+  // The same error with its consequence at the end of the line.
+  HostError(const HostError& error, const std::string& consequence)
+      : std::runtime_error(error.what() + consequence),
+        driverId(error.driverId),
+        driverName(error.driverName),
+        call(error.call),
+        text(error.text + consequence) {}
 
   unsigned long driverId;  // of the driver concerned; 0 when driverName is empty
   std::string driverName;  // its name; empty when none is known

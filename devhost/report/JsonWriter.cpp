@@ -31,11 +31,11 @@ Names NamesOf(Occurrence::Kind kind) {
 Names NamesOf(ScriptOccurrence::Kind kind) {
   using Kind = ScriptOccurrence::Kind;
   static const std::map<Kind, Names> kNames = {
-      {Kind::Restart, {"restart", ""}},  {Kind::Command, {"command", ""}},      {Kind::Flag, {"flag", ""}},
-      {Kind::File, {"file", "text"}},    {Kind::Settings, {"settings", "xml"}}, {Kind::Counts, {"counts", "xml"}},
-      {Kind::Daemon, {"daemon", "xml"}}, {Kind::State, {"state", "xml"}},       {Kind::Variables, {"variables", ""}},
-      {Kind::Run, {"run", "text"}},      {Kind::Output, {"output", "text"}},    {Kind::Print, {"print", "text"}},
-      {Kind::Error, {"error", "text"}},  {Kind::Expect, {"expect", "text"}}};
+      {Kind::Restart, {"restart", ""}}, {Kind::Command, {"command", ""}},   {Kind::Flag, {"flag", ""}},
+      {Kind::File, {"file", "text"}},   {Kind::Settings, {"settings", ""}}, {Kind::Counts, {"counts", ""}},
+      {Kind::Daemon, {"daemon", ""}},   {Kind::State, {"state", "xml"}},    {Kind::Variables, {"variables", ""}},
+      {Kind::Run, {"run", "text"}},     {Kind::Output, {"output", "text"}}, {Kind::Print, {"print", "text"}},
+      {Kind::Error, {"error", "text"}}, {Kind::Expect, {"expect", "text"}}};
   return kNames.at(kind);
 }
 
@@ -82,6 +82,35 @@ Json Fields(std::size_t number, const Any& occurrence, const Where& where) {
   return line;
 }
 
+// The members of a line that shows a device.
+void AddSettings(Json& line, const DeviceSettings& shown) {
+  Json& settings = line["settings"] = Json::array();
+  for (const DeviceSetting& setting : shown.settings) {
+    settings.push_back({{"name", setting.name}, {"value", setting.value}, {"erased", setting.erased}});
+  }
+  Json& targets = line["trapTargets"] = Json::array();
+  for (const DeviceTrapTarget& target : shown.trapTargets) {
+    targets.push_back({{"target", target.target}, {"community", target.community}, {"port", target.port}});
+  }
+}
+
+void AddCounts(Json& line, const std::vector<OperationCount>& shown) {
+  Json& counts = line["counts"] = Json::object();
+  for (const OperationCount& count : shown) {
+    counts[count.operation] = count.count;
+  }
+}
+
+void AddDaemon(Json& line, const DaemonState& daemon) {
+  line["running"] = daemon.running;
+  if (daemon.running) {
+    line["pid"] = daemon.pid;
+  }
+  line["address"] = daemon.address;
+  line["online"] = daemon.online;
+  line["pending"] = daemon.pending;
+}
+
 void Write(Output& output, const Json& line) {
   output.Write(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
 }
@@ -122,6 +151,12 @@ void JsonWriter::Report(const ScriptOccurrence& occurrence, const Where& where) 
                            {"hidden", variable.hidden},
                            {"trapEnabled", variable.trapEnabled}});
     }
+  } else if (occurrence.kind == Kind::Settings) {
+    AddSettings(line, occurrence.settings);
+  } else if (occurrence.kind == Kind::Counts) {
+    AddCounts(line, occurrence.counts);
+  } else if (occurrence.kind == Kind::Daemon) {
+    AddDaemon(line, occurrence.daemon);
   } else if (occurrence.kind == Kind::Expect) {
     line["details"] = occurrence.details;
   }

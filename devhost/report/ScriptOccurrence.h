@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "devhost/driver/VariableEntry.h"
+#include "devhost/report/DeviceAnswers.h"
 #include "devhost/text/Parameters.h"
 
 namespace devhost {
@@ -16,9 +17,9 @@ struct ScriptOccurrence {
     Command,    // a command goes to a driver: name, parameters, written
     Flag,       // the trap-enabled flag of a variable was set; variables: the one, with its ids and the flag
     File,       // text: a device's snmpd.conf
-    Settings,   // text: <settings>, XML, as its driver has answered
-    Counts,     // text: <counts>, XML: how often the device's operations were called
-    Daemon,     // text: <daemon>, XML
+    Settings,   // settings: of a device
+    Counts,     // counts: of a device's operations
+    Daemon,     // daemon: of a device
     State,      // text: the state that a driver would keep, XML; "" for none
     Variables,  // variables: all of the project
     Run,        // a program starts; text: its words, as a script writes them
@@ -35,6 +36,9 @@ struct ScriptOccurrence {
   Parameters parameters = {};
   Parameters written = {};  // the parameters as the script writes them: @FILE for the text of a file
   std::vector<VariableEntry> variables = {};
+  DeviceSettings settings = {};
+  std::vector<OperationCount> counts = {};
+  DaemonState daemon = {};
   std::vector<std::string> details = {};
   std::string call = {};  // what was under way; empty when that is not known
 };

@@ -46,37 +46,18 @@ std::string Ids(const VariableEntry& variable) {
   return std::to_string(variable.deviceId) + " " + std::to_string(variable.variableId);
 }
 
-// What a device driver has answered; an element without a name for nothing, and for what is not XML.
-XmlElement Answer(const std::string& xml) {
-  try {
-    return ReadXml(xml);
-  } catch (const XmlError&) {
-    return XmlElement();
-  }
-}
-
-std::string Attribute(const XmlElement& element, const char* name) {
-  const std::string* const value = element.FindAttribute(name);
-  return value == nullptr ? std::string() : *value;
-}
-
-std::string Assigned(const XmlElement& element, const char* name) {
-  return name + ("=" + AsWord(Attribute(element, name)));
-}
-
-std::string CountsLine(const XmlElement& counts) {
+std::string CountsLine(const std::vector<OperationCount>& counts) {
   std::string line;
-  for (const XmlElement& count : counts.children) {
-    line += " " + Attribute(count, "operation") + "=" + Attribute(count, "value");
+  for (const OperationCount& count : counts) {
+    line += " " + count.operation + "=" + std::to_string(count.count);
   }
   return line;
 }
 
-std::string DaemonLine(const XmlElement& daemon) {
-  const bool running = Attribute(daemon, "running") == "true";
-  return (running ? " running " + Assigned(daemon, "pid") : std::string(" stopped")) + " " + Assigned(daemon, "address") +
-         (Attribute(daemon, "online") == "true" ? " online" : " offline") +
-         (Attribute(daemon, "pending") == "true" ? " pending" : "");
+std::string DaemonLine(const DaemonState& daemon) {
+  return (daemon.running ? " running pid=" + std::to_string(daemon.pid) : " stopped") +
+         " address=" + AsWord(daemon.address) + (daemon.online ? " online" : " offline") +
+         (daemon.pending ? " pending" : "");
 }
 
 }  // namespace
@@ -125,9 +106,9 @@ void TextWriter::Report(const ScriptOccurrence& occurrence, const Where& where) 
     case ScriptOccurrence::Kind::Settings:
       return ShowSettings(occurrence);
     case ScriptOccurrence::Kind::Counts:
-      return Line("counts", driver + CountsLine(Answer(occurrence.text)));
+      return Line("counts", driver + CountsLine(occurrence.counts));
     case ScriptOccurrence::Kind::Daemon:
-      return Line("daemon", driver + DaemonLine(Answer(occurrence.text)));
+      return Line("daemon", driver + DaemonLine(occurrence.daemon));
     case ScriptOccurrence::Kind::State:
       return Xml("state", driver, occurrence.text);
     case ScriptOccurrence::Kind::Variables:
@@ -156,14 +137,13 @@ void TextWriter::ShowFile(const ScriptOccurrence& file) {
 }
 
 void TextWriter::ShowSettings(const ScriptOccurrence& settings) {
-  for (const XmlElement& child : Answer(settings.text).children) {
-    if (child.name == "setting") {
-      Line("settings", settings.driverName + " " + Attribute(child, "name") + "=" + AsWord(Attribute(child, "value")) +
-                           (Attribute(child, "erased") == "true" ? " erased" : ""));
-    } else if (child.name == "trapTarget") {
-      Line("settings", settings.driverName + " trapTarget=" + AsWord(Attribute(child, "target")) + " " +
-                           Assigned(child, "community") + " " + Assigned(child, "port"));
-    }
+  const std::string before = settings.driverName + " ";
+  for (const DeviceSetting& setting : settings.settings.settings) {
+    Line("settings", before + setting.name + "=" + AsWord(setting.value) + (setting.erased ? " erased" : ""));
+  }
+  for (const DeviceTrapTarget& target : settings.settings.trapTargets) {
+    Line("settings", before + "trapTarget=" + AsWord(target.target) + " community=" + AsWord(target.community) +
+                         " port=" + AsWord(target.port));
   }
 }
 

@@ -1,5 +1,6 @@
 #include "devhost/script/DeviceReplies.h"
 
+#include <cstdlib>
 #include <stdexcept>
 
 #include "devhost/xml/XmlReader.h"
@@ -22,6 +23,15 @@ std::string Attribute(const XmlElement& element, const char* name) {
   return value == nullptr ? std::string() : *value;
 }
 
+bool IsTrue(const XmlElement& element, const char* name) {
+  return Attribute(element, name) == "true";
+}
+
+// 0 for what is not a number.
+unsigned long Number(const XmlElement& element, const char* name) {
+  return std::strtoul(Attribute(element, name).c_str(), nullptr, 10);
+}
+
 }  // namespace
 
 void CheckReply(const std::string& driver, const std::string& reply) {
@@ -33,11 +43,11 @@ void CheckReply(const std::string& driver, const std::string& reply) {
 
 std::string SettingIn(const std::string& driver, const std::string& reply, const std::string& name) {
   std::string names;
-  for (const XmlElement& child : Parsed(reply).children) {
-    if (child.name == "setting" && Attribute(child, "name") == name) {
-      return Attribute(child, "value");
+  for (const DeviceSetting& setting : SettingsIn(reply).settings) {
+    if (setting.name == name) {
+      return setting.value;
     }
-    names += child.name == "setting" ? (names.empty() ? "" : ", ") + Attribute(child, "name") : "";
+    names += (names.empty() ? "" : ", ") + setting.name;
   }
   throw std::runtime_error(driver + " has no such setting; it has: " + (names.empty() ? "none" : names));
 }
@@ -50,9 +60,33 @@ std::string FilePathIn(const std::string& driver, const std::string& reply) {
   return element.text;
 }
 
-std::string AddressIn(const std::string& reply) {
+DeviceSettings SettingsIn(const std::string& reply) {
+  DeviceSettings settings;
+  for (const XmlElement& child : Parsed(reply).children) {
+    if (child.name == "setting") {
+      settings.settings.push_back({Attribute(child, "name"), Attribute(child, "value"), IsTrue(child, "erased")});
+    } else if (child.name == "trapTarget") {
+      settings.trapTargets.push_back({Attribute(child, "target"), Attribute(child, "community"), Attribute(child, "port")});
+    }
+  }
+  return settings;
+}
+
+std::vector<OperationCount> CountsIn(const std::string& reply) {
+  std::vector<OperationCount> counts;
+  for (const XmlElement& child : Parsed(reply).children) {
+    counts.push_back({Attribute(child, "operation"), Number(child, "value")});
+  }
+  return counts;
+}
+
+DaemonState DaemonIn(const std::string& reply) {
   const XmlElement element = Parsed(reply);
-  return element.name == "daemon" ? Attribute(element, "address") : std::string();
+  if (element.name != "daemon") {
+    return {};
+  }
+  return {IsTrue(element, "running"), Number(element, "pid"), Attribute(element, "address"), IsTrue(element, "online"),
+          IsTrue(element, "pending")};
 }
 
 }  // namespace devhost

@@ -2,6 +2,9 @@
 #define DEVHOST_SCRIPT_DEVICE_REPLIES_H
 
 #include <string>
+#include <vector>
+
+#include "devhost/report/DeviceAnswers.h"
 
 namespace devhost {
 
@@ -14,8 +17,15 @@ void CheckReply(const std::string& driver, const std::string& reply);
 std::string SettingIn(const std::string& driver, const std::string& reply, const std::string& name);
 // The path in a <filePath> reply.
 std::string FilePathIn(const std::string& driver, const std::string& reply);
-// The address in a <daemon> reply, "udp:127.0.0.1:40161"; "" where there is none.
-std::string AddressIn(const std::string& reply);
+
+// These never refuse: what is not in the reply is missing or empty in the value.
+
+// What a <settings> reply holds.
+DeviceSettings SettingsIn(const std::string& reply);
+// What a <counts> reply holds.
+std::vector<OperationCount> CountsIn(const std::string& reply);
+// What a <daemon> reply holds.
+DaemonState DaemonIn(const std::string& reply);
 
 }  // namespace devhost
 

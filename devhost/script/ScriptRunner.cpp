@@ -206,7 +206,7 @@ void ScriptRunner::Do(const RestartAction&) {
     Start(variables);
   } catch (const HostError& error) {
     m_givenUp = true;
-    throw HostError(std::string(error.what()) + "; the rest of the script is not played");
+    throw HostError(error, "; the rest of the script is not played");
   }
 }
 
@@ -216,7 +216,7 @@ void ScriptRunner::Do(const RunAction& action) {
   run.folder = action.folder;
   for (const std::string& word : action.words) {
     run.words.push_back(WithAddresses(
-        word, [this](const std::string& driver) { return AddressIn(Ask(m_names.Find(driver), "GetDaemon")); }));
+        word, [this](const std::string& driver) { return DaemonIn(Ask(m_names.Find(driver), "GetDaemon")).address; }));
   }
   Report({Kind::Run, 0, "", m_secrets.CommandLine(run.words)});
   const ProgramResult result = RunProgram(run);
@@ -238,12 +238,14 @@ void ScriptRunner::Do(const ShowAction& action) {
   shown.driverName = m_names.Name(action.driverId);
   if (action.what == Kind::File) {
     shown.text = m_secrets.Config(DeviceFile(action.driverId));
+  } else if (action.what == Kind::State) {
+    shown.text = m_secrets.Xml(m_host->GetPersistState(action.driverId, XmlStyle::Compact));
+  } else if (action.what == Kind::Settings) {
+    shown.settings = SettingsIn(m_secrets.Xml(Ask(action.driverId, "GetSettings")));
+  } else if (action.what == Kind::Counts) {
+    shown.counts = CountsIn(m_secrets.Xml(Ask(action.driverId, "GetCounts")));
   } else {
-    const std::string xml = action.what == Kind::State      ? m_host->GetPersistState(action.driverId)
-                            : action.what == Kind::Settings ? Ask(action.driverId, "GetSettings")
-                            : action.what == Kind::Counts   ? Ask(action.driverId, "GetCounts")
-                                                            : Ask(action.driverId, "GetDaemon");
-    shown.text = m_secrets.Xml(xml);
+    shown.daemon = DaemonIn(m_secrets.Xml(Ask(action.driverId, "GetDaemon")));
   }
   Report(shown);
 }
@@ -265,11 +267,12 @@ std::string ScriptRunner::LookUp(const ExpectAction& action) {
     return m_host->TrapEnabled(action.driverId, action.variableId) ? "true" : "false";
   }
   if (action.subject == Subject::State) {
-    const std::string state = m_host->GetPersistState(action.driverId);
+    if (action.comparison != ExpectAction::Comparison::Golden) {
+      return m_host->GetPersistState(action.driverId, XmlStyle::Compact);
+    }
     // A golden file looks like the file in a state folder.
-    return action.comparison == ExpectAction::Comparison::Golden && !state.empty()
-               ? XmlText(*ReadXmlNode(state), XmlStyle::Indented) + "\n"
-               : state;
+    const std::string state = m_host->GetPersistState(action.driverId, XmlStyle::Indented);
+    return state.empty() ? state : state + "\n";
   }
   return SettingIn(m_names.Name(action.driverId), Ask(action.driverId, "GetSettings"), action.setting);
 }

@@ -162,7 +162,7 @@ TEST_F(AWholeSystem, CanBeLoadedUsedAndUnloadedFiftyTimes) {
     ASSERT_EQ(SetState(kKitchen), "<Success/>");
     ASSERT_THAT(host->Command(kAgent, "GetDeviceList", {}), StartsWith("<managedDevices><managedDevice>"));
     host->SendEvent("OnProjectLoaded", {});
-    ASSERT_THAT(host->GetPersistState(kAgent), HasSubstr("version=\"1.0.0.0\""));
+    ASSERT_THAT(host->GetPersistState(kAgent, devhost::XmlStyle::Compact), HasSubstr("version=\"1.0.0.0\""));
     host->Stop();
     ASSERT_EQ(host->MannersCount(), 0U);
     ASSERT_EQ(devhost::LiveXmlObjects(), 0U);

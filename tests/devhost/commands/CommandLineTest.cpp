@@ -128,6 +128,12 @@ TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
     EXPECT_EQ(Parse({"run", pretty}).text,
               "devhost: --pretty has a value; allowed: --pretty alone\nTry \"devhost run --help\".\n");
   }
+  for (const auto& [option, line] : {std::pair{"--pretty", Parse({"run", "--json", "--pretty"})},
+                                     std::pair{"--color", Parse({"run", "--color=never", "--json"})}}) {
+    EXPECT_EQ(line.text, std::string("devhost: --json and ") + option +
+                             " cannot stand together; allowed: one of the two\n"
+                             "Try \"devhost run --help\".\n");
+  }
   EXPECT_THAT(Parse({"run", "--project", ""}).text, StartsWith("devhost: --project: the name is empty; allowed: a path\n"));
   EXPECT_THAT(Parse({"--blub"}).text,
               testing::StrEq("devhost: there is no option \"--blub\"; allowed: --help, --version, or a command\n"

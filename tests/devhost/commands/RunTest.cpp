@@ -85,7 +85,7 @@ TEST_F(RunCommand, PrintsXmlOnSeveralLinesWhenAsked) {
 
 TEST_F(RunCommand, WritesJsonWhenAsked) {
   const std::string script = "device kitchen set communityRead hidden\n";
-  const std::string json = Play(script, {"--json", "--color", "always"}, kitchen).out;
+  const std::string json = Play(script, {"--json"}, kitchen).out;
   EXPECT_THAT(json, AllOf(StartsWith("{\"n\":1,\"kind\":\"load\","), HasSubstr("\"value\":\"*****\""), EndsWith("}\n")));
   EXPECT_THAT(json, AllOf(Not(HasSubstr("hidden")), Not(HasSubstr("\x1b["))));
   EXPECT_THAT(Play(script, {"--json", "--show-secrets"}, kitchen).out, HasSubstr("\"value\":\"hidden\""));

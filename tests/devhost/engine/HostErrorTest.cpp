@@ -84,8 +84,9 @@ TEST_F(AHostError, OfACommandThatItsDriverLacksNamesBoth) {
 }
 
 TEST_F(AHostError, OfADriverThatIsMissingNamesTheCallAlone) {
-  for (const auto& [call, error] : {std::pair{"command \"Echo\"", Thrown([&] { host.Command(5, "Echo", {}); })},
-                                    std::pair{"GetPersistState", Thrown([&] { host.GetPersistState(5); })}}) {
+  for (const auto& [call, error] :
+       {std::pair{"command \"Echo\"", Thrown([&] { host.Command(5, "Echo", {}); })},
+        std::pair{"GetPersistState", Thrown([&] { host.GetPersistState(5, XmlStyle::Compact); })}}) {
     ExpectDriver(error, 0, "");
     EXPECT_EQ(error.call, call);
     EXPECT_EQ(error.text, "there is no driver 5; none is loaded");

@@ -129,7 +129,7 @@ TEST_F(AHost, LetsNestedCallsPass) {
 
 TEST_F(AHost, GivesThePersistedState) {
   LoadGreeter(7, "hi");
-  EXPECT_EQ(host.GetPersistState(7), "<State>hi</State>");
+  EXPECT_EQ(host.GetPersistState(7, XmlStyle::Compact), "<State>hi</State>");
 }
 
 TEST_F(AHost, HasNoVariablesThatNobodyAdded) {

@@ -43,7 +43,7 @@ TEST_F(ALoadedDriver, HasItsExceptionsTurnedIntoHostErrors) {
             "an exception came out of command \"Throw\" of driver 5 \"rude5\": no <answer> today");
   EXPECT_EQ(ErrorOf([&] { host.Command(5, "ThrowOddly", {}); }),
             "an exception came out of command \"ThrowOddly\" of driver 5 \"rude5\": something that is not a std::exception");
-  EXPECT_EQ(ErrorOf([&] { host.GetPersistState(5); }),
+  EXPECT_EQ(ErrorOf([&] { host.GetPersistState(5, XmlStyle::Compact); }),
             "an exception came out of GetPersistState of driver 5 \"rude5\": no state today");
 }
 

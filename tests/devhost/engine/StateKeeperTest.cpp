@@ -268,7 +268,7 @@ TEST_F(AKeptState, OfAStoreThatTakesNoneIsHandedOutButNeverAskedFor) {
 TEST_F(AKeptState, IsAskedForButNotKeptByGetPersistState) {
   Host host(observer, &store);
   LoadKeeper(host, 7, "<config text='x'/>");
-  EXPECT_EQ(host.GetPersistState(7), "<State>x</State>");
+  EXPECT_EQ(host.GetPersistState(7, XmlStyle::Compact), "<State>x</State>");
   EXPECT_EQ(store.saves, 0);
 }
 

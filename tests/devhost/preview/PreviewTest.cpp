@@ -212,10 +212,10 @@ TEST_F(APreview, KnowsWhatTheDeviceHasKept) {
     host.Load(input.agent);
     host.Load(input.device);
     EXPECT_EQ(host.Command(12, "EraseSetting", {{"name", "sysName"}}), "<Success/>");
-    input.state = host.GetPersistState(12);
+    input.state = host.GetPersistState(12, XmlStyle::Compact);
     host.Command(1, "GetDeviceList", {});
     EXPECT_EQ(host.Command(12, "SetOnline", {{"online", "false"}}), "<Success/>");
-    offline = host.GetPersistState(12);
+    offline = host.GetPersistState(12, XmlStyle::Compact);
   }
   EXPECT_THAT(Difference(), AllOf(HasSubstr("\n-sysName  kitchen\n"), Not(HasSubstr("-rocommunity"))));
 

@@ -73,10 +73,30 @@ TEST(JsonLines, HoldXmlAsText) {
        {std::pair{Occurrence::Kind::Reply, "reply"}, std::pair{Occurrence::Kind::Notification, "notification"}}) {
     EXPECT_EQ(Line(Host(kind, "<a b=\"c\">d\n</a>")), std::string("{\"kind\":\"") + word + "\"," + kKitchen + xml);
   }
-  for (const auto& [kind, word] : {std::pair{Kind::Settings, "settings"}, std::pair{Kind::Counts, "counts"},
-                                   std::pair{Kind::Daemon, "daemon"}, std::pair{Kind::State, "state"}}) {
-    EXPECT_EQ(Line(Script(kind, "<a b=\"c\">d\n</a>")), std::string("{\"kind\":\"") + word + "\"," + kKitchen + xml);
-  }
+  EXPECT_EQ(Line(Script(Kind::State, "<a b=\"c\">d\n</a>")), std::string("{\"kind\":\"state\",") + kKitchen + xml);
+}
+
+TEST(JsonLines, HoldWhatADeviceAnswersAsValues) {
+  ScriptOccurrence settings = Script(Kind::Settings, "");
+  settings.settings.settings = {{"enabled", "true"}, {"sysContact", "", true}};
+  settings.settings.trapTargets = {{"10.0.0.5", "*****", "162"}};
+  EXPECT_EQ(Line(settings), std::string("{\"kind\":\"settings\",") + kKitchen +
+                                ",\"settings\":[{\"name\":\"enabled\",\"value\":\"true\",\"erased\":false},"
+                                "{\"name\":\"sysContact\",\"value\":\"\",\"erased\":true}],"
+                                "\"trapTargets\":[{\"target\":\"10.0.0.5\",\"community\":\"*****\",\"port\":\"162\"}]}");
+  EXPECT_EQ(Line(Script(Kind::Settings, "")),
+            std::string("{\"kind\":\"settings\",") + kKitchen + ",\"settings\":[],\"trapTargets\":[]}");
+  ScriptOccurrence counts = Script(Kind::Counts, "");
+  counts.counts = {{"CopyTo", 2}, {"CopyFrom", 0}};
+  EXPECT_EQ(Line(counts), std::string("{\"kind\":\"counts\",") + kKitchen + ",\"counts\":{\"CopyTo\":2,\"CopyFrom\":0}}");
+  ScriptOccurrence daemon = Script(Kind::Daemon, "");
+  daemon.daemon = {true, 4711, "udp:127.0.0.1:40161", true, false};
+  EXPECT_EQ(Line(daemon),
+            std::string("{\"kind\":\"daemon\",") + kKitchen +
+                ",\"running\":true,\"pid\":4711,\"address\":\"udp:127.0.0.1:40161\",\"online\":true,\"pending\":false}");
+  daemon.daemon = {false, 0, "udp:127.0.0.1:40161", false, true};
+  EXPECT_EQ(Line(daemon), std::string("{\"kind\":\"daemon\",") + kKitchen +
+                              ",\"running\":false,\"address\":\"udp:127.0.0.1:40161\",\"online\":false,\"pending\":true}");
 }
 
 TEST(JsonLines, DescribeWhatDriversLog) {

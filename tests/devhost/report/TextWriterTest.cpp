@@ -122,32 +122,26 @@ TEST(AFile, IsShownLineByLine) {
 }
 
 TEST(Settings, AreOneLineEach) {
-  EXPECT_EQ(Printed(Script(Kind::Settings,
-                           "<settings><setting name=\"enabled\" value=\"true\"/>"
-                           "<setting name=\"sysName\" value=\"my box\" erased=\"false\"/>"
-                           "<setting name=\"sysContact\" value=\"\" erased=\"true\"/>"
-                           "<trapTarget target=\"10.0.0.5\" community=\"pub lic\" port=\"\"/></settings>")),
+  ScriptOccurrence shown = Script(Kind::Settings, "");
+  shown.settings.settings = {{"enabled", "true"}, {"sysName", "my box"}, {"sysContact", "", true}};
+  shown.settings.trapTargets = {{"10.0.0.5", "pub lic", ""}};
+  EXPECT_EQ(Printed(shown),
             "settings kitchen enabled=true\nsettings kitchen sysName='my box'\nsettings kitchen sysContact='' erased\n"
             "settings kitchen trapTarget=10.0.0.5 community='pub lic' port=''\n");
-  EXPECT_EQ(Printed(Script(Kind::Settings, "<settings>")), "") << "a reply that is not XML holds no settings";
 }
 
 TEST(Counts, AreOneLine) {
-  EXPECT_EQ(Printed(Script(
-                Kind::Counts,
-                "<counts><count operation=\"CopyFrom\" value=\"3\"/><count operation=\"CopyTo\" value=\"0\"/></counts>")),
-            "counts kitchen CopyFrom=3 CopyTo=0\n");
+  ScriptOccurrence shown = Script(Kind::Counts, "");
+  shown.counts = {{"CopyFrom", 3}, {"CopyTo", 0}};
+  EXPECT_EQ(Printed(shown), "counts kitchen CopyFrom=3 CopyTo=0\n");
 }
 
 TEST(ADaemon, IsOneLine) {
-  EXPECT_EQ(Printed(Script(Kind::Daemon,
-                           "<daemon running=\"true\" pid=\"4711\" address=\"udp:127.0.0.1:40161\" online=\"true\" "
-                           "pending=\"false\"/>")),
-            "daemon kitchen running pid=4711 address=udp:127.0.0.1:40161 online\n");
-  EXPECT_EQ(Printed(Script(Kind::Daemon,
-                           "<daemon running=\"false\" pid=\"0\" address=\"udp:127.0.0.1:40161\" online=\"false\" "
-                           "pending=\"true\"/>")),
-            "daemon kitchen stopped address=udp:127.0.0.1:40161 offline pending\n");
+  ScriptOccurrence shown = Script(Kind::Daemon, "");
+  shown.daemon = {true, 4711, "udp:127.0.0.1:40161", true, false};
+  EXPECT_EQ(Printed(shown), "daemon kitchen running pid=4711 address=udp:127.0.0.1:40161 online\n");
+  shown.daemon = {false, 0, "udp:127.0.0.1:40161", false, true};
+  EXPECT_EQ(Printed(shown), "daemon kitchen stopped address=udp:127.0.0.1:40161 offline pending\n");
 }
 
 TEST(AState, IsXml) {

@@ -97,9 +97,11 @@ TEST_F(APlayedScript, ReportsWhatHappensWithItsPlace) {
 TEST_F(APlayedScript, ReportsWhatItShows) {
   Play("device kitchen set sysName a\nshow variables\ndevice kitchen show settings\ndevice kitchen show counts\n");
   EXPECT_EQ(Only(Kind::Variables).variables.at(0).name, "lamp");
-  EXPECT_THAT(Only(Kind::Settings).text, HasSubstr("<setting name=\"sysName\" value=\"a\""));
+  const std::vector<DeviceSetting> settings = Only(Kind::Settings).settings.settings;
+  EXPECT_THAT(settings, testing::Contains(testing::AllOf(testing::Field(&DeviceSetting::name, "sysName"),
+                                                         testing::Field(&DeviceSetting::value, "a"))));
   EXPECT_EQ(Only(Kind::Settings).driverName, "kitchen");
-  EXPECT_THAT(Only(Kind::Counts).text, HasSubstr("<count operation=\"CopyTo\" value=\"0\"/>"));
+  EXPECT_EQ(Only(Kind::Counts).counts.at(0).operation, "CopyFrom");
   EXPECT_THAT(reporter.lines, ElementsAre(1u, 2u, 3u, 4u));
   // The questions to the device are not reported.
   EXPECT_EQ(reporter.Of(Kind::Command).size(), 1u);
@@ -192,7 +194,11 @@ TEST_F(APlayedScript, StopsWhenADriverCannotBeLoadedAgain) {
   project.drivers.front().module = module;
   beforePlay = [&module] { std::filesystem::remove(module); };
   EXPECT_EQ(Play("restart\nprint a\n").actionsFailed, 1u);
-  EXPECT_THAT(Only(Kind::Error).text, testing::EndsWith("; the rest of the script is not played"));
+  const ScriptOccurrence error = Only(Kind::Error);
+  EXPECT_THAT(error.text, testing::EndsWith("; the rest of the script is not played"));
+  EXPECT_EQ(error.driverId, 12ul);
+  EXPECT_EQ(error.driverName, "kitchen");
+  EXPECT_EQ(error.call, "loading");
   EXPECT_THAT(reporter.Of(Kind::Print), IsEmpty());
 }
 
