@@ -1,13 +1,11 @@
 #include "drivers/localsnmpd/DaemonStatus.h"
 
-#include "drivers/common/FileStatus.h"
+#include "drivers/common/OffLineStatus.h"
 
 namespace drivers {
 
 std::string DescribeDaemonStatus(int status) {
   switch (status) {
-    case kAcceptedForLater:
-      return "the controller is off line; accepted for later";
     case kDaemonNotInstalled:
       return "no daemon program is installed";
     case kDaemonNotStarted:
@@ -24,12 +22,8 @@ std::string DescribeDaemonStatus(int status) {
       return "there is no memory for the copy that the daemon reads";
     case kDaemonDoesNotEnd:
       return "the daemon does not end";
-    case kControllerOffLine:
-      return "the controller is off line";
-    case kNoTextKnown:
-      return "the controller is off line, and no text of its snmpd.conf is known";
     default:
-      return DescribeFileStatus(status);
+      return DescribeOffLineStatus(status);
   }
 }
 

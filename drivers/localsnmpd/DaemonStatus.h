@@ -3,10 +3,8 @@
 
 #include <string>
 
-// The statuses of a device with a daemon of its own, besides those of drivers/common/FileStatus.h. 0 is success; -9, and no
-// other status, means that a text was accepted for later.
+// The statuses of a device with a daemon of its own, besides those of drivers/common/OffLineStatus.h. 0 is success.
 //
-//   -9   the controller is off line: CopyFrom gave the last text that is known, CopyTo keeps the text for later
 //   -10  no daemon program is installed
 //   -11  the system does not start the program
 //   -12  the daemon ended while it started
@@ -15,11 +13,8 @@
 //   -15  the folder daemon/ beside snmpd.conf cannot be used
 //   -16  there is no memory for the copy of snmpd.conf that the daemon reads
 //   -17  the daemon does not end, even when it is killed
-//   -20  the controller is off line: nothing was done
-//   -21  the controller is off line, and no text of its snmpd.conf is known
 namespace drivers {
 
-inline constexpr int kAcceptedForLater = -9;
 inline constexpr int kDaemonNotInstalled = -10;
 inline constexpr int kDaemonNotStarted = -11;
 inline constexpr int kDaemonEndedAtStart = -12;
@@ -28,10 +23,8 @@ inline constexpr int kPortTaken = -14;
 inline constexpr int kDaemonFolderUnusable = -15;
 inline constexpr int kServedCopyNotWritten = -16;
 inline constexpr int kDaemonDoesNotEnd = -17;
-inline constexpr int kControllerOffLine = -20;
-inline constexpr int kNoTextKnown = -21;
 
-// The status in words, those of files included.
+// The status in words, those of drivers/common/OffLineStatus.h included.
 std::string DescribeDaemonStatus(int status);
 
 }  // namespace drivers

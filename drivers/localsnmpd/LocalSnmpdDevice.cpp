@@ -1,9 +1,9 @@
 #include "drivers/localsnmpd/LocalSnmpdDevice.h"
 
 #include <thread>
-#include <utility>
 
 #include "drivers/common/FileStatus.h"
+#include "drivers/common/OffLineStatus.h"
 #include "drivers/common/SettingNames.h"
 #include "drivers/localsnmpd/DaemonConfiguration.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
@@ -14,7 +14,7 @@
 
 namespace drivers {
 
-LocalSnmpdDevice::LocalSnmpdDevice(IInstanceManager& instanceManager) : SnmpDeviceDriver(instanceManager) {}
+LocalSnmpdDevice::LocalSnmpdDevice(IInstanceManager& instanceManager) : KeepingDeviceDriver(instanceManager, "LocalSnmpd") {}
 
 LocalSnmpdDevice::~LocalSnmpdDevice() {
   Leave();
@@ -30,14 +30,6 @@ LocalSnmpdDevice::~LocalSnmpdDevice() {
 
 IDriver* LocalSnmpdDevice::Create(IInstanceManager& instanceManager) {
   return new LocalSnmpdDevice(instanceManager);
-}
-
-int LocalSnmpdDevice::Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) {
-  if (persisted != nullptr && !m_file) {
-    persisted->AddRef();
-    m_handedState = h7::auto_com<H7XML::INode>(persisted);
-  }
-  return SnmpDeviceDriver::Initialize(driverId, config, persisted);
 }
 
 std::string LocalSnmpdDevice::Prepare(const DeviceConfiguration& configuration, const H7XML::INode& config) {
@@ -62,98 +54,38 @@ std::string LocalSnmpdDevice::Prepare(const DeviceConfiguration& configuration, 
   return std::string();
 }
 
-void LocalSnmpdDevice::TakeStateBack() {
-  if (!m_handedState) {
-    return;
-  }
-  DeviceState state;
-  const std::string wrong = ReadDeviceState(*m_handedState, state);
-  const h7::auto_com<H7XML::INode> handed = std::move(m_handedState);
-  if (!wrong.empty()) {
-    // It may be all that is left of a text that waits, so the next state holds it.
-    m_state.refused = H7XML::CreateXmlNode("refused", std::string());
-    m_state.refused->AppendChild(*handed);
-    Log("the saved state cannot be used: " + wrong +
-        "; the settings of the project are used, and the state is kept in the next one, as the element refused");
-    return;
-  }
-  Settings() = state.settings;
-  m_state = state;
-}
-
-h7::auto_com<H7XML::INode> LocalSnmpdDevice::GetPersistState(unsigned long) {
-  if (!m_file) {
-    return m_handedState;
-  }
-  m_saidStateChanged = false;
-  m_state.settings = Settings();
-  return WriteDeviceState(m_state);
-}
-
-void LocalSnmpdDevice::SettingsChanged() {
-  // Once is enough until the host asks for the state: a request of the tool sets a dozen settings.
-  if (m_file && !m_saidStateChanged) {
-    DmInvalidateState();
-    m_saidStateChanged = true;
-  }
-}
-
 std::string LocalSnmpdDevice::FilePath() const {
   return m_file ? m_file->GetPath() : std::string();
 }
 
 int LocalSnmpdDevice::ReadFile(std::string& config) {
   m_daemon->IsRunning();
-  if (!m_state.online) {
-    return ReadOffLine(config);
+  if (!IsOnline()) {
+    const int status = ReadOffLine(config);
+    return status == kAcceptedForLater ? status : ReportFile("read", status);
   }
   // Reading through a link is harmless, and the tool shall see the settings. Writing refuses it.
   const int status = m_file->Read(config, Links::Follow);
   if (status == 0) {
-    m_copiedOut = true;
-    if (m_state.known != config) {
-      m_state.known = config;
-      SettingsChanged();
-    }
+    NoteRead(config);
   }
   return ReportFile("read", status);
 }
 
-int LocalSnmpdDevice::ReadOffLine(std::string& config) {
-  if (!m_state.pending && !m_state.known) {
-    return ReportFile("read", kNoTextKnown);
-  }
-  config = m_state.pending ? m_state.pending->text : *m_state.known;
-  m_copiedOut = true;
-  return kAcceptedForLater;
-}
-
 int LocalSnmpdDevice::WriteFile(const std::string& config) {
   m_daemon->IsRunning();
-  if (!m_copiedOut || !m_state.known) {
-    return ReportFile("replace", kFileWasChanged);
-  }
-  if (config.size() > ConfigFile::kMaximumSize) {
-    return ReportFile("replace", kTextTooLarge);
-  }
-  if (!m_state.online) {
+  int status = CheckWrite(config);
+  if (status == 0 && !IsOnline()) {
     return WriteOffLine(config);
   }
-  const int status = m_file->ReplaceExpected(*m_state.known, config);
-  if (status != 0) {
-    return ReportFile("replace", status);
+  if (status == 0) {
+    status = WriteOnLine(config, Replacer());
   }
-  m_state.known = config;
-  SettingsChanged();
-  return ApplyToDaemon(config);
+  return status != 0 ? ReportFile("replace", status) : ApplyToDaemon(config);
 }
 
-int LocalSnmpdDevice::WriteOffLine(const std::string& config) {
-  // A text made from a pending one goes into the same file as that one would have.
-  const std::string base = m_state.pending ? m_state.pending->base : *m_state.known;
-  m_state.pending = PendingText{config, base};
-  SettingsChanged();
-  return kAcceptedForLater;
+KeepingDeviceDriver::Replace LocalSnmpdDevice::Replacer() const {
+  return [this](const std::string& expected, const std::string& text) { return m_file->ReplaceExpected(expected, text); };
 }
 
 int LocalSnmpdDevice::ApplyToDaemon(const std::string& config) {
@@ -170,15 +102,15 @@ int LocalSnmpdDevice::StartOnLine() {
 }
 
 int LocalSnmpdDevice::StartDaemon() {
-  return m_state.online ? StartOnLine() : Report("start the daemon", kControllerOffLine);
+  return IsOnline() ? StartOnLine() : Report("start the daemon", kControllerOffLine);
 }
 
 int LocalSnmpdDevice::StopDaemon() {
-  return m_state.online ? m_daemon->Stop() : Report("stop the daemon", kControllerOffLine);
+  return IsOnline() ? m_daemon->Stop() : Report("stop the daemon", kControllerOffLine);
 }
 
 int LocalSnmpdDevice::Reboot() {
-  if (!m_state.online) {
+  if (!IsOnline()) {
     return Report("reboot the controller", kControllerOffLine);
   }
   const bool wasRunning = m_daemon->IsRunning();
@@ -194,33 +126,20 @@ int LocalSnmpdDevice::Reboot() {
 // runs, in use.
 std::string LocalSnmpdDevice::ComeOnLine() {
   m_daemon->IsRunning();
-  if (m_state.online) {
+  if (!IsPending()) {
+    SetOnline(true);
     return std::string();
   }
-  if (!m_state.pending) {
-    m_state.online = true;
-    SettingsChanged();
-    return std::string();
-  }
-  const PendingText pending = *m_state.pending;
-  int status = m_file->ReplaceExpected(pending.base, pending.text);
+  int status = InstallPending(m_file->GetPath(), Replacer());
   if (status != 0 && status != kFileWasChanged) {
-    ReportFile("install the text that was accepted off line in", status);
     return "the text that was accepted off line cannot be installed: " + DescribeDaemonStatus(status) +
            "; the device stays off line";
   }
-  m_state.online = true;
-  m_state.pending.reset();
-  SettingsChanged();
+  SetOnline(true);
   if (status == kFileWasChanged) {
-    const std::string line = "the text that was accepted off line is dropped: somebody changed " + m_file->GetPath() +
-                             " meanwhile; the settings stay, send them again";
-    Log(line);
-    return line;
+    return DescribeDropped(m_file->GetPath());
   }
-  m_state.known = pending.text;
-  Log("the text that was accepted off line is in " + m_file->GetPath());
-  status = ApplyToDaemon(pending.text);
+  status = ApplyToDaemon(KnownText());
   if (status != 0) {
     return "the text that was accepted off line is in the file, but " + DescribeDaemonStatus(status);
   }
@@ -251,9 +170,8 @@ LocalSnmpdDevice::Reply LocalSnmpdDevice::OnSetOnline(const ICmdMessage& message
     wrong = "online is \"" + message.GetString("online") + "\"; allowed are true and false";
   } else if (online) {
     wrong = ComeOnLine();
-  } else if (m_state.online) {
-    m_state.online = false;
-    SettingsChanged();
+  } else {
+    SetOnline(false);
   }
   return H7XML::CreateXmlNode(wrong.empty() ? "Success" : "Fail", wrong);
 }
@@ -267,8 +185,8 @@ LocalSnmpdDevice::Reply LocalSnmpdDevice::OnGetDaemon(const ICmdMessage&) {
   reply->SetNamedString("running", h7::ToString(pid != 0));
   reply->SetNamedULong("pid", static_cast<unsigned long>(pid));
   reply->SetNamedString("address", m_daemon->GetAddress());
-  reply->SetNamedString("online", h7::ToString(m_state.online));
-  reply->SetNamedString("pending", h7::ToString(m_state.pending.has_value()));
+  reply->SetNamedString("online", h7::ToString(IsOnline()));
+  reply->SetNamedString("pending", h7::ToString(IsPending()));
   return reply;
 }
 

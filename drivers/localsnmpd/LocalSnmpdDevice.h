@@ -6,9 +6,8 @@
 #include <string>
 
 #include "drivers/common/ConfigFile.h"
-#include "drivers/common/SnmpDeviceDriver.h"
+#include "drivers/common/KeepingDeviceDriver.h"
 #include "drivers/localsnmpd/Daemon.h"
-#include "drivers/localsnmpd/DeviceState.h"
 #include "drivers/localsnmpd/PortReservation.h"
 
 class IInstanceManager;
@@ -16,21 +15,19 @@ class IInstanceManager;
 namespace drivers {
 
 // An SNMP-capable device whose controller is this machine: one folder with its snmpd.conf, and one SNMP daemon that serves
-// it on a port of 127.0.0.1. Statuses are those of drivers/localsnmpd/DaemonStatus.h and drivers/common/FileStatus.h.
+// it on a port of 127.0.0.1. Statuses are those of drivers/localsnmpd/DaemonStatus.h.
 //
 // A file that somebody changed since it was copied out is never overwritten. Tests can switch the controller off line: then
 // the last known text is handed out, and a new one is accepted for later and installed when the controller is back.
 //
 // Settings and those texts survive the host. The daemon ends with the driver.
-class LocalSnmpdDevice final : public SnmpDeviceDriver {
+class LocalSnmpdDevice final : public KeepingDeviceDriver {
  public:
   explicit LocalSnmpdDevice(IInstanceManager& instanceManager);
   ~LocalSnmpdDevice() override;
 
   static IDriver* Create(IInstanceManager& instanceManager);
 
-  int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override;
-  h7::auto_com<H7XML::INode> GetPersistState(unsigned long reserved) override;
   void RegisterCommands() override;
 
  private:
@@ -43,12 +40,9 @@ class LocalSnmpdDevice final : public SnmpDeviceDriver {
   int Reboot() override;
   int StopDaemon() override;
   int StartDaemon() override;
-  void SettingsChanged() override;
   std::string DescribeStatus(int status) const override;
 
-  void TakeStateBack();
-  int ReadOffLine(std::string& config);
-  int WriteOffLine(const std::string& config);
+  Replace Replacer() const;
   int StartOnLine();
   int ApplyToDaemon(const std::string& config);
   std::string ComeOnLine();
@@ -56,16 +50,10 @@ class LocalSnmpdDevice final : public SnmpDeviceDriver {
   Reply OnSetOnline(const ICmdMessage& message);
   Reply OnGetDaemon(const ICmdMessage& message);
 
-  // The saved state from the host, until Prepare reads it. With an invalid configuration it is given back as it is.
-  h7::auto_com<H7XML::INode> m_handedState;
   std::optional<PortReservation> m_port;  // none for a configured port
   std::chrono::milliseconds m_rebootPause{0};
   std::optional<ConfigFile> m_file;
   std::optional<Daemon> m_daemon;
-  // Its settings are only set for saving: the base holds those in use.
-  DeviceState m_state;
-  bool m_copiedOut = false;         // in this life
-  bool m_saidStateChanged = false;  // and the host has not asked for the state since
 };
 
 }  // namespace drivers

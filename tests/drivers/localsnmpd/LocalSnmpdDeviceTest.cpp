@@ -18,6 +18,7 @@
 #include "devhost/xml/XmlReader.h"
 #include "drivers/common/ConfigFile.h"
 #include "drivers/common/FileStatus.h"
+#include "drivers/common/OffLineStatus.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
 #include "drivers/localsnmpd/SnmpProbe.h"
 #include "tests/drivers/support/Child.h"

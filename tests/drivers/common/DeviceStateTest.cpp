@@ -1,4 +1,4 @@
-#include "drivers/localsnmpd/DeviceState.h"
+#include "drivers/common/DeviceState.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,8 @@
 namespace {
 
 using drivers::DeviceState;
+
+const char kKind[] = "LocalSnmpd";
 
 std::string AllBytes() {
   std::string all;
@@ -53,16 +55,16 @@ std::string Changed(const std::string& from, const std::string& to) {
 
 std::string WrongWith(const std::string& from, const std::string& to) {
   DeviceState state;
-  return drivers::ReadDeviceState(*ToNode(Changed(from, to)), state);
+  return drivers::ReadDeviceState(kKind, *ToNode(Changed(from, to)), state);
 }
 
 TEST(ADeviceState, ComesBackByteForByte) {
   const DeviceState state = FullState();
   // By way of text, as a host keeps it.
-  const auto node = ToNode(devhost::XmlText(*drivers::WriteDeviceState(state), devhost::XmlStyle::Indented));
+  const auto node = ToNode(devhost::XmlText(*drivers::WriteDeviceState(kKind, state), devhost::XmlStyle::Indented));
   DeviceState read;
-  ASSERT_EQ("", drivers::ReadDeviceState(*node, read));
-  EXPECT_EQ(ToText(*drivers::WriteDeviceState(state)), ToText(*drivers::WriteDeviceState(read)));
+  ASSERT_EQ("", drivers::ReadDeviceState(kKind, *node, read));
+  EXPECT_EQ(ToText(*drivers::WriteDeviceState(kKind, state)), ToText(*drivers::WriteDeviceState(kKind, read)));
   EXPECT_TRUE(read.settings.managed);
   EXPECT_FALSE(read.settings.enabled);
   EXPECT_TRUE(read.settings.useRoomDevice);
@@ -84,7 +86,7 @@ TEST(ADeviceState, ComesBackByteForByte) {
 TEST(ADeviceState, ShowsEachLineOfTheFileAsALine) {
   DeviceState state;
   state.known = "\n rocommunity\tpublic\n";
-  const std::string xml = devhost::XmlText(*drivers::WriteDeviceState(state), devhost::XmlStyle::Indented);
+  const std::string xml = devhost::XmlText(*drivers::WriteDeviceState(kKind, state), devhost::XmlStyle::Indented);
   EXPECT_NE(std::string::npos, xml.find(">-\n\n rocommunity\tpublic\n\n-</known>")) << xml;
 }
 
@@ -92,7 +94,7 @@ TEST(ADeviceState, OfANewDeviceComesBackToo) {
   DeviceState state;
   state.settings.trapTargets.Erase();
   DeviceState read;
-  ASSERT_EQ("", drivers::ReadDeviceState(*drivers::WriteDeviceState(state), read));
+  ASSERT_EQ("", drivers::ReadDeviceState(kKind, *drivers::WriteDeviceState(kKind, state), read));
   EXPECT_TRUE(read.online);
   EXPECT_FALSE(read.known.has_value());
   EXPECT_FALSE(read.pending.has_value());
@@ -104,7 +106,7 @@ TEST(ADeviceState, ThatIsDamagedSaysWhere) {
   EXPECT_EQ("", WrongWith("online='true'", "online='true'"));
   EXPECT_EQ("it is an element SNMPState of version \"\", not LocalSnmpd of version 1", [] {
     DeviceState state;
-    return drivers::ReadDeviceState(*ToNode("<SNMPState/>"), state);
+    return drivers::ReadDeviceState(kKind, *ToNode("<SNMPState/>"), state);
   }());
   EXPECT_EQ("it is an element LocalSnmpd of version \"2\", not LocalSnmpd of version 1",
             WrongWith("version='1'", "version='2'"));

@@ -1,5 +1,5 @@
-#ifndef DRIVERS_LOCALSNMPD_DEVICE_STATE_H
-#define DRIVERS_LOCALSNMPD_DEVICE_STATE_H
+#ifndef DRIVERS_COMMON_DEVICE_STATE_H
+#define DRIVERS_COMMON_DEVICE_STATE_H
 
 #include <optional>
 #include <string>
@@ -25,7 +25,7 @@ struct DeviceState {
   h7::auto_com<H7XML::INode> refused;  // a saved state that could not be used, in an element of this name
 };
 
-// Writes the state as an element:
+// Writes the state as an element, named `kind` after the kind of driver:
 //
 //   <LocalSnmpd version="1" online="true">
 //     <setting name="sysName" value="kitchen" erased="false"/>   one for each setting, see drivers/common/SettingNames.h
@@ -36,11 +36,11 @@ struct DeviceState {
 //   </LocalSnmpd>
 //
 // Bytes that XML cannot carry are escaped (%XX).
-h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state);
+h7::auto_com<H7XML::INode> WriteDeviceState(const std::string& kind, const DeviceState& state);
 
-// Reads `node` into `state`. Returns what is wrong, in one line, and leaves `state` unusable; or nothing. Everything that is
-// unknown, missing or given twice is wrong.
-std::string ReadDeviceState(const H7XML::INode& node, DeviceState& state);
+// Reads `node`, the state of a driver of that kind, into `state`. Returns what is wrong, in one line, and leaves `state`
+// unusable; or nothing. Everything that is unknown, missing or given twice is wrong.
+std::string ReadDeviceState(const std::string& kind, const H7XML::INode& node, DeviceState& state);
 
 }  // namespace drivers
 

@@ -1,4 +1,4 @@
-#include "drivers/localsnmpd/DeviceState.h"
+#include "drivers/common/DeviceState.h"
 
 #include <cstddef>
 #include <set>
@@ -12,7 +12,6 @@ namespace drivers {
 
 namespace {
 
-const char kName[] = "LocalSnmpd";
 const char kVersion[] = "1";
 const char kTrapTargets[] = "trapTargets";
 
@@ -74,7 +73,7 @@ bool Unfence(const std::string& fenced, std::string& text) {
          Unescape(fenced.substr(kFenceSize, fenced.size() - 2 * kFenceSize), text);
 }
 
-std::string AttributeError(const char* element, const char* attribute) {
+std::string AttributeError(const std::string& element, const char* attribute) {
   return "the attribute " + std::string(attribute) + " of an element " + element + " is damaged";
 }
 
@@ -131,8 +130,8 @@ std::string FindMissingSetting(const std::set<std::string>& seen) {
 
 }  // namespace
 
-h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state) {
-  const h7::auto_com<H7XML::INode> root = H7XML::CreateXmlNode(kName, std::string());
+h7::auto_com<H7XML::INode> WriteDeviceState(const std::string& kind, const DeviceState& state) {
+  const h7::auto_com<H7XML::INode> root = H7XML::CreateXmlNode(kind, std::string());
   root->SetNamedString("version", kVersion);
   root->SetNamedString("online", h7::ToString(state.online));
   VisitSettings(state.settings, [&root](const NamedSetting& setting) {
@@ -164,12 +163,12 @@ h7::auto_com<H7XML::INode> WriteDeviceState(const DeviceState& state) {
   return root;
 }
 
-std::string ReadDeviceState(const H7XML::INode& node, DeviceState& state) {
-  if (node.GetName() != kName || node.GetNamedString("version") != kVersion) {
-    return "it is an element " + node.GetName() + " of version \"" + node.GetNamedString("version") + "\", not " + kName +
+std::string ReadDeviceState(const std::string& kind, const H7XML::INode& node, DeviceState& state) {
+  if (node.GetName() != kind || node.GetNamedString("version") != kVersion) {
+    return "it is an element " + node.GetName() + " of version \"" + node.GetNamedString("version") + "\", not " + kind +
            " of version " + kVersion;
   }
-  std::string wrong = ReadSwitch(node.GetNamedString("online"), state.online) ? "" : AttributeError(kName, "online");
+  std::string wrong = ReadSwitch(node.GetNamedString("online"), state.online) ? "" : AttributeError(kind, "online");
   std::set<std::string> seen;
   std::optional<std::string> pending;
   std::optional<std::string> base;

@@ -1,0 +1,74 @@
+#ifndef DRIVERS_COMMON_KEEPING_DEVICE_DRIVER_H
+#define DRIVERS_COMMON_KEEPING_DEVICE_DRIVER_H
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "drivers/common/DeviceState.h"
+#include "drivers/common/SnmpDeviceDriver.h"
+
+namespace drivers {
+
+// A driver whose controller can be off line, and whose settings and texts survive the host.
+//
+// Off line, the last text that is known is handed out, and a new one is accepted for later (drivers/common/OffLineStatus.h).
+// When the controller is back, the text that waits is installed, unless somebody changed the file meanwhile. How the
+// controller is reached is the derived driver's matter.
+class KeepingDeviceDriver : public SnmpDeviceDriver {
+ public:
+  int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) final;
+  h7::auto_com<H7XML::INode> GetPersistState(unsigned long reserved) final;
+
+ protected:
+  // Replaces the file with `text` where it still holds `expected`. Returns a status.
+  using Replace = std::function<int(const std::string& expected, const std::string& text)>;
+
+  // `kind` is the name of the state's element.
+  KeepingDeviceDriver(IInstanceManager& instanceManager, const char* kind);
+
+  // Restores what the last life kept. The last step of a successful Prepare.
+  void TakeStateBack();
+
+  bool IsOnline() const { return m_state.online; }
+  bool IsPending() const { return m_state.pending.has_value(); }
+  // Notes whether the controller can be reached. On line nothing may be pending.
+  void SetOnline(bool online);
+
+  // Notes what was read from the file.
+  void NoteRead(const std::string& text);
+  // Does the work of ReadFile off line: -9 and the text that waits, or else the last one that is known; -21 when there is
+  // none.
+  int ReadOffLine(std::string& config);
+  // Whether `config` may be written: 0, kFileWasChanged when this life has not copied anything out, or kTextTooLarge.
+  int CheckWrite(const std::string& config) const;
+  // Does the work of WriteFile on line, without a message. A text that waited is superseded where the new one is installed,
+  // and dropped where somebody changed the file. Called only after CheckWrite.
+  int WriteOnLine(const std::string& config, const Replace& replace);
+  // Does the work of WriteFile off line: keeps the text for later and returns -9. Called only after CheckWrite.
+  int WriteOffLine(const std::string& config);
+  // Installs the text that waits, and logs what became of it, with the file's `path`. Returns 0 when it is in the file,
+  // kFileWasChanged when it was dropped because somebody changed the file, or the reason for which it still waits. Called
+  // only while one is pending.
+  int InstallPending(const std::string& path, const Replace& replace);
+  // What is said when a text that waited was dropped.
+  static std::string DescribeDropped(const std::string& path);
+  // The text that was read or written last. Called only when there is one.
+  const std::string& KnownText() const { return *m_state.known; }
+
+  void SettingsChanged() override;
+
+ private:
+  const char* const m_kind;
+  // The saved state from the host, until it is taken back. With an invalid configuration it is returned as it is.
+  h7::auto_com<H7XML::INode> m_handedState;
+  // Its settings are only set for saving: the base holds those in use.
+  DeviceState m_state;
+  bool m_tookStateBack = false;
+  bool m_copiedOut = false;         // in this life
+  bool m_saidStateChanged = false;  // and the host has not asked for the state since
+};
+
+}  // namespace drivers
+
+#endif
