@@ -151,7 +151,8 @@ const void* FunctionBehind(const void* object, std::size_t slot) noexcept {
   const Word table = *static_cast<const Word*>(object);
   const Copy* const copy = CopyThatHolds(table);
   // A function of the host is found through a copy only.
-  return reinterpret_cast<const void*>(copy->original[(table - copy->Begin()) / sizeof(Word) + slot]);
+  return copy == nullptr ? nullptr
+                         : reinterpret_cast<const void*>(copy->original[(table - copy->Begin()) / sizeof(Word) + slot]);
 }
 
 }  // namespace devhost

@@ -19,8 +19,8 @@ namespace devhost {
 // for an object that is itself constant data.
 bool PutInFront(void* object, const std::type_info& interface, const void* const* functions, std::size_t count);
 
-// What the host has put its functions in front of: the function of the object's own class in that slot. Any thread may call
-// it.
+// What the host has put its functions in front of: the function of the object's own class in that slot; null for an object
+// that has no function of the host's in front. Any thread may call it.
 const void* FunctionBehind(const void* object, std::size_t slot) noexcept;
 
 }  // namespace devhost

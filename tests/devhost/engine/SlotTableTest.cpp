@@ -147,6 +147,11 @@ TEST(AnObjectInConstantData, IsLeftAlone) {
   EXPECT_EQ(speaker.Count(), 1);
 }
 
+TEST(AnObjectThatIsNotTheInterface, HasNothingInFront) {
+  SpeakerFirst speaker;
+  EXPECT_EQ(FunctionBehind(static_cast<Speaker*>(&speaker), 0), nullptr);
+}
+
 TEST(AnObjectWithoutATable, IsLeftAlone) {
   void* words[4] = {words, nullptr, nullptr, nullptr};
   const void* const front = reinterpret_cast<const void*>(&CountInFront);
