@@ -25,6 +25,7 @@ struct CommandOption {
   bool isRequired = false;
   std::vector<std::string> choices = {};  // the values that Takes::Choice allows
   std::vector<const char*> without = {};  // the names of options, declared before this one, that it cannot stand beside
+  bool isHidden = false;                  // the program gives it to itself; no help names it
 };
 
 // What a command line gave for the options and arguments of its command.

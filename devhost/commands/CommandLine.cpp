@@ -60,6 +60,9 @@ void AddOption(CLI::App& app, const CommandOption& option) {
   CLI::Option* const added = app.add_option(option.name, CLI::callback_t(), option.meaning);
   Exclude(app, *added, option.without);
   added->type_name(option.value)->required(option.isRequired);
+  if (option.isHidden) {
+    added->group("");
+  }
   if (option.takes == Takes::Paths) {
     added->expected(CLI::detail::expected_max_vector_size);
   }

@@ -15,6 +15,7 @@ Command MakeAdvise();
 Command MakePreview();
 Command MakeModule();
 Command MakeNewDriver();
+Command MakeConform();
 
 // Every command of the program, in the order of the help.
 const std::vector<Command>& Commands();

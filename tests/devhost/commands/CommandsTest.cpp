@@ -61,7 +61,8 @@ TEST_F(TheProgram, AnswersWrongUsageOnStandardError) {
   EXPECT_EQ(outcome.out, "");
   EXPECT_THAT(
       outcome.errors,
-      StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, preview, module, new-driver\n"));
+      StartsWith(
+          "devhost: there is no command \"blub\"; allowed: run, check, advise, preview, module, new-driver, conform\n"));
 }
 
 TEST_F(TheProgram, EndsWithTwoWhenAFileIsMissingOrWrong) {

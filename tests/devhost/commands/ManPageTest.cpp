@@ -50,7 +50,7 @@ TEST(TheManPage, NamesEveryOptionAndNoOther) {
   Names options = {"-h, --help", "--version"};
   for (const Command& command : Commands()) {
     for (const CommandOption& option : command.options) {
-      if (!option.IsArgument()) {
+      if (!option.IsArgument() && !option.isHidden) {
         options.insert(option.takes == CommandOption::Takes::Nothing ? option.name
                                                                      : std::string(option.name) + " " + option.value);
       }

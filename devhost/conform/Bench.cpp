@@ -1,0 +1,159 @@
+#include "devhost/conform/Bench.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include "devhost/conform/Check.h"
+#include "devhost/engine/HostError.h"
+#include "devhost/engine/SlotTable.h"
+#include "devhost/system/Output.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+constexpr unsigned long kAgent = 1;
+constexpr std::size_t kSlots = 40;
+
+}  // namespace
+
+Bench::Bench(Trial& trial, StateStore* states) : m_trial(trial), m_host(*this, states) {
+  m_host.Load({kAgent, "agent", "the agent double", "<config/>"}, [this](IInstanceManager& instances) {
+    m_double = new AgentDouble(instances, m_record, m_trial.trail);
+    return m_double;
+  });
+}
+
+std::string Bench::TryLoad(unsigned long id, const std::string& config) {
+  std::filesystem::create_directories(FolderOf(id));
+  const std::string text = config.empty() ? m_trial.profile.ConfigIn(FolderOf(id)) : config;
+  m_trial.trail.Note("Initialize");
+  try {
+    m_host.Load({id, "device" + std::to_string(id), m_trial.module, text});
+    return "";
+  } catch (const HostError& error) {
+    return error.what();
+  }
+}
+
+void Bench::Load(unsigned long id) {
+  const std::string problem = TryLoad(id);
+  if (!problem.empty()) {
+    throw Blocked("there is no driver: " + problem);
+  }
+}
+
+std::string Bench::FolderOf(unsigned long id) const {
+  return m_trial.folder + "/device" + std::to_string(id);
+}
+
+void Bench::Act(const std::function<void()>& action) {
+  if (m_isActing) {
+    action();
+    return;
+  }
+  m_isActing = true;
+  m_record.action = action;
+  m_record.problem = nullptr;
+  m_host.Command(kAgent, AgentDouble::kCommand, {});
+  m_isActing = false;
+  if (m_record.problem != nullptr) {
+    std::rethrow_exception(std::exchange(m_record.problem, nullptr));
+  }
+}
+
+void Bench::AgentArrives() {
+  m_trial.trail.Note("AgentAvailable");
+  Act([this] { m_double->Arrive(); });
+}
+
+void Bench::AgentLeaves() {
+  Act([this] { m_double->Leave(); });
+}
+
+std::vector<ISupportSNMP*> Bench::Published() {
+  std::vector<ISupportSNMP*> devices;
+  Act([&] { devices = m_double->Devices(); });
+  return devices;
+}
+
+Device Bench::GetDevice() {
+  const std::vector<ISupportSNMP*> devices = Published();
+  if (devices.empty() || !WhyNotADevice(devices.front(), m_trial.module).empty()) {
+    throw Blocked("there is no device to call: see life-publish");
+  }
+  return {*devices.front(), m_trial.trail};
+}
+
+void Bench::ActOnDevice(const std::function<void(Device&)>& action) {
+  AgentArrives();
+  Load();
+  Act([&] {
+    Device device = GetDevice();
+    action(device);
+  });
+}
+
+void Bench::Stop() {
+  m_trial.trail.Note("destructor");
+  m_host.Stop();
+  m_double = nullptr;
+}
+
+std::size_t Bench::CountOf(const std::string& operation, unsigned long deviceId) const {
+  return static_cast<std::size_t>(std::count_if(m_record.calls.begin(), m_record.calls.end(), [&](const AgentCall& call) {
+    return call.operation == operation && call.deviceId == deviceId;
+  }));
+}
+
+std::vector<std::string> Bench::Lines(Occurrence::Kind kind) const {
+  std::vector<std::string> lines;
+  for (const Occurrence& occurrence : m_occurrences) {
+    if (occurrence.kind == kind) {
+      lines.push_back(kind == Occurrence::Kind::Log ? occurrence.text : devhost::TextOf(occurrence));
+    }
+  }
+  return lines;
+}
+
+std::vector<std::string> Bench::OperatorLines() const {
+  std::vector<std::string> lines;
+  for (const Occurrence& occurrence : m_occurrences) {
+    if (occurrence.kind == Occurrence::Kind::Log && occurrence.level == 3) {
+      lines.push_back(occurrence.text);
+    }
+  }
+  return lines;
+}
+
+// At once to the output, which is all that is left of a process that crashes.
+void Bench::OnOccurrence(const Occurrence& occurrence) {
+  m_occurrences.push_back(occurrence);
+  using Kind = Occurrence::Kind;
+  if (occurrence.kind == Kind::Log || occurrence.kind == Kind::Manners || occurrence.kind == Kind::Failure) {
+    Output(STDOUT_FILENO).Write(OneLine(devhost::TextOf(occurrence)) + "\n");
+  }
+}
+
+std::string WhyNotADevice(const ISupportSNMP* published, const std::string& module) {
+  // The host puts its functions in front of those of a device, and of nothing else.
+  const void* first = FunctionBehind(published, 0);
+  if (first == nullptr) {
+    return "what is published is not an ISupportSNMP: convert the driver to ISupportSNMP* before it becomes a void*";
+  }
+  for (std::size_t slot = 0; slot != kSlots; ++slot) {
+    const std::string file = ModuleFileOf(FunctionBehind(published, slot));
+    std::error_code error;
+    if (!std::filesystem::equivalent(file, module, error)) {
+      return "slot " + std::to_string(slot + 1) + " of the device leads to " + (file.empty() ? "no code" : Quoted(file)) +
+             "; allowed: code of the module";
+    }
+  }
+  return "";
+}
+
+}  // namespace devhost

@@ -1,0 +1,76 @@
+#ifndef DEVHOST_CONFORM_BENCH_H
+#define DEVHOST_CONFORM_BENCH_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "devhost/conform/AgentDouble.h"
+#include "devhost/conform/Device.h"
+#include "devhost/conform/Trial.h"
+#include "devhost/engine/Host.h"
+
+namespace devhost {
+
+class StateStore;
+
+// A host with the agent double and devices of the module under test. Each device has a folder of its own below that of the
+// trial.
+class Bench : private HostObserver {
+ public:
+  // The id of the device that most checks need.
+  static constexpr unsigned long kDevice = 12;
+
+  // No agent is there yet. `trial` and `states`, where the drivers' states are kept, outlive the bench.
+  explicit Bench(Trial& trial, StateStore* states = nullptr);
+
+  // Loads a driver of the module. `config` is its configuration, "" for that of the profile. Returns why it could not be
+  // loaded, or "".
+  std::string TryLoad(unsigned long id = kDevice, const std::string& config = "");
+  // The same. Throws Blocked where it cannot be loaded.
+  void Load(unsigned long id = kDevice);
+  // The folder of that device.
+  std::string FolderOf(unsigned long id) const;
+
+  // Does something as an agent does it: inside a call of the host. All operations below but Stop call this themselves
+  // unless they are called from inside of it. Throws what comes out; see AgentDouble.
+  void Act(const std::function<void()>& action);
+  void AgentArrives();
+  void AgentLeaves();
+  // Every pointer that is published under the identifier of devices.
+  std::vector<ISupportSNMP*> Published();
+  // The device for a check to call. Throws Blocked where none is published, or what is published is not a device.
+  Device GetDevice();
+  // GetDevice with an agent and a driver, and `action` done on it: what most checks begin with.
+  void ActOnDevice(const std::function<void(Device&)>& action);
+
+  // Destroys the drivers.
+  void Stop();
+
+  AgentRecord& Agent() { return m_record; }
+  // How often that operation was called for that device.
+  std::size_t CountOf(const std::string& operation, unsigned long deviceId = kDevice) const;
+
+  // What happened in the host, of one kind, as lines.
+  std::vector<std::string> Lines(Occurrence::Kind kind) const;
+  // The lines of the log at level 3, which operators see.
+  std::vector<std::string> OperatorLines() const;
+
+ private:
+  void OnOccurrence(const Occurrence& occurrence) override;
+
+  Trial& m_trial;
+  AgentRecord m_record;
+  std::vector<Occurrence> m_occurrences;
+  AgentDouble* m_double = nullptr;
+  bool m_isActing = false;
+  Host m_host;  // last, since drivers call the others until it is gone
+};
+
+// Why what was published is not a device of the module: a pointer to something else, or slots that lead elsewhere. "" when
+// it is one.
+std::string WhyNotADevice(const ISupportSNMP* published, const std::string& module);
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,222 @@
+// Groups "calls", "threads", "state", "secrets", "whole" and "actions": what happens around the operations of a device.
+#include <filesystem>
+#include <iterator>
+#include <utility>
+
+#include "devhost/conform/Bench.h"
+#include "devhost/conform/Check.h"
+#include "devhost/state/StateStore.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+using Kind = Occurrence::Kind;
+using D = ISupportSNMP;
+
+// All operations but the three that would do something to a controller.
+void CallAll(Device& device) {
+  for (const Setting& setting : Settings()) {
+    const std::string value = setting.get(device);
+    setting.set(device, setting.kind == Setting::Kind::List ? "192.0.2.1" : value);
+    if (setting.wasErased) {
+      setting.wasErased(device);
+    }
+  }
+  device.ClearTraps();
+  device.AddTrap({"192.0.2.1", "c", "162"});
+  device.AgentAvailable();
+  std::string text;
+  device.CopyFrom(text);
+  device.CopyTo(text);
+  const std::string version = device.Call("GetSNMPVersion", &D::GetSNMPVersion);
+  device.Call("IsSNMPVersionValid", &D::IsSNMPVersionValid, version);
+}
+
+void WorksWithoutAnAgent(Trial& trial) {
+  Bench bench(trial);
+  bench.Load();
+  bench.Act([&bench] {
+    Device device = bench.GetDevice();
+    CallAll(device);
+  });
+}
+
+void WorksFromInsideItsCalls(Trial& trial) {
+  Bench bench(trial);
+  bench.Load();
+  bench.GetDevice();
+  bool isNested = false;
+  bench.Agent().onCall = [&](const AgentCall& call) {
+    // Not for the calls of the operations themselves.
+    if (call.device != nullptr && !std::exchange(isNested, true)) {
+      Device device(*call.device, trial.trail);
+      CallAll(device);
+    }
+  };
+  bench.AgentArrives();
+  if (!isNested) {
+    throw Blocked("the device was not announced: see life-device-first");
+  }
+}
+
+bool IsAboutThreads(const std::string& report) {
+  return report.find("second thread") != std::string::npos;
+}
+
+// Reports of the host while all operations are called, that are about threads or not.
+void ExpectNoReports(Trial& trial, bool aboutThreads) {
+  Bench bench(trial);
+  std::size_t before = 0;
+  bench.ActOnDevice([&](Device& device) {
+    before = bench.Lines(Kind::Manners).size();
+    CallAll(device);
+  });
+  const std::vector<std::string> reports = bench.Lines(Kind::Manners);
+  for (std::size_t i = before; i < reports.size(); ++i) {
+    Expect(IsAboutThreads(reports[i]) != aboutThreads, reports[i]);
+  }
+}
+
+void CallsNoServiceFromAThread(Trial& trial) {
+  ExpectNoReports(trial, true);
+}
+
+void KeepsTheManners(Trial& trial) {
+  ExpectNoReports(trial, false);
+}
+
+std::size_t Threads() {
+  const std::filesystem::directory_iterator tasks("/proc/self/task");
+  return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
+}
+
+void LeavesNoThread(Trial& trial) {
+  const std::size_t before = Threads();
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) { CallAll(device); });
+  bench.Stop();
+  const std::size_t after = Threads();
+  Expect(after <= before, Counted(after - before, "thread") + " of the driver " + (after - before == 1 ? "is" : "are") +
+                              " left when it has been destroyed");
+}
+
+void KeepsItsNameInItsState(Trial& trial) {
+  StateMemory states;
+  std::string name;
+  {
+    Bench bench(trial, &states);
+    name = trial.RandomText();
+    bench.ActOnDevice([&](Device& device) { device.Call("SetSysNameSetting", &D::SetSysNameSetting, name); });
+    bench.Stop();
+  }
+  Bench bench(trial, &states);
+  bench.ActOnDevice([&](Device& device) {
+    Expect(device.Call("GetSysNameSetting", &D::GetSysNameSetting) == name,
+           "SysName is not in the next life what it was when the state was taken", "GetPersistState");
+  });
+}
+
+void SaysWhenItsStateHasChanged(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    const std::size_t before = bench.Lines(Kind::Invalidate).size();
+    device.Call("SetSysNameSetting", &D::SetSysNameSetting, trial.RandomText());
+    Expect(bench.Lines(Kind::Invalidate).size() > before, "DmInvalidateState was not called when SysName was set",
+           "SetSysNameSetting");
+  });
+}
+
+void NeverLogsACommunity(Trial& trial) {
+  Bench bench(trial);
+  const std::string secret = trial.RandomText();
+  bench.ActOnDevice([&](Device& device) {
+    device.Call("SetCommunityReadSetting", &D::SetCommunityReadSetting, secret);
+    device.Call("SetCommunityWriteSetting", &D::SetCommunityWriteSetting, secret);
+    device.AddTrap({"192.0.2.1", secret, "162"});
+    const std::string file = "rocommunity " + secret + "\n";
+    std::string text;
+    device.CopyFrom(text);
+    device.CopyTo(file);
+    // A folder that is gone, for a device that has its file there, so that it has something to complain about.
+    std::filesystem::remove_all(bench.FolderOf(Bench::kDevice));
+    device.CopyTo(file);
+    device.CopyFrom(text);
+  });
+  bench.Stop();
+  for (const std::string& line : bench.Lines(Kind::Log)) {
+    Expect(line.find(secret) == std::string::npos, "a community stands in the log");
+  }
+}
+
+void SharesNothing(Trial& trial) {
+  Bench bench(trial);
+  bench.Load(Bench::kDevice + 1);
+  bench.ActOnDevice([&](Device& device) {
+    const std::vector<ISupportSNMP*> devices = bench.Published();
+    if (devices.size() < 2) {
+      throw Blocked("the second device did not come up");
+    }
+    Device other(*devices[1], trial.trail);
+    for (const Setting& setting : Settings()) {
+      const std::string before = setting.get(other);
+      const bool isSwitch = setting.kind == Setting::Kind::Switch;
+      setting.set(device, !isSwitch ? trial.RandomText() : setting.get(device) == "true" ? "false" : "true");
+      Expect(setting.get(other) == before, setting.name + " of one device has changed when that of another one was set",
+             setting.setter);
+    }
+  });
+}
+
+void ActionsComeBack(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([](Device& device) {
+    device.Call("RebootController", &D::RebootController);
+    device.Call("StopMasterAgent", &D::StopMasterAgent);
+    device.Call("StartMasterAgent", &D::StartMasterAgent);
+  });
+}
+
+}  // namespace
+
+std::vector<Check> CallsChecks() {
+  return {
+      {"calls-without-agent", Severity::Contract, Level::Basic, "", "Operations work in a project without an agent.",
+       "Query returns null then, also in AgentAvailable and in the destructor.", &WorksWithoutAnAgent},
+      {"calls-nested", Severity::Contract, Level::Basic, "",
+       "Operations work from inside of the device's own call of AddSNMPDevice.",
+       "An agent may ask a device at once when it is announced. So a driver holds no lock while it calls the agent, and "
+       "its\n"
+       "device is ready before it is announced.",
+       &WorksFromInsideItsCalls},
+      {"calls-manners", Severity::Contract, Level::Basic, "", "No operation breaks a rule of the host.",
+       "The host reports what drivers must not do: docs/when-it-goes-wrong.md explains its words.", &KeepsTheManners},
+      {"threads-host", Severity::Contract, Level::Basic, "",
+       "The host and the agent are called on the host's thread only, and during a call of the host.",
+       "Neither host nor agent has locks for this. A thread of a driver leaves its result where the next call finds it.",
+       &CallsNoServiceFromAThread},
+      {"threads-left", Severity::Contract, Level::Basic, "", "No thread of a driver lives longer than the driver.",
+       "The host unloads the module behind the driver, and with it the code that the thread executes. Join it in the\n"
+       "destructor.",
+       &LeavesNoThread},
+      {"secrets-log", Severity::Contract, Level::Basic, "", "No community stands in the log.",
+       "Everybody who looks after a controller reads its log. Say which setting, not what it holds.", &NeverLogsACommunity},
+      {"whole-two", Severity::Contract, Level::Basic, "", "Two devices of one module share no setting.",
+       "A project has many devices of one kind. Static variables of a module are shared by all.", &SharesNothing},
+      {"state-round", Severity::Contract, Level::Basic, "keeps-state",
+       "The next life has the sysName that was set in the last one.",
+       "GetPersistState returns the settings, and Initialize gets what was returned. The sysName stands for all.",
+       &KeepsItsNameInItsState},
+      {"state-called", Severity::Contract, Level::Full, "keeps-state",
+       "A change of a setting makes the host ask for the state.",
+       "The host asks when DmInvalidateState was called and before a stop; a controller may lose its power before that.",
+       &SaysWhenItsStateHasChanged},
+      {"actions-return", Severity::Contract, Level::Full, "safe-actions", "The three actions come back, and throw nothing.",
+       "They need not wait for the controller. They are called only when the profile claims safe-actions, since they would\n"
+       "reboot a real one.",
+       &ActionsComeBack},
+  };
+}
+
+}  // namespace devhost

@@ -1,0 +1,42 @@
+#ifndef DEVHOST_CONFORM_CONFORM_H
+#define DEVHOST_CONFORM_CONFORM_H
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "devhost/conform/Check.h"
+#include "devhost/conform/Outcome.h"
+#include "devhost/conform/Profile.h"
+
+namespace devhost {
+
+// What is judged, and how.
+struct Conformance {
+  std::string module;   // absolute path
+  std::string program;  // of devhost, which runs each check: see `command`
+  Profile profile;
+  std::string profileFile;                                        // absolute path, "" for none; for the program
+  unsigned long seed = 0;                                         // of random texts
+  std::chrono::milliseconds deadline = std::chrono::seconds(30);  // for one check
+};
+
+// Makes the checks, each in a process of its own, whose deadline ends all that it has started, and with limits: no core, 256
+// descriptors, files of at most 256 MiB. A crash is an outcome, and the next check goes on. While the module does not load,
+// the other checks are not made. `tell` hears of each outcome as soon as there is one.
+//
+// The process is `program conform --run-check ID [--profile FILE] --seed N MODULE` in a private folder, where it calls
+// RunCheckHere and leaves its result. Throws std::system_error when there cannot be such a folder.
+std::vector<Outcome> RunChecks(const Conformance& conformance, const std::vector<const Check*>& checks,
+                               const std::function<void(const Outcome&)>& tell);
+
+// Makes one check in this process, in a private folder: for a debugger. A crash ends the process.
+Outcome RunCheckInProcess(const Conformance& conformance, const Check& check);
+
+// Makes one check in this process and this folder, for RunChecks, and leaves its result there.
+void RunCheckHere(const Conformance& conformance, const Check& check);
+
+}  // namespace devhost
+
+#endif

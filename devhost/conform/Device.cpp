@@ -1,0 +1,80 @@
+#include "devhost/conform/Device.h"
+
+namespace devhost {
+
+namespace {
+
+// What the agent calls the file; see config/ManagedSection.h.
+constexpr char kWorkingPath[] = "/etc/snmp/snmpd.conf.local";
+
+using D = ISupportSNMP;
+
+Setting MakeSwitch(const std::string& name, bool (D::*getter)(), void (D::*setter)(bool)) {
+  return {name,
+          Setting::Kind::Switch,
+          "Set" + name,
+          [=](Device& device) { return device.Call("Get" + name, getter) ? std::string("true") : std::string("false"); },
+          [=](Device& device, const std::string& value) { device.Call("Set" + name, setter, value == "true"); },
+          nullptr};
+}
+
+Setting MakeText(const std::string& name, std::string (D::*getter)(), void (D::*setter)(std::string), bool (D::*erased)()) {
+  return {name,
+          Setting::Kind::Text,
+          "Set" + name + "Setting",
+          [=](Device& device) { return device.Call("Get" + name + "Setting", getter); },
+          [=](Device& device, const std::string& value) { device.Call("Set" + name + "Setting", setter, value); },
+          [=](Device& device) { return device.Call("GetWas" + name + "SettingErased", erased); }};
+}
+
+Setting MakeList() {
+  return {"TrapTargets",
+          Setting::Kind::List,
+          "SetTrapTargetsSetting",
+          [](Device& device) { return TextOf(device.Traps()); },
+          [](Device& device, const std::string& value) {
+            device.SetTraps(value.empty() ? std::vector<TrapTarget>() : std::vector<TrapTarget>{{value, "c", "162"}});
+          },
+          [](Device& device) { return device.Call("GetWasTrapTargetsSettingErased", &D::GetWasTrapTargetsSettingErased); }};
+}
+
+}  // namespace
+
+int Device::CopyFrom(std::string& text) {
+  return Call("CopyFrom", &D::CopyFrom, kWorkingPath, text);
+}
+
+int Device::CopyTo(const std::string& text) {
+  return Call("CopyTo", &D::CopyTo, kWorkingPath, text);
+}
+
+const std::vector<Setting>& Settings() {
+  static const std::vector<Setting> settings = {
+      MakeSwitch("IsManagedDevice", &D::GetIsManagedDevice, &D::SetIsManagedDevice),
+      MakeSwitch("IsConfigDirty", &D::GetIsConfigDirty, &D::SetIsConfigDirty),
+      MakeSwitch("EnabledSetting", &D::GetEnabledSetting, &D::SetEnabledSetting),
+      MakeText("CommunityRead", &D::GetCommunityReadSetting, &D::SetCommunityReadSetting,
+               &D::GetWasCommunityReadSettingErased),
+      MakeText("CommunityWrite", &D::GetCommunityWriteSetting, &D::SetCommunityWriteSetting,
+               &D::GetWasCommunityWriteSettingErased),
+      MakeText("SysContact", &D::GetSysContactSetting, &D::SetSysContactSetting, &D::GetWasSysContactSettingErased),
+      MakeSwitch("UsePrimaryContactSetting", &D::GetUsePrimaryContactSetting, &D::SetUsePrimaryContactSetting),
+      MakeText("SysLocation", &D::GetSysLocationSetting, &D::SetSysLocationSetting, &D::GetWasSysLocationSettingErased),
+      MakeSwitch("UseProjectOwnerAddressSetting", &D::GetUseProjectOwnerAddressSetting,
+                 &D::SetUseProjectOwnerAddressSetting),
+      MakeText("SysName", &D::GetSysNameSetting, &D::SetSysNameSetting, &D::GetWasSysNameSettingErased),
+      MakeSwitch("UseRoomDeviceSetting", &D::GetUseRoomDeviceSetting, &D::SetUseRoomDeviceSetting),
+      MakeList(),
+  };
+  return settings;
+}
+
+std::string TextOf(const std::vector<TrapTarget>& targets) {
+  std::string text;
+  for (const TrapTarget& target : targets) {
+    text.append(target.target).append("|").append(target.community).append("|").append(target.port).append("\n");
+  }
+  return text;
+}
+
+}  // namespace devhost

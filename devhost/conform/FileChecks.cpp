@@ -1,0 +1,111 @@
+// Group "file": CopyFrom and CopyTo.
+#include <memory>
+
+#include "devhost/conform/Bench.h"
+#include "devhost/conform/Check.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+const std::string kOrdinary = "# an ordinary text\nsysName kitchen\n";
+constexpr int kLater = -9;
+
+std::string RandomBytes(Trial& trial, std::size_t size) {
+  std::string bytes;
+  bytes.reserve(size);
+  while (bytes.size() != size) {
+    bytes += static_cast<char>(trial.random() & 0xFFU);
+  }
+  return bytes;
+}
+
+std::string CopyOut(Device& device) {
+  std::string text = "nothing was copied out";
+  const int status = device.CopyFrom(text);
+  Expect(status == 0, "CopyFrom returned " + std::to_string(status) + " for a text that CopyTo has installed", "CopyFrom");
+  return text;
+}
+
+// As the agent: it copies the file out before it copies one in.
+int Install(Device& device, const std::string& text) {
+  std::string old;
+  device.CopyFrom(old);
+  return device.CopyTo(text);
+}
+
+// Throws Blocked unless an ordinary text can be installed.
+void NeedsAFile(Device& device) {
+  const int status = Install(device, kOrdinary);
+  if (status == kLater) {
+    throw Blocked("CopyTo returned -9 for an ordinary text: see file-later");
+  }
+  Expect(status == 0, "CopyTo returned " + std::to_string(status) + " for an ordinary text", "CopyTo");
+}
+
+void GivesBackTheSameBytes(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    NeedsAFile(device);
+    const std::vector<std::string> texts = {"",
+                                            "no last line feed",
+                                            "\n",
+                                            "two\r\nlines\r\n",
+                                            " \t blanks \n",
+                                            std::string("a\0b\n", 4),
+                                            RandomBytes(trial, 1U << 20U)};
+    std::string expected = kOrdinary;
+    for (const std::string& text : texts) {
+      // What a device cannot hold it refuses, and keeps what it had.
+      expected = Install(device, text) == 0 ? text : expected;
+      Expect(CopyOut(device) == expected,
+             "CopyTo returned 0 for " + Quoted(text.substr(0, 40)) + ", and CopyFrom gave other bytes", "CopyTo");
+    }
+  });
+}
+
+void BorrowsTheText(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    NeedsAFile(device);
+    const std::string text = "sysName " + trial.RandomText(64) + "\n";
+    std::string lent = text;
+    std::string old;
+    device.CopyFrom(old);
+    const int status = device.CopyTo(lent);
+    lent.assign(lent.size(), '?');
+    Expect(status != 0 || CopyOut(device) == text, "the text of CopyTo was used after the call had returned", "CopyTo");
+  });
+}
+
+void KeepsForLaterOnlyWhatItClaims(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    std::string text;
+    const bool mayBeLater = trial.profile.claims.count("goes-off-line") != 0;
+    Expect(device.CopyFrom(text) != kLater || mayBeLater, "CopyFrom returned -9", "CopyFrom");
+    Expect(device.CopyTo(kOrdinary) != kLater || mayBeLater, "CopyTo returned -9", "CopyTo");
+  });
+}
+
+}  // namespace
+
+std::vector<Check> FileChecks() {
+  return {
+      {"file-later", Severity::Contract, Level::Basic, "", "No status is -9, unless the profile claims goes-off-line.",
+       "-9 says that the device cannot be reached now and keeps the text for later. The agent then reports success. A "
+       "device\n"
+       "that has no later uses another number.",
+       &KeepsForLaterOnlyWhatItClaims},
+      {"file-round", Severity::Contract, Level::Basic, "", "CopyFrom gives the bytes that CopyTo has installed.",
+       "The agent keeps the text around its section byte for byte. A device that cannot hold a text returns a status other\n"
+       "than 0 and keeps the old one. Tried with an empty text, no last line feed, CR LF, NUL, and 1 MiB of random bytes.",
+       &GivesBackTheSameBytes},
+      {"file-text-borrowed", Severity::Contract, Level::Basic, "",
+       "The text that CopyTo gets is used only until it returns.",
+       "It is the agent's own text, which changes with the next call. Copy it.", &BorrowsTheText},
+  };
+}
+
+}  // namespace devhost

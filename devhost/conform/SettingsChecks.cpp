@@ -1,0 +1,108 @@
+// Group "settings": what is set is what is read.
+#include "devhost/conform/Bench.h"
+#include "devhost/conform/Check.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+std::vector<std::string> ReadAll(Device& device) {
+  std::vector<std::string> values;
+  values.reserve(Settings().size());
+  for (const Setting& setting : Settings()) {
+    values.push_back(setting.get(device));
+  }
+  return values;
+}
+
+// A device may count a change of a setting as a reason to be dirty.
+bool MayFollow(const Setting& setting) {
+  return setting.name == "IsConfigDirty";
+}
+
+void SetAndCompare(Device& device, const Setting& setting, const std::string& value) {
+  const std::vector<std::string> before = ReadAll(device);
+  setting.set(device, value);
+  const std::vector<std::string> after = ReadAll(device);
+  for (std::size_t i = 0; i != Settings().size(); ++i) {
+    const Setting& other = Settings()[i];
+    if (other.name == setting.name) {
+      Expect(after[i] == value, other.name + " reads as " + Quoted(after[i]) + " after it was set to " + Quoted(value),
+             setting.setter);
+    } else if (!MayFollow(other)) {
+      Expect(after[i] == before[i], other.name + " has changed when " + setting.name + " was set", setting.setter);
+    }
+  }
+}
+
+void KeepsWhatIsSet(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    device.AddTrap({"192.0.2.1", "c", "162"});
+    for (int round = 0; round != 2; ++round) {
+      for (const Setting& setting : Settings()) {
+        if (setting.kind == Setting::Kind::Switch) {
+          SetAndCompare(device, setting, setting.get(device) == "true" ? "false" : "true");
+        } else if (setting.kind == Setting::Kind::Text) {
+          SetAndCompare(device, setting, trial.RandomText());
+        }
+      }
+    }
+  });
+}
+
+void KeepsEveryByte(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    const std::vector<std::string> texts = {"a b\tc",
+                                            "\"quoted\" 'text' # \\",
+                                            "K\xC3\xBC"
+                                            "che",
+                                            "line\nfeed\r",
+                                            std::string("a\0b", 3),
+                                            std::string(256, 'x'),
+                                            trial.RandomText(65536)};
+    for (const Setting& setting : Settings()) {
+      for (const std::string& text : texts) {
+        if (setting.kind == Setting::Kind::Text) {
+          setting.set(device, text);
+          Expect(setting.get(device) == text, setting.name + " does not read as it was set: " + Quoted(text),
+                 setting.setter);
+        }
+      }
+    }
+  });
+}
+
+void GettersAreQuiet(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    const std::size_t calls = bench.Agent().calls.size();
+    const std::vector<std::string> before = ReadAll(device);
+    Expect(ReadAll(device) == before, "the settings read differently the second time");
+    Expect(bench.Agent().calls.size() == calls, "the agent was called while settings were read");
+  });
+}
+
+}  // namespace
+
+std::vector<Check> SettingsChecks() {
+  return {
+      {"settings-kept", Severity::Contract, Level::Basic, "",
+       "Each switch and text reads as it was set, and no other setting moves.",
+       "Only the device holds its settings: the agent sets what the tool has sent, asks again for each line that it "
+       "writes,\n"
+       "and keeps no copy.",
+       &KeepsWhatIsSet},
+      {"settings-bytes", Severity::Practice, Level::Full, "", "Texts are kept to the byte, up to 64 KiB.",
+       "People enter places and names in all languages, and tools send line feeds by mistake. A device that has to change "
+       "a\n"
+       "text makes the tool show another one than the user has entered.",
+       &KeepsEveryByte},
+      {"settings-quiet", Severity::Contract, Level::Full, "", "Reading settings changes none and calls nobody.",
+       "The agent reads all settings for every write, also while it is called by the device.", &GettersAreQuiet},
+  };
+}
+
+}  // namespace devhost

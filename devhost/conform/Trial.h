@@ -1,0 +1,44 @@
+#ifndef DEVHOST_CONFORM_TRIAL_H
+#define DEVHOST_CONFORM_TRIAL_H
+
+#include <random>
+#include <string>
+
+#include "devhost/conform/Profile.h"
+#include "devhost/system/FileDescriptor.h"
+
+namespace devhost {
+
+// Notes which operation of the device was called last, in a file that is still there when the process has crashed or was
+// killed.
+class Trail {
+ public:
+  // Makes the file. One that cannot be made is done without.
+  explicit Trail(const std::string& path);
+
+  void Note(const std::string& slot);
+  const std::string& Last() const { return m_last; }
+
+ private:
+  FileDescriptor m_file;
+  std::string m_last;
+};
+
+// What one check has to work with.
+struct Trial {
+  Trial(const std::string& modulePath, const std::string& ownFolder, const Profile& itsProfile, unsigned long seed)
+      : module(modulePath), folder(ownFolder), profile(itsProfile), random(seed), trail(ownFolder + "/slot") {}
+
+  // A text of that many letters and digits that no driver can know.
+  std::string RandomText(std::size_t length = 16);
+
+  const std::string module;  // absolute path
+  const std::string folder;  // of this check alone, absolute
+  const Profile profile;
+  std::mt19937 random;
+  Trail trail;
+};
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,59 @@
+#ifndef TESTS_DEVHOST_CONFORM_CONFORMING_H
+#define TESTS_DEVHOST_CONFORM_CONFORMING_H
+
+#include <string>
+#include <vector>
+
+#include "devhost/conform/Conform.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+
+// A profile that claims all there is to claim, in a file, because the processes of the checks read it again.
+inline const testsupport::ScratchFolder& Profiles() {
+  static const testsupport::ScratchFolder folder;
+  return folder;
+}
+
+inline std::string SkeletonModule(const std::string& fault) {
+  return CONFORM_MODULE_FOLDER "/" + fault + ".so";
+}
+
+inline Conformance ConformanceOf(const std::string& module, const std::string& profile) {
+  Conformance conformance;
+  conformance.module = module;
+  conformance.program = DEVHOST_PROGRAM;
+  conformance.profileFile = Profiles().Write("profile.xml", profile);
+  conformance.profile = ReadProfile(ReadNamedText(conformance.profileFile));
+  conformance.seed = 7;
+  return conformance;
+}
+
+// The skeleton with one fault, which claims everything.
+inline Conformance SkeletonConformance(const std::string& fault) {
+  return ConformanceOf(SkeletonModule(fault),
+                       "<conform><claim name=\"keeps-state\"/><claim name=\"safe-actions\"/></conform>");
+}
+
+inline std::vector<const Check*> AllChecks() {
+  std::vector<const Check*> checks;
+  checks.reserve(Checks().size());
+  for (const Check& check : Checks()) {
+    checks.push_back(&check);
+  }
+  return checks;
+}
+
+inline std::vector<Outcome> OutcomesOf(const Conformance& conformance,
+                                       const std::vector<const Check*>& checks = AllChecks()) {
+  return RunChecks(conformance, checks, [](const Outcome&) {});
+}
+
+// One check of a module.
+inline Outcome OutcomeOf(const Conformance& conformance, const std::string& id) {
+  return OutcomesOf(conformance, {FindCheck(id)}).front();
+}
+
+}  // namespace devhost
+
+#endif

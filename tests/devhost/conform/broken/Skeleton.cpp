@@ -1,0 +1,271 @@
+// A device driver straight from host/ that conforms, unless it is compiled with the name of a check as FAULT: then one line
+// of it is another one, and it breaks that check.
+#include <unistd.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "agent/ISNMPConfigurationAgent.h"
+#include "device/TrapTarget.h"
+#include "host/H7BaseAgentDriver.h"
+#include "host/H7XML.h"
+#include "host/IInstanceManager.h"
+#include "host/ISupportSNMP.h"
+#include "host/LogXMessage.h"
+#include "tests/devhost/modules/TestModule.h"
+
+// No host offers it.
+void OfNoHost();
+
+namespace {
+
+constexpr bool SameText(const char* left, const char* right) {
+  while (*left != '\0' && *left == *right) {
+    ++left;
+    ++right;
+  }
+  return *left == *right;
+}
+
+constexpr bool Breaks(const char* check) {
+  return SameText(check, FAULT);
+}
+
+template <class Value>
+struct Erasable {
+  void Set(const Value& newValue, const char* name) {
+    const bool isErased = newValue.empty() && (!value.empty() || erased || Breaks("erased-empty-stays"));
+    const bool isLocation = SameText(name, "SysLocation");
+    value = newValue;
+    erased = Breaks("erased-on-emptied") && isLocation ? false
+             : Breaks("erased-cleared") && isLocation  ? erased || isErased
+                                                       : isErased;
+  }
+
+  Value value;
+  bool erased = false;
+};
+
+int s_alive = 0;
+std::string s_name;
+
+class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
+ public:
+  explicit Skeleton(IInstanceManager& instanceManager) : H7BaseAgentDriver(instanceManager, DriverMultiplicity_PerDevice) {
+    ++s_alive;
+  }
+
+  ~Skeleton() override {
+    --s_alive;
+    GetInstanceManager().UnregisterQuery(ISupportSNMP_IID);
+    if (m_isAnnounced && FindAgent() != nullptr && !Breaks("life-withdraws")) {
+      FindAgent()->DeleteSNMPDevice(m_id);
+    }
+    if (Breaks("threads-left")) {
+      std::thread(&::pause).detach();
+    }
+  }
+
+  int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override {
+    H7BaseAgentDriver::Initialize(driverId, config, persisted);
+    m_id = driverId;
+    if (config.GetNamedString("folder").empty()) {
+      if (!Breaks("life-wrong-config")) {
+        LogXMessage(3, "device %lu has no folder", driverId);
+      }
+      return 1;
+    }
+    if (persisted != nullptr) {
+      m_name.value = s_name = persisted->GetValue();
+    }
+    GetInstanceManager().RegisterQuery(ISupportSNMP_IID, Breaks("life-publish")
+                                                             ? static_cast<void*>(static_cast<IDriver*>(this))
+                                                             : static_cast<ISupportSNMP*>(this));
+    if (FindAgent() != nullptr && !Breaks("life-agent-first")) {
+      Announce();
+    }
+    return Breaks("life-initialize") ? 1 : 0;
+  }
+
+  h7::auto_com<H7XML::INode> GetPersistState(unsigned long) override {
+    return Breaks("state-round") ? h7::auto_com<H7XML::INode>() : H7XML::CreateXmlNode("State", m_name.value);
+  }
+
+  bool GetIsManagedDevice() override { return m_isManaged; }
+  void SetIsManagedDevice(bool managed) override { m_isManaged = managed; }
+  bool GetIsConfigDirty() override { return m_isDirty; }
+  void SetIsConfigDirty(bool dirty) override { m_isDirty = dirty; }
+  bool GetEnabledSetting() override { return m_isEnabled; }
+  void SetEnabledSetting(bool enabled) override { m_isEnabled = enabled; }
+
+  std::string GetCommunityReadSetting() override { return m_read.value; }
+  void SetCommunityReadSetting(std::string community) override {
+    if (Breaks("secrets-log")) {
+      LogXMessage(1, "the community is %s", community.c_str());
+    }
+    m_read.Set(community, "CommunityRead");
+  }
+  bool GetWasCommunityReadSettingErased() override { return m_read.erased; }
+  std::string GetCommunityWriteSetting() override { return m_write.value; }
+  void SetCommunityWriteSetting(std::string community) override { m_write.Set(community, "CommunityWrite"); }
+  bool GetWasCommunityWriteSettingErased() override { return m_write.erased; }
+
+  std::string GetSysContactSetting() override { return m_contact.value; }
+  void SetSysContactSetting(std::string contact) override { m_contact.Set(contact, "SysContact"); }
+  bool GetWasSysContactSettingErased() override { return m_contact.erased; }
+  bool GetUsePrimaryContactSetting() override { return m_usesContact; }
+  void SetUsePrimaryContactSetting(bool use) override { m_usesContact = use; }
+
+  std::string GetSysLocationSetting() override { return m_location.value; }
+  void SetSysLocationSetting(std::string location) override {
+    m_location.Set(Breaks("settings-bytes") ? location.substr(0, 255) : location, "SysLocation");
+  }
+  bool GetWasSysLocationSettingErased() override { return m_location.erased; }
+  bool GetUseProjectOwnerAddressSetting() override { return m_usesAddress; }
+  void SetUseProjectOwnerAddressSetting(bool use) override {
+    if (Breaks("nothing: crashes")) {
+      std::abort();
+    }
+    if (Breaks("nothing: hangs")) {
+      ::pause();
+    }
+    if (Breaks("nothing: throws")) {
+      throw 1;
+    }
+    m_usesAddress = use;
+  }
+
+  std::string GetSysNameSetting() override {
+    if (Breaks("settings-quiet") && FindAgent() != nullptr) {
+      FindAgent()->AddSNMPDevice(m_id, this);
+    }
+    if (Breaks("calls-nested") && m_isAnnouncing) {
+      throw std::runtime_error("the device is busy");
+    }
+    return Breaks("whole-two") ? s_name : m_name.value;
+  }
+  void SetSysNameSetting(std::string name) override {
+    m_contact.erased = m_contact.erased || (Breaks("erased-own") && name.empty());
+    s_name = name;
+    m_name.Set(name, "SysName");
+    if (!Breaks("state-called")) {
+      DmInvalidateState();
+    }
+  }
+  bool GetWasSysNameSettingErased() override { return m_name.erased; }
+  bool GetUseRoomDeviceSetting() override { return m_usesRoom; }
+  void SetUseRoomDeviceSetting(bool use) override { m_usesRoom = use && !Breaks("settings-kept"); }
+
+  std::vector<TrapTarget> GetTrapTargetsSetting() override { return m_traps.value; }
+  void SetTrapTargetsSetting(std::vector<TrapTarget> targets) override {
+    if (Breaks("traps-order")) {
+      std::sort(targets.begin(), targets.end(),
+                [](const TrapTarget& left, const TrapTarget& right) { return left.target < right.target; });
+    }
+    if (Breaks("traps-many") && targets.size() > 100) {
+      targets.erase(targets.begin() + 100, targets.end());
+    }
+    if (Breaks("traps-set") && !targets.empty()) {
+      targets.insert(targets.begin(), m_traps.value.begin(), m_traps.value.end());
+    }
+    m_traps.Set(targets, "TrapTargets");
+  }
+  void ClearTrapTargetSetting() override {
+    if (!Breaks("traps-clear")) {
+      m_traps.Set({}, "TrapTargets");
+    }
+  }
+  void AddTrapTargetSetting(std::string target, std::string community, std::string port) override {
+    m_traps.value.emplace(Breaks("traps-add") ? m_traps.value.begin() : m_traps.value.end(), target, community, port);
+    m_traps.erased = false;
+  }
+  bool GetWasTrapTargetsSettingErased() override { return m_traps.erased; }
+
+  void AgentAvailable() override {
+    if ((FindAgent() != nullptr && !Breaks("life-device-first")) || Breaks("calls-without-agent")) {
+      Announce();
+    }
+  }
+
+  int CopyFrom(const std::string&, std::string& config) override {
+    if (Breaks("threads-host")) {
+      std::thread([this] { DmInvalidateState(); }).join();
+    }
+    config = Breaks("file-text-borrowed") && m_lent != nullptr ? *m_lent : m_file;
+    return 0;
+  }
+  int CopyTo(const std::string&, const std::string& config) override {
+    m_file = config;
+    m_lent = &config;
+    if (Breaks("file-round")) {
+      m_file.erase(std::remove(m_file.begin(), m_file.end(), '\r'), m_file.end());
+    }
+    return Breaks("file-later") ? -9 : 0;
+  }
+
+  int RebootController() override { return 0; }
+  int StopMasterAgent() override {
+    return Breaks("actions-return") ? throw std::runtime_error("the controller does not stop") : 0;
+  }
+  int StartMasterAgent() override { return 0; }
+  std::string GetSNMPVersion() override {
+    if (Breaks("calls-manners")) {
+      H7BaseAgentDriver::Initialize(m_id + 1, *H7XML::CreateXmlNode("config", ""), nullptr);
+    }
+    return "1.0.0";
+  }
+  bool IsSNMPVersionValid(const std::string& version) override { return version == "1.0.0"; }
+
+ private:
+  ISNMPConfigurationAgent* FindAgent() {
+    const bool keeps = Breaks("life-agent-gone") && m_agent != nullptr;
+    m_agent =
+        keeps ? m_agent : static_cast<ISNMPConfigurationAgent*>(GetInstanceManager().Query(ISNMPConfigurationAgent_IID));
+    return m_agent;
+  }
+
+  void Announce() {
+    m_isAnnounced = true;
+    m_isAnnouncing = true;
+    FindAgent()->AddSNMPDevice(m_id, this);
+    m_isAnnouncing = false;
+  }
+
+  unsigned long m_id = 0;
+  ISNMPConfigurationAgent* m_agent = nullptr;
+  bool m_isAnnounced = false;
+  bool m_isAnnouncing = false;
+  bool m_isManaged = false;
+  bool m_isDirty = false;
+  bool m_isEnabled = false;
+  bool m_usesContact = false;
+  bool m_usesAddress = false;
+  bool m_usesRoom = false;
+  Erasable<std::string> m_read;
+  Erasable<std::string> m_write;
+  Erasable<std::string> m_contact;
+  Erasable<std::string> m_location;
+  Erasable<std::string> m_name;
+  Erasable<std::vector<TrapTarget>> m_traps;
+  std::string m_file;
+  const std::string* m_lent = nullptr;
+};
+
+IDriver* Create(IInstanceManager& instanceManager) {
+  if constexpr (Breaks("module-loads")) {
+    OfNoHost();
+  }
+  return Breaks("life-create") && s_alive != 0 ? nullptr : new Skeleton(instanceManager);
+}
+
+}  // namespace
+
+TEST_EXPORT DriverCreationFunc GetCreationFunc() {
+  return &Create;
+}
+
+TEST_EXPORT const char* const versionString;
+const char* const versionString = "1.2.3.4";
