@@ -18,8 +18,9 @@ CheckResult Check(const std::string& path, const std::string& text, const CheckM
   CheckResult result;
   Circumstances circumstances = means.circumstances;
   circumstances.path = path.empty() ? "" : std::filesystem::absolute(path).string();
-  result.unjudged = JudgeText(text, report, circumstances);
-  result.daemonError = means.askDaemon ? AskDaemon(path, text, report) : "";
+  DaemonText forDaemon;
+  result.unjudged = JudgeText(text, report, circumstances, means.askDaemon ? &forDaemon : nullptr);
+  result.daemonError = means.askDaemon ? AskDaemon(forDaemon, report) : "";
   result.findings = report.Take();
   return result;
 }

@@ -11,7 +11,7 @@ namespace devhost {
 
 // How to check a file.
 struct CheckMeans {
-  bool askDaemon = false;    // have the daemon's own parser read it, too
+  bool askDaemon = false;    // have the daemon's own parser read what it only remembers, too
   bool showSecrets = false;  // findings may quote communities
   Circumstances circumstances = {};
 };
@@ -19,8 +19,8 @@ struct CheckMeans {
 // What the check of one file found.
 struct CheckResult {
   std::vector<Finding> findings;
-  std::size_t unjudged = 0;  // directives that only the daemon's own parser can judge
-  std::string daemonError;   // why the daemon could not be asked, in one line; "" when it was asked or need not be
+  Unjudged unjudged;
+  std::string daemonError;  // why the daemon could not be asked, in one line; "" when it was asked or need not be
 };
 
 // Checks the file and, when it is a regular file, who may read and change it. Throws FileError when it cannot be read.

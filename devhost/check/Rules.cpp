@@ -40,8 +40,6 @@ void Remember(const Sight& sight, History& history) {
     return;
   }
   const Directive& setting = *line.setting;
-  const bool isUnknown = sight.circumstances.Directives().daemon.count(setting.keyword) == 0;
-  history.unjudged += isUnknown || IsJudged(setting.keyword) ? 0 : 1;
   const bool leadsToUnread = IsInclude(setting.keyword) && (sight.included == nullptr || !sight.included->problem.empty());
   history.hasAccess = history.hasAccess || LetsIn(setting.keyword) || leadsToUnread;
   if (line.IsInside() && line.section == sight.layout.firstStart && IsSectionSetting(setting.keyword)) {
@@ -59,15 +57,15 @@ void Remember(const Sight& sight, History& history) {
 // Walks through a text, and through those that it includes, in the order in which the daemon reads them.
 class Judge {
  public:
-  Judge(std::string_view text, Report& report, const Circumstances& circumstances)
-      : m_text(text), m_report(report), m_circumstances(circumstances), m_layout(LayOut(text)) {}
+  Judge(std::string_view text, Report& report, const Circumstances& circumstances, DaemonText* daemon)
+      : m_text(text), m_report(report), m_circumstances(circumstances), m_layout(LayOut(text)), m_daemon(daemon) {}
 
-  std::size_t Run() {
+  Unjudged Run() {
     m_lines = CountOfLines(m_text);
     // Cut into lines at bytes, a text in UTF-16 makes no sense.
     ForEachLine(m_layout.isUtf16 ? std::string_view() : m_text,
                 [this](const ConfigLine& line) { JudgeAndFollow(line, m_circumstances.path, 0); });
-    return m_history.unjudged;
+    return m_unjudged;
   }
 
  private:
@@ -118,6 +116,17 @@ class Judge {
       rule.judge(sight, m_report);
     }
     Remember(sight, m_history);
+    PassOn(line);
+  }
+
+  void PassOn(const ConfigLine& line) {
+    const bool isKnown = line.setting && m_circumstances.Directives().daemon.count(line.setting->keyword) != 0;
+    if (isKnown && !IsJudged(line.setting->keyword)) {
+      ++(DaemonText::Takes(*line.setting) ? m_unjudged.forDaemon : m_unjudged.others);
+    }
+    if (m_daemon != nullptr && line.number != 0) {
+      m_daemon->Add(line);
+    }
   }
 
   std::string_view m_text;
@@ -126,6 +135,8 @@ class Judge {
   const Layout m_layout;
   Includes m_includes;
   History m_history;
+  DaemonText* const m_daemon;
+  Unjudged m_unjudged;
   std::size_t m_lines = 0;  // numbers that are given
 };
 
@@ -152,8 +163,8 @@ std::vector<std::string> RuleNames() {
   return names;
 }
 
-std::size_t JudgeText(std::string_view text, Report& report, const Circumstances& circumstances) {
-  return Judge(text, report, circumstances).Run();
+Unjudged JudgeText(std::string_view text, Report& report, const Circumstances& circumstances, DaemonText* daemon) {
+  return Judge(text, report, circumstances, daemon).Run();
 }
 
 }  // namespace devhost

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "devhost/check/ConfigText.h"
+#include "devhost/check/DaemonText.h"
 #include "devhost/check/Includes.h"
 #include "devhost/check/ReadBack.h"
 #include "devhost/check/Report.h"
@@ -47,7 +48,6 @@ struct History {
   std::size_t firstText = 0;                           // the first line that is not blank
   bool hasAccess = false;                              // somebody has access, or another file may give it
   bool hasNul = false;
-  std::size_t unjudged = 0;  // directives that no rule knows more of than the name
 };
 
 // What is known about the file from elsewhere.
@@ -108,9 +108,16 @@ inline constexpr char kDaemonRule[] = "daemon";  // whatever the daemon's parser
 // Looks at who may read and change a file. `line` is the line for what concerns the whole file.
 void JudgeMode(unsigned mode, Report& report, std::size_t line = 0);
 
-// Applies each rule to each line of the text, and of the files that it includes, and adds what they find to the report.
-// Returns how many directives only the daemon's own parser can judge.
-std::size_t JudgeText(std::string_view text, Report& report, const Circumstances& circumstances = {});
+// The directives of a file that no rule knows more of than the name.
+struct Unjudged {
+  std::size_t forDaemon = 0;  // those that the daemon's own parser can judge
+  std::size_t others = 0;     // those that the daemon does not get: it would do what they say
+};
+
+// Applies each rule to each line of the text, and of the files that it includes, and adds what they find to the report. What
+// the daemon's parser may read of them is added to `daemon`, unless that is null.
+Unjudged JudgeText(std::string_view text, Report& report, const Circumstances& circumstances = {},
+                   DaemonText* daemon = nullptr);
 
 // Whether a line with this keyword, in lower case, lets somebody in by a community.
 bool IsCommunityKeyword(std::string_view keyword);

@@ -30,8 +30,8 @@ constexpr char kFooter[] =
     "seems to say, or that text will be lost; a warning, that it may surprise; a note, which is\n"
     "not counted as a finding, that a device which has lost its settings would misread the\n"
     "line. The rules are in docs/check-rules.md. An installed snmpd is asked for the names of\n"
-    "its directives; only --daemon lets it read the files, for what it reads, it also does: it\n"
-    "runs Perl code and opens logs.\n"
+    "its directives. With --daemon its parser reads the directives that it only remembers, and\n"
+    "no others: it opens no log, port or connection and runs no code for a file.\n"
     "\n"
     "Exit status: 0 no finding; 1 findings; 2 wrong usage, a file that cannot be read, or a\n"
     "daemon that cannot be asked.\n"
@@ -40,11 +40,13 @@ constexpr char kFooter[] =
     "\n"
     "  devhost check --daemon /etc/snmp/snmpd.conf";
 
-// Where there is a parser that knows more, its user hears of it.
-void PrintHint(const std::string& name, const CheckResult& result, Output& out) {
-  if (result.unjudged != 0) {
-    out.Write(OneLine(name) + ": " + Counted(result.unjudged, "directive") +
-              " judged by name only; --daemon lets the installed snmpd read the file, too\n");
+// Says what was judged by name only: where there is a parser that knows more, its user hears of it.
+void PrintHint(const std::string& name, const Unjudged& unjudged, bool daemonWasAsked, Output& out) {
+  const std::size_t count = daemonWasAsked ? unjudged.others : unjudged.forDaemon;
+  if (count != 0) {
+    out.Write(OneLine(name) + ": " + Counted(count, "directive") + " judged by name only; " +
+              (daemonWasAsked ? "the daemon was not given what would open ports, run programs or name files\n"
+                              : "--daemon lets the installed snmpd judge more\n"));
   }
 }
 
@@ -60,8 +62,8 @@ ExitStatus CheckOne(const std::string& path, const Circumstances& circumstances,
       console.Complain(result.daemonError);
     }
     const ExitStatus status = PrintFindings(result.findings, name, arguments.Has(kJson), console.Out());
-    if (circumstances.directives != nullptr && !arguments.Has(kDaemon) && !arguments.Has(kJson)) {
-      PrintHint(name, result, console.Out());
+    if (circumstances.directives != nullptr && !arguments.Has(kJson)) {
+      PrintHint(name, result.unjudged, arguments.Has(kDaemon), console.Out());
     }
     return result.daemonError.empty() ? status : ExitStatus::Wrong;
   } catch (const FileError& error) {

@@ -5,33 +5,18 @@
 #include <set>
 #include <string_view>
 
+#include "devhost/snmpd/PassiveDirectives.h"
+
 namespace drivers {
 
 namespace {
 
 // None of these makes the daemon read or write a file, runs a program, opens a port, or changes who the daemon is.
-const std::set<std::string_view>& Served() {
-  static const std::set<std::string_view> kServed = {
-      // The system and who may ask for what.
-      "sysdescr", "syslocation", "syscontact", "sysname", "sysservices", "sysobjectid", "rocommunity", "rwcommunity",
-      "rocommunity6", "rwcommunity6", "rouser", "rwuser", "createuser", "com2sec", "com2sec6", "group", "access",
-      "setaccess", "view", "authcommunity", "authuser", "authgroup", "authaccess", "engineid", "engineidtype", "engineidnic",
-      "sourcefiltertype", "sourcefilteraddress",
-      // Traps.
-      "authtrapenable", "trapsink", "trap2sink", "informsink", "trapsess", "trapcommunity", "v1trapaddress", "agentsecname",
-      "iquerysecname", "iqueryversion", "iqueryseclevel", "monitor", "defaultmonitors", "linkupdownnotifications",
-      "notificationevent", "setevent", "strictdisman", "repeat", "cron", "at",
-      // Subagents.
-      "master", "agentxtimeout", "agentxretries",
-      // What is shown of the machine.
-      "disk", "includealldisks", "load", "swap", "proc", "diskio", "diskio_exclude_fd", "diskio_exclude_loop",
-      "diskio_exclude_ram", "ignoredisk", "skipnfsinhostresources", "realstorageunits", "storageusenfs", "count_kthreads",
-      "interface", "ifmib_max_num_ifaces", "include_ifmib_iface_prefix", "interface_fadeout", "interface_replace_old",
-      "override",
-      // Bounds.
-      "maxgetbulkrepeats", "maxgetbulkresponses", "avgbulkvarbindsize", "pdustatsmax", "pdustatsthreshold",
-      "dontlogtcpwrappersconnects", "dontretainlogs", "donotretainnotificationlogs"};
-  return kServed;
+bool IsServed(std::string_view keyword) {
+  // The daemon sends to the targets of traps, listens to subagents, and asks the machine for its engine's id.
+  static const std::set<std::string_view> kOthers = {"trapsink", "trap2sink",    "informsink", "trapsess",
+                                                     "master",   "engineidtype", "engineidnic"};
+  return devhost::IsPassiveDirective(keyword) || kOthers.count(keyword) != 0;
 }
 
 // The reasons for directives that people are likely to have.
@@ -114,7 +99,7 @@ std::string WhyNotServed(const devhost::Directive& directive) {
   if (reason != Reasons().end()) {
     return std::string("this directive ") + reason->second;
   }
-  if (Served().count(directive.keyword) == 0) {
+  if (!IsServed(directive.keyword)) {
     return "the driver does not know this directive";
   }
   static const std::set<std::string_view> kSinks = {"trapsink", "trap2sink", "informsink"};

@@ -61,14 +61,15 @@ TEST_F(ACheckedFile, IsReadByTheDaemonWhenAsked) {
   EXPECT_EQ(daemonsWords(CheckText(ScratchFolder::ReadFile(file), "a text", {true, false})), std::vector<std::size_t>{2});
 }
 
-TEST_F(ACheckedFile, IsReadByTheDaemonInItsOwnFolder) {
+TEST_F(ACheckedFile, IsReadByTheDaemonWithTheFilesThatItIncludes) {
   const std::string included = folder.Write("included.conf", "\nrouser\n");
   ::chmod(included.c_str(), 0600);
   const std::vector<Finding> findings =
       CheckFile(File("rocommunity  reader\nincludeFile included.conf\n"), {true, false}).findings;
   ASSERT_EQ(findings.size(), 1u);
-  EXPECT_EQ(findings[0].line, 0u);
-  EXPECT_EQ(findings[0].reason, "the daemon says: " + included + ", line 2: Error: Blank line following *****");
+  EXPECT_EQ(findings[0].file, included);
+  EXPECT_EQ(findings[0].line, 2u);
+  EXPECT_EQ(findings[0].reason, "the daemon says: Error: Blank line following *****");
 }
 
 TEST_F(ACheckedFile, ThatTheDaemonCannotBeAskedAboutStillGivesWhatTheRulesFind) {

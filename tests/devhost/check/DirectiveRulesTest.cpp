@@ -57,13 +57,13 @@ TEST(APassphrase, IsFoundWhereverItStands) {
   }
 }
 
-TEST(DirectivesThatNoRuleJudges, AreCounted) {
+TEST(DirectivesThatNoRuleJudges, AreCountedByWhetherTheDaemonGetsThem) {
   Report report("snmpd.conf", false);
-  EXPECT_EQ(
-      JudgeText(
-          "rouser  boss\nview  all  included  .1\nsysName  box\nrocommunity  reader\nbogus  x\n[snmp] mibs x\n# rouser\n",
-          report),
-      2U);
+  const Unjudged unjudged = JudgeText(
+      "load 1\nproc sshd\nextend x /bin/true\nsysName  box\nrocommunity  reader\nbogus  x\n[snmp] mibs x\n# load 1\n",
+      report);
+  EXPECT_EQ(unjudged.forDaemon, 2U);
+  EXPECT_EQ(unjudged.others, 1U);
 }
 
 }  // namespace

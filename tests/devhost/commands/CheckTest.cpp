@@ -66,13 +66,15 @@ TEST_F(CheckCommand, PrintsNotesLastAndDoesNotCountThemAsFindings) {
 }
 
 TEST_F(CheckCommand, SaysWhenTheDaemonWouldTellMore) {
-  const std::string text = "rocommunity  reader\nview  all  included  .1\n";
+  const std::string text = "rocommunity  reader\nload  1\nextend  one  /bin/true\nsh  two  true\n";
   const std::string file = File("snmpd.conf", text);
-  const std::string hint =
-      file + ": 1 directive judged by name only; --daemon lets the installed snmpd read the file, too\n";
+  const std::string hint = file + ": 1 directive judged by name only; --daemon lets the installed snmpd judge more\n";
   EXPECT_EQ(Run({"check", file}).out, file + ": no findings\n" + hint);
   EXPECT_EQ(Run({"check", file}).status, ExitStatus::Good);
-  EXPECT_EQ(Run({"check", file, "--daemon"}).out, file + ": no findings\n");
+  EXPECT_EQ(Run({"check", file, "--daemon"}).out,
+            file + ": no findings\n" + file +
+                ": 2 directives judged by name only; the daemon was not given what would open ports, run programs or name "
+                "files\n");
   EXPECT_EQ(Run({"check", file, "--json"}).out, "");
 }
 
