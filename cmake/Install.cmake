@@ -39,7 +39,7 @@ install(FILES kit/snmp_driver.cmake kit/driver_module.map kit/ModuleNote.cpp
 install(FILES "${PROJECT_BINARY_DIR}/kit/snmp-driver-kit.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT kit)
 
 if(AGENT_DEVHOST)
-  install(TARGETS simulated_device local_snmpd LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT drivers)
+  install(TARGETS simulated_device local_snmpd host_probe LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT drivers)
   install(TARGETS devhost EXPORT snmp-driver-kit-devhost RUNTIME COMPONENT devhost)
   install(TARGETS devhost_library LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT devhost)
   install(EXPORT snmp-driver-kit-devhost DESTINATION "${KIT_CMAKE_DIR}" NAMESPACE snmp-driver-kit:: COMPONENT devhost)
