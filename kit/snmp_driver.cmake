@@ -17,3 +17,28 @@ function(snmp_driver name)
   set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX ".so" CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
                         LINK_DEPENDS "${map}")
 endfunction()
+
+# snmp_driver_conform(NAME [PROFILE FILE] [LEVEL basic|full]): a test, NAME_conform, in which devhost judges the driver by its
+# contract. The report for JUnit is NAME_conform.xml in the folder of the build. "devhost conform --help" describes both.
+function(snmp_driver_conform name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PROFILE;LEVEL" "")
+  if(arg_UNPARSED_ARGUMENTS OR arg_KEYWORDS_MISSING_VALUES OR NOT TARGET ${name})
+    message(FATAL_ERROR "snmp_driver_conform(${name} ${ARGN}) is wrong; allowed: snmp_driver_conform(NAME [PROFILE FILE] "
+                        "[LEVEL basic|full]) with the name of a driver")
+  endif()
+  if(NOT TARGET snmp-driver-kit::devhost)
+    message(FATAL_ERROR "snmp_driver_conform(${name}) needs the program devhost; write find_package(snmp-driver-kit 1.0 "
+                        "REQUIRED COMPONENTS devhost)")
+  endif()
+  set(options "")
+  if(arg_PROFILE)
+    cmake_path(ABSOLUTE_PATH arg_PROFILE BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
+    set(options --profile "${arg_PROFILE}")
+  endif()
+  if(arg_LEVEL)
+    list(APPEND options --level ${arg_LEVEL})
+  endif()
+  add_test(NAME ${name}_conform COMMAND snmp-driver-kit::devhost conform ${options} --format junit
+                                        --output "${CMAKE_CURRENT_BINARY_DIR}/${name}_conform.xml" $<TARGET_FILE:${name}>)
+  set_tests_properties(${name}_conform PROPERTIES LABELS conform TIMEOUT 600)
+endfunction()

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <random>
 #include <string>
 
 #include "devhost/commands/Commands.h"
+#include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/ConformReport.h"
 #include "devhost/engine/EndWatch.h"
+#include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -25,6 +28,7 @@ const CommandOption kOnly{"--only", "LIST", "Make only these checks: ids or grou
 const CommandOption kSeed{"--seed", "NUMBER", "Where random texts begin (default: another number each time)", Takes::Text};
 const CommandOption kFormat{"--format",    "FORMAT", "Print the report as text (the default), json or junit",
                             Takes::Choice, false,    {"text", "json", "junit"}};
+const CommandOption kOutput{"--output", "FILE", "Write the report into this file, and print the text, too", Takes::Path};
 const CommandOption kStrict{"--strict", "", "Let warnings fail, too"};
 const CommandOption kInProcess{"--in-process", "", "Make the checks in this process, for a debugger"};
 const CommandOption kList{"--list", "", "Print all checks, a line each, and make none"};
@@ -150,6 +154,7 @@ Conformance ReadConformance(const Arguments& arguments, const std::string& seed)
   if (!problem.empty()) {
     throw FileError(arguments.Text(kModule), problem);
   }
+  conformance.agent = PathIn(ModuleFolder(arguments), "snmp_configuration_agent.so");
   conformance.program = std::filesystem::read_symlink("/proc/self/exe").string();
   conformance.seed = std::stoul(seed);
   if (arguments.Has(kProfile)) {
@@ -167,19 +172,57 @@ ExitStatus StatusOf(const ConformRun& run, const std::vector<Outcome>& outcomes,
                                                                             : ExitStatus::Good;
 }
 
+// The report in that format, whole.
+std::string ReportText(const std::string& format, const std::vector<Outcome>& outcomes, const ConformRun& run) {
+  if (format != "text") {
+    return format == "json" ? ConformJson(outcomes, run) : ConformJUnit(outcomes, run);
+  }
+  std::string text;
+  for (const Outcome& outcome : outcomes) {
+    text += OutcomeText(outcome, run);
+  }
+  return text + VerdictText(outcomes, run);
+}
+
+void WriteReport(const std::string& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  file.close();
+  if (!file) {
+    throw std::runtime_error("cannot write " + Quoted(path));
+  }
+}
+
+// Of the file, as the program sha256sum prints it; "" where that is not installed.
+std::string Sha256Of(const std::string& path) {
+  const std::string program = FindProgram("sha256sum");
+  if (program.empty()) {
+    return "";
+  }
+  ProgramRun run;
+  run.words = {program, "--", path};
+  const ProgramResult result = RunProgram(run);
+  // A backslash in front says that the name stands there in another form.
+  return result.exitStatus == 0 ? result.output.substr(result.output.find_first_not_of('\\'), 64) : "";
+}
+
 ExitStatus Judge(const Arguments& arguments, Console& console) {
   ConformRun run;
   run.module = arguments.Text(kModule);
   run.seed = SeedText(arguments);
   run.level = arguments.Has(kLevel) ? arguments.Text(kLevel) : "basic";
-  run.options = arguments.Has(kProfile) ? "--profile " + AsWord(arguments.Text(kProfile)) + " " : "";
+  for (const CommandOption* const option : {&kProfile, &kModuleFolder}) {
+    run.options += arguments.Has(*option) ? std::string(option->name) + " " + AsWord(arguments.Text(*option)) + " " : "";
+  }
   const Conformance conformance = ReadConformance(arguments, run.seed);
   if (arguments.Has(kRunCheck)) {
     RunCheckHere(conformance, GetCheck(arguments.Text(kRunCheck)));
     return ExitStatus::Good;
   }
+  run.sha256 = Sha256Of(conformance.module);
   const std::string format = arguments.Has(kFormat) ? arguments.Text(kFormat) : "text";
-  const auto tell = [&](const Outcome& outcome) { console.Out().Write(format == "text" ? OutcomeText(outcome, run) : ""); };
+  const bool printsText = format == "text" || arguments.Has(kOutput);
+  const auto tell = [&](const Outcome& outcome) { console.Out().Write(printsText ? OutcomeText(outcome, run) : ""); };
   const std::vector<const Check*> checks = ChosenChecks(arguments);
   std::vector<Outcome> outcomes;
   if (arguments.Has(kInProcess)) {
@@ -191,9 +234,10 @@ ExitStatus Judge(const Arguments& arguments, Console& console) {
     outcomes = RunChecks(conformance, checks, tell);
   }
   run.verdict = VerdictOf(outcomes, !arguments.Has(kOnly));
-  console.Out().Write(format == "json"    ? ConformJson(outcomes, run)
-                      : format == "junit" ? ConformJUnit(outcomes, run)
-                                          : VerdictText(outcomes, run));
+  console.Out().Write(printsText ? VerdictText(outcomes, run) : ReportText(format, outcomes, run));
+  if (arguments.Has(kOutput)) {
+    WriteReport(arguments.Text(kOutput), ReportText(format, outcomes, run));
+  }
   return StatusOf(run, outcomes, arguments.Has(kStrict));
 }
 
@@ -219,7 +263,8 @@ ExitStatus Conform(const Arguments& arguments, Console& console) {
 Command MakeConform() {
   return {"conform",
           "Judge the driver of a device by its contract",
-          {kModule, kProfile, kLevel, kOnly, kSeed, kFormat, kStrict, kInProcess, kList, kExplain, kRunCheck},
+          {kModule, kProfile, kModuleFolder, kLevel, kOnly, kSeed, kFormat, kOutput, kStrict, kInProcess, kList, kExplain,
+           kRunCheck},
           kFooter,
           &Conform};
 }

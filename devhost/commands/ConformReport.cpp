@@ -147,9 +147,8 @@ std::string ConformJson(const std::vector<Outcome>& outcomes, const ConformRun& 
                       {"replay", Replay(outcome, run)},
                       {"log", outcome.log}});
   }
-  const Json object = {{"format", 1},        {"module", run.module},           {"seed", run.seed},
-                       {"level", run.level}, {"verdict", NameOf(run.verdict)}, {"tally", tally},
-                       {"checks", checks}};
+  const Json object = {{"format", 1},        {"module", run.module},           {"sha256", run.sha256}, {"seed", run.seed},
+                       {"level", run.level}, {"verdict", NameOf(run.verdict)}, {"tally", tally},       {"checks", checks}};
   return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -15,6 +15,7 @@ struct ConformRun {
   std::string seed;
   std::string level;
   Verdict verdict = Verdict::Incomplete;
+  std::string sha256 = {};  // of the module's file, "" where it is not known
 };
 
 // One outcome for a person: status and check, then what went wrong, in which operation, how to find out more and how to make
@@ -24,7 +25,7 @@ std::string OutcomeText(const Outcome& outcome, const ConformRun& run);
 // The last line: the verdict, then how many checks had which status, and the seed.
 std::string VerdictText(const std::vector<Outcome>& outcomes, const ConformRun& run);
 
-// All of it as one JSON object on one line: format, module, seed, level, verdict, tally, checks.
+// All of it as one JSON object on one line: format, module, sha256, seed, level, verdict, tally, checks.
 std::string ConformJson(const std::vector<Outcome>& outcomes, const ConformRun& run);
 
 // All of it as JUnit's XML: a test suite for each group of checks, a test case for each check.

@@ -16,13 +16,14 @@ namespace devhost {
 
 namespace {
 
-constexpr unsigned long kAgent = 1;
+constexpr unsigned long kDouble = 1;
+constexpr unsigned long kAgent = 2;
 constexpr std::size_t kSlots = 40;
 
 }  // namespace
 
 Bench::Bench(Trial& trial, StateStore* states) : m_trial(trial), m_host(*this, states) {
-  m_host.Load({kAgent, "agent", "the agent double", "<config/>"}, [this](IInstanceManager& instances) {
+  m_host.Load({kDouble, "double", "the agent double", "<config/>"}, [this](IInstanceManager& instances) {
     m_double = new AgentDouble(instances, m_record, m_trial.trail);
     return m_double;
   });
@@ -47,6 +48,35 @@ void Bench::Load(unsigned long id) {
   }
 }
 
+void Bench::LoadAgent() {
+  m_host.Load({kAgent, "agent", m_trial.agent, "<config/>"});
+}
+
+std::string Bench::AskAgent(const std::string& command, const Parameters& parameters) {
+  m_trial.trail.Note(command);
+  try {
+    return m_host.Command(kAgent, command, parameters);
+  } catch (const HostError& error) {
+    throw Violation(error.what(), command);
+  }
+}
+
+void Bench::SendCommand(const std::string& words, unsigned long id) {
+  std::vector<std::string> parts = SplitWords(words);
+  const std::string command = parts.empty() ? "" : parts.front();
+  Parameters parameters;
+  for (std::size_t i = 1; i < parts.size(); ++i) {
+    const std::size_t end = parts[i].find('=');
+    parameters.emplace_back(parts[i].substr(0, end), end == std::string::npos ? "" : parts[i].substr(end + 1));
+  }
+  try {
+    const std::string reply = m_host.Command(id, command, parameters);
+    Expect(!StartsWith(reply, "<Fail"), "the command " + Quoted(words) + " was answered with " + Quoted(reply), command);
+  } catch (const HostError& error) {
+    throw Violation(error.what(), command);
+  }
+}
+
 std::string Bench::FolderOf(unsigned long id) const {
   return m_trial.folder + "/device" + std::to_string(id);
 }
@@ -59,7 +89,7 @@ void Bench::Act(const std::function<void()>& action) {
   m_isActing = true;
   m_record.action = action;
   m_record.problem = nullptr;
-  m_host.Command(kAgent, AgentDouble::kCommand, {});
+  m_host.Command(kDouble, AgentDouble::kCommand, {});
   m_isActing = false;
   if (m_record.problem != nullptr) {
     std::rethrow_exception(std::exchange(m_record.problem, nullptr));
@@ -110,6 +140,10 @@ std::size_t Bench::CountOf(const std::string& operation, unsigned long deviceId)
   }));
 }
 
+std::vector<std::string> Bench::Reports(bool onOtherThread) const {
+  return m_reports[onOtherThread ? 1 : 0];
+}
+
 std::vector<std::string> Bench::Lines(Occurrence::Kind kind) const {
   std::vector<std::string> lines;
   for (const Occurrence& occurrence : m_occurrences) {
@@ -134,6 +168,12 @@ std::vector<std::string> Bench::OperatorLines() const {
 void Bench::OnOccurrence(const Occurrence& occurrence) {
   m_occurrences.push_back(occurrence);
   using Kind = Occurrence::Kind;
+  if (occurrence.kind == Kind::Manners) {
+    m_reports[std::this_thread::get_id() == m_thread ? 0 : 1].push_back(devhost::TextOf(occurrence));
+  }
+  if (occurrence.kind == Kind::Log) {
+    m_log.emplace_back(occurrence.text, m_trial.trail.Last());
+  }
   if (occurrence.kind == Kind::Log || occurrence.kind == Kind::Manners || occurrence.kind == Kind::Failure) {
     Output(STDOUT_FILENO).Write(OneLine(devhost::TextOf(occurrence)) + "\n");
   }

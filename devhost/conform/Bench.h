@@ -3,6 +3,8 @@
 
 #include <functional>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "devhost/conform/AgentDouble.h"
@@ -29,6 +31,12 @@ class Bench : private HostObserver {
   std::string TryLoad(unsigned long id = kDevice, const std::string& config = "");
   // The same. Throws Blocked where it cannot be loaded.
   void Load(unsigned long id = kDevice);
+  // Loads the real agent, which announces and calls devices as the double does. Throws HostError where it is not there.
+  void LoadAgent();
+  // Sends a command to the real agent, and returns its reply.
+  std::string AskAgent(const std::string& command, const Parameters& parameters);
+  // Sends a command of a driver's own, as the profile gives it: "SetOnline online=false". Throws Violation where it fails.
+  void SendCommand(const std::string& words, unsigned long id = kDevice);
   // The folder of that device.
   std::string FolderOf(unsigned long id) const;
 
@@ -51,8 +59,12 @@ class Bench : private HostObserver {
   // How often that operation was called for that device.
   std::size_t CountOf(const std::string& operation, unsigned long deviceId = kDevice) const;
 
+  // What drivers did wrong, as the host says it: on its own thread, or on another one.
+  std::vector<std::string> Reports(bool onOtherThread) const;
   // What happened in the host, of one kind, as lines.
   std::vector<std::string> Lines(Occurrence::Kind kind) const;
+  // The lines of the log, each with the operation that was called last before it.
+  const std::vector<std::pair<std::string, std::string>>& LogWithSlots() const { return m_log; }
   // The lines of the log at level 3, which operators see.
   std::vector<std::string> OperatorLines() const;
 
@@ -62,6 +74,9 @@ class Bench : private HostObserver {
   Trial& m_trial;
   AgentRecord m_record;
   std::vector<Occurrence> m_occurrences;
+  std::vector<std::string> m_reports[2];  // on the host's thread, on others
+  std::vector<std::pair<std::string, std::string>> m_log;
+  const std::thread::id m_thread = std::this_thread::get_id();
   AgentDouble* m_double = nullptr;
   bool m_isActing = false;
   Host m_host;  // last, since drivers call the others until it is gone

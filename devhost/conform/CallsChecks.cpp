@@ -1,4 +1,4 @@
-// Groups "calls", "threads", "state", "secrets", "whole" and "actions": what happens around the operations of a device.
+// Groups "calls", "threads", "state", "secrets" and "actions": what happens around the operations of a device.
 #include <filesystem>
 #include <iterator>
 #include <utility>
@@ -61,22 +61,16 @@ void WorksFromInsideItsCalls(Trial& trial) {
   }
 }
 
-bool IsAboutThreads(const std::string& report) {
-  return report.find("second thread") != std::string::npos;
-}
-
-// Reports of the host while all operations are called, that are about threads or not.
-void ExpectNoReports(Trial& trial, bool aboutThreads) {
+// The host says on the thread that was at fault what it did.
+void ExpectNoReports(Trial& trial, bool onOtherThread) {
   Bench bench(trial);
   std::size_t before = 0;
   bench.ActOnDevice([&](Device& device) {
-    before = bench.Lines(Kind::Manners).size();
+    before = bench.Reports(onOtherThread).size();
     CallAll(device);
   });
-  const std::vector<std::string> reports = bench.Lines(Kind::Manners);
-  for (std::size_t i = before; i < reports.size(); ++i) {
-    Expect(IsAboutThreads(reports[i]) != aboutThreads, reports[i]);
-  }
+  const std::vector<std::string> reports = bench.Reports(onOtherThread);
+  Expect(reports.size() == before, reports.empty() ? "" : reports.back());
 }
 
 void CallsNoServiceFromAThread(Trial& trial) {
@@ -145,28 +139,9 @@ void NeverLogsACommunity(Trial& trial) {
     device.CopyFrom(text);
   });
   bench.Stop();
-  for (const std::string& line : bench.Lines(Kind::Log)) {
-    Expect(line.find(secret) == std::string::npos, "a community stands in the log");
+  for (const auto& [line, slot] : bench.LogWithSlots()) {
+    Expect(line.find(secret) == std::string::npos, "a community stands in the log", slot);
   }
-}
-
-void SharesNothing(Trial& trial) {
-  Bench bench(trial);
-  bench.Load(Bench::kDevice + 1);
-  bench.ActOnDevice([&](Device& device) {
-    const std::vector<ISupportSNMP*> devices = bench.Published();
-    if (devices.size() < 2) {
-      throw Blocked("the second device did not come up");
-    }
-    Device other(*devices[1], trial.trail);
-    for (const Setting& setting : Settings()) {
-      const std::string before = setting.get(other);
-      const bool isSwitch = setting.kind == Setting::Kind::Switch;
-      setting.set(device, !isSwitch ? trial.RandomText() : setting.get(device) == "true" ? "false" : "true");
-      Expect(setting.get(other) == before, setting.name + " of one device has changed when that of another one was set",
-             setting.setter);
-    }
-  });
 }
 
 void ActionsComeBack(Trial& trial) {
@@ -202,8 +177,6 @@ std::vector<Check> CallsChecks() {
        &LeavesNoThread},
       {"secrets-log", Severity::Contract, Level::Basic, "", "No community stands in the log.",
        "Everybody who looks after a controller reads its log. Say which setting, not what it holds.", &NeverLogsACommunity},
-      {"whole-two", Severity::Contract, Level::Basic, "", "Two devices of one module share no setting.",
-       "A project has many devices of one kind. Static variables of a module are shared by all.", &SharesNothing},
       {"state-round", Severity::Contract, Level::Basic, "keeps-state",
        "The next life has the sysName that was set in the last one.",
        "GetPersistState returns the settings, and Initialize gets what was returned. The sysName stands for all.",

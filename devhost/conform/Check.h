@@ -64,6 +64,7 @@ std::vector<Check> ErasedChecks();
 std::vector<Check> TrapsChecks();
 std::vector<Check> FileChecks();
 std::vector<Check> CallsChecks();
+std::vector<Check> WholeChecks();
 
 }  // namespace devhost
 

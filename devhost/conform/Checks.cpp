@@ -19,8 +19,8 @@ std::string GroupOf(const Check& check) {
 const std::vector<Check>& Checks() {
   static const std::vector<Check> checks = [] {
     std::vector<Check> all;
-    for (const auto group :
-         {&ModuleChecks, &LifeChecks, &SettingsChecks, &ErasedChecks, &TrapsChecks, &FileChecks, &CallsChecks}) {
+    for (const auto group : {&ModuleChecks, &LifeChecks, &SettingsChecks, &ErasedChecks, &TrapsChecks, &FileChecks,
+                             &CallsChecks, &WholeChecks}) {
       const std::vector<Check> some = group();
       all.insert(all.end(), some.begin(), some.end());
     }

@@ -4,8 +4,10 @@
 #include <sys/resource.h>
 
 #include <cerrno>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <system_error>
 
@@ -24,7 +26,8 @@ using Clock = std::chrono::steady_clock;
 using Status = Outcome::Status;
 
 constexpr char kResult[] = "result";
-constexpr char kModuleLoads[] = "module-loads";
+// Without these a module makes no driver.
+const std::set<std::string> kNeededToLoad = {"module-needs", "module-loads"};
 
 // A folder for one check, gone at the end with all that the driver has put there.
 class PrivateFolder {
@@ -66,6 +69,7 @@ Outcome Judge(const Conformance& conformance, const Check& check, const std::str
   Outcome outcome;
   outcome.check = &check;
   Trial trial(conformance.module, folder, conformance.profile, conformance.seed);
+  trial.agent = conformance.agent;
   try {
     check.judge(trial);
   } catch (const Violation& violation) {
@@ -137,7 +141,14 @@ void Explain(const ProgramResult& run, const PrivateFolder& folder, Outcome& out
 Outcome RunInChild(const Conformance& conformance, const Check& check) {
   const PrivateFolder folder;
   ProgramRun run;
-  run.words = {conformance.program, "conform", "--run-check", check.id, "--seed", std::to_string(conformance.seed)};
+  run.words = {conformance.program,
+               "conform",
+               "--run-check",
+               check.id,
+               "--module-dir",
+               FolderOf(conformance.agent),
+               "--seed",
+               std::to_string(conformance.seed)};
   if (!conformance.profileFile.empty()) {
     run.words.insert(run.words.end(), {"--profile", conformance.profileFile});
   }
@@ -159,15 +170,28 @@ Outcome RunInChild(const Conformance& conformance, const Check& check) {
   return outcome;
 }
 
+// As waivers write it; the clock of Greenwich ends them everywhere on one day.
+std::string Today() {
+  const std::time_t now = std::time(nullptr);
+  std::tm time = {};
+  ::gmtime_r(&now, &time);
+  char text[16];
+  return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%d", &time));
+}
+
 // What the profile makes of an outcome, and nobody may read in it.
 void Finish(const Profile& profile, Outcome& outcome) {
   const bool isFinding = outcome.status == Status::Fail || outcome.status == Status::Crash || outcome.status == Status::Hang;
   const auto waiver = profile.waivers.find(outcome.check->id);
-  if (isFinding && waiver != profile.waivers.end()) {
+  const bool isWaived = isFinding && waiver != profile.waivers.end();
+  if (isWaived && (waiver->second.until.empty() || Today() <= waiver->second.until)) {
     outcome.status = Status::Waived;
-    outcome.waiver = waiver->second;
+    outcome.waiver = waiver->second.reason;
   } else if (outcome.status == Status::Fail && outcome.check->severity == Severity::Practice) {
     outcome.status = Status::Warn;
+  }
+  if (isWaived && outcome.status != Status::Waived) {
+    outcome.message += "; it was waived until " + waiver->second.until;
   }
   Masker masker(false);
   masker.Xml(profile.config);
@@ -195,20 +219,21 @@ Outcome Skipped(const Check& check) {
 std::vector<Outcome> RunChecks(const Conformance& conformance, const std::vector<const Check*>& checks,
                                const std::function<void(const Outcome&)>& tell) {
   std::vector<Outcome> outcomes;
-  bool isLoaded = true;
+  std::string notLoaded;  // the check that says why the module does not load
   for (const Check* const check : checks) {
     const Clock::time_point start = Clock::now();
     if (!IsClaimed(conformance, *check)) {
       outcomes.push_back(Skipped(*check));
-    } else if (isLoaded) {
+    } else if (notLoaded.empty() || GroupOf(*check) == "module") {
       outcomes.push_back(RunInChild(conformance, *check));
       Finish(conformance.profile, outcomes.back());
     } else {
-      outcomes.push_back(
-          {check, Status::Unjudged, "", std::string("the module does not load: see ") + kModuleLoads, "", {}});
+      outcomes.push_back({check, Status::Unjudged, "", "the module does not load: see " + notLoaded, "", {}});
     }
     Outcome& outcome = outcomes.back();
-    isLoaded = isLoaded && (outcome.status == Status::Pass || check->id != std::string(kModuleLoads));
+    if (notLoaded.empty() && outcome.status != Status::Pass && kNeededToLoad.count(check->id) != 0) {
+      notLoaded = check->id;
+    }
     outcome.milliseconds =
         static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
     tell(outcome);

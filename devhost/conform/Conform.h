@@ -15,6 +15,7 @@ namespace devhost {
 // What is judged, and how.
 struct Conformance {
   std::string module;   // absolute path
+  std::string agent;    // the module of the real agent, absolute path
   std::string program;  // of devhost, which runs each check: see `command`
   Profile profile;
   std::string profileFile;                                        // absolute path, "" for none; for the program
@@ -26,8 +27,8 @@ struct Conformance {
 // descriptors, files of at most 256 MiB. A crash is an outcome, and the next check goes on. While the module does not load,
 // the other checks are not made. `tell` hears of each outcome as soon as there is one.
 //
-// The process is `program conform --run-check ID [--profile FILE] --seed N MODULE` in a private folder, where it calls
-// RunCheckHere and leaves its result. Throws std::system_error when there cannot be such a folder.
+// The process is `program conform --run-check ID --module-dir DIR --seed N [--profile FILE] MODULE` in a private folder,
+// where it calls RunCheckHere and leaves its result. Throws std::system_error when there cannot be such a folder.
 std::vector<Outcome> RunChecks(const Conformance& conformance, const std::vector<const Check*>& checks,
                                const std::function<void(const Outcome&)>& tell);
 

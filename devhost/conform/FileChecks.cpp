@@ -11,6 +11,7 @@ namespace {
 
 const std::string kOrdinary = "# an ordinary text\nsysName kitchen\n";
 constexpr int kLater = -9;
+constexpr char kGoesOffLine[] = "goes-off-line";
 
 std::string RandomBytes(Trial& trial, std::size_t size) {
   std::string bytes;
@@ -79,13 +80,26 @@ void BorrowsTheText(Trial& trial) {
   });
 }
 
+void KeepsItForLater(Bench& bench, Device& device, const Profile::Commands& commands, const std::string& text) {
+  bench.SendCommand(commands.out);
+  const int status = Install(device, text);
+  bench.SendCommand(commands.back);
+  std::string found;
+  Expect(device.CopyFrom(found) != kLater, "CopyFrom returned -9 when the device was back on line", "CopyFrom");
+  Expect(status != kLater || found == text,
+         "CopyTo returned -9, and the text was not there when the device was back on line", "CopyTo");
+}
+
 void KeepsForLaterOnlyWhatItClaims(Trial& trial) {
   Bench bench(trial);
   bench.ActOnDevice([&](Device& device) {
     std::string text;
-    const bool mayBeLater = trial.profile.claims.count("goes-off-line") != 0;
+    const bool mayBeLater = trial.profile.claims.count(kGoesOffLine) != 0;
     Expect(device.CopyFrom(text) != kLater || mayBeLater, "CopyFrom returned -9", "CopyFrom");
     Expect(device.CopyTo(kOrdinary) != kLater || mayBeLater, "CopyTo returned -9", "CopyTo");
+    if (mayBeLater && !trial.profile.claims.at(kGoesOffLine).out.empty()) {
+      KeepsItForLater(bench, device, trial.profile.claims.at(kGoesOffLine), "sysName " + trial.RandomText() + "\n");
+    }
   });
 }
 
@@ -93,10 +107,13 @@ void KeepsForLaterOnlyWhatItClaims(Trial& trial) {
 
 std::vector<Check> FileChecks() {
   return {
-      {"file-later", Severity::Contract, Level::Basic, "", "No status is -9, unless the profile claims goes-off-line.",
+      {"file-later", Severity::Contract, Level::Basic, "",
+       "A status is -9 only when the profile claims goes-off-line, and the text is there later.",
        "-9 says that the device cannot be reached now and keeps the text for later. The agent then reports success. A "
        "device\n"
-       "that has no later uses another number.",
+       "that has no later uses another number. With commands in the claim, the device is taken off line, gets a text, and "
+       "is\n"
+       "brought back.",
        &KeepsForLaterOnlyWhatItClaims},
       {"file-round", Severity::Contract, Level::Basic, "", "CopyFrom gives the bytes that CopyTo has installed.",
        "The agent keeps the text around its section byte for byte. A device that cannot hold a text returns a status other\n"

@@ -1,5 +1,6 @@
 #include "devhost/conform/Profile.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "devhost/conform/Check.h"
@@ -11,6 +12,12 @@ namespace devhost {
 namespace {
 
 constexpr std::string_view kFolder = "{folder}";
+
+bool IsDay(const std::string& text) {
+  static const std::string kForm = "0000-00-00";
+  return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(),
+                    [](char c, char form) { return form == '0' ? c >= '0' && c <= '9' : c == form; });
+}
 
 // Reads the elements of one file.
 class ProfileReader {
@@ -50,10 +57,18 @@ class ProfileReader {
       if (FindCheck(check) == nullptr) {
         Refuse(child, "there is no check " + Quoted(check) + "; allowed: an id that devhost conform --list prints");
       }
-      m_profile.waivers[check] = Attribute(child, "reason");
+      m_profile.waivers[check] = {Attribute(child, "reason"), ReadDay(child)};
     } else {
       Refuse(child, "<" + child.name + "> is unknown; allowed: <config>, <claim>, <waive>");
     }
+  }
+
+  std::string ReadDay(const XmlElement& child) const {
+    const std::string* const day = child.FindAttribute("until");
+    if (day != nullptr && !IsDay(*day)) {
+      Refuse(child, "until is " + Quoted(*day) + "; allowed: a day such as 2027-06-30");
+    }
+    return day != nullptr ? *day : "";
   }
 
   void ReadClaim(const XmlElement& child) {
@@ -65,7 +80,10 @@ class ProfileReader {
       }
       Refuse(child, "the claim " + Quoted(claim) + " is unknown; allowed: " + allowed);
     }
-    m_profile.claims.insert(claim);
+    Profile::Commands& commands = m_profile.claims[claim];
+    if (child.FindAttribute("out") != nullptr || child.FindAttribute("back") != nullptr) {
+      commands = {Attribute(child, "out"), Attribute(child, "back")};
+    }
   }
 
   const std::string m_file;

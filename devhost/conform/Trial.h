@@ -33,6 +33,7 @@ struct Trial {
   std::string RandomText(std::size_t length = 16);
 
   const std::string module;  // absolute path
+  std::string agent;         // the module of the real agent, absolute path
   const std::string folder;  // of this check alone, absolute
   const Profile profile;
   std::mt19937 random;

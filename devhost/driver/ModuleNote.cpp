@@ -3,11 +3,10 @@
 #include <elf.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "devhost/driver/DriverModule.h"
+#include "devhost/driver/FileParts.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -17,24 +16,6 @@ namespace {
 // In the file, a zero ends the name of the owner and counts as part of it.
 constexpr char kOwnerBytes[] = "SnmpDriver";
 constexpr std::string_view kOwner(kOwnerBytes, sizeof kOwnerBytes);
-
-// The bytes are copied, because nothing in a file has to be aligned. A part that the file does not have is all zero.
-template <class Part>
-Part PartAt(std::string_view file, std::size_t offset) {
-  Part part = {};
-  if (offset <= file.size() && sizeof part <= file.size() - offset) {
-    std::memcpy(&part, file.data() + offset, sizeof part);
-  }
-  return part;
-}
-
-// As much of the range as the file has.
-std::string_view Range(std::string_view file, std::uint64_t offset, std::uint64_t size) {
-  if (offset > file.size()) {
-    return {};
-  }
-  return file.substr(static_cast<std::size_t>(offset), static_cast<std::size_t>(std::min<std::uint64_t>(size, file.size())));
-}
 
 std::string NameOfProcessor(unsigned machine, unsigned flags) {
   switch (machine) {
@@ -58,10 +39,10 @@ std::string_view TextOfOurs(std::string_view notes, std::uint64_t alignment) {
   while (notes.size() >= sizeof(Elf32_Nhdr)) {
     const auto head = PartAt<Elf32_Nhdr>(notes, 0);  // the same for all processors
     const std::uint64_t text = padded(sizeof head + head.n_namesz);
-    if (Range(notes, sizeof head, head.n_namesz) == kOwner) {
-      return Range(notes, text, head.n_descsz);
+    if (RangeAt(notes, sizeof head, head.n_namesz) == kOwner) {
+      return RangeAt(notes, text, head.n_descsz);
     }
-    notes = Range(notes, text + padded(head.n_descsz), notes.size());
+    notes = RangeAt(notes, text + padded(head.n_descsz), notes.size());
   }
   return "";
 }
@@ -74,9 +55,9 @@ ModuleNote ReadNote(std::string_view file, const std::string& name) {
   }
   std::string_view text;
   for (std::uint64_t i = 0; i < header.e_phnum && text.empty(); ++i) {
-    const auto segment = PartAt<Segment>(Range(file, header.e_phoff + i * header.e_phentsize, sizeof(Segment)), 0);
+    const auto segment = PartAt<Segment>(RangeAt(file, header.e_phoff + i * header.e_phentsize, sizeof(Segment)), 0);
     if (segment.p_type == PT_NOTE) {
-      text = TextOfOurs(Range(file, segment.p_offset, segment.p_filesz), segment.p_align);
+      text = TextOfOurs(RangeAt(file, segment.p_offset, segment.p_filesz), segment.p_align);
     }
   }
   if (text.empty()) {

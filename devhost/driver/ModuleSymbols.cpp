@@ -43,13 +43,6 @@ SymbolTables TablesOf(const link_map& module) {
   return tables;
 }
 
-// "" for a symbol that is not of C++.
-std::string Demangled(const std::string& symbol) {
-  const std::unique_ptr<char, void (*)(void*)> text(abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, nullptr),
-                                                    &std::free);
-  return text != nullptr ? text.get() : "";
-}
-
 // Whether the text has this name, and not a longer one that begins with it.
 bool Names(const std::string& text, std::string_view name) {
   for (std::size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + 1)) {
@@ -74,6 +67,12 @@ constexpr char kOtherLibrary[] =
     "it was built with the C++ library libc++, which this program cannot exchange texts with; build it with libstdc++";
 
 }  // namespace
+
+std::string Demangled(const std::string& symbol) {
+  const std::unique_ptr<char, void (*)(void*)> text(abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, nullptr),
+                                                    &std::free);
+  return text != nullptr ? text.get() : "";
+}
 
 std::vector<std::string> SymbolsTaken(void* handle) {
   std::vector<std::string> taken;

@@ -10,6 +10,9 @@ namespace devhost {
 // does not say how many symbols it has.
 std::vector<std::string> SymbolsTaken(void* handle);
 
+// The symbol as C++ writes it, "" for one that is not of C++.
+std::string Demangled(const std::string& symbol);
+
 // Why texts and lists cannot cross between this program and a module that takes these symbols: it was built with another
 // std::string, another mode of the C++ library, or another C++ library. In words that say what to build it with; "" when the
 // symbols do not prove that. Symbols of both kinds prove nothing: a library inside the module may have been built

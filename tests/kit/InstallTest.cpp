@@ -56,7 +56,7 @@ TEST(ANewDriver, IsBuiltAndTestedWithCMake) {
       "build/tea_kettle.so",
       folder);
   EXPECT_EQ(result.status, 0) << result.output;
-  EXPECT_THAT(result.output, HasSubstr("100% tests passed, 0 tests failed out of 1"));
+  EXPECT_THAT(result.output, HasSubstr("100% tests passed, 0 tests failed out of 2"));
   EXPECT_THAT(result.output, HasSubstr("version 1.0.0\ncontract 1\nprocessor "));
   EXPECT_THAT(result.output, testing::ContainsRegex("processor [a-z0-9]+\n[0-9a-f]+ T GetCreationFunc\n[0-9a-f]+ [BDR] "
                                                     "versionString\n$"));

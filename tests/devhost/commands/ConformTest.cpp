@@ -35,7 +35,7 @@ class ConformCommand : public CommandsFixture {
 TEST_F(ConformCommand, JudgesADriverThatConforms) {
   const ProgramResult result = RunReal({"--level", "full", kDevice});
   EXPECT_EQ(result.exitStatus, 0);
-  EXPECT_THAT(result.output, StartsWith("pass      module-loads\n"));
+  EXPECT_THAT(result.output, StartsWith("pass      module-needs\n"));
   EXPECT_THAT(result.output, HasSubstr("\nconforms: "));
   EXPECT_THAT(result.output, HasSubstr("skip      state-round: the profile does not claim keeps-state\n"));
 }
@@ -79,10 +79,20 @@ TEST_F(ConformCommand, PrintsXmlForJUnit) {
   EXPECT_EQ(suite.children[1].children[0].name, "failure");
 }
 
+TEST_F(ConformCommand, WritesItsReportIntoAFileAndPrintsTheText) {
+  const ProgramResult result =
+      RunReal({"--only", "traps-add", "--format", "json", "--output", folder.Path("r.json"), kDevice});
+  EXPECT_THAT(result.output, StartsWith("pass      traps-add\nincomplete: 1 pass"));
+  EXPECT_THAT(folder.Read("r.json"), StartsWith(R"({"format":1,"module":)"));
+  EXPECT_THAT(folder.Read("r.json"), testing::ContainsRegex(R"("sha256":"[0-9a-f]{64}","seed")"));
+  EXPECT_EQ(RunReal({"--only", "traps-add", "--output", "/nowhere/r.json", kDevice}).exitStatus, 2);
+}
+
 TEST_F(ConformCommand, MakesAnOutcomeOfAWaiver) {
   const std::string profile = File("waived.xml",
                                    "<conform><config folder=\"/nowhere\"/>"
                                    "<waive check=\"file-round\" reason=\"there is no folder\"/>"
+                                   "<waive check=\"whole-agent\" reason=\"there is no folder\"/>"
                                    "<waive check=\"file-text-borrowed\" reason=\"there is no folder\"/></conform>");
   const ProgramResult result = RunReal({"--profile", profile, kDevice});
   EXPECT_EQ(result.exitStatus, 0);

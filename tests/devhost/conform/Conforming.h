@@ -22,6 +22,7 @@ inline std::string SkeletonModule(const std::string& fault) {
 inline Conformance ConformanceOf(const std::string& module, const std::string& profile) {
   Conformance conformance;
   conformance.module = module;
+  conformance.agent = MODULE_FOLDER "/snmp_configuration_agent.so";
   conformance.program = DEVHOST_PROGRAM;
   conformance.profileFile = Profiles().Write("profile.xml", profile);
   conformance.profile = ReadProfile(ReadNamedText(conformance.profileFile));
@@ -32,7 +33,9 @@ inline Conformance ConformanceOf(const std::string& module, const std::string& p
 // The skeleton with one fault, which claims everything.
 inline Conformance SkeletonConformance(const std::string& fault) {
   return ConformanceOf(SkeletonModule(fault),
-                       "<conform><claim name=\"keeps-state\"/><claim name=\"safe-actions\"/></conform>");
+                       "<conform><claim name='keeps-state'/><claim name='safe-actions'/>"
+                       "<claim name='goes-off-line' out='SetOnline online=false' back='SetOnline online=true'/>"
+                       "</conform>");
 }
 
 inline std::vector<const Check*> AllChecks() {

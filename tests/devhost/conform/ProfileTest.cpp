@@ -25,10 +25,16 @@ TEST(AProfile, GivesEachDeviceAFolderOfItsOwn) {
 }
 
 TEST(AProfile, HasClaimsAndWaivers) {
-  const Profile profile =
-      Read("<conform><claim name=\"keeps-state\"/><waive check=\"traps-many\" reason=\"it holds 10\"/></conform>");
-  EXPECT_THAT(profile.claims, testing::ElementsAre("keeps-state"));
-  EXPECT_EQ(profile.waivers.at("traps-many"), "it holds 10");
+  const Profile profile = Read(
+      "<conform><claim name='keeps-state'/><claim name='goes-off-line' out='Go off=1' back='Come'/>"
+      "<waive check='traps-many' reason='it holds 10' until='2027-06-30'/><waive check='traps-add' reason='x'/></conform>");
+  EXPECT_EQ(profile.claims.size(), 2U);
+  EXPECT_EQ(profile.claims.at("keeps-state").out, "");
+  EXPECT_EQ(profile.claims.at("goes-off-line").out, "Go off=1");
+  EXPECT_EQ(profile.claims.at("goes-off-line").back, "Come");
+  EXPECT_EQ(profile.waivers.at("traps-many").reason, "it holds 10");
+  EXPECT_EQ(profile.waivers.at("traps-many").until, "2027-06-30");
+  EXPECT_EQ(profile.waivers.at("traps-add").until, "");
 }
 
 TEST(AProfile, ThatIsWrongIsRefusedWithWhatIsAllowed) {
@@ -41,6 +47,12 @@ TEST(AProfile, ThatIsWrongIsRefusedWithWhatIsAllowed) {
             "kettle.xml:1: there is no check \"traps-lots\"; allowed: an id that devhost conform --list prints");
   EXPECT_EQ(ErrorOf("<conform><waive check=\"traps-many\"/></conform>"),
             "kettle.xml:1: <waive> has no reason; allowed: reason=\"...\"");
+  for (const std::string day : {"", "tomorrow", "2027-6-30", "2027-06-301"}) {
+    EXPECT_EQ(ErrorOf("<conform><waive check='traps-many' reason='x' until='" + day + "'/></conform>"),
+              "kettle.xml:1: until is \"" + day + "\"; allowed: a day such as 2027-06-30");
+  }
+  EXPECT_EQ(ErrorOf("<conform><claim name='goes-off-line' out='Go'/></conform>"),
+            "kettle.xml:1: <claim> has no back; allowed: back=\"...\"");
   EXPECT_THAT(ErrorOf("<conform>"), testing::StartsWith("kettle.xml:1: "));
 }
 

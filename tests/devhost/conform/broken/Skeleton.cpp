@@ -1,8 +1,12 @@
-// A device driver straight from host/ that conforms, unless it is compiled with the name of a check as FAULT: then one line
-// of it is another one, and it breaks that check.
+// A device driver straight from host/ that conforms, unless it is linked with the name of a check as its fault: then one
+// line of it is another one, and it breaks that check.
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -12,33 +16,31 @@
 #include "device/TrapTarget.h"
 #include "host/H7BaseAgentDriver.h"
 #include "host/H7XML.h"
+#include "host/ICmdMessage.h"
 #include "host/IInstanceManager.h"
 #include "host/ISupportSNMP.h"
 #include "host/LogXMessage.h"
+#include "host/UICmdDispatcher.h"
 #include "tests/devhost/modules/TestModule.h"
 
-// No host offers it.
-void OfNoHost();
+#include "tests/devhost/conform/broken/Fault.h"
+
+// One more export, where the linker lets it out.
+TEST_EXPORT int OfNoHostEither() {
+  return 0;
+}
 
 namespace {
 
-constexpr bool SameText(const char* left, const char* right) {
-  while (*left != '\0' && *left == *right) {
-    ++left;
-    ++right;
-  }
-  return *left == *right;
-}
-
-constexpr bool Breaks(const char* check) {
-  return SameText(check, FAULT);
+bool Breaks(const char* check) {
+  return std::strcmp(check, kFault) == 0;
 }
 
 template <class Value>
 struct Erasable {
   void Set(const Value& newValue, const char* name) {
     const bool isErased = newValue.empty() && (!value.empty() || erased || Breaks("erased-empty-stays"));
-    const bool isLocation = SameText(name, "SysLocation");
+    const bool isLocation = std::strcmp(name, "SysLocation") == 0;
     value = newValue;
     erased = Breaks("erased-on-emptied") && isLocation ? false
              : Breaks("erased-cleared") && isLocation  ? erased || isErased
@@ -64,6 +66,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     if (m_isAnnounced && FindAgent() != nullptr && !Breaks("life-withdraws")) {
       FindAgent()->DeleteSNMPDevice(m_id);
     }
+    if (Breaks("nothing: withdraws-twice") && FindAgent() != nullptr) {
+      FindAgent()->DeleteSNMPDevice(m_id);
+    }
     if (Breaks("threads-left")) {
       std::thread(&::pause).detach();
     }
@@ -72,6 +77,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override {
     H7BaseAgentDriver::Initialize(driverId, config, persisted);
     m_id = driverId;
+    m_path = config.GetNamedString("folder") + "/snmpd.conf";
     if (config.GetNamedString("folder").empty()) {
       if (!Breaks("life-wrong-config")) {
         LogXMessage(3, "device %lu has no folder", driverId);
@@ -94,6 +100,17 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     return Breaks("state-round") ? h7::auto_com<H7XML::INode>() : H7XML::CreateXmlNode("State", m_name.value);
   }
 
+  void RegisterCommands() override {
+    GetUICmdDispatcher().RegisterUICmd("SetOnline", [this](const ICmdMessage& message) {
+      m_isOnline = message.GetString("online") == "true";
+      if (m_isOnline && m_isWaiting && !Breaks("file-later")) {
+        Write(m_waiting);
+      }
+      m_isWaiting = m_isWaiting && !m_isOnline;
+      return H7XML::CreateXmlNode("Success", "");
+    });
+  }
+
   bool GetIsManagedDevice() override { return m_isManaged; }
   void SetIsManagedDevice(bool managed) override { m_isManaged = managed; }
   bool GetIsConfigDirty() override { return m_isDirty; }
@@ -114,8 +131,12 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   bool GetWasCommunityWriteSettingErased() override { return m_write.erased; }
 
   std::string GetSysContactSetting() override { return m_contact.value; }
-  void SetSysContactSetting(std::string contact) override { m_contact.Set(contact, "SysContact"); }
-  bool GetWasSysContactSettingErased() override { return m_contact.erased; }
+  void SetSysContactSetting(std::string contact) override {
+    if (!Breaks("nothing: ignored-setters")) {
+      m_contact.Set(contact, "SysContact");
+    }
+  }
+  bool GetWasSysContactSettingErased() override { return m_contact.erased != Breaks("nothing: inverted-flags"); }
   bool GetUsePrimaryContactSetting() override { return m_usesContact; }
   void SetUsePrimaryContactSetting(bool use) override { m_usesContact = use; }
 
@@ -194,16 +215,25 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     if (Breaks("threads-host")) {
       std::thread([this] { DmInvalidateState(); }).join();
     }
-    config = Breaks("file-text-borrowed") && m_lent != nullptr ? *m_lent : m_file;
-    return 0;
+    if (Breaks("nothing: throws-from-copy-from")) {
+      throw std::runtime_error("the file is gone");
+    }
+    if (!Breaks("nothing: unfilled-copy-from")) {
+      config = Breaks("file-text-borrowed") && m_lent != nullptr ? *m_lent : m_isWaiting ? m_waiting : Read();
+    }
+    return m_isOnline ? 0 : -9;
   }
   int CopyTo(const std::string&, const std::string& config) override {
-    m_file = config;
     m_lent = &config;
-    if (Breaks("file-round")) {
-      m_file.erase(std::remove(m_file.begin(), m_file.end(), '\r'), m_file.end());
+    if (Breaks("whole-agent") && config.find("Section Start") != std::string::npos) {
+      return -1;
     }
-    return Breaks("file-later") ? -9 : 0;
+    if (m_isOnline) {
+      return Write(config);
+    }
+    m_waiting = config;
+    m_isWaiting = true;
+    return -9;
   }
 
   int RebootController() override { return 0; }
@@ -220,6 +250,27 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   bool IsSNMPVersionValid(const std::string& version) override { return version == "1.0.0"; }
 
  private:
+  std::string Read() const {
+    std::ifstream file(m_path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  }
+
+  // Beside the old file, which is there until the new one is whole.
+  int Write(std::string config) const {
+    if (Breaks("file-round")) {
+      config.erase(std::remove(config.begin(), config.end(), '\r'), config.end());
+    }
+    const std::string beside = m_path + ".new";
+    std::ofstream file(beside, std::ios::binary);
+    file << config;
+    file.close();
+    if (!file || std::rename(beside.c_str(), m_path.c_str()) != 0) {
+      std::remove(beside.c_str());
+      return -1;
+    }
+    return 0;
+  }
+
   ISNMPConfigurationAgent* FindAgent() {
     const bool keeps = Breaks("life-agent-gone") && m_agent != nullptr;
     m_agent =
@@ -250,14 +301,15 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   Erasable<std::string> m_location;
   Erasable<std::string> m_name;
   Erasable<std::vector<TrapTarget>> m_traps;
-  std::string m_file;
+  std::string m_path;
+  bool m_isOnline = true;
+  bool m_isWaiting = false;
+  std::string m_waiting;
   const std::string* m_lent = nullptr;
 };
 
 IDriver* Create(IInstanceManager& instanceManager) {
-  if constexpr (Breaks("module-loads")) {
-    OfNoHost();
-  }
+  DoFault();
   return Breaks("life-create") && s_alive != 0 ? nullptr : new Skeleton(instanceManager);
 }
 
@@ -268,4 +320,4 @@ TEST_EXPORT DriverCreationFunc GetCreationFunc() {
 }
 
 TEST_EXPORT const char* const versionString;
-const char* const versionString = "1.2.3.4";
+const char* const versionString = Breaks("module-loads") ? nullptr : "1.2.3.4";

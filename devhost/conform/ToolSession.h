@@ -1,0 +1,48 @@
+#ifndef DEVHOST_CONFORM_TOOL_SESSION_H
+#define DEVHOST_CONFORM_TOOL_SESSION_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "devhost/conform/Bench.h"
+
+namespace devhost {
+
+// What the tool sends for one device. No text is empty, so that nothing is filled from the file.
+struct ToolSettings {
+  std::vector<std::pair<std::string, std::string>> switches;  // element, "true" or "false"
+  std::vector<std::pair<std::string, std::string>> texts;
+  std::vector<TrapTarget> targets;
+};
+
+ToolSettings RandomToolSettings(Trial& trial, std::size_t targets);
+
+// The settings as the element that the tool sends for the device.
+std::string ElementOf(const ToolSettings& settings);
+
+// A session of the tool with the real agent and one device, which knows what the answers have to be. Each operation throws
+// Violation where the answer is another one.
+class ToolSession {
+ public:
+  // Loads the agent and the device, and makes it managed. Throws Blocked where the agent knows no device. `bench` outlives
+  // it.
+  explicit ToolSession(Bench& bench);
+
+  void Manage(bool isManaged);
+  void Set(const ToolSettings& settings);
+  // Asks for the list of devices. It has what was set last, where something was.
+  void ExpectList();
+
+ private:
+  void Ask(const std::string& command, const Parameters& parameters, const std::string& expected);
+
+  Bench& m_bench;
+  bool m_isManaged = true;
+  bool m_hasSettings = false;
+  ToolSettings m_settings;
+};
+
+}  // namespace devhost
+
+#endif

@@ -1,0 +1,64 @@
+// Group "whole": the device with the real agent, and with another device.
+#include "devhost/conform/Bench.h"
+#include "devhost/conform/Check.h"
+#include "devhost/conform/ToolSession.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+void WorksWithTheAgent(Trial& trial) {
+  Bench bench(trial);
+  ToolSession session(bench);
+  // One target, since the order of several is what other checks are about.
+  const ToolSettings settings = RandomToolSettings(trial, 1);
+  session.Set(settings);
+  session.ExpectList();
+  bench.Act([&] {
+    Device device = bench.GetDevice();
+    std::string text;
+    Expect(device.CopyFrom(text) == 0, "CopyFrom failed for the file that the agent has installed", "CopyFrom");
+    for (const auto& [name, value] : settings.texts) {
+      Expect(text.find(value) != std::string::npos, "the file does not hold what the tool has sent as " + name, "CopyTo");
+    }
+  });
+  session.Manage(false);
+  session.ExpectList();
+}
+
+void SharesNothing(Trial& trial) {
+  Bench bench(trial);
+  bench.Load(Bench::kDevice + 1);
+  bench.ActOnDevice([&](Device& device) {
+    const std::vector<ISupportSNMP*> devices = bench.Published();
+    if (devices.size() < 2) {
+      throw Blocked("the second device did not come up");
+    }
+    Device other(*devices[1], trial.trail);
+    for (const Setting& setting : Settings()) {
+      const std::string before = setting.get(other);
+      const bool isSwitch = setting.kind == Setting::Kind::Switch;
+      setting.set(device, !isSwitch ? trial.RandomText() : setting.get(device) == "true" ? "false" : "true");
+      Expect(setting.get(other) == before, setting.name + " of one device has changed when that of another one was set",
+             setting.setter);
+    }
+  });
+}
+
+}  // namespace
+
+std::vector<Check> WholeChecks() {
+  return {
+      {"whole-agent", Severity::Contract, Level::Basic, "",
+       "With the real agent, what the tool sends is in the device, in its file and in the list of devices.",
+       "The tool makes the device managed, sends all settings, asks for the list, and gives the device up again. The "
+       "device\n"
+       "has to accept the agent's section in its file.",
+       &WorksWithTheAgent},
+      {"whole-two", Severity::Contract, Level::Basic, "", "Two devices of one module share no setting.",
+       "A project has many devices of one kind. Static variables of a module are shared by all.", &SharesNothing},
+  };
+}
+
+}  // namespace devhost
