@@ -96,13 +96,19 @@ int StartProgram(const KeeperTask& task, pid_t& program) {
   return error;
 }
 
-// The processes that the keeper has to kill and to reap: the program, and what it has left behind.
+// The processes that a keeper has to kill and to reap: its child, and what that has left behind.
 class Family {
  public:
   explicit Family(pid_t program) : m_program(program) {}
 
   int WaitStatus() const { return m_waitStatus; }
   void Signal(int signal) const { ::kill(-m_program, signal); }
+
+  // Waits until the program has ended.
+  void Await() {
+    while (!m_isReaped && (Note(::waitpid(-1, &m_last, 0)) || errno == EINTR)) {
+    }
+  }
 
   // Reaps all that have ended. Returns whether the program has.
   bool Reap() {
@@ -170,10 +176,10 @@ class Family {
   int m_last = 0;
 };
 
-// What the keeper waits for, and the only descriptors that it keeps: standard output, for one, may be a pipe that somebody
-// reads to its end.
+// What the inner keeper waits for, and the only descriptors that it keeps: standard output, for one, may be a pipe that
+// somebody reads to its end.
 struct Events {
-  int signals;  // of children that have ended
+  int signals;  // of children that have ended, and of the outer keeper's end
   int control;
   int makersEnd;  // -1 for none
 };
@@ -196,8 +202,8 @@ Events KeepOnlyEvents(const KeeperTask& task) {
 }
 
 // Waits until the program has ended, or has to.
-void Watch(Family& family, const Events& events) {
-  for (;;) {
+void Watch(Family& family, const Events& events, pid_t outer) {
+  while (::getppid() == outer) {
     struct pollfd watched[] = {{events.control, POLLIN, 0}, {events.signals, POLLIN, 0}, {events.makersEnd, POLLIN, 0}};
     ::poll(watched, 3, -1);
     signalfd_siginfo ignored[8];
@@ -217,23 +223,47 @@ void Watch(Family& family, const Events& events) {
   }
 }
 
-}  // namespace
-
-void Keep(const KeeperTask& task) noexcept {
-  // Signals that the terminal sends are not for the keeper.
-  ::setsid();
+[[noreturn]] void KeepInside(const KeeperTask& task, pid_t outer) {
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-  ::signal(SIGCHLD, SIG_DFL);
+  // The outer keeper's end wakes this one up as if a child had ended.
+  ::prctl(PR_SET_PDEATHSIG, SIGCHLD);
   KeeperStart start = {0, -1};
   start.error = StartProgram(task, start.pid);
   const Events events = KeepOnlyEvents(task);
   ::send(events.control, &start, sizeof start, MSG_NOSIGNAL);
   if (start.error == 0) {
     Family family(start.pid);
-    Watch(family, events);
+    Watch(family, events, outer);
     family.Kill();
     const int status = family.WaitStatus();
     ::send(events.control, &status, sizeof status, MSG_NOSIGNAL);
+  }
+  ::_exit(0);
+}
+
+}  // namespace
+
+void Keep(const KeeperTask& task) noexcept {
+  // Signals that the terminal sends are not for keepers, nor are those for all processes with the maker's name.
+  ::setsid();
+  ::prctl(PR_SET_NAME, "keeper");
+  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+  ::signal(SIGCHLD, SIG_DFL);
+  const pid_t outer = ::getpid();
+  const pid_t inner = ::fork();
+  if (inner == 0) {
+    KeepInside(task, outer);
+  }
+  if (inner < 0) {
+    const KeeperStart start = {errno, -1};
+    ::send(task.control, &start, sizeof start, MSG_NOSIGNAL);
+  } else {
+    // The maker's end of the socket sees the end of both keepers, because both have the other one.
+    ::dup2(task.control, 0);
+    CloseFrom(1, 0);
+    Family family(inner);
+    family.Await();
+    family.Kill();
   }
   ::_exit(0);
 }

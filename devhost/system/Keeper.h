@@ -27,7 +27,7 @@ struct KeeperStart {
   pid_t pid;  // the program
 };
 
-// The life of a keeper, in a fork with all signals blocked. See KeptProcess.h.
+// The life of both keepers, in a fork with all signals blocked. See KeptProcess.h.
 [[noreturn]] void Keep(const KeeperTask& task) noexcept;
 
 }  // namespace devhost

@@ -26,10 +26,16 @@ struct ProcessImage {
 // A program that runs, with all processes that it starts. None of them outlives this object or the process that made it,
 // however that ends: by SIGKILL, too. Only a process that became another user, which this user may not kill, can.
 //
-// Between the two stands a keeper, a process of its own. It starts the program, adopts what the program leaves behind, and
-// kills all of it when the program ends, when it is told to, or when its maker is gone. A death signal that the program
-// asks for could not do that: the program's own children would live on, a program with file capabilities loses it, and it
-// comes from a thread instead of a process. The keeper is a fork, so it needs no program that would have to be found.
+// Between the two stand two keepers, processes of their own. The inner one starts the program, adopts what the program
+// leaves behind, and kills all of it when the program ends, when it is told to, or when its maker or the outer keeper is
+// gone. The outer one does the same when the inner one is gone. So whatever the program started is left behind only when
+// maker and both keepers are killed at once. A death signal that the program asks for could not do that: the program's own
+// children would live on, a program with file capabilities loses it, and it comes from a thread instead of a process. The
+// keepers are forks, so they need no program that would have to be found.
+//
+// Not a namespace of process ids, which the system would end as a whole: an ordinary user gets one only with a namespace of
+// users, in which sudo does not work and ssh refuses the system's files, and the program would know its processes by other
+// ids than everybody else.
 //
 // The program starts as from a shell: with no signal blocked or ignored and no descriptor but the standard ones. It is in a
 // session of its own, without a terminal.

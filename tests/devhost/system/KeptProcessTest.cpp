@@ -20,6 +20,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/support/ScratchFolder.h"
@@ -334,15 +335,73 @@ TEST_F(AKeptProcess, DiesWithItsMakerAlsoWhenItsFileHasCapabilities) {
   EXPECT_TRUE(Eventually([started] { return !IsAlive(started); }));
 }
 
-TEST_F(AKeptProcess, DiesWithItsKeeper) {
+// What the system says of a process: its parent.
+pid_t ParentOf(pid_t process) {
+  const std::string stat = ScratchFolder::ReadFile("/proc/" + std::to_string(process) + "/stat");
+  return std::stoi(stat.substr(stat.rfind(')') + 4));
+}
+
+class AKilledKeeper : public AKeptProcess {
+ protected:
+  // Kills one keeper or both of a family's, together with the maker or alone. Nothing of the family may be left.
+  void Kill(bool inner, bool outer, bool withMaker) {
+    const pid_t maker = Maker(kFamily);
+    const std::vector<pid_t> processes = Written(3);
+    const pid_t innerKeeper = ParentOf(processes.back());
+    const pid_t outerKeeper = ParentOf(innerKeeper);
+    ASSERT_EQ(ParentOf(outerKeeper), maker);
+    // None of those that are to be killed has time to see the end of another.
+    std::vector<pid_t> killed;
+    killed.reserve(3);
+    for (const auto& [isMeant, process] : {std::pair(withMaker, maker), {inner, innerKeeper}, {outer, outerKeeper}}) {
+      if (isMeant) {
+        killed.push_back(process);
+        ::kill(process, SIGSTOP);
+      }
+    }
+    for (const pid_t process : killed) {
+      ::kill(process, SIGKILL);
+    }
+    for (const pid_t started : processes) {
+      EXPECT_TRUE(Eventually([started] { return !IsAlive(started); })) << started;
+    }
+    EXPECT_TRUE(Eventually([&] { return !IsAlive(innerKeeper) && !IsAlive(outerKeeper); }));
+    ::kill(maker, SIGKILL);
+    EXPECT_EQ(::waitpid(maker, nullptr, 0), maker);
+  }
+};
+
+TEST_F(AKilledKeeper, LeavesNothing) {
+  Kill(true, false, false);
+}
+
+TEST_F(AKilledKeeper, LeavesNothingWhenItIsTheOuterOne) {
+  Kill(false, true, false);
+}
+
+TEST_F(AKilledKeeper, LeavesNothingWhenItsMakerIsKilledWithIt) {
+  Kill(true, false, true);
+}
+
+TEST_F(AKilledKeeper, LeavesNothingWhenItIsTheOuterOneAndItsMakerIsKilledWithIt) {
+  Kill(false, true, true);
+}
+
+TEST_F(AKilledKeeper, SaysNothingOfTheEndOfTheProgram) {
   const auto process = Shell("exec sleep 1000");
-  const std::string stat = ScratchFolder::ReadFile("/proc/" + std::to_string(process->Pid()) + "/stat");
-  const pid_t keeper = std::stoi(stat.substr(stat.rfind(')') + 4));
-  ASSERT_NE(keeper, ::getpid());
-  ::kill(keeper, SIGKILL);
+  ::kill(ParentOf(process->Pid()), SIGKILL);
   EXPECT_TRUE(process->WaitForEnd(kLong));
   EXPECT_FALSE(process->WaitStatus().has_value());
-  EXPECT_TRUE(Eventually([&] { return !IsAlive(process->Pid()); }));
+  EXPECT_EQ(::kill(process->Pid(), 0), -1);
+}
+
+// As `killall` does, and `pkill`.
+TEST_F(AKeptProcess, HasKeepersWithANameOfTheirOwn) {
+  const auto process = Shell("exec sleep 1000");
+  const pid_t inner = ParentOf(process->Pid());
+  for (const pid_t keeper : {inner, ParentOf(inner)}) {
+    EXPECT_EQ(ScratchFolder::ReadFile("/proc/" + std::to_string(keeper) + "/comm"), "keeper\n");
+  }
 }
 
 TEST_F(AKeptProcess, ThatCannotBeStartedSaysWhyAndLeavesNothing) {

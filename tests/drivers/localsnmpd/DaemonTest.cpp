@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -207,6 +208,28 @@ TEST_F(ADaemon, EndsWithAHostThatIsKilled) {
   EXPECT_TRUE(Eventually([pid] { return !IsAlive(pid); }));
   EXPECT_EQ(0, m_daemon->Start(kPublic));
   EXPECT_EQ("kitchen", Get());
+}
+
+TEST_F(ADaemon, EndsWithAllThatItsScriptHasStartedWhenHostAndKeeperAreKilled) {
+  Make(Script("sleep 1000 & echo $! $PPID > pids.new; mv pids.new pids; exec /usr/sbin/snmpd \"$@\""));
+  Child host([this] {
+    const int status = m_daemon->Start(kPublic);
+    ::pause();
+    return status;
+  });
+  ASSERT_TRUE(Eventually([this] { return std::filesystem::exists(m_folder.Path("kitchen/daemon/pids")); }));
+  std::istringstream text(m_folder.Read("kitchen/daemon/pids"));
+  pid_t started = 0;
+  pid_t keeper = 0;
+  text >> started >> keeper;
+  EXPECT_TRUE(IsAlive(started));
+  // It has no time to see the end of the host.
+  ::kill(keeper, SIGSTOP);
+  host.Kill();
+  ::kill(keeper, SIGKILL);
+  EXPECT_EQ(std::nullopt, host.Result());
+  EXPECT_TRUE(Eventually([started] { return !IsAlive(started); }));
+  EXPECT_TRUE(Eventually([this] { return drivers::IsUdpPortFree(m_port.GetPort()); }));
 }
 
 TEST_F(ADaemon, OfAScriptThatDoesNotReplaceItselfIsStoppedWithTheScript) {
