@@ -20,13 +20,16 @@ std::string DescribeFileStatus(int status) {
     return "it is not a regular file";
   }
   if (status == kFolderInTheWay) {
-    return "a folder named .snmpd.conf.new or .snmpd.conf.lock beside it is in the way; remove that folder";
+    return "a folder named .snmpd.conf.new beside it is in the way; remove that folder";
   }
   if (status == kFileWasChanged) {
     return "somebody changed it since it was copied out; read it again";
   }
   if (status == kTextTooLarge) {
     return "the new text is larger than 256 MiB and could never be read again; the old file stays";
+  }
+  if (status == kLockUnusable) {
+    return ".snmpd.conf.lock beside it is not a regular file, or may not be opened; remove it";
   }
   if (status == FileStatusOfErrno(EWOULDBLOCK)) {
     return "somebody else is writing to it; try again";

@@ -41,13 +41,19 @@ int WriterLock::TakeOnce(bool& isStale) {
   isStale = false;
   m_file.reset();
   m_file.emplace(m_calls, m_calls.OpenLock(m_folder, kName));
-  if (!m_file->IsOpen()) {
-    return errno == EISDIR ? kFolderInTheWay : LastStatus();
-  }
   struct stat held = {};
   struct stat named = {};
+  if (!m_file->IsOpen()) {
+    const int status = LastStatus();
+    const bool isThere = m_calls.Stat(m_folder, kName, named) == 0;
+    return isThere && (!S_ISREG(named.st_mode) || status == FileStatusOfErrno(EACCES)) ? kLockUnusable : status;
+  }
   if (m_calls.Lock(m_file->Get()) != 0 || m_calls.StatOpened(m_file->Get(), held) != 0) {
     return LastStatus();
+  }
+  // A pipe can be locked, too, but would be removed at the end.
+  if (!S_ISREG(held.st_mode)) {
+    return kLockUnusable;
   }
   // A writer who was about to finish may have removed the file after it was opened here. Then its lock keeps nobody out.
   if (m_calls.Stat(m_folder, kName, named) != 0) {

@@ -112,6 +112,9 @@ std::string DaemonFolder::Lock() {
       ::fstatat(m_daemon.Get(), kLockName, &named, AT_SYMLINK_NOFOLLOW) == 0 && IsSame(held, named)) {
     return std::string();
   }
+  if (::fstatat(m_daemon.Get(), kLockName, &named, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISREG(named.st_mode)) {
+    return Join(GetPath(), kLockName) + " is not a regular file; remove it, it is made anew";
+  }
   devhost::FileDescriptor lock(
       ::openat(m_daemon.Get(), kLockName, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
   if (!lock.IsOpen() || ::fstat(lock.Get(), &held) != 0 || ::fchmod(lock.Get(), 0600) != 0) {

@@ -3,12 +3,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <set>
 #include <string>
 #include <thread>
@@ -16,6 +19,7 @@
 
 #include "drivers/common/ConfigFile.h"
 #include "drivers/common/FileStatus.h"
+#include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/ScriptedFileCalls.h"
 #include "tests/drivers/support/TemporaryFolder.h"
 
@@ -87,17 +91,34 @@ TEST_F(AWriterLock, IsTakenAgainWhereTheFormerWriterRemovedItMeanwhile) {
   EXPECT_EQ(FileStatusOfErrno(EWOULDBLOCK), second.Take());
 }
 
-TEST_F(AWriterLock, FollowsNoLinkAndWaitsForNoPipe) {
+TEST_F(AWriterLock, IsRefusedWhereItsNameIsThatOfSomethingElseAndLeavesItThere) {
   m_folder.Write("precious", "kept");
-  std::filesystem::create_symlink("precious", Path());
-  EXPECT_EQ(FileStatusOfErrno(ELOOP), WriterLock(m_calls, m_open.Get()).Take());
-  std::filesystem::remove(Path());
-  std::filesystem::create_directory(Path());
-  EXPECT_EQ(drivers::kFolderInTheWay, WriterLock(m_calls, m_open.Get()).Take());
-  std::filesystem::remove(Path());
-  ASSERT_EQ(0, ::mkfifo(Path().c_str(), 0600));
-  EXPECT_EQ(0, WriterLock(m_calls, m_open.Get()).Take());
-  EXPECT_EQ((std::set<std::string>{"precious"}), m_folder.Names());
+  const std::vector<std::function<void()>> makers = {
+      [this] { std::filesystem::create_symlink("precious", Path()); },
+      [this] { std::filesystem::create_symlink("nothing", Path()); }, [this] { std::filesystem::create_directory(Path()); },
+      [this] { ASSERT_EQ(0, ::mkfifo(Path().c_str(), 0600)); },
+      [this] {
+        struct sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        Path().copy(address.sun_path, sizeof address.sun_path - 1);
+        const FileDescriptor made(m_calls, ::socket(AF_UNIX, SOCK_STREAM, 0));
+        const auto* const general = reinterpret_cast<const struct sockaddr*>(&address);
+        ASSERT_EQ(0, ::bind(made.Get(), general, sizeof address));
+      }};
+  for (const std::function<void()>& make : makers) {
+    make();
+    EXPECT_EQ(drivers::kLockUnusable, WriterLock(m_calls, m_open.Get()).Take());
+    EXPECT_EQ((std::set<std::string>{"precious", ".snmpd.conf.lock"}), m_folder.Names());
+    std::filesystem::remove(Path());
+  }
+  EXPECT_EQ("kept", m_folder.Read("precious"));
+}
+
+TEST_F(AWriterLock, IsRefusedWhereItIsAnotherUsersFile) {
+  m_folder.Write(".snmpd.conf.lock", "");
+  ASSERT_EQ(0, ::chmod(Path().c_str(), 0));
+  ASSERT_EQ(0, ::chmod(m_folder.Path().c_str(), 0777));
+  EXPECT_EQ(drivers::kLockUnusable, ResultAsOrdinaryUser([this] { return WriterLock(m_calls, m_open.Get()).Take(); }));
 }
 
 TEST_F(AWriterLock, HasOneHolderAtATime) {

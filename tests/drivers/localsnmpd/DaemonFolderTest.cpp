@@ -10,7 +10,9 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/TemporaryFolder.h"
@@ -64,13 +66,21 @@ TEST(ADaemonsFolder, ThatWasReplacedIsLockedAnew) {
   EXPECT_EQ(folder.Path() + kInUse, DaemonFolder(folder.Path()).Prepare());
 }
 
-TEST(ADaemonsFolder, FollowsNoLinkThatStandsInPlaceOfItsLockOrItsData) {
+TEST(ADaemonsFolder, TakesNothingButAFileForItsLockOrItsData) {
   const TemporaryFolder folder;
   folder.Write("precious", "kept");
   std::filesystem::create_directory(folder.Path("daemon"));
-  std::filesystem::create_symlink(folder.Path("precious"), folder.Path("daemon/lock"));
-  EXPECT_NE("", DaemonFolder(folder.Path()).Prepare());
-  std::filesystem::remove(folder.Path("daemon/lock"));
+  const std::string lock = folder.Path("daemon/lock");
+  const std::vector<std::function<void()>> makers = {
+      [&] { std::filesystem::create_symlink(folder.Path("precious"), lock); },
+      [&] { std::filesystem::create_directory(lock); },
+      [&] { ASSERT_EQ(0, ::mkfifo(lock.c_str(), 0600)); },
+  };
+  for (const std::function<void()>& make : makers) {
+    make();
+    EXPECT_EQ(lock + " is not a regular file; remove it, it is made anew", DaemonFolder(folder.Path()).Prepare());
+    std::filesystem::remove(lock);
+  }
   DaemonFolder daemon(folder.Path());
   ASSERT_EQ("", daemon.Prepare());
   folder.Write("stored", "engineBoots 3\noldEngineID 0x80001f88801e\n");
