@@ -2,7 +2,6 @@
 
 #include "devhost/conform/Check.h"
 #include "devhost/conform/Trial.h"
-#include "devhost/engine/CallWatch.h"
 #include "host/H7XML.h"
 #include "host/IDriverManager.h"
 #include "host/IInstanceManager.h"
@@ -83,16 +82,8 @@ void AgentDouble::Arrive() {
 
 void AgentDouble::Leave() {
   GetInstanceManager().UnregisterQuery(ISNMPConfigurationAgent_IID);
-  if (m_record.faces.empty()) {
-    return;
-  }
-  AgentRecord::Face& face = *m_record.faces.back();
-  face.SetLeft();
-  // With an agent that is destroyed, the host forgets the devices that it had. This one stays in memory.
-  for (const AgentCall& call : m_record.calls) {
-    if (call.device != nullptr && CallWatch::Current() != nullptr) {
-      CallWatch::Current()->NoteWithdrawn(face, call.deviceId);
-    }
+  if (!m_record.faces.empty()) {
+    m_record.faces.back()->SetLeft();
   }
 }
 

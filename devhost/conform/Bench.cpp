@@ -1,16 +1,19 @@
 #include "devhost/conform/Bench.h"
 
+#include <cxxabi.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
+#include <typeinfo>
 #include <utility>
 
 #include "devhost/conform/Check.h"
 #include "devhost/engine/HostError.h"
-#include "devhost/engine/SlotTable.h"
 #include "devhost/system/Output.h"
 #include "devhost/text/Words.h"
+#include "host/IDriverManager.h"
 
 namespace devhost {
 
@@ -18,14 +21,45 @@ namespace {
 
 constexpr unsigned long kDouble = 1;
 constexpr unsigned long kAgent = 2;
+constexpr unsigned long kReader = 3;
 constexpr std::size_t kSlots = 40;
 
+// The first word of an object with virtual functions: in front of these stand the way to the whole object and its type.
+const void* const* TableOf(const ISupportSNMP* object) {
+  const void* const* table = nullptr;
+  std::memcpy(&table, static_cast<const void*>(object), sizeof table);
+  return table;
+}
+
+bool IsDevice(const ISupportSNMP* published) {
+  const void* const* const table = TableOf(published);
+  if (ModuleFileOf(table).empty()) {
+    return false;
+  }
+  std::ptrdiff_t wayToWhole = 0;
+  std::memcpy(&wayToWhole, table - 2, sizeof wayToWhole);
+  const auto* const type = static_cast<const std::type_info*>(table[-1]);
+  const auto* const wanted = dynamic_cast<const abi::__class_type_info*>(&typeid(ISupportSNMP));
+  void* base = const_cast<char*>(reinterpret_cast<const char*>(published)) + wayToWhole;
+  return type != nullptr && wanted != nullptr && type->__do_upcast(wanted, &base) && base == published;
+}
+
 }  // namespace
+
+// Not an agent, so it gets the devices themselves and not what the host puts in front of them.
+struct Bench::Reader : H7BaseAgentDriver {
+  explicit Reader(IInstanceManager& instances) : H7BaseAgentDriver(instances, DriverMultiplicity_Single) {}
+  using H7BaseAgentDriver::GetDriverManager;
+};
 
 Bench::Bench(Trial& trial, StateStore* states) : m_trial(trial), m_host(*this, states) {
   m_host.Load({kDouble, "double", "the agent double", "<config/>"}, [this](IInstanceManager& instances) {
     m_double = new AgentDouble(instances, m_record, m_trial.trail);
     return m_double;
+  });
+  m_host.Load({kReader, "reader", "the bench", "<config/>"}, [this](IInstanceManager& instances) {
+    m_reader = new Reader(instances);
+    return m_reader;
   });
 }
 
@@ -112,11 +146,12 @@ std::vector<ISupportSNMP*> Bench::Published() {
 }
 
 Device Bench::GetDevice() {
-  const std::vector<ISupportSNMP*> devices = Published();
-  if (devices.empty() || !WhyNotADevice(devices.front(), m_trial.module).empty()) {
+  std::vector<ISupportSNMP*> objects;
+  Act([&] { objects = m_reader->GetDriverManager().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID); });
+  if (objects.empty() || !WhyNotADevice(objects.front(), m_trial.module).empty()) {
     throw Blocked("there is no device to call: see life-publish");
   }
-  return {*devices.front(), m_trial.trail};
+  return {*Published().front(), m_trial.trail};
 }
 
 void Bench::ActOnDevice(const std::function<void(Device&)>& action) {
@@ -132,6 +167,7 @@ void Bench::Stop() {
   m_trial.trail.Note("destructor");
   m_host.Stop();
   m_double = nullptr;
+  m_reader = nullptr;
 }
 
 std::size_t Bench::CountOf(const std::string& operation, unsigned long deviceId) const {
@@ -180,13 +216,11 @@ void Bench::OnOccurrence(const Occurrence& occurrence) {
 }
 
 std::string WhyNotADevice(const ISupportSNMP* published, const std::string& module) {
-  // The host puts its functions in front of those of a device, and of nothing else.
-  const void* first = FunctionBehind(published, 0);
-  if (first == nullptr) {
+  if (!IsDevice(published)) {
     return "what is published is not an ISupportSNMP: convert the driver to ISupportSNMP* before it becomes a void*";
   }
   for (std::size_t slot = 0; slot != kSlots; ++slot) {
-    const std::string file = ModuleFileOf(FunctionBehind(published, slot));
+    const std::string file = ModuleFileOf(TableOf(published)[slot]);
     std::error_code error;
     if (!std::filesystem::equivalent(file, module, error)) {
       return "slot " + std::to_string(slot + 1) + " of the device leads to " + (file.empty() ? "no code" : Quoted(file)) +

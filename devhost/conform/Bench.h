@@ -69,6 +69,8 @@ class Bench : private HostObserver {
   std::vector<std::string> OperatorLines() const;
 
  private:
+  struct Reader;
+
   void OnOccurrence(const Occurrence& occurrence) override;
 
   Trial& m_trial;
@@ -78,12 +80,13 @@ class Bench : private HostObserver {
   std::vector<std::pair<std::string, std::string>> m_log;
   const std::thread::id m_thread = std::this_thread::get_id();
   AgentDouble* m_double = nullptr;
+  Reader* m_reader = nullptr;
   bool m_isActing = false;
   Host m_host;  // last, since drivers call the others until it is gone
 };
 
-// Why what was published is not a device of the module: a pointer to something else, or slots that lead elsewhere. "" when
-// it is one.
+// Why what was published, and not what an agent gets in its place, is not a device of the module: a pointer to something
+// else, or slots that lead elsewhere. "" when it is one.
 std::string WhyNotADevice(const ISupportSNMP* published, const std::string& module);
 
 }  // namespace devhost

@@ -86,7 +86,7 @@ void* InstanceManager::Query(const char* iid) {
   if (!call.IsAllowed() || iid == nullptr) {
     return nullptr;
   }
-  return std::string(iid) == DriverServices_IID ? m_services : m_directory.Find(iid);
+  return std::string(iid) == DriverServices_IID ? m_services : m_check.Shown(iid, m_directory.Find(iid));
 }
 
 void InstanceManager::FindDrivers(unsigned long, const char* iid, std::vector<void*>& instances) {
@@ -94,6 +94,9 @@ void InstanceManager::FindDrivers(unsigned long, const char* iid, std::vector<vo
   const ServiceCall call(m_check, "FindDrivers");
   if (call.IsAllowed() && iid != nullptr) {
     instances = m_directory.List(iid);
+    for (void*& instance : instances) {
+      instance = m_check.Shown(iid, instance);
+    }
   }
 }
 

@@ -1,15 +1,20 @@
 #ifndef DEVHOST_ENGINE_CALL_FRONTS_H
 #define DEVHOST_ENGINE_CALL_FRONTS_H
 
+#include <memory>
+
 class ISNMPConfigurationAgent;
 class ISupportSNMP;
 
 namespace devhost {
 
-// Puts functions in front of all operations of a device, or of an agent, that tell the CallWatch of each call and pass it
-// on. The object keeps them to its end, longer than the host. False when it is not watched: see PutInFront.
-bool WatchDevice(ISupportSNMP& device);
-bool WatchAgent(ISNMPConfigurationAgent& agent);
+class CallWatch;
+
+// What other drivers see in the place of a device, or of an agent. Each operation tells the CallWatch of the call and
+// passes it on, with the same arguments, results and exceptions. Both arguments are borrowed: the watch outlives the front,
+// and the front is called only as long as what it stands for may be called.
+std::shared_ptr<ISupportSNMP> MakeDeviceFront(CallWatch& watch, ISupportSNMP& device);
+std::shared_ptr<ISNMPConfigurationAgent> MakeAgentFront(CallWatch& watch, ISNMPConfigurationAgent& agent);
 
 }  // namespace devhost
 

@@ -1,6 +1,6 @@
 #include "devhost/engine/CallWatch.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <iterator>
@@ -16,9 +16,6 @@
 namespace devhost {
 namespace {
 
-// Of the process, because the functions in front of a driver's take no argument of the host's.
-std::atomic<CallWatch*> s_current{nullptr};
-
 // What stays the same while an exception passes through several calls; null for one that is not of C++. The exception
 // itself is not kept, because the module that it is of may go.
 const void* CurrentException() noexcept {
@@ -31,44 +28,60 @@ const void* CurrentException() noexcept {
 
 }  // namespace
 
-CallWatch::CallWatch(HostCore& core) : m_core(core) {
-  s_current = this;
-}
-
-CallWatch::~CallWatch() {
-  s_current = nullptr;
-}
-
-CallWatch* CallWatch::Current() noexcept {
-  return s_current;
-}
-
 void CallWatch::NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance) {
-  const bool isWatched =
-      (iid == ISupportSNMP_IID && WatchDevice(*static_cast<ISupportSNMP*>(instance))) ||
-      (iid == ISNMPConfigurationAgent_IID && WatchAgent(*static_cast<ISNMPConfigurationAgent*>(instance)));
-  if (isWatched) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_owners[instance] = &driver;
-  }
-}
-
-void CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device,
-                              const void* caller) noexcept {
-  const Announced announced(&agent, deviceId);
-  if (device == nullptr || DriverOf(announced) != nullptr) {
+  const bool isAgent = iid == ISNMPConfigurationAgent_IID;
+  if (!isAgent && iid != ISupportSNMP_IID) {
     return;
   }
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  if (isAgent && m_agents[instance] == nullptr) {
+    m_agents[instance] = MakeAgentFront(*this, *static_cast<ISNMPConfigurationAgent*>(instance));
+  }
+  m_owners[instance] = &driver;
+}
+
+void* CallWatch::Shown(const LoadedDriver& driver, const std::string& iid, void* instance) {
+  if (OwnerOf(instance) == nullptr || OwnerOf(instance) == &driver) {
+    return instance;
+  }
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  if (iid == ISNMPConfigurationAgent_IID) {
+    return m_agents.at(instance).get();
+  }
+  const bool isAgents = std::any_of(m_agents.begin(), m_agents.end(), [&](const auto& agent) {
+    const auto owner = m_owners.find(agent.first);
+    return owner != m_owners.end() && owner->second == &driver;
+  });
+  return isAgents && iid == ISupportSNMP_IID ? FrontOf(*static_cast<ISupportSNMP*>(instance)) : instance;
+}
+
+ISupportSNMP* CallWatch::FrontOf(ISupportSNMP& device) {
+  std::shared_ptr<ISupportSNMP>& front = m_devices[&device];
+  if (front == nullptr) {
+    front = MakeDeviceFront(*this, device);
+  }
+  return front.get();
+}
+
+ISupportSNMP* CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device,
+                                       const void* caller) noexcept {
+  if (device == nullptr) {
+    return nullptr;
+  }
   try {
+    const Announced announced(&agent, deviceId);
     const LoadedDriver* const driver = FindOwner(announced, device, caller);
-    const bool isWatched = driver != nullptr && WatchDevice(*device);
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_announced[announced] = driver;
-    if (isWatched) {
-      m_owners[device] = driver;
+    const LoadedDriver*& known = m_announced[announced];
+    known = known == nullptr ? driver : known;
+    if (driver == nullptr) {
+      return device;
     }
+    m_owners.emplace(device, driver);
+    return FrontOf(*device);
   } catch (...) {
     // A device for which there is no memory is not watched.
+    return device;
   }
 }
 
@@ -78,9 +91,15 @@ void CallWatch::NoteWithdrawn(ISNMPConfigurationAgent& agent, unsigned long devi
 }
 
 void CallWatch::NoteDestroyed(const LoadedDriver& driver) {
+  const std::vector<void*> agents = m_core.directory.List(ISNMPConfigurationAgent_IID);
   for (const Announced& announced : Forget(driver)) {
+    // An agent that has withdrawn itself is about to go, and calls no device any more.
+    if (std::find(agents.begin(), agents.end(), announced.first) == agents.end()) {
+      continue;
+    }
     m_core.Report(&driver, "left its device " + std::to_string(announced.second) +
                                " with the agent behind: it did not call DeleteSNMPDevice; the device was withdrawn for it");
+    const WatchedCall call(*this, announced.first, "DeleteSNMPDevice");
     try {
       announced.first->DeleteSNMPDevice(announced.second);
     } catch (...) {
@@ -170,20 +189,19 @@ const LoadedDriver* CallWatch::FindOwner(const Announced& announced, const void*
   return called == OwnerOf(announced.first) ? nullptr : m_core.Share(called).get();
 }
 
-WatchedCall::WatchedCall(const void* instance, const char* operation) noexcept : m_operation(operation) {
-  CallWatch* const watch = CallWatch::Current();
-  if (watch == nullptr || !watch->m_core.gate.IsOpen()) {
+WatchedCall::WatchedCall(CallWatch& watch, const void* instance, const char* operation) noexcept : m_operation(operation) {
+  if (!watch.m_core.gate.IsOpen()) {
     return;
   }
-  m_driver = watch->OwnerOf(instance);
-  if (m_driver == nullptr || m_driver == watch->m_core.gate.InnermostDriver()) {
+  m_driver = watch.OwnerOf(instance);
+  if (m_driver == nullptr || m_driver == watch.m_core.gate.InnermostDriver()) {
     return;
   }
   try {
     const std::string title = m_driver->Title();
-    if (!watch->m_core.gate.EnterFromDriver({m_driver, operation, title})) {
+    if (!watch.m_core.gate.EnterFromDriver({m_driver, operation, title})) {
       m_note.emplace(operation, title);
-      m_watch = watch;
+      m_watch = &watch;
     }
   } catch (...) {
     // A call for which there is no memory is made, and not noted.

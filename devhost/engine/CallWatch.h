@@ -2,6 +2,7 @@
 #define DEVHOST_ENGINE_CALL_WATCH_H
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -24,23 +25,24 @@ class LoadedDriver;
 // what comes out of such a call is blamed on the driver that was called, a call from a second thread on the one that made
 // it, and a device that its driver leaves with the agent is withdrawn before the agent can call it.
 //
-// The functions of CallFronts.cpp, which stand in front of a driver's own, pass every call on unchanged.
+// It sees the calls through fronts (CallFronts.h): drivers get the front of an agent, and agents get those of devices. A
+// front lives as long as the watch, so that nobody holds one that has gone.
 class CallWatch {
  public:
-  // One lives in a process at a time. `core` outlives it.
-  explicit CallWatch(HostCore& core);
-  ~CallWatch();
+  // `core` outlives it.
+  explicit CallWatch(HostCore& core) : m_core(core) {}
   CallWatch(const CallWatch&) = delete;
   CallWatch& operator=(const CallWatch&) = delete;
 
-  // The watch of this process; null when there is none.
-  static CallWatch* Current() noexcept;
-
   // The driver has published this instance, and lives.
   void NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance);
-  // The agent takes this device in, because the code at `caller` has called it, or forgets it.
-  void NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device,
-                     const void* caller) noexcept;
+  // Returns what a driver gets that asks for this published instance: its front, or the instance itself where it is the
+  // driver's own or nobody watches it.
+  void* Shown(const LoadedDriver& driver, const std::string& iid, void* instance);
+  // The agent takes this device in, because the code at `caller` has called it, or forgets it. Returns what the agent gets:
+  // the front of the device, or `device` itself where that is null or nobody knows whose it is.
+  ISupportSNMP* NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned long deviceId, ISupportSNMP* device,
+                              const void* caller) noexcept;
   void NoteWithdrawn(ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept;
   // The driver has been destroyed. Reports the devices that it has left with an agent, and withdraws them.
   void NoteDestroyed(const LoadedDriver& driver);
@@ -66,6 +68,11 @@ class CallWatch {
   // A device, by the agent that has taken it in and its id there.
   using Announced = std::pair<ISNMPConfigurationAgent*, unsigned long>;
 
+  // Devices have no destructor of their own for a front to be destroyed by, so pointers are shared.
+  template <class Interface>
+  using Fronts = std::unordered_map<const void*, std::shared_ptr<Interface>>;
+
+  ISupportSNMP* FrontOf(ISupportSNMP& device);
   const LoadedDriver* OwnerOf(const void* instance) const;
   const LoadedDriver* DriverOf(const Announced& announced) const;
   const LoadedDriver* FindOwner(const Announced& announced, const void* device, const void* caller) const;
@@ -76,8 +83,11 @@ class CallWatch {
   // A second thread reads the tables while the host's changes them. No driver is called while this is held.
   mutable std::mutex m_mutex;
   std::unordered_map<const void*, const LoadedDriver*> m_owners;  // by the instance that is watched
-  std::map<Announced, const LoadedDriver*> m_announced;           // by device, whose it is; null when nobody knows
-  std::optional<Origin> m_origin;                                 // of the last exception that came out of a watched call
+  // By what they stand for. What comes to lie at the same address later gets the same front.
+  Fronts<ISupportSNMP> m_devices;
+  Fronts<ISNMPConfigurationAgent> m_agents;
+  std::map<Announced, const LoadedDriver*> m_announced;  // by device, whose it is; null when nobody knows
+  std::optional<Origin> m_origin;                        // of the last exception that came out of a watched call
 };
 
 // A call of one driver into another one that is under way, for as long as the scope lives. A call from a thread that is not
@@ -85,7 +95,7 @@ class CallWatch {
 class WatchedCall {
  public:
   // `instance` is the interface that is called, `operation` one of its operations.
-  WatchedCall(const void* instance, const char* operation) noexcept;
+  WatchedCall(CallWatch& watch, const void* instance, const char* operation) noexcept;
   ~WatchedCall();
   WatchedCall(const WatchedCall&) = delete;
   WatchedCall& operator=(const WatchedCall&) = delete;

@@ -11,6 +11,10 @@
 #include "devhost/engine/HostCore.h"
 #include "devhost/engine/LoadedDriver.h"
 #include "devhost/system/RunProgram.h"
+#include "host/H7BaseAgentDriver.h"
+#include "host/H7XML.h"
+#include "host/IDriverManager.h"
+#include "host/IInstanceManager.h"
 #include "tests/devhost/modules/Faulty.h"
 #include "tests/devhost/support/HostFixture.h"
 #include "tests/support/RecordingDevice.h"
@@ -206,6 +210,72 @@ struct SilentObserver : HostObserver {
   void OnOccurrence(const Occurrence&) override {}
 };
 
+struct IdleDriver : H7BaseAgentDriver {
+  explicit IdleDriver(IInstanceManager& manager) : H7BaseAgentDriver(manager, DriverMultiplicity_PerDevice) {}
+};
+
+// An agent, the driver of a device, and one that is neither, each with its own view of what is published.
+class APublishedPointer : public testing::Test {
+ protected:
+  struct View {
+    View(HostCore& core, unsigned long id)
+        : driver(std::make_shared<LoadedDriver>(core, DriverEntry{id, "driver", "", "<config/>"},
+                                                [this](IInstanceManager& given) {
+                                                  manager = &given;
+                                                  return new IdleDriver(given);
+                                                })) {
+      core.Add(driver);
+      driver->Create();
+      driver->Initialize(*config, nullptr);
+    }
+    ~View() { driver->Destroy(); }
+    View(const View&) = delete;
+    View& operator=(const View&) = delete;
+
+    IDriverManager& Drivers() const { return driver->GetDriverManager(); }
+
+    const h7::auto_com<H7XML::INode> config = H7XML::CreateXmlNode("config", "");
+    IInstanceManager* manager = nullptr;
+    const std::shared_ptr<LoadedDriver> driver;
+  };
+
+  APublishedPointer() {
+    agents.manager->RegisterQuery(ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(&agent));
+    devices.manager->RegisterQuery(ISupportSNMP_IID, static_cast<ISupportSNMP*>(&device));
+  }
+
+  SilentObserver observer;
+  HostCore core{observer};
+  IdleAgent agent;
+  Journal journal;
+  testsupport::RecordingDevice device{12, journal};
+  View agents{core, 1};
+  View devices{core, 12};
+  View others{core, 5};
+};
+
+TEST_F(APublishedPointer, IsTheSameForTheDriverThatHasPublishedIt) {
+  EXPECT_EQ(agents.manager->Query(ISNMPConfigurationAgent_IID), &agent);
+  EXPECT_THAT(devices.Drivers().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID), ElementsAre(&device));
+}
+
+TEST_F(APublishedPointer, OfADeviceIsTheSameForAllButTheAgent) {
+  EXPECT_THAT(others.Drivers().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID), ElementsAre(&device));
+  EXPECT_THAT(agents.Drivers().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID), Not(Contains(&device)));
+}
+
+TEST_F(APublishedPointer, IsTheSameEachTime) {
+  EXPECT_EQ(devices.manager->Query(ISNMPConfigurationAgent_IID), others.manager->Query(ISNMPConfigurationAgent_IID));
+  EXPECT_EQ(agents.Drivers().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID),
+            agents.Drivers().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID));
+}
+
+TEST_F(APublishedPointer, OfAnotherInterfaceIsLeftAlone) {
+  int instance = 0;
+  devices.manager->RegisterQuery("another", &instance);
+  EXPECT_EQ(agents.manager->Query("another"), &instance);
+}
+
 TEST(ADeviceThatNoCodeLeadsToADriver, IsThatOfTheDriverThatIsBeingCalled) {
   SilentObserver observer;
   HostCore core(observer);
@@ -215,6 +285,7 @@ TEST(ADeviceThatNoCodeLeadsToADriver, IsThatOfTheDriverThatIsBeingCalled) {
   const auto driver = std::make_shared<LoadedDriver>(core, DriverEntry{12, "kitchen", "", "<config/>"},
                                                      [](IInstanceManager&) { return nullptr; });
   core.Add(driver);
+  core.directory.Publish(1, ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(&agent));
   {
     const CallScope scope(core, driver.get(), "Initialize");
     core.calls.NoteAnnounced(agent, 1201, &device, nullptr);
