@@ -10,9 +10,9 @@ namespace drivers {
 
 namespace {
 
-std::string ReadAttributes(const H7XML::INode& config, DeviceConfiguration& result) {
+std::string ReadAttributes(const H7XML::INode& config, DeviceConfiguration& result, FolderIs folderIs) {
   result.folder = config.GetNamedString("folder");
-  if (result.folder.empty() || result.folder.front() != '/') {
+  if (folderIs == FolderIs::Required && (result.folder.empty() || result.folder.front() != '/')) {
     return "folder is \"" + result.folder + "\"; give the absolute path of the folder that holds the device's snmpd.conf";
   }
   const std::string version = config.GetNamedString("version");
@@ -58,8 +58,8 @@ std::string ReadTrapTarget(const H7XML::INode& element, SnmpSettings& settings) 
 
 }  // namespace
 
-std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result) {
-  std::string wrong = ReadAttributes(config, result);
+std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result, FolderIs folderIs) {
+  std::string wrong = ReadAttributes(config, result, folderIs);
   wrong = wrong.empty() ? RefuseContent(config, "config") : wrong;
   std::set<std::string> seen;
   const h7::auto_com<H7XML::INodeList> children = config.GetChildren();

@@ -15,8 +15,9 @@ namespace drivers {
 //     <trapTarget target="10.0.0.5" community="public" port="162"/>
 //   </config>
 //
-// `folder` is required, absolute and holds the device's snmpd.conf. Each setting is given at most once, by the names of
-// drivers/common/SettingNames.h; an empty value is "never held anything", not "erased". A trap target needs its target.
+// `folder` is absolute and holds the device's snmpd.conf; it is required unless the file is elsewhere. Each setting is given
+// at most once, by the names of drivers/common/SettingNames.h; an empty value is "never held anything", not "erased". A trap
+// target needs its target.
 struct DeviceConfiguration {
   std::string folder;
   std::string version = "1.0.0";  // of the device's SNMP support
@@ -24,9 +25,13 @@ struct DeviceConfiguration {
   SnmpSettings settings;
 };
 
+// Whether a device's snmpd.conf is in a folder of this machine, which the configuration has to name.
+enum class FolderIs { Required, NotUsed };
+
 // Reads `config` into `result`. Returns what is wrong and what is allowed, in one line, or nothing when it is valid; an
 // invalid one leaves `result` unusable. Unknown elements are wrong; unknown attributes cannot be seen.
-std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result);
+std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result,
+                                    FolderIs folderIs = FolderIs::Required);
 
 }  // namespace drivers
 

@@ -115,7 +115,7 @@ int KeepingDeviceDriver::InstallPending(const std::string& path, const Replace& 
     Log("the text that was accepted off line is in " + path);
   } else if (status == kFileWasChanged) {
     Log(DescribeDropped(path));
-  } else {
+  } else if (status != kControllerOffLine) {
     Report("install the text that was accepted off line in " + path, status);
   }
   return status;

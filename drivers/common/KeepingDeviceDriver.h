@@ -47,9 +47,9 @@ class KeepingDeviceDriver : public SnmpDeviceDriver {
   int WriteOnLine(const std::string& config, const Replace& replace);
   // Does the work of WriteFile off line: keeps the text for later and returns -9. Called only after CheckWrite.
   int WriteOffLine(const std::string& config);
-  // Installs the text that waits, and logs what became of it, with the file's `path`. Returns 0 when it is in the file,
-  // kFileWasChanged when it was dropped because somebody changed the file, or the reason for which it still waits. Called
-  // only while one is pending.
+  // Installs the text that waits, and logs what became of it, with the file's `path`, unless the controller is still off
+  // line. Returns 0 when it is in the file, kFileWasChanged when it was dropped because somebody changed the file, or the
+  // reason for which it still waits. Called only while one is pending.
   int InstallPending(const std::string& path, const Replace& replace);
   // What is said when a text that waited was dropped.
   static std::string DescribeDropped(const std::string& path);

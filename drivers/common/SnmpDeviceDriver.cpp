@@ -66,7 +66,8 @@ int SnmpDeviceDriver::Initialize(unsigned long driverId, H7XML::INode& config, H
 
 std::string SnmpDeviceDriver::Configure(const H7XML::INode& config) {
   DeviceConfiguration configuration;
-  const std::string wrong = ReadDeviceConfiguration(config, configuration);
+  const std::string wrong =
+      ReadDeviceConfiguration(config, configuration, NeedsFolder() ? FolderIs::Required : FolderIs::NotUsed);
   if (!wrong.empty()) {
     return wrong;
   }

@@ -46,7 +46,9 @@ class SnmpDeviceDriver : public H7BaseDriver, public IDriver, public SettingsHol
   // of its own attributes in `config`, and restores saved settings. Returns what is wrong and what is allowed, in one line,
   // or nothing.
   virtual std::string Prepare(const DeviceConfiguration& configuration, const H7XML::INode& config) = 0;
-  // The absolute path of the device's snmpd.conf; empty before Prepare.
+  // Whether the configuration has to name a folder: false where the device's snmpd.conf is not on this machine.
+  virtual bool NeedsFolder() const { return true; }
+  // The absolute path of the device's snmpd.conf; empty before Prepare, and where the file is not on this machine.
   virtual std::string FilePath() const = 0;
   // Do the work of `CopyFrom` and `CopyTo`. Called only after Prepare.
   virtual int ReadFile(std::string& config) = 0;
