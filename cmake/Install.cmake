@@ -40,6 +40,9 @@ install(FILES "${PROJECT_BINARY_DIR}/kit/snmp-driver-kit.pc" DESTINATION "${CMAK
 
 if(AGENT_DEVHOST)
   install(TARGETS simulated_device local_snmpd host_probe LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT drivers)
+  if(AGENT_SSH_DRIVER)
+    install(TARGETS ssh_snmpd LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT drivers)
+  endif()
   install(TARGETS devhost EXPORT snmp-driver-kit-devhost RUNTIME COMPONENT devhost)
   install(TARGETS devhost_library LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT devhost)
   install(EXPORT snmp-driver-kit-devhost DESTINATION "${KIT_CMAKE_DIR}" NAMESPACE snmp-driver-kit:: COMPONENT devhost)

@@ -1,0 +1,287 @@
+#include "drivers/sshsnmpd/SshConnection.h"
+
+#include <libssh/libssh.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <new>
+
+#include "drivers/common/FileStatus.h"
+#include "drivers/sshsnmpd/PipeSignalBlock.h"
+#include "drivers/sshsnmpd/SshError.h"
+#include "drivers/sshsnmpd/SshStatus.h"
+
+namespace drivers {
+
+namespace {
+
+using Kind = SshError::Kind;
+using Key = std::unique_ptr<ssh_key_struct, void (*)(ssh_key)>;
+
+const std::size_t kPart = std::size_t{32} * 1024;
+const std::size_t kMostErrors = std::size_t{4} * 1024;
+
+Key HostKeyOf(ssh_session session) {
+  ssh_key key = nullptr;
+  if (::ssh_get_server_publickey(session, &key) != SSH_OK) {
+    throw SshError(Kind::Unreachable, "it has shown no host key");
+  }
+  return Key(key, &::ssh_key_free);
+}
+
+// "%" starts an escape in paths that the library is given.
+std::string EscapePath(const std::string& path) {
+  std::string escaped;
+  for (const char character : path) {
+    escaped += character == '%' ? std::string("%%") : std::string(1, character);
+  }
+  return escaped;
+}
+
+}  // namespace
+
+void SshConnection::SessionCloser::operator()(ssh_session_struct* session) const noexcept {
+  const PipeSignalBlock block;
+  ::ssh_disconnect(session);
+  ::ssh_free(session);
+}
+
+void SshConnection::ChannelCloser::operator()(ssh_channel_struct* channel) const noexcept {
+  ::ssh_channel_free(channel);
+}
+
+SshConnection::SshConnection(const SshServer& server, const Deadline& deadline)
+    : m_socket(ConnectTcp(server.host, server.port, deadline)),
+      m_lent(m_socket.Get()),
+      m_counter(std::make_unique<ssh_counter_struct>()),
+      m_session(::ssh_new()) {
+  if (!m_session) {
+    throw std::bad_alloc();
+  }
+  const PipeSignalBlock block;
+  const int no = 0;
+  const unsigned int port = server.port;
+  const socket_t socket = m_lent.Get();
+  SetOption(SSH_OPTIONS_PROCESS_CONFIG, &no);
+  SetOption(SSH_OPTIONS_HOST, server.host.c_str());
+  SetOption(SSH_OPTIONS_PORT, &port);
+  SetOption(SSH_OPTIONS_KNOWNHOSTS, EscapePath(server.knownHosts).c_str());
+  SetOption(SSH_OPTIONS_GLOBAL_KNOWNHOSTS, "/dev/null");
+  SetOption(SSH_OPTIONS_FD, &socket);
+  ::ssh_set_blocking(m_session.get(), 0);
+  ::ssh_set_counters(m_session.get(), m_counter.get(), nullptr);
+  if (Repeat(deadline, [this] { return ::ssh_connect(m_session.get()); }) != SSH_OK) {
+    throw SshError(Kind::Unreachable, "no SSH connection: " + LastError());
+  }
+}
+
+SshConnection::~SshConnection() = default;
+
+void SshConnection::SetOption(int option, const void* value) {
+  if (::ssh_options_set(m_session.get(), static_cast<ssh_options_e>(option), value) != SSH_OK) {
+    throw SshError(Kind::Unreachable, "the SSH library refuses an option: " + LastError());
+  }
+}
+
+// Repeats `step` until it is done or has failed.
+template <class Step>
+int SshConnection::Repeat(const Deadline& deadline, Step step) {
+  for (;;) {
+    const std::uint64_t before = m_counter->in_bytes;
+    const int result = step();
+    if (result != SSH_AGAIN) {
+      return result;
+    }
+    Wait(deadline, before);
+  }
+}
+
+// Waits until the other side says something or takes something. Every call of the library may take in what came, so there is
+// nothing to wait for when something came since `before`, the number of bytes at that time.
+void SshConnection::Wait(const Deadline& deadline, std::uint64_t before) {
+  const int left = deadline.Left();
+  if (left == 0) {
+    throw SshError(Kind::Unreachable, "it did not answer in time");
+  }
+  if (m_counter->in_bytes != before) {
+    return;
+  }
+  const bool isWriting = (::ssh_get_poll_flags(m_session.get()) & SSH_WRITE_PENDING) != 0;
+  pollfd waiting = {m_socket.Get(), static_cast<short>(isWriting ? POLLIN | POLLOUT : POLLIN), 0};
+  ::poll(&waiting, 1, left);
+}
+
+std::string SshConnection::LastError() const {
+  const std::string error = ::ssh_get_error(m_session.get());
+  return error.empty() ? "it was closed" : error;
+}
+
+SshConnection::HostKey SshConnection::CheckHostKey() const {
+  switch (::ssh_session_is_known_server(m_session.get())) {
+    case SSH_KNOWN_HOSTS_OK:
+      return HostKey::Known;
+    case SSH_KNOWN_HOSTS_UNKNOWN:
+    case SSH_KNOWN_HOSTS_NOT_FOUND:
+      return HostKey::Unknown;
+    case SSH_KNOWN_HOSTS_CHANGED:
+    case SSH_KNOWN_HOSTS_OTHER:
+      return HostKey::Differs;
+    default:
+      throw SshError(Kind::Refused, DescribeSshStatus(kKnownHostsUnusable), kKnownHostsUnusable);
+  }
+}
+
+std::string SshConnection::HostKeyType() const {
+  return ::ssh_key_type_to_char(::ssh_key_type(HostKeyOf(m_session.get()).get()));
+}
+
+std::string SshConnection::Fingerprint() const {
+  const Key key = HostKeyOf(m_session.get());
+  unsigned char* hash = nullptr;
+  std::size_t size = 0;
+  if (::ssh_get_publickey_hash(key.get(), SSH_PUBLICKEY_HASH_SHA256, &hash, &size) != SSH_OK) {
+    throw SshError(Kind::Unreachable, "its host key has no fingerprint");
+  }
+  char* const text = ::ssh_get_fingerprint_hash(SSH_PUBLICKEY_HASH_SHA256, hash, size);
+  ::ssh_clean_pubkey_hash(&hash);
+  const std::string fingerprint = text != nullptr ? text : "";
+  ::ssh_string_free_char(text);
+  return fingerprint;
+}
+
+void SshConnection::RememberHostKey() {
+  if (::ssh_session_update_known_hosts(m_session.get()) != SSH_OK) {
+    throw SshError(Kind::Refused, DescribeSshStatus(kKnownHostsUnusable), kKnownHostsUnusable);
+  }
+}
+
+void SshConnection::LogIn(const SshLogin& login, const Deadline& deadline) {
+  const PipeSignalBlock block;
+  const HostKey hostKey = CheckHostKey();
+  if (hostKey != HostKey::Known) {
+    const int status = hostKey == HostKey::Unknown ? kHostKeyUnknown : kHostKeyDiffers;
+    throw SshError(Kind::Refused, DescribeSshStatus(status) + " (" + HostKeyType() + " " + Fingerprint() + ")", status);
+  }
+  Key key(nullptr, &::ssh_key_free);
+  if (!login.key.empty()) {
+    ssh_key read = nullptr;
+    // Without this function, the library would ask for a passphrase on the host's terminal.
+    const auto noPassphrase = [](const char*, char*, std::size_t, int, int, void*) { return -1; };
+    if (::ssh_pki_import_privkey_file(login.key.c_str(), nullptr, noPassphrase, nullptr, &read) != SSH_OK) {
+      throw SshError(Kind::Refused, DescribeSshStatus(kKeyFileUnusable), kKeyFileUnusable);
+    }
+    key.reset(read);
+  }
+  const int result = Repeat(deadline, [&] {
+    const int step = key ? ::ssh_userauth_publickey(m_session.get(), login.user.c_str(), key.get())
+                         : ::ssh_userauth_agent(m_session.get(), login.user.c_str());
+    return step == SSH_AUTH_AGAIN ? SSH_AGAIN : step;
+  });
+  if (result == SSH_AUTH_DENIED || result == SSH_AUTH_PARTIAL) {
+    throw SshError(Kind::Refused, DescribeSshStatus(kLoginRefused), kLoginRefused);
+  }
+  if (result != SSH_AUTH_SUCCESS) {
+    throw SshError(Kind::Unreachable, "the connection broke while logging in: " + LastError());
+  }
+}
+
+bool SshConnection::IsAlive() {
+  const PipeSignalBlock block;
+  pollfd waiting = {m_socket.Get(), POLLIN, 0};
+  if (::poll(&waiting, 1, 0) > 0) {
+    std::array<char, 1> peeked = {};
+    const ssize_t count = ::recv(m_socket.Get(), peeked.data(), peeked.size(), MSG_PEEK | MSG_DONTWAIT);
+    if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+      return false;
+    }
+  }
+  return ::ssh_is_connected(m_session.get()) != 0;
+}
+
+SshConnection::Channel SshConnection::StartCommand(const std::string& command, const Deadline& opening,
+                                                   const Deadline& deadline) {
+  Channel channel(::ssh_channel_new(m_session.get()));
+  if (!channel) {
+    throw std::bad_alloc();
+  }
+  if (Repeat(opening, [&] { return ::ssh_channel_open_session(channel.get()); }) != SSH_OK) {
+    throw SshError(Kind::Unreachable, "the connection broke: " + LastError());
+  }
+  try {
+    if (Repeat(deadline, [&] { return ::ssh_channel_request_exec(channel.get(), command.c_str()); }) != SSH_OK) {
+      throw SshError(Kind::Unsure, "the command was not started: " + LastError());
+    }
+  } catch (const SshError& error) {
+    throw SshError(Kind::Unsure, error.what());
+  }
+  return channel;
+}
+
+SshResult SshConnection::Run(const std::string& command, std::string_view input, std::size_t mostOutput,
+                             const Deadline& opening, const Deadline& deadline) {
+  const PipeSignalBlock block;
+  const Channel channel = StartCommand(command, opening, deadline);
+  SshResult result;
+  bool isInputEnded = false;
+  for (;;) {
+    const std::uint64_t before = m_counter->in_bytes;
+    bool isBusy = Write(*channel, input, isInputEnded);
+    isBusy = Read(*channel, false, result.output, mostOutput) || isBusy;
+    isBusy = Read(*channel, true, result.errors, kMostErrors) || isBusy;
+    if (result.output.size() > mostOutput) {
+      throw SshError(Kind::Refused, DescribeSshStatus(FileStatusOfErrno(EFBIG)), FileStatusOfErrno(EFBIG));
+    }
+    // This also takes in what came after the end of the output, which reading does not.
+    result.exitStatus = ::ssh_channel_get_exit_status(channel.get());
+    if (isBusy || m_counter->in_bytes != before) {
+      continue;
+    }
+    const bool isConnected = ::ssh_is_connected(m_session.get()) != 0;
+    const bool isClosed = isConnected && ::ssh_channel_is_closed(channel.get()) != 0;
+    if (isClosed || (result.exitStatus >= 0 && ::ssh_channel_is_eof(channel.get()) != 0)) {
+      return result;
+    }
+    if (!isConnected) {
+      throw SshError(Kind::Unsure, "the connection broke: " + LastError());
+    }
+    try {
+      Wait(deadline, before);
+    } catch (const SshError& error) {
+      throw SshError(Kind::Unsure, error.what());
+    }
+  }
+}
+
+// Whether it has sent something.
+bool SshConnection::Write(ssh_channel_struct& channel, std::string_view& input, bool& isInputEnded) {
+  // A command that ends early does not read the rest.
+  if (isInputEnded || ::ssh_channel_is_closed(&channel) != 0) {
+    return false;
+  }
+  if (input.empty()) {
+    isInputEnded = true;
+    ::ssh_channel_send_eof(&channel);
+    return true;
+  }
+  const std::string_view part = input.substr(0, kPart);
+  const int written = ::ssh_channel_write(&channel, part.data(), static_cast<std::uint32_t>(part.size()));
+  input.remove_prefix(written > 0 ? std::min(part.size(), static_cast<std::size_t>(written)) : 0);
+  return written > 0;
+}
+
+// Whether something came. What is over the limit is taken and dropped, so that the other side is not kept waiting, but for
+// one byte that shows it.
+bool SshConnection::Read(ssh_channel_struct& channel, bool isErrors, std::string& text, std::size_t most) {
+  std::array<char, kPart> part;
+  const int count = ::ssh_channel_read_nonblocking(&channel, part.data(), part.size(), isErrors ? 1 : 0);
+  if (count <= 0) {
+    return false;
+  }
+  text.append(part.data(), std::min(static_cast<std::size_t>(count), most + 1 - std::min(most + 1, text.size())));
+  return true;
+}
+
+}  // namespace drivers
