@@ -104,26 +104,30 @@ std::string ShownBody(std::string_view body, ShownLines& before, ShownLines& aft
 
 }  // namespace
 
-std::string FileDifference(const std::string& name, const std::string& before, const std::string& after, Masker& masker) {
-  const std::string comparable = WithStampOf(before, after);
-  if (comparable == before) {
+bool IsSameFile(const std::string& before, const std::string& after) {
+  return WithStampOf(before, after) == before;
+}
+
+std::string FileDifference(const NamedText& before, const NamedText& after, Masker& masker) {
+  const std::string comparable = WithStampOf(before.text, after.text);
+  if (comparable == before.text) {
     return std::string();
   }
-  const MemoryFile old(before);
+  const MemoryFile old(before.text);
   const MemoryFile young(comparable);
   ProgramRun run;
   run.words = {"diff", "--text", "--unified", old.Path(), young.Path()};
-  run.longestOutput = 2 * (before.size() + comparable.size()) + 65536;
+  run.longestOutput = 2 * (before.text.size() + comparable.size()) + 65536;
   const ProgramResult result = RunProgram(run);
   if (result.exitStatus != 1 || result.signal != 0) {
     // Its output is not quoted, since it holds lines of the files.
     throw ProgramError("the program diff has failed (status " + std::to_string(result.exitStatus) + ")");
   }
   masker.Config(comparable);  // for the secrets that stand in other lines of the text before
-  ShownLines shownBefore(before, masker);
+  ShownLines shownBefore(before.text, masker);
   ShownLines shownAfter(comparable, masker);
-  const std::string head = "--- " + OneLine(name) + "\n+++ " + OneLine(name) + " after SetDeviceState\n";
-  if (!masker.ShowsSecrets() && (!WhyNotPlain(before).empty() || !WhyNotPlain(comparable).empty())) {
+  const std::string head = "--- " + OneLine(before.name) + "\n+++ " + OneLine(after.name) + "\n";
+  if (!masker.ShowsSecrets() && (!WhyNotPlain(before.text).empty() || !WhyNotPlain(comparable).empty())) {
     return head + "-" + shownBefore.Next() + "\n+" + shownAfter.Next() + "\n";
   }
   // In front of the body stand the names of the files that were compared.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "devhost/check/CheckFile.h"
 #include "devhost/engine/Host.h"
@@ -125,7 +126,8 @@ std::vector<Finding> LossesOf(const std::string& text, const PreviewResult& resu
 }
 
 void Show(const PreviewInput& input, const Trial& trial, Masker& masker, PreviewResult& result) {
-  result.difference = FileDifference(result.file, trial.before.file, trial.after.file, masker);
+  result.difference =
+      FileDifference({result.file, trial.before.file}, {result.file + " after SetDeviceState", trial.after.file}, masker);
   if (!result.difference.empty()) {
     result.verdict = Verdict::Changed;
     result.losses = LossesOf(trial.before.file, result, input.showSecrets);
@@ -137,8 +139,9 @@ void Show(const PreviewInput& input, const Trial& trial, Masker& masker, Preview
   }
 }
 
-// Learns the secrets of the device, which drivers may quote.
-void Learn(const PreviewInput& input, const DeviceAnswers& answers, Masker& masker) {
+}  // namespace
+
+void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Masker& masker) {
   masker.Xml(input.settings.text);
   masker.Xml(input.device.configXml);
   masker.Xml(input.state);
@@ -150,11 +153,9 @@ void Learn(const PreviewInput& input, const DeviceAnswers& answers, Masker& mask
   }
 }
 
-}  // namespace
-
 PreviewResult PreviewChange(const PreviewInput& input) {
   CheckSettings(input.settings, input.device);
-  PreviewResult result{Verdict::Failed, "snmpd.conf of " + input.device.name, "", {}, {}};
+  PreviewResult result{Verdict::Failed, "snmpd.conf of " + input.device.name, "", {}, {}, {}, {}};
   Complaints complaints;
   Trial trial;
   try {
@@ -164,7 +165,7 @@ PreviewResult PreviewChange(const PreviewInput& input) {
   }
   result.verdict = trial.verdict;
   Masker masker(input.showSecrets);
-  Learn(input, trial.before, masker);
+  LearnSecrets(input, trial.before, masker);
   if (trial.problem.empty()) {
     Show(input, trial, masker, result);
   } else {
@@ -174,6 +175,8 @@ PreviewResult PreviewChange(const PreviewInput& input) {
   for (std::string& line : result.messages) {
     line = masker.Text(line);
   }
+  result.before = std::move(trial.before);
+  result.after = std::move(trial.after);
   return result;
 }
 

@@ -7,6 +7,7 @@
 
 #include "devhost/check/Finding.h"
 #include "devhost/driver/DriverEntry.h"
+#include "devhost/preview/DeviceAnswers.h"
 #include "devhost/system/FileText.h"
 
 namespace devhost {
@@ -41,7 +42,16 @@ struct PreviewResult {
   std::vector<Finding> losses;  // what the change would drop from the file; none unless it would change
   // What else there is to say, a line each. Why there is no difference to show: what the drivers said, then the reason.
   std::vector<std::string> messages;
+  // What the device answers now and what it would answer then, with its secrets; the latter is valid only where the verdict
+  // is Unchanged or Changed.
+  DeviceAnswers before;
+  DeviceAnswers after;
 };
+
+class Masker;
+
+// Learns the secrets of the device and of the change, which drivers may quote.
+void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Masker& masker);
 
 // Shows what "SetDeviceState" would do with these settings. The device is only asked, in a host without an agent: no setter,
 // no CopyTo, no action and no command reaches it, whatever its driver is. Its driver does run: it is loaded, made with its

@@ -17,7 +17,7 @@ const std::string kHead = "--- /k/snmpd.conf\n+++ /k/snmpd.conf after SetDeviceS
 
 std::string Difference(const std::string& before, const std::string& after, bool showSecrets = false) {
   Masker masker(showSecrets);
-  return FileDifference("/k/snmpd.conf", before, after, masker);
+  return FileDifference({"/k/snmpd.conf", before}, {"/k/snmpd.conf after SetDeviceState", after}, masker);
 }
 
 TEST(ADifference, IsAUnifiedDiffWithTheFileInItsHead) {
