@@ -28,8 +28,8 @@ bool IsWrongInput(const std::exception& error) {
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {MakeRun(),    MakeCheck(),     MakeAdvise(), MakePreview(),
-                                                MakeModule(), MakeNewDriver(), MakeConform()};
+  static const std::vector<Command> commands = {MakeRun(),   MakeCheck(),  MakeAdvise(),    MakePreview(),
+                                                MakeApply(), MakeModule(), MakeNewDriver(), MakeConform()};
   return commands;
 }
 

@@ -13,6 +13,7 @@ Command MakeRun();
 Command MakeCheck();
 Command MakeAdvise();
 Command MakePreview();
+Command MakeApply();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();

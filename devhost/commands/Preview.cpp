@@ -3,15 +3,14 @@
 #include <exception>
 #include <new>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 #include <string>
-#include <string_view>
 
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
+#include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/Findings.h"
 #include "devhost/engine/EndWatch.h"
-#include "devhost/project/DriverNames.h"
+#include "devhost/project/ChosenDevice.h"
 #include "devhost/project/Project.h"
 #include "devhost/state/StateFolder.h"
 #include "devhost/text/Words.h"
@@ -22,10 +21,6 @@ namespace {
 
 using Takes = CommandOption::Takes;
 
-constexpr std::string_view kAgentModule = "snmp_configuration_agent.so";
-
-const CommandOption kDevice{"device", "", "Name or id of the device's driver in the project", Takes::Text, true};
-const CommandOption kProject{"--project", "FILE", "Project file", Takes::Path, true};
 const CommandOption kState{"--state", "DIR", "Folder with the drivers' states, which is only read", Takes::Path};
 
 const CommandOption kOneObject{"--json", "", "Print one JSON object: device, verdict, difference, findings, messages"};
@@ -44,33 +39,12 @@ constexpr char kFooter[] =
     "\n"
     "  devhost preview --project project.xml kitchen kitchen.xml";
 
-// Drivers are not loaded to see which of them is the agent, so the module's name decides.
-bool IsAgent(const DriverEntry& driver) {
-  return std::string_view(driver.module).substr(driver.module.rfind('/') + 1) == kAgentModule;
-}
-
-// The device and the agent of the project `file`. Throws PreviewError when the project does not have them.
-PreviewInput ChooseDrivers(const std::string& file, const Project& project, const std::string& device) {
-  PreviewInput input;
-  try {
-    const unsigned long id = DriverNames(project.drivers).Find(device);
-    for (const DriverEntry& driver : project.drivers) {
-      input.device = driver.id == id ? driver : input.device;
-      input.agent = input.agent.module.empty() && IsAgent(driver) ? driver : input.agent;
-    }
-  } catch (const std::runtime_error& error) {
-    throw PreviewError(file + ": " + error.what());
-  }
-  if (input.agent.module.empty()) {
-    throw PreviewError(file + ": no driver of the project has the module " + std::string(kAgentModule) +
-                       "; allowed: a project with the agent in it");
-  }
-  return input;
-}
-
 PreviewInput ReadInput(const Arguments& arguments) {
-  const std::string file = arguments.Text(kProject);
-  PreviewInput input = ChooseDrivers(file, ReadProject(file, ModuleFolder(arguments)), arguments.Text(kDevice));
+  const std::string file = arguments.Text(kDeviceProject);
+  const ChosenDevice chosen = ChooseDevice(file, ReadProject(file, ModuleFolder(arguments)), arguments.Text(kDevice));
+  PreviewInput input;
+  input.agent = chosen.agent;
+  input.device = chosen.device;
   input.settings = ReadNamedText(arguments.Text(kSettings));
   input.state = arguments.Has(kState) ? LookIntoStateFolder(arguments.Text(kState), input.device.id) : "";
   input.showSecrets = arguments.Has(kShowSecrets);
@@ -152,7 +126,7 @@ ExitStatus Preview(const Arguments& arguments, Console& console) {
 Command MakePreview() {
   return {"preview",
           "Show what SetDeviceState would change in a device's file",
-          {kDevice, kSettings, kProject, kModuleFolder, kState, kOneObject, kShowSecrets},
+          {kDevice, kSettings, kDeviceProject, kModuleFolder, kState, kOneObject, kShowSecrets},
           kFooter,
           &Preview};
 }

@@ -59,10 +59,8 @@ TEST_F(TheProgram, AnswersWrongUsageOnStandardError) {
   const Outcome outcome = Run({"blub"});
   EXPECT_EQ(outcome.status, ExitStatus::Wrong);
   EXPECT_EQ(outcome.out, "");
-  EXPECT_THAT(
-      outcome.errors,
-      StartsWith(
-          "devhost: there is no command \"blub\"; allowed: run, check, advise, preview, module, new-driver, conform\n"));
+  EXPECT_THAT(outcome.errors, StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, preview, "
+                                         "apply, module, new-driver, conform\n"));
 }
 
 TEST_F(TheProgram, EndsWithTwoWhenAFileIsMissingOrWrong) {

@@ -1,0 +1,23 @@
+#ifndef DEVHOST_COMMANDS_DEVICE_OPTIONS_H
+#define DEVHOST_COMMANDS_DEVICE_OPTIONS_H
+
+#include "devhost/commands/Command.h"
+#include "devhost/operations/Apply.h"
+
+// Options and arguments of commands that are about one device of a project.
+namespace devhost {
+
+inline const CommandOption kDevice{"device", "", "Name or id of the device's driver in the project",
+                                   CommandOption::Takes::Text, true};
+inline const CommandOption kDeviceProject{"--project", "FILE", "Project file", CommandOption::Takes::Path, true};
+inline const CommandOption kDeviceState{
+    "--state", "DIR", "Folder with the drivers' states; the device's state is kept there", CommandOption::Takes::Path};
+inline const CommandOption kSnapshots{
+    "--snapshots", "DIR", "Where snapshots lie (default: beside the project, FILE.snapshots)", CommandOption::Takes::Path};
+
+// The device that the arguments of a command with all options of this header name. Throws ProjectError.
+Target ReadTarget(const Arguments& arguments);
+
+}  // namespace devhost
+
+#endif

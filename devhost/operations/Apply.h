@@ -1,0 +1,85 @@
+#ifndef DEVHOST_OPERATIONS_APPLY_H
+#define DEVHOST_OPERATIONS_APPLY_H
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "devhost/check/Finding.h"
+#include "devhost/operations/DeviceSettings.h"
+#include "devhost/operations/Snapshots.h"
+#include "devhost/project/ChosenDevice.h"
+#include "devhost/system/FileText.h"
+
+namespace devhost {
+
+// A device, and where what is kept about it lies.
+struct Target {
+  ChosenDevice chosen;
+  std::string stateFolder;     // of the drivers' states; "" when none are kept
+  std::string snapshotFolder;  // made when it is missing
+  bool showSecrets = false;
+};
+
+// Settings that a device is to have.
+struct Change {
+  Target target;
+  NamedText settings;              // the device settings element
+  std::set<std::string> accepted;  // rules whose errors do not stop the change
+  std::string operation = "apply";
+};
+
+// What a change would do. A plan changes nothing, and may be kept for as long as somebody looks at it. What is there to be
+// shown is masked, unless secrets are to be shown.
+struct Plan {
+  enum class Verdict {
+    Nothing,  // the device is as the settings say
+    Change,   // it would change
+    Stop      // the change must not be made, or nobody can tell what it would do
+  };
+
+  Verdict verdict = Verdict::Stop;
+  std::string file;                     // what the difference and the findings call the snmpd.conf
+  std::string difference;               // of the file, as a unified diff; "" when it would stay as it is
+  std::vector<SettingChange> settings;  // those that would change
+  std::vector<Finding> findings;        // what surprises in the settings, and what the file would lose
+  std::vector<std::string> messages;    // what else there is to say, a line each; the last one is why it stops
+  bool isReachable = true;              // false: the device gave what it last knew, and keeps what it gets for later
+  DeviceCopy before;                    // with secrets, as the next
+  DeviceCopy after;                     // valid unless nobody can tell
+};
+
+// Judges the settings by the rules of "devhost advise" and previews the change. An error of a rule that is not accepted
+// stops it, and so does a loss of text.
+//
+// With a state folder, a setting that only the device keeps counts as a change; without one, nothing but the file does,
+// since such a setting would end with the driver.
+//
+// Throws PreviewError and XmlError for wrong settings, StateError, FileError and ProgramError.
+Plan PlanChange(const Change& change);
+
+// What has become of a change.
+struct Applied {
+  enum class Verdict {
+    Done,
+    Waits,    // the device cannot be reached; its driver has accepted the change for later
+    Stopped,  // nothing was changed
+    Failed    // something may have been changed; the snapshot has what was there
+  };
+
+  Verdict verdict = Verdict::Stopped;
+  unsigned long snapshot = 0;         // its number; 0 when none was kept
+  std::vector<std::string> messages;  // what drivers said and what went wrong, a line each; secrets are masked
+};
+
+// Makes a change that was planned: keeps a snapshot, has the agent of the project do "SetDeviceState" with the device's own
+// driver, keeps the device's state, and looks at the device again. Stops before anything is changed when device or file are
+// not as the plan has found them. `time` is now, in seconds since 1970.
+//
+// Throws what PlanChange throws, SnapshotError and StateError, all before anything is changed.
+Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time);
+
+}  // namespace devhost
+
+#endif

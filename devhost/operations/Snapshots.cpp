@@ -1,0 +1,234 @@
+#include "devhost/operations/Snapshots.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <filesystem>
+#include <system_error>
+
+#include "devhost/state/StateFile.h"
+#include "devhost/state/StateStore.h"
+#include "devhost/text/Words.h"
+#include "devhost/xml/XmlReader.h"
+
+namespace devhost {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kAbout[] = "about.xml";
+constexpr char kFileBefore[] = "before.conf";
+constexpr char kSettingsBefore[] = "before.xml";
+constexpr char kFileAfter[] = "after.conf";
+constexpr char kSettingsAfter[] = "after.xml";
+constexpr char kUnfinished[] = ".new";
+
+[[noreturn]] void Fail(const std::string& path, const std::string& reason) {
+  throw SnapshotError("cannot use the snapshots in " + Quoted(path) + ": " + reason);
+}
+
+std::string Reason(int error) {
+  return std::generic_category().message(error);
+}
+
+std::string DeviceFolder(const std::string& folder, unsigned long deviceId) {
+  return folder + "/driver-" + std::to_string(deviceId);
+}
+
+// 0 for what is not a whole number from 1.
+template <class Number>
+Number NumberOf(const std::string& text) {
+  Number number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size() && number > 0 ? number : 0;
+}
+
+// Opens a folder that nobody else can read or write.
+FileDescriptor OpenPrivate(const std::string& path) {
+  FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  struct stat status = {};
+  if (!folder.IsOpen() || ::fstat(folder.Get(), &status) != 0) {
+    Fail(path, Reason(errno));
+  }
+  if (status.st_uid != ::geteuid() && status.st_uid != 0) {
+    Fail(path, "the folder belongs to another user; allowed: one of your own");
+  }
+  if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+    Fail(path, "other users can look into the folder, and snapshots hold communities; allowed: mode 0700");
+  }
+  return folder;
+}
+
+// For this user alone, whatever the umask.
+FileDescriptor MakePrivate(const std::string& path) {
+  const bool made = ::mkdir(path.c_str(), S_IRWXU) == 0;
+  if (!made && errno != EEXIST) {
+    Fail(path, Reason(errno));
+  }
+  if (made && ::chmod(path.c_str(), S_IRWXU) != 0) {
+    Fail(path, Reason(errno));
+  }
+  return OpenPrivate(path);
+}
+
+FileDescriptor Lock(const FileDescriptor& folder, const std::string& path) {
+  FileDescriptor lock(::openat(folder.Get(), "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  if (!lock.IsOpen()) {
+    Fail(path, "its file \"lock\" cannot be opened: " + Reason(errno));
+  }
+  if (::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
+    Fail(path, errno == EWOULDBLOCK ? "another devhost is at work on this device; allowed: one at a time" : Reason(errno));
+  }
+  return lock;
+}
+
+// The numbers of the snapshots in a folder, the smallest first. What has another name is no business of ours.
+std::vector<unsigned long> NumbersIn(const std::string& folder) {
+  std::vector<unsigned long> numbers;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    const auto number = NumberOf<unsigned long>(entry->path().filename().string());
+    if (number != 0) {
+      numbers.push_back(number);
+    }
+  }
+  if (error) {
+    Fail(folder, error.message());
+  }
+  std::sort(numbers.begin(), numbers.end());
+  return numbers;
+}
+
+std::string ReadPart(const FileDescriptor& folder, const std::string& name) {
+  std::optional<std::string> text = ReadStateFile(folder.Get(), name);
+  if (!text) {
+    throw StateError("its file " + name + " is missing");
+  }
+  return std::move(*text);
+}
+
+std::string AttributeOf(const XmlElement& element, const char* name) {
+  const std::string* const value = element.FindAttribute(name);
+  return value == nullptr ? "" : *value;
+}
+
+Snapshot ReadOne(const std::string& path, unsigned long number) {
+  try {
+    const FileDescriptor folder = OpenPrivate(path);
+    const XmlElement about = ReadXml(ReadPart(folder, kAbout));
+    Snapshot snapshot;
+    snapshot.number = number;
+    snapshot.time = NumberOf<std::int64_t>(AttributeOf(about, "time"));
+    snapshot.operation = AttributeOf(about, "operation");
+    snapshot.before = {ReadPart(folder, kFileBefore), ReadPart(folder, kSettingsBefore)};
+    // The file of the settings is written last.
+    if (std::optional<std::string> settings = ReadStateFile(folder.Get(), kSettingsAfter)) {
+      snapshot.after = DeviceCopy{ReadPart(folder, kFileAfter), std::move(*settings)};
+    }
+    return snapshot;
+  } catch (const StateError& error) {
+    Fail(path, error.what());
+  } catch (const XmlError& error) {
+    Fail(path, std::string(kAbout) + ": " + error.what());
+  }
+}
+
+std::string About(const std::string& operation, const std::string& deviceName, std::int64_t time) {
+  XmlElement about;
+  about.name = "snapshot";
+  about.attributes = {{"format", "1"}, {"time", std::to_string(time)}, {"operation", operation}, {"device", deviceName}};
+  return XmlText(about, XmlStyle::Compact) + "\n";
+}
+
+}  // namespace
+
+std::vector<Snapshot> ReadSnapshots(const std::string& folder, unsigned long deviceId) {
+  const std::string path = DeviceFolder(folder, deviceId);
+  std::error_code ignored;
+  std::vector<Snapshot> snapshots;
+  if (!fs::exists(fs::symlink_status(folder, ignored))) {
+    return snapshots;
+  }
+  OpenPrivate(folder);
+  if (!fs::exists(fs::symlink_status(path, ignored))) {
+    return snapshots;
+  }
+  OpenPrivate(path);
+  for (const unsigned long number : NumbersIn(path)) {
+    snapshots.push_back(ReadOne(path + "/" + std::to_string(number), number));
+  }
+  return snapshots;
+}
+
+SnapshotFolder::SnapshotFolder(const std::string& folder, unsigned long deviceId, const SnapshotLimits& limits)
+    : m_folder(DeviceFolder(folder, deviceId)), m_limits(limits) {
+  MakePrivate(folder);
+  m_lock = Lock(MakePrivate(m_folder), m_folder);
+}
+
+unsigned long SnapshotFolder::Begin(const std::string& operation, const std::string& deviceName, const DeviceCopy& before,
+                                    std::int64_t time) {
+  const std::vector<unsigned long> numbers = NumbersIn(m_folder);
+  const unsigned long number = numbers.empty() ? 1 : numbers.back() + 1;
+  const std::string path = PathOf(number);
+  const std::string unfinished = path + kUnfinished;
+  try {
+    fs::remove_all(unfinished);  // what a killed process has left
+    {
+      const FileDescriptor folder = MakePrivate(unfinished);
+      ReplaceStateFile(folder.Get(), kFileBefore, before.file);
+      ReplaceStateFile(folder.Get(), kSettingsBefore, before.settings);
+      ReplaceStateFile(folder.Get(), kAbout, About(operation, deviceName, time));
+    }
+    fs::rename(unfinished, path);
+    if (::fsync(OpenPrivate(m_folder).Get()) != 0) {
+      Fail(m_folder, "the folder cannot be flushed to the disk: " + Reason(errno));
+    }
+  } catch (const StateError& error) {
+    Fail(unfinished, error.what());
+  } catch (const fs::filesystem_error& error) {
+    Fail(path, error.code().message());
+  }
+  RemoveOld(number, time);
+  return number;
+}
+
+void SnapshotFolder::Finish(unsigned long number, const DeviceCopy& after) {
+  const std::string path = PathOf(number);
+  const FileDescriptor folder = OpenPrivate(path);
+  try {
+    ReplaceStateFile(folder.Get(), kFileAfter, after.file);
+    ReplaceStateFile(folder.Get(), kSettingsAfter, after.settings);
+  } catch (const StateError& error) {
+    Fail(path, error.what());
+  }
+}
+
+void SnapshotFolder::RemoveOld(unsigned long youngest, std::int64_t now) {
+  const std::vector<unsigned long> numbers = NumbersIn(m_folder);
+  const auto isOld = [this, now](unsigned long number) {
+    try {
+      return now - ReadOne(PathOf(number), number).time > m_limits.longest;
+    } catch (const SnapshotError&) {
+      return false;
+    }
+  };
+  for (std::size_t i = 0; i < numbers.size() && numbers[i] != youngest; ++i) {
+    if (numbers.size() - i > m_limits.most || isOld(numbers[i])) {
+      std::error_code ignored;  // one that stays is in nobody's way
+      fs::remove_all(PathOf(numbers[i]), ignored);
+    }
+  }
+}
+
+std::string SnapshotFolder::PathOf(unsigned long number) const {
+  return m_folder + "/" + std::to_string(number);
+}
+
+}  // namespace devhost

@@ -1,0 +1,73 @@
+#ifndef DEVHOST_OPERATIONS_SNAPSHOTS_H
+#define DEVHOST_OPERATIONS_SNAPSHOTS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "devhost/system/FileDescriptor.h"
+
+namespace devhost {
+
+// Snapshots that cannot be kept or read: where and why, in one line.
+class SnapshotError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A device at one moment: its file, byte for byte, and its effective settings as a device settings element. Both hold
+// secrets.
+struct DeviceCopy {
+  std::string file;
+  std::string settings;
+};
+
+// What one operation has found and left.
+struct Snapshot {
+  unsigned long number = 0;  // counts from 1 for each device; numbers are never used again
+  std::int64_t time = 0;     // of its start, in seconds since 1970
+  std::string operation;     // "apply" or "undo 3"
+  DeviceCopy before;
+  std::optional<DeviceCopy> after;  // missing when the operation has failed or was interrupted
+};
+
+// How many snapshots of a device stay. The youngest one always does.
+struct SnapshotLimits {
+  std::size_t most = 100;
+  std::int64_t longest = std::int64_t{400} * 24 * 60 * 60;  // in seconds
+};
+
+// The snapshots of one device that are kept in `folder`, the oldest first; none when there is no such folder. Changes and
+// locks nothing. Throws SnapshotError for one that cannot be read or that another user could have written.
+std::vector<Snapshot> ReadSnapshots(const std::string& folder, unsigned long deviceId);
+
+// Keeps snapshots of one device in a folder: FOLDER/driver-ID/NUMBER/ has a file for each text of a snapshot. Folders have
+// mode 0700, files 0600.
+class SnapshotFolder {
+ public:
+  // Makes the folder when it is missing and locks it for as long as this object, or the process, lives. Throws
+  // SnapshotError, also for a folder of another user, one that others can read or write, and one that is in use.
+  SnapshotFolder(const std::string& folder, unsigned long deviceId, const SnapshotLimits& limits = {});
+
+  // Keeps what an operation has found, on the disk when this returns, and removes what is beyond the limits. `time` is now.
+  // Returns the snapshot's number. Throws SnapshotError; a new snapshot is then not there.
+  unsigned long Begin(const std::string& operation, const std::string& deviceName, const DeviceCopy& before,
+                      std::int64_t time);
+  // Adds what the operation has left. Throws SnapshotError.
+  void Finish(unsigned long number, const DeviceCopy& after);
+
+ private:
+  void RemoveOld(unsigned long youngest, std::int64_t now);
+  std::string PathOf(unsigned long number) const;
+
+  const std::string m_folder;  // of the device
+  const SnapshotLimits m_limits;
+  FileDescriptor m_lock;
+};
+
+}  // namespace devhost
+
+#endif

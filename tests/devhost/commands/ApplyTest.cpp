@@ -1,0 +1,184 @@
+#include <gmock/gmock.h>
+#include <pty.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "devhost/system/RunProgram.h"
+#include "tests/devhost/commands/CommandsFixture.h"
+#include "tests/support/ReadPipe.h"
+
+namespace devhost {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class ApplyCommand : public CommandsFixture {
+ protected:
+  ApplyCommand() { SetDevice("simulated_device.so", ""); }
+
+  void SetDevice(const std::string& module, const std::string& attributes) const {
+    File("project.xml",
+         "<project><driver id='1' name='agent' module='snmp_configuration_agent.so'/><driver id='12' "
+         "name='kitchen' module='" +
+             module + "'><config folder='{project}/kitchen' " + attributes + "/></driver></project>");
+  }
+  std::vector<std::string> Words(const std::vector<std::string>& options) const {
+    std::vector<std::string> words = {"apply", "--module-dir", MODULE_FOLDER, "--project", project, "kitchen", settings};
+    words.insert(words.end(), options.begin(), options.end());
+    return words;
+  }
+  Outcome Apply(const std::vector<std::string>& options) const { return Run(Words(options)); }
+
+  // What the program prints on a terminal where somebody types `answer`.
+  std::string ApplyOnTerminal(const std::string& answer, int& status) const {
+    std::vector<std::string> words = Words({});
+    words.insert(words.begin(), DEVHOST_PROGRAM);
+    std::vector<char*> arguments;
+    for (std::string& word : words) {
+      arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    int terminal = -1;
+    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+      ::execv(arguments[0], arguments.data());
+      ::_exit(127);
+    }
+    std::string typed = answer + "\n";
+    EXPECT_EQ(::write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
+    std::string shown;
+    testsupport::ReadPipe(terminal, std::chrono::minutes(1), [&](std::string_view block) { shown += block; });
+    ::close(terminal);
+    ::waitpid(child, &status, 0);
+    return shown;
+  }
+
+  const std::string conf = File("kitchen/snmpd.conf", "# by hand\n");
+  const std::string project = folder.Path("project.xml");
+  const std::string settings = File("settings.xml",
+                                    "<managedDevice><snmpCommunityReadSetting>hidden</snmpCommunityReadSetting>"
+                                    "<snmpSysNameSetting>kitchen</snmpSysNameSetting><deviceId>12</deviceId>"
+                                    "</managedDevice>");
+};
+
+constexpr char kChanges[] =
+    "snmpCommunityReadSetting: \"\" -> \"*****\"\n"
+    "snmpSysNameSetting: \"\" -> \"kitchen\"\n";
+
+TEST_F(ApplyCommand, ChangesTheDeviceAndSaysWhatHasChanged) {
+  const Outcome outcome = Apply({"--yes"});
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_EQ(outcome.out, std::string(kChanges) + "kitchen is changed; snapshot 1 has what was there before\n");
+  EXPECT_THAT(folder.Read("kitchen/snmpd.conf"), HasSubstr("\nrocommunity  hidden\n"));
+  EXPECT_EQ(folder.Read("project.xml.snapshots/driver-12/1/before.conf"), "# by hand\n");
+}
+
+TEST_F(ApplyCommand, ChangesNothingASecondTime) {
+  ASSERT_EQ(Apply({"--yes"}).status, ExitStatus::Good);
+  const std::string written = folder.Read("kitchen/snmpd.conf");
+  const Outcome outcome = Apply({"--yes"});
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.out, "nothing to change on kitchen\n");
+  EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), written);
+  EXPECT_FALSE(fs::exists(folder.Path("project.xml.snapshots/driver-12/2")));
+}
+
+TEST_F(ApplyCommand, OnlySaysWhatWouldChangeInADryRun) {
+  const Outcome outcome = Apply({"--dry-run"});
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_EQ(outcome.out, std::string(kChanges) + "the snmpd.conf of kitchen would change\n");
+  EXPECT_THAT(Apply({"--dry-run", "--diff"}).out, AllOf(StartsWith("--- snmpd.conf of kitchen\n"), HasSubstr(kChanges)));
+  EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), "# by hand\n");
+  EXPECT_FALSE(fs::exists(folder.Path("project.xml.snapshots")));
+}
+
+TEST_F(ApplyCommand, RefusesWhereNobodyCanBeAsked) {
+  const Outcome outcome = RunOn("y\n", Words({}));
+  EXPECT_EQ(outcome.status, ExitStatus::Wrong);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.errors, HasSubstr("allowed: --yes, --dry-run, or a terminal"));
+  EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), "# by hand\n");
+}
+
+TEST_F(ApplyCommand, ShowsTheDifferenceAndAsksOnATerminal) {
+  for (const char* const no : {"", "n", "yess", "Y es"}) {
+    int status = 0;
+    const std::string shown = ApplyOnTerminal(no, status);
+    EXPECT_EQ(WEXITSTATUS(status), 2) << no;
+    EXPECT_THAT(shown, AllOf(HasSubstr("+sysName  kitchen\r\n"), HasSubstr("Change kitchen like this? [y/N] "),
+                             HasSubstr("not confirmed: nothing was changed")));
+    EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), "# by hand\n");
+  }
+  int status = -1;
+  EXPECT_THAT(ApplyOnTerminal("y", status), HasSubstr("kitchen is changed; snapshot 1 has what was there before\r\n"));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  EXPECT_THAT(folder.Read("kitchen/snmpd.conf"), HasSubstr("\nsysName  kitchen\n"));
+}
+
+TEST_F(ApplyCommand, PrintsOneJsonObject) {
+  const Outcome planned = Apply({"--json", "--dry-run"});
+  EXPECT_EQ(planned.status, ExitStatus::Failed);
+  EXPECT_THAT(planned.out, StartsWith("{\"device\":\"kitchen\",\"verdict\":\"would-change\",\"changed\":false,"
+                                      "\"snapshot\":null,\"difference\":\"--- snmpd.conf of kitchen\\n"));
+  const Outcome changed = Apply({"--json", "--yes"});
+  EXPECT_EQ(changed.status, ExitStatus::Good);
+  EXPECT_EQ(changed.out.find('\n'), changed.out.size() - 1);
+  EXPECT_THAT(changed.out, AllOf(HasSubstr("\"verdict\":\"changed\",\"changed\":true,\"snapshot\":1,"),
+                                 HasSubstr("{\"name\":\"snmpSysNameSetting\",\"before\":\"\",\"after\":\"kitchen\"}"),
+                                 EndsWith(",\"findings\":[],\"messages\":[]}\n"), Not(HasSubstr("hidden"))));
+  const Outcome unchanged = Apply({"--json", "--yes"});
+  EXPECT_EQ(unchanged.out,
+            "{\"device\":\"kitchen\",\"verdict\":\"unchanged\",\"changed\":false,\"snapshot\":null,\"difference\":\"\","
+            "\"settings\":[],\"findings\":[],\"messages\":[]}\n");
+}
+
+TEST_F(ApplyCommand, StopsAtErrorsThatAreNotAccepted) {
+  File("settings.xml",
+       "<managedDevice><snmpSysContactSetting># nobody</snmpSysContactSetting><deviceId>12</deviceId></managedDevice>");
+  File("kitchen/snmpd.conf", "# by hand\n# Halvoren Section Start\n# Halvoren Section End\n");
+  const Outcome stopped = Apply({"--yes"});
+  EXPECT_EQ(stopped.status, ExitStatus::Wrong);
+  EXPECT_THAT(stopped.out, HasSubstr(" [value-begins-with-hash]\n"));
+  EXPECT_THAT(stopped.errors, HasSubstr("because of text-above-section, value-begins-with-hash: remove the cause"));
+  EXPECT_EQ(Apply({"--yes", "--accept", "text-above-section"}).status, ExitStatus::Wrong);
+  EXPECT_THAT(Apply({"--json", "--yes"}).out, HasSubstr("\"verdict\":\"stopped\",\"changed\":false,\"snapshot\":null"));
+  EXPECT_EQ(Apply({"--yes", "--accept", "text-above-section,value-begins-with-hash"}).status, ExitStatus::Good);
+}
+
+TEST_F(ApplyCommand, SaysThatTheChangeHasFailed) {
+  fs::create_directory(folder.Path("kitchen/.snmpd.conf.new"));  // where the driver writes
+  const Outcome failed = Apply({"--yes"});
+  EXPECT_EQ(failed.status, ExitStatus::Failed);
+  EXPECT_THAT(failed.errors, AllOf(HasSubstr("SetDeviceState answered <WriteFail/>\n"),
+                                   EndsWith("the change of kitchen has failed; snapshot 1 has what was there before\n")));
+  EXPECT_THAT(Apply({"--yes", "--json"}).out, HasSubstr("\"verdict\":\"failed\",\"changed\":true,\"snapshot\":2,"));
+}
+
+TEST_F(ApplyCommand, SaysWhatIsWrongWithWhatItIsGiven) {
+  File("settings.xml", "<managedDevice><deviceId>15</deviceId></managedDevice>");
+  const Outcome other = Apply({"--yes"});
+  EXPECT_EQ(other.status, ExitStatus::Wrong);
+  EXPECT_THAT(other.errors, HasSubstr("settings.xml:1: the settings are for device \"15\"; allowed: "));
+}
+
+// Status 0 or 1 would say that the device may be changed.
+TEST_F(ApplyCommand, EndsWithTwoWhenADriverEndsTheProcessBeforeTheChange) {
+  SetDevice(TEST_MODULE_FOLDER "/odd_device.so", "announce='Initialize' copyFrom='exit'");
+  ProgramRun run;
+  run.words = Words({"--yes"});
+  run.words.insert(run.words.begin(), DEVHOST_PROGRAM);
+  EXPECT_EQ(RunProgram(run).exitStatus, 2);
+}
+
+}  // namespace
+}  // namespace devhost
