@@ -1,10 +1,13 @@
 #include "devhost/engine/EndNote.h"
 
 #include <pthread.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+
+#include "devhost/engine/EndWatch.h"
 
 namespace devhost {
 namespace {
@@ -31,7 +34,7 @@ char* Append(char* at, const char* end, std::string_view text) {
 
 }  // namespace
 
-EndNote::EndNote(std::string_view operation, std::string_view title) noexcept {
+EndNote::EndNote(std::string_view operation, std::string_view title) noexcept : m_process(::getpid()) {
   const std::size_t count = s_count;
   if (count < kMostNotes) {
     char* const note = s_notes[count];
@@ -45,6 +48,9 @@ EndNote::EndNote(std::string_view operation, std::string_view title) noexcept {
 }
 
 EndNote::~EndNote() {
+  if (m_process != ::getpid()) {
+    EndWatch::OnReturnOfCopy();
+  }
   --s_count;
 }
 

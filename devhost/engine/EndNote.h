@@ -1,6 +1,8 @@
 #ifndef DEVHOST_ENGINE_END_NOTE_H
 #define DEVHOST_ENGINE_END_NOTE_H
 
+#include <sys/types.h>
+
 #include <string_view>
 
 namespace devhost {
@@ -13,6 +15,7 @@ class EndNote {
   // `operation`: command "X"; `title`: driver 12 "kitchen". Both are copied, cut where they are very long, with control
   // characters replaced.
   EndNote(std::string_view operation, std::string_view title) noexcept;
+  // Ends the process when it is a child that a driver has forked during the call.
   ~EndNote();
   EndNote(const EndNote&) = delete;
   EndNote& operator=(const EndNote&) = delete;
@@ -21,6 +24,9 @@ class EndNote {
   static const char* UnderWay() noexcept;
   // Whether that call is under way on this thread. Safe in a signal handler.
   static bool IsOnThisThread() noexcept;
+
+ private:
+  const pid_t m_process;
 };
 
 }  // namespace devhost

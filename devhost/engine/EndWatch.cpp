@@ -14,6 +14,7 @@
 #include <exception>
 
 #include "devhost/engine/DriverCode.h"
+#include "devhost/engine/EndLine.h"
 #include "devhost/engine/EndNote.h"
 
 namespace devhost {
@@ -38,31 +39,11 @@ std::atomic<int> s_ending{0};  // the status to end with, when that has been sai
 std::atomic<const void*> s_aborter{nullptr};
 std::terminate_handler s_terminate = nullptr;  // of before
 struct sigaction s_before[kCrashCount];
+struct sigaction s_onCrash;
+
 alignas(16) char s_stack[65536];
 std::atomic<bool> s_hasStack{false};
 pthread_t s_stackOwner;
-
-// One line in memory of its own. Nothing here allocates, because what is called in a crash must not.
-class Line {
- public:
-  Line& Add(const char* text) {
-    const std::size_t length = std::strlen(text);
-    const std::size_t room = sizeof m_text - m_size - 1;
-    const std::size_t count = length < room ? length : room;
-    std::memcpy(m_text + m_size, text, count);
-    m_size += count;
-    return *this;
-  }
-  void Write() {
-    m_text[m_size++] = '\n';
-    // Whom should a failure be reported to?
-    static_cast<void>(::write(STDERR_FILENO, m_text, m_size) == 0);
-  }
-
- private:
-  char m_text[1024];
-  std::size_t m_size = 0;
-};
 
 bool EndsWith(const char* text, const char* end) {
   const std::size_t length = std::strlen(text);
@@ -84,7 +65,7 @@ void Say(const char* what, const char* by, const void* code, const char* advice)
   DriverCode::Name(code, culprit, sizeof culprit);
   const char* const call = EndNote::UnderWay();
   const bool isOnThisThread = EndNote::IsOnThisThread();
-  Line line;
+  EndLine line;
   line.Add("devhost: the process ").Add(what);
   if (culprit[0] != '\0' && !(isOnThisThread && EndsWith(call, culprit))) {
     line.Add(by).Add(culprit);
@@ -118,18 +99,30 @@ const void* CodeOf(const void* context) {
 #endif
 }
 
-void OnCrash(int signal, siginfo_t* info, void* context) {
+// Which crash it is; kCrashCount for none.
+std::size_t IndexOf(int signal) {
   std::size_t i = 0;
-  while (kCrashes[i].signal != signal) {
+  while (i != kCrashCount && kCrashes[i].signal != signal) {
     ++i;
   }
+  return i;
+}
+
+bool IsLeftToTheSystem(const struct sigaction& action) {
+  return (action.sa_flags & SA_SIGINFO) == 0 && (action.sa_handler == SIG_DFL || action.sa_handler == SIG_IGN);
+}
+
+void OnCrash(int signal, siginfo_t* info, void* context) {
+  const std::size_t i = IndexOf(signal);
   if (IsWatched()) {
     const void* const aborter = signal == SIGABRT ? s_aborter.load() : nullptr;
     Say(kCrashes[i].what, " in the code of ", aborter != nullptr ? aborter : CodeOf(context), "");
   }
   // The instruction that crashed is executed again, so that whoever looks at the core finds the place. What was sent by a
-  // call does not come again on its own.
-  ::sigaction(signal, &s_before[i], nullptr);
+  // call does not come again on its own. Nobody can ignore a crash, though a parent process may have asked for it.
+  struct sigaction byDefault = {};
+  byDefault.sa_handler = SIG_DFL;
+  ::sigaction(signal, IsLeftToTheSystem(s_before[i]) ? &byDefault : &s_before[i], nullptr);
   if (info->si_code <= 0) {
     ::raise(signal);
   }
@@ -202,13 +195,18 @@ EndWatch::EndWatch() : m_terminate(std::set_terminate(&OnTerminate)) {
   s_said = false;
   s_aborter = nullptr;
   s_process = ::getpid();
+  EndLine::KeepOutputs();
   GiveStack();
-  struct sigaction action = {};
-  action.sa_sigaction = &OnCrash;
-  action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+  s_onCrash.sa_sigaction = &OnCrash;
+  s_onCrash.sa_flags = SA_SIGINFO | SA_ONSTACK;
+  // A crash whose signal is blocked ends the process without a handler.
+  sigset_t crashes;
+  ::sigemptyset(&crashes);
   for (std::size_t i = 0; i != kCrashCount; ++i) {
-    ::sigaction(kCrashes[i].signal, &action, &s_before[i]);
+    ::sigaction(kCrashes[i].signal, &s_onCrash, &s_before[i]);
+    ::sigaddset(&crashes, kCrashes[i].signal);
   }
+  ::pthread_sigmask(SIG_UNBLOCK, &crashes, nullptr);
 }
 
 EndWatch::~EndWatch() {
@@ -216,6 +214,7 @@ EndWatch::~EndWatch() {
     ::sigaction(kCrashes[i].signal, &s_before[i], nullptr);
   }
   TakeStack();
+  EndLine::ReleaseOutputs();
   s_process = 0;
   std::set_terminate(m_terminate);
 }
@@ -239,6 +238,20 @@ int EndWatch::OnEnd(const void* caller, int status) noexcept {
 void EndWatch::OnAbort(const void* caller) noexcept {
   if (IsWatched()) {
     s_aborter = caller;
+  }
+}
+
+const struct sigaction* EndWatch::ActionOf(const void* caller, int signal, const struct sigaction* action) noexcept {
+  char name[2];
+  DriverCode::Name(caller, name, sizeof name);
+  const bool isCrash = action != nullptr && IndexOf(signal) != kCrashCount && IsLeftToTheSystem(*action);
+  return isCrash && name[0] != '\0' && IsWatched() ? &s_onCrash : action;
+}
+
+void EndWatch::OnReturnOfCopy() noexcept {
+  if (s_process != 0 && !IsWatched()) {
+    Say("was copied by fork", "", nullptr, ", and the copy was ended; a child process does not return into the host");
+    ::_exit(s_exitStatus);
   }
 }
 

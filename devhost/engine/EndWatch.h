@@ -1,6 +1,8 @@
 #ifndef DEVHOST_ENGINE_END_WATCH_H
 #define DEVHOST_ENGINE_END_WATCH_H
 
+#include <signal.h>
+
 #include <exception>
 
 namespace devhost {
@@ -9,7 +11,8 @@ namespace devhost {
 // (EndNote): when the process crashes, runs out of stack in a call into a driver, is terminated by an exception that nobody
 // catches, or is ended by `exit`, `_exit` and the like. A driver that ends the process takes the rest of a script with it,
 // so a status of 0 becomes 1, or what was set instead. A crash ends the process as it would have without the watch: with the
-// same signal, the same core, the same handlers of others. What a forked child does is its own business.
+// same signal, the same core, the same handlers of others; nobody can ignore it. What a forked child does is its own
+// business, unless it returns from the call.
 //
 // A driver that makes the system call itself, or replaces the program by another one, escapes.
 class EndWatch {
@@ -28,6 +31,11 @@ class EndWatch {
   static int OnEnd(const void* caller, int status) noexcept;
   // `caller` is about to call abort: it is named when the signal comes.
   static void OnAbort(const void* caller) noexcept;
+  // `caller` sets an action for a signal. Returns the one to set: that of the watch where a driver would leave a crash to
+  // the system or ignore it, else `action`.
+  static const struct sigaction* ActionOf(const void* caller, int signal, const struct sigaction* action) noexcept;
+  // A call into a driver returns in another process than it began in. Says so and ends this process, when there is a watch.
+  static void OnReturnOfCopy() noexcept;
 
  private:
   const std::terminate_handler m_terminate;  // of before

@@ -207,6 +207,60 @@ TEST(ACrash, WhileTheHostIsIdleNamesTheDriverOfTheCode) {
   ExpectCrash("Later:Abort", SIGABRT, "was aborted (SIGABRT) in the code of driver 5 \"deadly5\", outside of any call");
 }
 
+TEST(ACrash, OfASignalThatTheParentIgnoresOrBlocksNamesTheCall) {
+  const ProgramResult result = EndBy("Bus", "trap '' BUS");
+  EXPECT_THAT(result.output,
+              AllOf(HasSubstr(" during command \"Bus\" of driver 5 \"deadly5\"\n"), Not(HasSubstr("still here"))));
+  EXPECT_NE(result.exitStatus + result.signal, 0);
+  EXPECT_EXIT(
+      {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, nullptr);
+        const EndWatch watch;
+        const EndNote note("command \"Bus\"", kTitle);
+        ::raise(SIGBUS);
+      },
+      testing::KilledBySignal(SIGBUS), " during command \"Bus\" of driver 5 \"rude5\"");
+}
+
+TEST(ACrash, WithStandardErrorClosedNamesTheCall) {
+  const ProgramResult result = EndBy("Segv", "exec 2>&-");
+  EXPECT_THAT(result.output, HasSubstr(" during command \"Segv\" of driver 5 \"deadly5\"\n"));
+  EXPECT_NE(result.exitStatus + result.signal, 0);
+  // A file of the driver's has the number of each output.
+  ExpectCrash("CloseOutputsAndSegv", SIGSEGV,
+              "crashed (SIGSEGV: an access to memory that is not there) during command \"CloseOutputsAndSegv\" of driver 5 "
+              "\"deadly5\"");
+}
+
+#ifndef TESTS_UNDER_ADDRESS_SANITIZER  // whose own functions stand in front of these
+TEST(ACrash, ThatADriverWouldHideNamesTheCall) {
+  for (const char* const way : {"IgnoreAndSegv", "LeaveToTheSystemAndSegv", "HandleAndSegv"}) {
+    ExpectCrash(way, SIGSEGV,
+                "crashed (SIGSEGV: an access to memory that is not there) during command \"" + std::string(way) +
+                    "\" of driver 5 \"deadly5\"");
+  }
+}
+#endif
+
+TEST(ACopyOfTheProcess, IsEndedWhenItReturnsFromACall) {
+  const std::string line =
+      "devhost: the process was copied by fork during command \"ForkAndReturn\" of driver 5 \"deadly5\", and the copy was "
+      "ended; a child process does not return into the host\n";
+  const std::string output = EndBy("ForkAndReturn").output;
+  EXPECT_THAT(output, HasSubstr(line));
+  EXPECT_EQ(output.find("still here"), output.rfind("still here"));
+  EXPECT_THAT(output, HasSubstr("still here"));
+}
+
+TEST(ACopyOfTheProcess, DoesNotGoOnInItsPlace) {
+  const ProgramResult result = EndBy("GoOnInAChild");
+  EXPECT_THAT(result.output,
+              AllOf(HasSubstr("was copied by fork during"), HasSubstr("was ended during"), Not(HasSubstr("still here"))));
+  EXPECT_EQ(result.exitStatus, 1);
+}
+
 TEST(AnExceptionInAThread, NamesTheDriverThatThrew) {
   const std::string end = "; an exception must not leave a destructor or thread of a driver";
   ExpectCrash(

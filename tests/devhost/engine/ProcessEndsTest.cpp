@@ -52,6 +52,10 @@ TEST(ADriverThatEndsTheProcessWhileTheHostIsIdle, IsNamedAndNeverSucceeds) {
 }
 #endif
 
+TEST(ADriverThatMakesTheProcessADaemon, IsNamedAndNeverSucceeds) {
+  ExpectEnd("Daemon", 1, " during command \"Daemon\" of driver 5 \"deadly5\"");
+}
+
 TEST(AChildOfADriver, MayEndAsItLikes) {
   const ProgramResult result = EndBy("ForkAndExit");
   EXPECT_THAT(result.output, AllOf(HasSubstr("still here"), Not(HasSubstr("the process was ended"))));

@@ -1,6 +1,8 @@
 // A driver that ends the process in one way for each of its commands. Behind "Later:" it does so on a thread of its own,
 // some time after the command has returned. Where DEADLY_WHEN_LOADED is set, it ends the process at once.
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -77,6 +79,45 @@ class Deadly : public H7BaseAgentDriver {
       Deeper(&first, 0);
     });
     Register("Throw", [] { std::thread([] { throw std::runtime_error("not caught"); }).join(); });
+    Register("IgnoreAndSegv", [] {
+      ::signal(SIGSEGV, SIG_IGN);
+      Segv();
+    });
+    Register("LeaveToTheSystemAndSegv", [] {
+      struct sigaction byDefault = {};
+      byDefault.sa_handler = SIG_DFL;
+      ::sigaction(SIGSEGV, &byDefault, nullptr);
+      Segv();
+    });
+    Register("HandleAndSegv", [] {
+      // As libraries do that write a report of their own.
+      ::signal(SIGSEGV, [](int signal) {
+        ::signal(signal, SIG_DFL);
+        ::raise(signal);
+      });
+      Segv();
+    });
+    Register("CloseOutputsAndSegv", [] {
+      for (const int output : {STDOUT_FILENO, STDERR_FILENO}) {
+        ::close(output);
+        static_cast<void>(::open("/dev/null", O_WRONLY) == output);
+      }
+      Segv();
+    });
+    Register("Daemon", [] { static_cast<void>(::daemon(1, 1)); });
+    Register("ForkAndReturn", [] {
+      const pid_t child = ::fork();
+      if (child > 0) {
+        ::waitpid(child, nullptr, 0);
+      }
+    });
+    Register("GoOnInAChild", [] {
+      const pid_t child = ::fork();
+      if (child > 0) {
+        ::waitpid(child, nullptr, 0);
+        ::_exit(0);
+      }
+    });
     Register("ForkAndExit", [] {
       if (::fork() == 0) {
         ::_exit(0);
