@@ -26,6 +26,7 @@ const CommandOption kLevel{"--level",     "LEVEL", "How much is judged: basic (t
                            Takes::Choice, false,   {"basic", "full"}};
 const CommandOption kOnly{"--only", "LIST", "Make only these checks: ids or groups, with commas between them", Takes::Text};
 const CommandOption kSeed{"--seed", "NUMBER", "Where random texts begin (default: another number each time)", Takes::Text};
+const CommandOption kDuration{"--duration", "SECONDS", "How long random sessions are tried (default: 20)", Takes::Text};
 const CommandOption kFormat{"--format",    "FORMAT", "Print the report as text (the default), json or junit",
                             Takes::Choice, false,    {"text", "json", "junit"}};
 const CommandOption kOutput{"--output", "FILE", "Write the report into this file, and print the text, too", Takes::Path};
@@ -133,15 +134,11 @@ std::vector<const Check*> ChosenChecks(const Arguments& arguments) {
   return chosen;
 }
 
-std::string SeedText(const Arguments& arguments) {
-  if (!arguments.Has(kSeed)) {
-    return std::to_string(std::random_device()() % 1000000);
+unsigned long Number(const std::string& text, const std::string& name) {
+  if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos) {
+    throw UsageError("the " + name + " is " + Quoted(text) + "; allowed: a number of at most 9 digits");
   }
-  const std::string seed = arguments.Text(kSeed);
-  if (seed.empty() || seed.size() > 9 || seed.find_first_not_of("0123456789") != std::string::npos) {
-    throw UsageError("the seed is " + Quoted(seed) + "; allowed: a number of at most 9 digits");
-  }
-  return seed;
+  return std::stoul(text);
 }
 
 Conformance ReadConformance(const Arguments& arguments, const std::string& seed) {
@@ -157,6 +154,9 @@ Conformance ReadConformance(const Arguments& arguments, const std::string& seed)
   conformance.agent = PathIn(ModuleFolder(arguments), "snmp_configuration_agent.so");
   conformance.program = std::filesystem::read_symlink("/proc/self/exe").string();
   conformance.seed = std::stoul(seed);
+  if (arguments.Has(kDuration)) {
+    conformance.sessionTime = std::chrono::seconds(Number(arguments.Text(kDuration), "duration"));
+  }
   if (arguments.Has(kProfile)) {
     conformance.profile = ReadProfile(ReadNamedText(arguments.Text(kProfile)));
     conformance.profileFile = std::filesystem::absolute(arguments.Text(kProfile)).string();
@@ -209,9 +209,9 @@ std::string Sha256Of(const std::string& path) {
 ExitStatus Judge(const Arguments& arguments, Console& console) {
   ConformRun run;
   run.module = arguments.Text(kModule);
-  run.seed = SeedText(arguments);
+  run.seed = std::to_string(arguments.Has(kSeed) ? Number(arguments.Text(kSeed), "seed") : std::random_device()() % 1000000);
   run.level = arguments.Has(kLevel) ? arguments.Text(kLevel) : "basic";
-  for (const CommandOption* const option : {&kProfile, &kModuleFolder}) {
+  for (const CommandOption* const option : {&kProfile, &kModuleFolder, &kDuration}) {
     run.options += arguments.Has(*option) ? std::string(option->name) + " " + AsWord(arguments.Text(*option)) + " " : "";
   }
   const Conformance conformance = ReadConformance(arguments, run.seed);
@@ -263,8 +263,8 @@ ExitStatus Conform(const Arguments& arguments, Console& console) {
 Command MakeConform() {
   return {"conform",
           "Judge the driver of a device by its contract",
-          {kModule, kProfile, kModuleFolder, kLevel, kOnly, kSeed, kFormat, kOutput, kStrict, kInProcess, kList, kExplain,
-           kRunCheck},
+          {kModule, kProfile, kModuleFolder, kLevel, kOnly, kSeed, kDuration, kFormat, kOutput, kStrict, kInProcess, kList,
+           kExplain, kRunCheck},
           kFooter,
           &Conform};
 }

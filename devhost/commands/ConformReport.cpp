@@ -116,6 +116,7 @@ std::string OutcomeText(const Outcome& outcome, const ConformRun& run) {
   for (std::size_t i = hidden; i != outcome.log.size(); ++i) {
     text += indent + "| " + outcome.log[i] + "\n";
   }
+  text += outcome.script.empty() ? "" : indent + "a script for devhost run:\n" + outcome.script;
   return text + indent + "why:   devhost conform --explain " + outcome.check->id + "\n" + indent +
          "again: " + Replay(outcome, run) + "\n";
 }
@@ -145,7 +146,8 @@ std::string ConformJson(const std::vector<Outcome>& outcomes, const ConformRun& 
                       {"waiver", outcome.waiver},
                       {"ms", outcome.milliseconds},
                       {"replay", Replay(outcome, run)},
-                      {"log", outcome.log}});
+                      {"log", outcome.log},
+                      {"script", outcome.script}});
   }
   const Json object = {{"format", 1},        {"module", run.module},           {"sha256", run.sha256}, {"seed", run.seed},
                        {"level", run.level}, {"verdict", NameOf(run.verdict)}, {"tally", tally},       {"checks", checks}};

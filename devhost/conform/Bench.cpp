@@ -13,6 +13,7 @@
 #include "devhost/engine/HostError.h"
 #include "devhost/system/Output.h"
 #include "devhost/text/Words.h"
+#include "devhost/xml/XmlReader.h"
 #include "host/IDriverManager.h"
 
 namespace devhost {
@@ -80,6 +81,39 @@ void Bench::Load(unsigned long id) {
   if (!problem.empty()) {
     throw Blocked("there is no driver: " + problem);
   }
+}
+
+std::string Bench::TryLoadThrough(const Wrap& wrap) {
+  std::filesystem::create_directories(FolderOf(kDevice));
+  m_trial.trail.Note("Initialize");
+  if (!m_open) {
+    m_open.emplace(m_trial.module);
+  }
+  try {
+    m_host.Load({kDevice, "device", m_trial.module, m_trial.profile.ConfigIn(FolderOf(kDevice))},
+                [this, wrap](IInstanceManager& instances) {
+                  m_openDriver = m_open->CreateDriver(wrap(instances));
+                  return m_openDriver;
+                });
+    return "";
+  } catch (const HostError& error) {
+    return error.what();
+  }
+}
+
+int Bench::InitializeAgain() {
+  int result = 0;
+  m_trial.trail.Note("Initialize");
+  Act([&] {
+    const h7::auto_com<H7XML::INode> config = MakeXmlNode(ReadXml(m_trial.profile.ConfigIn(FolderOf(kDevice))));
+    result = m_openDriver->Initialize(kDevice, *config, nullptr);
+  });
+  return result;
+}
+
+void Bench::SetInside(const std::function<void()>& inside) {
+  m_inside = inside;
+  m_record.onCall = inside ? [inside](const AgentCall&) { inside(); } : std::function<void(const AgentCall&)>();
 }
 
 void Bench::LoadAgent() {
@@ -212,6 +246,9 @@ void Bench::OnOccurrence(const Occurrence& occurrence) {
   }
   if (occurrence.kind == Kind::Log || occurrence.kind == Kind::Manners || occurrence.kind == Kind::Failure) {
     Output(STDOUT_FILENO).Write(OneLine(devhost::TextOf(occurrence)) + "\n");
+  }
+  if (m_inside && (occurrence.kind == Kind::Log || occurrence.kind == Kind::Invalidate)) {
+    m_inside();
   }
 }
 

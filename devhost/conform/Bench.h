@@ -2,6 +2,7 @@
 #define DEVHOST_CONFORM_BENCH_H
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "devhost/conform/AgentDouble.h"
 #include "devhost/conform/Device.h"
 #include "devhost/conform/Trial.h"
+#include "devhost/driver/DriverModule.h"
 #include "devhost/engine/Host.h"
 
 namespace devhost {
@@ -31,6 +33,12 @@ class Bench : private HostObserver {
   std::string TryLoad(unsigned long id = kDevice, const std::string& config = "");
   // The same. Throws Blocked where it cannot be loaded.
   void Load(unsigned long id = kDevice);
+  // Loads a driver of the module that sees its host through what `wrap` makes of its instance manager. The host does not
+  // know its code then. Returns why it could not be loaded, or "".
+  using Wrap = std::function<IInstanceManager&(IInstanceManager&)>;
+  std::string TryLoadThrough(const Wrap& wrap);
+  // Calls Initialize again on the driver that TryLoadThrough has loaded, and returns its result.
+  int InitializeAgain();
   // Loads the real agent, which announces and calls devices as the double does. Throws HostError where it is not there.
   void LoadAgent();
   // Sends a command to the real agent, and returns its reply.
@@ -51,6 +59,9 @@ class Bench : private HostObserver {
   Device GetDevice();
   // GetDevice with an agent and a driver, and `action` done on it: what most checks begin with.
   void ActOnDevice(const std::function<void(Device&)>& action);
+
+  // Called when a driver calls the agent, the log or DmInvalidateState; null for nothing.
+  void SetInside(const std::function<void()>& inside);
 
   // Destroys the drivers.
   void Stop();
@@ -82,6 +93,9 @@ class Bench : private HostObserver {
   AgentDouble* m_double = nullptr;
   Reader* m_reader = nullptr;
   bool m_isActing = false;
+  std::function<void()> m_inside;
+  std::optional<DriverModule> m_open;
+  IDriver* m_openDriver = nullptr;
   Host m_host;  // last, since drivers call the others until it is gone
 };
 

@@ -1,11 +1,10 @@
-// Groups "calls", "threads", "state", "secrets" and "actions": what happens around the operations of a device.
+// Groups "calls", "threads", "secrets" and "actions": what happens around the operations of a device.
 #include <filesystem>
 #include <iterator>
 #include <utility>
 
 #include "devhost/conform/Bench.h"
 #include "devhost/conform/Check.h"
-#include "devhost/state/StateStore.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -15,25 +14,6 @@ namespace {
 using Kind = Occurrence::Kind;
 using D = ISupportSNMP;
 
-// All operations but the three that would do something to a controller.
-void CallAll(Device& device) {
-  for (const Setting& setting : Settings()) {
-    const std::string value = setting.get(device);
-    setting.set(device, setting.kind == Setting::Kind::List ? "192.0.2.1" : value);
-    if (setting.wasErased) {
-      setting.wasErased(device);
-    }
-  }
-  device.ClearTraps();
-  device.AddTrap({"192.0.2.1", "c", "162"});
-  device.AgentAvailable();
-  std::string text;
-  device.CopyFrom(text);
-  device.CopyTo(text);
-  const std::string version = device.Call("GetSNMPVersion", &D::GetSNMPVersion);
-  device.Call("IsSNMPVersionValid", &D::IsSNMPVersionValid, version);
-}
-
 void WorksWithoutAnAgent(Trial& trial) {
   Bench bench(trial);
   bench.Load();
@@ -41,6 +21,31 @@ void WorksWithoutAnAgent(Trial& trial) {
     Device device = bench.GetDevice();
     CallAll(device);
   });
+}
+
+void LivesUntilTheCallIsOver(Trial& trial) {
+  const Profile::Commands& commands = trial.profile.claims.at("withdraws");
+  if (commands.out.empty()) {
+    throw Blocked("the claim withdraws has no commands; allowed: out=\"...\" back=\"...\"");
+  }
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    for (const std::function<void(Device&)>& operation : Operations()) {
+      bool isWithdrawn = false;
+      bench.SetInside([&] {
+        if (!std::exchange(isWithdrawn, true)) {
+          bench.SendCommand(commands.out);
+        }
+      });
+      operation(device);
+      bench.SetInside(nullptr);
+      if (isWithdrawn) {
+        bench.SendCommand(commands.back);
+      }
+    }
+  });
+  Expect(bench.CountOf("DeleteSNMPDevice") != 0,
+         "DeleteSNMPDevice was not called when the device was withdrawn from inside");
 }
 
 void WorksFromInsideItsCalls(Trial& trial) {
@@ -96,32 +101,6 @@ void LeavesNoThread(Trial& trial) {
                               " left when it has been destroyed");
 }
 
-void KeepsItsNameInItsState(Trial& trial) {
-  StateMemory states;
-  std::string name;
-  {
-    Bench bench(trial, &states);
-    name = trial.RandomText();
-    bench.ActOnDevice([&](Device& device) { device.Call("SetSysNameSetting", &D::SetSysNameSetting, name); });
-    bench.Stop();
-  }
-  Bench bench(trial, &states);
-  bench.ActOnDevice([&](Device& device) {
-    Expect(device.Call("GetSysNameSetting", &D::GetSysNameSetting) == name,
-           "SysName is not in the next life what it was when the state was taken", "GetPersistState");
-  });
-}
-
-void SaysWhenItsStateHasChanged(Trial& trial) {
-  Bench bench(trial);
-  bench.ActOnDevice([&](Device& device) {
-    const std::size_t before = bench.Lines(Kind::Invalidate).size();
-    device.Call("SetSysNameSetting", &D::SetSysNameSetting, trial.RandomText());
-    Expect(bench.Lines(Kind::Invalidate).size() > before, "DmInvalidateState was not called when SysName was set",
-           "SetSysNameSetting");
-  });
-}
-
 void NeverLogsACommunity(Trial& trial) {
   Bench bench(trial);
   const std::string secret = trial.RandomText();
@@ -135,7 +114,7 @@ void NeverLogsACommunity(Trial& trial) {
     device.CopyTo(file);
     // A folder that is gone, for a device that has its file there, so that it has something to complain about.
     std::filesystem::remove_all(bench.FolderOf(Bench::kDevice));
-    device.CopyTo(file);
+    device.TryCopyTo(file);
     device.CopyFrom(text);
   });
   bench.Stop();
@@ -165,6 +144,11 @@ std::vector<Check> CallsChecks() {
        "its\n"
        "device is ready before it is announced.",
        &WorksFromInsideItsCalls},
+      {"calls-withdrawn-inside", Severity::Contract, Level::Full, "withdraws",
+       "A device that withdraws itself from inside an operation lives until that has returned.",
+       "The command of the claim is sent to the driver while it calls the host or the agent from inside an operation. The\n"
+       "agent finishes what it is doing with the device. After the operation the other command announces it again.",
+       &LivesUntilTheCallIsOver},
       {"calls-manners", Severity::Contract, Level::Basic, "", "No operation breaks a rule of the host.",
        "The host reports what drivers must not do: docs/when-it-goes-wrong.md explains its words.", &KeepsTheManners},
       {"threads-host", Severity::Contract, Level::Basic, "",
@@ -177,14 +161,6 @@ std::vector<Check> CallsChecks() {
        &LeavesNoThread},
       {"secrets-log", Severity::Contract, Level::Basic, "", "No community stands in the log.",
        "Everybody who looks after a controller reads its log. Say which setting, not what it holds.", &NeverLogsACommunity},
-      {"state-round", Severity::Contract, Level::Basic, "keeps-state",
-       "The next life has the sysName that was set in the last one.",
-       "GetPersistState returns the settings, and Initialize gets what was returned. The sysName stands for all.",
-       &KeepsItsNameInItsState},
-      {"state-called", Severity::Contract, Level::Full, "keeps-state",
-       "A change of a setting makes the host ask for the state.",
-       "The host asks when DmInvalidateState was called and before a stop; a controller may lose its power before that.",
-       &SaysWhenItsStateHasChanged},
       {"actions-return", Severity::Contract, Level::Full, "safe-actions", "The three actions come back, and throw nothing.",
        "They need not wait for the controller. They are called only when the profile claims safe-actions, since they would\n"
        "reboot a real one.",

@@ -64,7 +64,10 @@ std::vector<Check> ErasedChecks();
 std::vector<Check> TrapsChecks();
 std::vector<Check> FileChecks();
 std::vector<Check> CallsChecks();
+std::vector<Check> StateChecks();
+std::vector<Check> ThrowChecks();
 std::vector<Check> WholeChecks();
+std::vector<Check> FuzzChecks();
 
 }  // namespace devhost
 

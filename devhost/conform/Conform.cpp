@@ -70,12 +70,14 @@ Outcome Judge(const Conformance& conformance, const Check& check, const std::str
   outcome.check = &check;
   Trial trial(conformance.module, folder, conformance.profile, conformance.seed);
   trial.agent = conformance.agent;
+  trial.sessionTime = conformance.sessionTime;
   try {
     check.judge(trial);
   } catch (const Violation& violation) {
     outcome.status = Status::Fail;
     outcome.message = violation.what();
     outcome.slot = violation.slot.empty() ? trial.trail.Last() : violation.slot;
+    outcome.script = trial.script;
   } catch (const Blocked& blocked) {
     outcome.status = Status::Unjudged;
     outcome.message = blocked.what();
@@ -90,6 +92,7 @@ std::string ResultText(const Outcome& outcome) {
   XmlElement result;
   result.name = "result";
   result.attributes = {{"status", NameOf(outcome.status)}, {"slot", outcome.slot}, {"message", OneLine(outcome.message)}};
+  result.text = outcome.script;
   return XmlText(result, XmlStyle::Compact);
 }
 
@@ -102,6 +105,7 @@ bool ReadResult(const std::string& text, Outcome& outcome) {
         outcome.status = status;
         outcome.slot = *result.FindAttribute("slot");
         outcome.message = *result.FindAttribute("message");
+        outcome.script = result.text;
         return true;
       }
     }
@@ -141,20 +145,15 @@ void Explain(const ProgramResult& run, const PrivateFolder& folder, Outcome& out
 Outcome RunInChild(const Conformance& conformance, const Check& check) {
   const PrivateFolder folder;
   ProgramRun run;
-  run.words = {conformance.program,
-               "conform",
-               "--run-check",
-               check.id,
-               "--module-dir",
-               FolderOf(conformance.agent),
-               "--seed",
-               std::to_string(conformance.seed)};
+  run.words = {conformance.program, "conform", "--run-check", check.id, "--module-dir", FolderOf(conformance.agent)};
+  run.words.insert(run.words.end(), {"--seed", std::to_string(conformance.seed)});
+  run.words.insert(run.words.end(), {"--duration", std::to_string(conformance.sessionTime.count() / 1000)});
   if (!conformance.profileFile.empty()) {
     run.words.insert(run.words.end(), {"--profile", conformance.profileFile});
   }
   run.words.push_back(conformance.module);
   run.folder = folder.Path();
-  run.deadline = conformance.deadline;
+  run.deadline = conformance.deadline + conformance.sessionTime;
   Outcome outcome;
   outcome.check = &check;
   try {

@@ -48,6 +48,14 @@ int Device::CopyTo(const std::string& text) {
   return Call("CopyTo", &D::CopyTo, kWorkingPath, text);
 }
 
+int Device::TryCopyTo(const std::string& text) {
+  try {
+    return CopyTo(text);
+  } catch (...) {
+    return -1;
+  }
+}
+
 const std::vector<Setting>& Settings() {
   static const std::vector<Setting> settings = {
       MakeSwitch("IsManagedDevice", &D::GetIsManagedDevice, &D::SetIsManagedDevice),
@@ -67,6 +75,41 @@ const std::vector<Setting>& Settings() {
       MakeList(),
   };
   return settings;
+}
+
+const std::vector<std::function<void(Device&)>>& Operations() {
+  static const std::vector<std::function<void(Device&)>> operations = [] {
+    std::vector<std::function<void(Device&)>> all;
+    for (const Setting& setting : Settings()) {
+      all.emplace_back([&setting](Device& device) {
+        const std::string value = setting.get(device);
+        setting.set(device, setting.kind == Setting::Kind::List ? "192.0.2.1" : value);
+        if (setting.wasErased) {
+          setting.wasErased(device);
+        }
+      });
+    }
+    all.emplace_back([](Device& device) { device.ClearTraps(); });
+    all.emplace_back([](Device& device) { device.AddTrap({"192.0.2.1", "c", "162"}); });
+    all.emplace_back([](Device& device) { device.AgentAvailable(); });
+    all.emplace_back([](Device& device) {
+      std::string text;
+      device.CopyFrom(text);
+      device.CopyTo(text);
+    });
+    all.emplace_back([](Device& device) {
+      const std::string version = device.Call("GetSNMPVersion", &D::GetSNMPVersion);
+      device.Call("IsSNMPVersionValid", &D::IsSNMPVersionValid, version);
+    });
+    return all;
+  }();
+  return operations;
+}
+
+void CallAll(Device& device) {
+  for (const std::function<void(Device&)>& operation : Operations()) {
+    operation(device);
+  }
 }
 
 std::string TextOf(const std::vector<TrapTarget>& targets) {

@@ -28,6 +28,8 @@ class Device {
   // The operations that several checks need.
   int CopyFrom(std::string& text);
   int CopyTo(const std::string& text);
+  // The same where a failure is to be expected, and an exception is one.
+  int TryCopyTo(const std::string& text);
   void AgentAvailable() { Call("AgentAvailable", &ISupportSNMP::AgentAvailable); }
   std::vector<TrapTarget> Traps() { return Call("GetTrapTargetsSetting", &ISupportSNMP::GetTrapTargetsSetting); }
   void SetTraps(const std::vector<TrapTarget>& targets) {
@@ -60,6 +62,13 @@ struct Setting {
 
 // All of them, in the order of the slots.
 const std::vector<Setting>& Settings();
+
+// Calls of all operations but the three that would do something to a controller, an operation or a few that belong together
+// each. They leave settings and file as they are, but for the list of trap targets.
+const std::vector<std::function<void(Device&)>>& Operations();
+
+// Calls all of these.
+void CallAll(Device& device);
 
 // The list as a text: see Setting.
 std::string TextOf(const std::vector<TrapTarget>& targets);

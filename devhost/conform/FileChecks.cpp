@@ -1,5 +1,11 @@
 // Group "file": CopyFrom and CopyTo.
-#include <memory>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
 
 #include "devhost/conform/Bench.h"
 #include "devhost/conform/Check.h"
@@ -103,6 +109,108 @@ void KeepsForLaterOnlyWhatItClaims(Trial& trial) {
   });
 }
 
+using Files = std::map<std::string, std::string>;
+
+// The regular files of a folder, by name.
+Files FilesIn(const std::string& folder) {
+  Files files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.is_regular_file()) {
+      std::ifstream file(entry.path(), std::ios::binary);
+      files[entry.path().filename().string()] =
+          std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+  }
+  return files;
+}
+
+// While one of these lives, CopyTo cannot work.
+class NoFolder {
+ public:
+  explicit NoFolder(const std::string& folder) : m_folder(folder) { std::filesystem::rename(m_folder, m_folder + ".away"); }
+  ~NoFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
+    std::filesystem::rename(m_folder + ".away", m_folder, ignored);
+  }
+  NoFolder(const NoFolder&) = delete;
+  NoFolder& operator=(const NoFolder&) = delete;
+
+ private:
+  const std::string m_folder;
+};
+
+// A process that may write no large file stands in for a disk that is full.
+class NoSpace {
+ public:
+  static constexpr rlim_t kSpace = 4096;
+
+  NoSpace() : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &m_limit);
+    const rlimit little = {kSpace, m_limit.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &little);
+  }
+  ~NoSpace() {
+    ::setrlimit(RLIMIT_FSIZE, &m_limit);
+    std::signal(SIGXFSZ, m_handler);
+  }
+  NoSpace(const NoSpace&) = delete;
+  NoSpace& operator=(const NoSpace&) = delete;
+
+ private:
+  rlimit m_limit = {};
+  void (*const m_handler)(int);
+};
+
+void ExpectFailure(int status, const std::string& folder, const Files& before, const std::string& when) {
+  Expect(status != 0, "CopyTo returned 0 " + when, "CopyTo");
+  Expect(FilesIn(folder) == before, "CopyTo failed " + when + ", and the folder is not as it was", "CopyTo");
+}
+
+void LeavesTheOldFileWhenItFails(Trial& trial) {
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    NeedsAFile(device);
+    const std::string folder = bench.FolderOf(Bench::kDevice);
+    const Files before = FilesIn(folder);
+    int status = 0;
+    {
+      const NoFolder noFolder(folder);
+      status = device.TryCopyTo("# a new text\n");
+    }
+    ExpectFailure(status, folder, before, "without its folder");
+    {
+      const NoSpace noSpace;
+      status = device.TryCopyTo(std::string(4 * NoSpace::kSpace, '#'));
+    }
+    ExpectFailure(status, folder, before, "on a full disk");
+  });
+}
+
+void KeepsTheModeOfItsFile(Trial& trial) {
+  using std::filesystem::perms;
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    NeedsAFile(device);
+    const std::string folder = bench.FolderOf(Bench::kDevice);
+    for (const auto& [name, text] : FilesIn(folder)) {
+      if (text != kOrdinary) {
+        continue;
+      }
+      const std::filesystem::path file = folder + "/" + name;
+      const auto mode = [&file] { return std::filesystem::status(file).permissions() & perms::mask; };
+      Expect((mode() & ~perms(0640)) == perms::none, "the file is open to everybody", "CopyTo");
+      for (const perms old : {perms(0600), perms(0640)}) {
+        std::filesystem::permissions(file, old);
+        Install(device, kOrdinary);
+        Expect(mode() == old, "CopyTo has changed the mode of the file", "CopyTo");
+      }
+      return;
+    }
+    throw Blocked("no file in the folder of the device holds what CopyTo has installed, and the profile claims local-file");
+  });
+}
+
 }  // namespace
 
 std::vector<Check> FileChecks() {
@@ -122,6 +230,13 @@ std::vector<Check> FileChecks() {
       {"file-text-borrowed", Severity::Contract, Level::Basic, "",
        "The text that CopyTo gets is used only until it returns.",
        "It is the agent's own text, which changes with the next call. Copy it.", &BorrowsTheText},
+      {"file-failure", Severity::Contract, Level::Full, "local-file",
+       "A CopyTo that fails returns a status other than 0 and leaves the folder as it was.",
+       "Tried without the folder, and on a full disk. Write a new file beside the old one, and rename it when it is whole.",
+       &LeavesTheOldFileWhenItFails},
+      {"file-mode", Severity::Practice, Level::Full, "local-file",
+       "The file is not open to everybody, and keeps the mode that somebody has given it.",
+       "It holds communities. 0600 and 0640 are good modes for a new one.", &KeepsTheModeOfItsFile},
   };
 }
 

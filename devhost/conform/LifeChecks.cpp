@@ -1,4 +1,11 @@
 // Group "life": a driver is made, comes up, meets agents, and goes.
+#include <malloc.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include "devhost/conform/Bench.h"
 #include "devhost/conform/Check.h"
 #include "devhost/text/Words.h"
@@ -120,6 +127,73 @@ void WithdrawsWhatItHasGiven(Trial& trial) {
   Expect(LiveXmlObjects() == objects, "handles to nodes, lists or documents of the host are left");
 }
 
+IInstanceManager& Unchanged(IInstanceManager& instances) {
+  return instances;
+}
+
+void InitializesAgain(Trial& trial) {
+  Bench bench(trial);
+  bench.AgentArrives();
+  const std::string problem = bench.TryLoadThrough(&Unchanged);
+  const std::vector<ISupportSNMP*> before = bench.Published();
+  if (!problem.empty() || before.empty() || !bench.Lines(Kind::Failure).empty()) {
+    throw Blocked("there is no device to initialise again: see life-initialize");
+  }
+  const int result = bench.InitializeAgain();
+  Expect(result == 0, "the second Initialize returned " + std::to_string(result) + "; allowed: 0", "Initialize");
+  Expect(bench.Published() == before, "another device is published after the second Initialize", "Initialize");
+  ExpectNone(bench.Lines(Kind::Manners));
+}
+
+// What must not grow.
+struct Belongings {
+  std::size_t descriptors;
+  std::size_t threads;
+  std::size_t mappings;
+  std::size_t heap;
+};
+
+std::size_t EntriesOf(const char* folder) {
+  const std::filesystem::directory_iterator entries(folder);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+Belongings TakeStock() {
+  std::ifstream maps("/proc/self/maps");
+  const auto lines = std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n');
+  return {EntriesOf("/proc/self/fd"), EntriesOf("/proc/self/task"), static_cast<std::size_t>(lines), ::mallinfo2().uordblks};
+}
+
+void LeavesNothingAfterManyLives(Trial& trial) {
+  constexpr int kWarm = 20;
+  constexpr int kLives = 200;
+  constexpr std::size_t kMostMappings = 8;  // the allocator's own
+  constexpr std::size_t kMostHeap = std::size_t{256} * 1024;
+  const DriverModule stays(trial.module);
+  Belongings before = {};
+  for (int life = 0; life != kLives; ++life) {
+    if (life == kWarm) {
+      before = TakeStock();
+    }
+    Bench bench(trial);
+    bench.AgentArrives();
+    bench.Load();
+    bench.Stop();
+  }
+  const Belongings after = TakeStock();
+  if (after.threads > before.threads) {
+    throw Blocked("threads are left, with their stacks: see threads-left");
+  }
+  const auto expect = [](std::size_t was, std::size_t is, std::size_t most, const char* what) {
+    Expect(is <= was + most,
+           std::to_string(is - std::min(is, was)) + " more " + what + " after " + std::to_string(kLives - kWarm) + " lives",
+           "destructor");
+  };
+  expect(before.descriptors, after.descriptors, 0, "descriptors are open");
+  expect(before.mappings, after.mappings, kMostMappings, "mappings are there");
+  expect(before.heap, after.heap, kMostHeap, "bytes are in use");
+}
+
 }  // namespace
 
 std::vector<Check> LifeChecks() {
@@ -169,6 +243,14 @@ std::vector<Check> LifeChecks() {
        "The agent would call a device that it still knows, and the module's code is gone by then. The destructor calls\n"
        "UnregisterQuery and DeleteSNMPDevice, unless there is no agent any more.",
        &WithdrawsWhatItHasGiven},
+      {"life-initialize-again", Severity::Contract, Level::Full, "",
+       "A second Initialize returns 0 and leaves the device published once.",
+       "IDriver.h allows hosts to call Initialize several times. Publish and start once, and read the configuration as\n"
+       "often as it comes.",
+       &InitializesAgain},
+      {"life-again", Severity::Contract, Level::Full, "",
+       "After 200 lives there are no more descriptors, mappings and memory in use than after 20.",
+       "A controller loads its project many times before it is started again.", &LeavesNothingAfterManyLives},
   };
 }
 

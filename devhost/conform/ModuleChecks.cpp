@@ -2,8 +2,12 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
+#include "devhost/conform/Bench.h"
 #include "devhost/conform/Check.h"
 #include "devhost/conform/Trial.h"
 #include "devhost/driver/DriverModule.h"
@@ -94,6 +98,33 @@ void ExportsNothingElse(Trial& trial) {
   Expect(others.empty(), "it exports " + Listed(others) + "; allowed: GetCreationFunc and versionString");
 }
 
+void Unloads(Trial& trial) {
+  {
+    Bench bench(trial);
+    bench.Load();
+    bench.Stop();
+  }
+  std::ifstream maps("/proc/self/maps");
+  const std::string text((std::istreambuf_iterator<char>(maps)), std::istreambuf_iterator<char>());
+  Expect(text.find(std::filesystem::canonical(trial.module).string()) == std::string::npos,
+         "the module is still in memory after its driver is gone");
+}
+
+// The best of some times, since the machine may be busy.
+void LoadsSoon(Trial& trial) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds kMost(500);
+  Clock::duration best = Clock::duration::max();
+  for (int i = 0; i != 3 && best > kMost; ++i) {
+    const Clock::time_point start = Clock::now();
+    const DriverModule module(trial.module);
+    best = std::min(best, Clock::now() - start);
+  }
+  Expect(best <= kMost, "loading the module takes " +
+                            std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(best).count()) +
+                            " milliseconds; allowed: 500");
+}
+
 }  // namespace
 
 std::vector<Check> ModuleChecks() {
@@ -114,7 +145,13 @@ std::vector<Check> ModuleChecks() {
        "The module exports GetCreationFunc and versionString, and nothing else.",
        "A symbol that is exported may be taken for one of the same name in another module. snmp_driver() in the kit hides\n"
        "the others; without it, link with -fvisibility=hidden and the kit's driver_module.map.",
-       &ExportsNothingElse}};
+       &ExportsNothingElse},
+      {"module-unloads", Severity::Practice, Level::Full, "", "The module leaves the memory when its driver is gone.",
+       "A new version of the driver is loaded without a restart of the host. A module stays when it is linked with\n"
+       "-z nodelete, or has symbols that are unique in the process (static variables in inline functions and templates).",
+       &Unloads},
+      {"module-load-time", Severity::Practice, Level::Full, "", "The module loads in half a second.",
+       "The host does nothing else meanwhile. Start what takes long in Initialize.", &LoadsSoon}};
 }
 
 }  // namespace devhost

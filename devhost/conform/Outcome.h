@@ -29,6 +29,7 @@ struct Outcome {
   std::string waiver;            // the reason of Waived
   std::vector<std::string> log;  // what host and driver have printed meanwhile
   long milliseconds = 0;
+  std::string script = {};  // for devhost run, that does what went wrong; "" for none
 };
 
 // The word for it in reports: "pass", "fail", ...

@@ -101,7 +101,7 @@ std::string Profile::ConfigIn(const std::string& folder) const {
 }
 
 const std::set<std::string>& Claims() {
-  static const std::set<std::string> claims = {"goes-off-line", "keeps-state", "safe-actions"};
+  static const std::set<std::string> claims = {"goes-off-line", "keeps-state", "local-file", "safe-actions", "withdraws"};
   return claims;
 }
 

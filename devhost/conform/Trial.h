@@ -1,6 +1,7 @@
 #ifndef DEVHOST_CONFORM_TRIAL_H
 #define DEVHOST_CONFORM_TRIAL_H
 
+#include <chrono>
 #include <random>
 #include <string>
 
@@ -32,9 +33,11 @@ struct Trial {
   // A text of that many letters and digits that no driver can know.
   std::string RandomText(std::size_t length = 16);
 
-  const std::string module;  // absolute path
-  std::string agent;         // the module of the real agent, absolute path
-  const std::string folder;  // of this check alone, absolute
+  const std::string module;                                          // absolute path
+  std::string agent;                                                 // the module of the real agent, absolute path
+  std::chrono::milliseconds sessionTime = std::chrono::seconds(20);  // for random sessions
+  std::string script;                                                // for devhost run, of what went wrong; "" for none
+  const std::string folder;                                          // of this check alone, absolute
   const Profile profile;
   std::mt19937 random;
   Trail trail;

@@ -52,11 +52,14 @@ TEST(ANewDriver, IsBuiltAndTestedWithCMake) {
   const ScratchFolder folder;
   const ShellResult result = InKit(
       "devhost new-driver tea_kettle new && cd new && cmake --preset release && cmake --build build && "
-      "ctest --test-dir build --output-on-failure && devhost module build/tea_kettle.so && nm -D --defined-only "
+      "ctest --test-dir build --output-on-failure && "
+      "devhost conform --level full --duration 1 --strict build/tea_kettle.so && devhost module build/tea_kettle.so && nm "
+      "-D --defined-only "
       "build/tea_kettle.so",
       folder);
   EXPECT_EQ(result.status, 0) << result.output;
   EXPECT_THAT(result.output, HasSubstr("100% tests passed, 0 tests failed out of 2"));
+  EXPECT_THAT(result.output, HasSubstr("\nconforms: "));
   EXPECT_THAT(result.output, HasSubstr("version 1.0.0\ncontract 1\nprocessor "));
   EXPECT_THAT(result.output, testing::ContainsRegex("processor [a-z0-9]+\n[0-9a-f]+ T GetCreationFunc\n[0-9a-f]+ [BDR] "
                                                     "versionString\n$"));

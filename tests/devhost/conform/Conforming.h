@@ -27,13 +27,15 @@ inline Conformance ConformanceOf(const std::string& module, const std::string& p
   conformance.profileFile = Profiles().Write("profile.xml", profile);
   conformance.profile = ReadProfile(ReadNamedText(conformance.profileFile));
   conformance.seed = 7;
+  conformance.sessionTime = std::chrono::seconds(1);
   return conformance;
 }
 
 // The skeleton with one fault, which claims everything.
 inline Conformance SkeletonConformance(const std::string& fault) {
   return ConformanceOf(SkeletonModule(fault),
-                       "<conform><claim name='keeps-state'/><claim name='safe-actions'/>"
+                       "<conform><claim name='keeps-state'/><claim name='safe-actions'/><claim name='local-file'/>"
+                       "<claim name='withdraws' out='Withdraw' back='Announce'/>"
                        "<claim name='goes-off-line' out='SetOnline online=false' back='SetOnline online=true'/>"
                        "</conform>");
 }

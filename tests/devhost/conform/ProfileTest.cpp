@@ -42,7 +42,8 @@ TEST(AProfile, ThatIsWrongIsRefusedWithWhatIsAllowed) {
   EXPECT_EQ(ErrorOf("<conform>\n<waiver/></conform>"),
             "kettle.xml:2: <waiver> is unknown; allowed: <config>, <claim>, <waive>");
   EXPECT_EQ(ErrorOf("<conform><claim name=\"fast\"/></conform>"),
-            "kettle.xml:1: the claim \"fast\" is unknown; allowed: goes-off-line, keeps-state, safe-actions");
+            "kettle.xml:1: the claim \"fast\" is unknown; allowed: goes-off-line, keeps-state, local-file, safe-actions, "
+            "withdraws");
   EXPECT_EQ(ErrorOf("<conform><waive check=\"traps-lots\" reason=\"it holds 10\"/></conform>"),
             "kettle.xml:1: there is no check \"traps-lots\"; allowed: an id that devhost conform --list prints");
   EXPECT_EQ(ErrorOf("<conform><waive check=\"traps-many\"/></conform>"),

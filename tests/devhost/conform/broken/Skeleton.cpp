@@ -1,5 +1,7 @@
 // A device driver straight from host/ that conforms, unless it is linked with the name of a check as its fault: then one
 // line of it is another one, and it breaks that check.
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -51,6 +53,13 @@ struct Erasable {
   bool erased = false;
 };
 
+// Only where the check is made, since all others would take long.
+const bool s_isSlow = [] {
+  std::ifstream command("/proc/self/cmdline");
+  const std::string words((std::istreambuf_iterator<char>(command)), std::istreambuf_iterator<char>());
+  return Breaks("module-load-time") && words.find("module-load-time") != std::string::npos && ::usleep(600000) == 0;
+}();
+
 int s_alive = 0;
 std::string s_name;
 
@@ -58,6 +67,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
  public:
   explicit Skeleton(IInstanceManager& instanceManager) : H7BaseAgentDriver(instanceManager, DriverMultiplicity_PerDevice) {
     ++s_alive;
+    if (Breaks("life-again")) {
+      static_cast<void>(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    }
   }
 
   ~Skeleton() override {
@@ -76,6 +88,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
 
   int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override {
     H7BaseAgentDriver::Initialize(driverId, config, persisted);
+    if (Breaks("life-initialize-again") && m_id != 0) {
+      return 1;
+    }
     m_id = driverId;
     m_path = config.GetNamedString("folder") + "/snmpd.conf";
     if (config.GetNamedString("folder").empty()) {
@@ -83,6 +98,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
         LogXMessage(3, "device %lu has no folder", driverId);
       }
       return 1;
+    }
+    if (Breaks("state-hostile") && persisted != nullptr && persisted->GetName() != "State") {
+      throw std::runtime_error("the state is damaged");
     }
     if (persisted != nullptr) {
       m_name.value = s_name = persisted->GetValue();
@@ -101,6 +119,14 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   }
 
   void RegisterCommands() override {
+    GetUICmdDispatcher().RegisterUICmd("Withdraw", [this](const ICmdMessage&) {
+      Withdraw();
+      return H7XML::CreateXmlNode("Success", "");
+    });
+    GetUICmdDispatcher().RegisterUICmd("Announce", [this](const ICmdMessage&) {
+      Announce();
+      return H7XML::CreateXmlNode("Success", "");
+    });
     GetUICmdDispatcher().RegisterUICmd("SetOnline", [this](const ICmdMessage& message) {
       m_isOnline = message.GetString("online") == "true";
       if (m_isOnline && m_isWaiting && !Breaks("file-later")) {
@@ -109,6 +135,11 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
       m_isWaiting = m_isWaiting && !m_isOnline;
       return H7XML::CreateXmlNode("Success", "");
     });
+  }
+
+  void Withdraw() {
+    FindAgent()->DeleteSNMPDevice(m_id);
+    m_isAnnounced = false;
   }
 
   bool GetIsManagedDevice() override { return m_isManaged; }
@@ -171,6 +202,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   void SetSysNameSetting(std::string name) override {
     m_contact.erased = m_contact.erased || (Breaks("erased-own") && name.empty());
     s_name = name;
+    if (Breaks("fuzz-session") && ++m_namings % 12 == 0) {
+      return;
+    }
     m_name.Set(name, "SysName");
     if (!Breaks("state-called")) {
       DmInvalidateState();
@@ -261,12 +295,18 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
       config.erase(std::remove(config.begin(), config.end(), '\r'), config.end());
     }
     const std::string beside = m_path + ".new";
+    struct stat old = {};
+    const mode_t mode = ::stat(m_path.c_str(), &old) == 0 ? old.st_mode & 0777U : 0600U;
     std::ofstream file(beside, std::ios::binary);
+    ::chmod(beside.c_str(), Breaks("file-mode") ? 0644U : mode);
     file << config;
     file.close();
     if (!file || std::rename(beside.c_str(), m_path.c_str()) != 0) {
       std::remove(beside.c_str());
-      return -1;
+      if (Breaks("throw-type")) {
+        throw 1;
+      }
+      return Breaks("file-failure") ? 0 : -1;
     }
     return 0;
   }
@@ -279,10 +319,16 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   }
 
   void Announce() {
+    if (Breaks("throw-service") && m_isAnnouncing) {
+      return;
+    }
     m_isAnnounced = true;
     m_isAnnouncing = true;
     FindAgent()->AddSNMPDevice(m_id, this);
     m_isAnnouncing = false;
+    if (Breaks("calls-withdrawn-inside") && !m_isAnnounced) {
+      throw std::runtime_error("the device was withdrawn");
+    }
   }
 
   unsigned long m_id = 0;
@@ -302,6 +348,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   Erasable<std::string> m_name;
   Erasable<std::vector<TrapTarget>> m_traps;
   std::string m_path;
+  int m_namings = 0;
   bool m_isOnline = true;
   bool m_isWaiting = false;
   std::string m_waiting;
