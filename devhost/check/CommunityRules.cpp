@@ -114,7 +114,9 @@ void JudgeFirstGrantWins(const Sight& sight, Report& report) {
 }
 
 void JudgeNoAccess(const Sight& sight, Report& report) {
-  if (sight.line.number == 0 && !sight.above.hasAccess && !sight.circumstances.isOff) {
+  const History& above = sight.above;
+  const bool isOpen = above.hasAccess || above.hasUnread || above.names.LetSomebodyIn();
+  if (sight.line.number == 0 && !isOpen && !sight.circumstances.isOff) {
     report.Add("nobody has access: the daemon runs and answers nobody", "set a read community");
   }
 }
@@ -156,10 +158,10 @@ void JudgeWellKnown(const Sight& sight, Report& report) {
 
 // The line that lets somebody in; those that only prepare it are not enough.
 bool OpensDoor(const Sight& sight) {
-  constexpr std::string_view kOthers[] = {"rouser",   "rwuser",    "access",    "authcommunity",
-                                          "authuser", "authgroup", "authaccess"};
-  return IsCommunityKeyword(sight.Keyword()) ||
-         std::find(std::begin(kOthers), std::end(kOthers), sight.Keyword()) != std::end(kOthers);
+  using Kind = AccessLine::Kind;
+  const std::optional<AccessLine>& access = sight.access;
+  return access && access->problem.empty() &&
+         (access->kind == Kind::Community || access->kind == Kind::User || access->kind == Kind::Rights);
 }
 
 void JudgeStillOpen(const Sight& sight, Report& report) {

@@ -3,13 +3,15 @@
 #include <optional>
 
 #include "devhost/check/Source.h"
+#include "devhost/check/UserLine.h"
 #include "devhost/snmpd/PassiveDirectives.h"
 
 namespace devhost {
 
 bool DaemonText::Takes(const Directive& setting) {
   const std::optional<Source> source = ReadSource(setting);
-  return IsPassiveDirective(setting.keyword) && !(source && IsLookedUp(*source));
+  const bool isCrash = setting.keyword == "createuser" && ReadUserLine(setting).words.size() == 2;
+  return IsPassiveDirective(setting.keyword) && !isCrash && !(source && IsLookedUp(*source));
 }
 
 void DaemonText::Add(const ConfigLine& line) {

@@ -10,7 +10,7 @@
 namespace devhost {
 
 // What the daemon's parser may read of a file without doing what the file says: directives that the daemon only remembers,
-// and that make it ask no name server. It names no other file; those that it includes are part of it.
+// and that make it neither ask a name server nor crash. It names no other file; those that it includes are part of it.
 class DaemonText {
  public:
   // Whether the daemon gets a line with this directive.

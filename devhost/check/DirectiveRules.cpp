@@ -1,25 +1,10 @@
-#include <algorithm>
-
 #include "devhost/check/Rules.h"
+#include "devhost/check/UserLine.h"
 
 // Directives that the daemon does not take, and users.
 namespace devhost {
 
 namespace {
-
-// The words of a createUser line behind the engine that it may name: user, kind, passphrase, kind, passphrase.
-std::vector<std::string_view> WordsOfUser(const Directive& setting) {
-  std::vector<std::string_view> words(setting.words.size());
-  std::transform(setting.words.begin(), setting.words.end(), words.begin(),
-                 [](const DirectiveWord& word) { return std::string_view(word.text); });
-  const bool hasEngine = words.size() > 1 && words[0] == "-e";
-  words.erase(words.begin(), words.begin() + (hasEngine ? 2 : 0));
-  return words;
-}
-
-bool IsKeyOption(std::string_view word) {
-  return word == "-m" || word == "-l";
-}
 
 // The names are shown only from the list of those that are known: what stands in the file may hold a community.
 void JudgeUnknown(const Sight& sight, Report& report) {
@@ -65,7 +50,7 @@ void JudgePassphrase(const Sight& sight, Report& report) {
   if (sight.Keyword() != "createuser") {
     return;
   }
-  const std::vector<std::string_view> words = WordsOfUser(*sight.line.setting);
+  const std::vector<std::string> words = ReadUserLine(*sight.line.setting).words;
   const bool hasAuthKey = words.size() > 2 && IsKeyOption(words[2]);
   const std::size_t privacy = hasAuthKey ? 5 : 4;
   if ((words.size() > 2 && !hasAuthKey) || (words.size() > privacy && !IsKeyOption(words[privacy]))) {
@@ -74,13 +59,34 @@ void JudgePassphrase(const Sight& sight, Report& report) {
   }
 }
 
+void JudgeUser(const Sight& sight, Report& report) {
+  if (sight.Keyword() == "createuser") {
+    const std::string problem = WhyNoUser(ReadUserLine(*sight.line.setting));
+    if (!problem.empty()) {
+      report.Add("the daemon does not make this user: " + problem, "correct the line, or remove it");
+    }
+  }
+}
+
+void JudgeEqualsSign(const Sight& sight, Report& report) {
+  const bool isAgents = sight.line.IsInside() && sight.read.kind != ReadBack::Kind::Nothing;
+  if (!sight.line.setting || isAgents || sight.line.setting->words.empty()) {
+    return;
+  }
+  const DirectiveWord& first = sight.line.setting->words.front();
+  if (first.quote == '\0' && (first.text == "=" || first.text == ":")) {
+    report.Add("a sign between the directive and its value: the daemon takes it for the value, or for the first word of it",
+               "write blanks alone between them");
+  }
+}
+
 }  // namespace
 
 std::vector<Rule> DirectiveRules() {
   using S = Severity;
   return {
-      {"unknown-directive", S::Error, JudgeUnknown},
-      {"other-section", S::Error, JudgeOtherSection},
+      {"unknown-directive", S::Error, JudgeUnknown},        {"other-section", S::Error, JudgeOtherSection},
+      {"sign-behind-directive", S::Error, JudgeEqualsSign}, {"user-rejected", S::Error, JudgeUser},
       {"plain-passphrase", S::Warning, JudgePassphrase},
   };
 }

@@ -8,11 +8,10 @@ namespace {
 
 constexpr std::size_t kMostRemembered = 100000;
 
-// Directives other than communities that give access.
-bool LetsIn(std::string_view keyword) {
-  constexpr std::string_view kOthers[] = {"rouser", "rwuser",        "com2sec",  "com2sec6",  "com2secunix",
-                                          "access", "authcommunity", "authuser", "authgroup", "authaccess"};
-  return IsCommunityKeyword(keyword) || std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
+// Whether the line lets somebody in by itself.
+bool LetsIn(const Sight& sight) {
+  return sight.access && sight.access->problem.empty() &&
+         (sight.access->kind == AccessLine::Kind::Community || sight.access->kind == AccessLine::Kind::User);
 }
 
 // Settings of which a section has one line.
@@ -24,8 +23,9 @@ bool IsSectionSetting(std::string_view keyword) {
 
 // Directives of which the rules look at more than the name.
 bool IsJudged(std::string_view keyword) {
-  constexpr std::string_view kOthers[] = {"agentxretries", "trap2sink", "includealldisks", "createuser"};
-  return IsSectionSetting(keyword) || IsCommunityKeyword(keyword) || IsInclude(keyword) ||
+  constexpr std::string_view kOthers[] = {"agentxretries", "trapsink",        "trap2sink", "informsink",
+                                          "trapsess",      "includealldisks", "createuser"};
+  return IsSectionSetting(keyword) || IsAccess(keyword) || IsPlainValue(keyword) || IsInclude(keyword) ||
          std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
 
@@ -41,7 +41,11 @@ void Remember(const Sight& sight, History& history) {
   }
   const Directive& setting = *line.setting;
   const bool leadsToUnread = IsInclude(setting.keyword) && (sight.included == nullptr || !sight.included->problem.empty());
-  history.hasAccess = history.hasAccess || LetsIn(setting.keyword) || leadsToUnread;
+  history.hasUnread = history.hasUnread || leadsToUnread;
+  history.hasAccess = history.hasAccess || LetsIn(sight);
+  if (sight.access) {
+    history.names.Add(*sight.access, line.number);
+  }
   if (line.IsInside() && line.section == sight.layout.firstStart && IsSectionSetting(setting.keyword)) {
     History::Value& value = history.section[setting.keyword];
     value = {value.first == 0 ? line.number : value.first, line.number, setting.rest};
@@ -49,7 +53,7 @@ void Remember(const Sight& sight, History& history) {
   if (!sight.grantKey.empty() && history.communities.size() < kMostRemembered) {
     history.communities.emplace(sight.grantKey, ReadGrant(line));
   }
-  if (sight.sink && history.sinks.size() < kMostRemembered) {
+  if (sight.sink && !sight.sink->words.empty() && history.sinks.size() < kMostRemembered) {
     history.sinks.emplace(SinkKey(*sight.sink), line.number);
   }
 }
@@ -110,7 +114,9 @@ class Judge {
     const ReadBack read = line.IsInside() ? ReadLineBack(line.text) : ReadBack();
     const std::string grantKey = line.setting ? GrantKey(*line.setting) : "";
     const std::optional<Sink> sink = line.setting ? ReadSink(*line.setting) : std::nullopt;
-    const Sight sight{line, read, m_layout, m_history, grantKey, sink, m_circumstances, included, isUtf16};
+    const std::optional<AccessLine> access = line.setting ? ReadAccess(*line.setting) : std::nullopt;
+    const std::optional<TrapSession> session = line.setting ? ReadTrapSession(*line.setting) : std::nullopt;
+    const Sight sight{line, read, m_layout, m_history, grantKey, sink, session, access, m_circumstances, included, isUtf16};
     for (const Rule& rule : Rules()) {
       m_report.Begin(rule.name, rule.severity, line.number);
       rule.judge(sight, m_report);
@@ -145,8 +151,8 @@ class Judge {
 const std::vector<Rule>& Rules() {
   static const std::vector<Rule> rules = [] {
     std::vector<Rule> all;
-    for (const auto& some : {MarkerRules(), ReaderRules(), CommunityRules(), TrapRules(), ValueRules(), EncodingRules(),
-                             DirectiveRules(), IncludeRules()}) {
+    for (const auto& some : {MarkerRules(), ReaderRules(), CommunityRules(), AccessRules(), TrapRules(), ValueRules(),
+                             EncodingRules(), DirectiveRules(), IncludeRules()}) {
       all.insert(all.end(), some.begin(), some.end());
     }
     return all;
@@ -159,7 +165,7 @@ std::vector<std::string> RuleNames() {
   for (const Rule& rule : Rules()) {
     names.emplace_back(rule.name);
   }
-  names.insert(names.end(), {kFileModeRule, kLineFeedRule, kDaemonRule});
+  names.insert(names.end(), {kFileModeRule, kLineFeedRule, kDaemonRule, kLostRule});
   return names;
 }
 

@@ -9,11 +9,14 @@
 #include <unordered_map>
 #include <vector>
 
+#include "devhost/check/AccessLine.h"
+#include "devhost/check/AccessNames.h"
 #include "devhost/check/ConfigText.h"
 #include "devhost/check/DaemonText.h"
 #include "devhost/check/Includes.h"
 #include "devhost/check/ReadBack.h"
 #include "devhost/check/Report.h"
+#include "devhost/check/TrapSession.h"
 #include "devhost/snmpd/DirectiveNames.h"
 
 // The rules that an snmpd.conf is judged by. docs/check-rules.md describes each of them.
@@ -29,7 +32,8 @@ struct Grant {
 
 // A line that says where traps go. The daemon cuts it at blanks alone.
 struct Sink {
-  std::vector<std::string> words;  // host, community, port
+  std::vector<std::string> words;  // host, community, port; none when there are only options in front of them
+  bool hasUnknownOption = false;   // one that the daemon skips
   std::string host;                // without transport and port
   std::string ownPort;             // the port in the target, "" when there is none
   bool isBareAddress = false;      // an IPv6 address without brackets
@@ -46,7 +50,9 @@ struct History {
   std::unordered_map<std::string, Grant> communities;  // by family and the text that the daemon answers to: the first line
   std::unordered_map<std::string, std::size_t> sinks;  // by host and port: the first line
   std::size_t firstText = 0;                           // the first line that is not blank
-  bool hasAccess = false;                              // somebody has access, or another file may give it
+  AccessNames names;                                   // which views, groups and security names there are
+  bool hasAccess = false;                              // a community or a user has access by a line of its own
+  bool hasUnread = false;                              // a file that is not known may say more
   bool hasNul = false;
 };
 
@@ -69,6 +75,10 @@ struct Sight {
   const std::string& grantKey;
   // Of a line that sends traps: its parts, when the daemon takes it for such a line; else none.
   const std::optional<Sink>& sink;
+  // Of a line with trapsess: its parts; else none.
+  const std::optional<TrapSession>& session;
+  // Of a line about access: its parts; else none.
+  const std::optional<AccessLine>& access;
   const Circumstances& circumstances;
   const Includes::Found* included = nullptr;  // of a line that includes files: what it leads to; null when that is not known
   bool isUtf16 = false;                       // the whole text of the file
@@ -90,6 +100,7 @@ struct Rule {
 std::vector<Rule> MarkerRules();
 std::vector<Rule> ReaderRules();
 std::vector<Rule> CommunityRules();
+std::vector<Rule> AccessRules();
 std::vector<Rule> TrapRules();
 std::vector<Rule> ValueRules();
 std::vector<Rule> EncodingRules();
@@ -103,6 +114,9 @@ const std::vector<Rule>& Rules();
 std::vector<std::string> RuleNames();
 inline constexpr char kFileModeRule[] = "file-mode";
 inline constexpr char kLineFeedRule[] = "line-feed";
+inline constexpr char kLostRule[] = "line-lost";  // what a preview finds beside the rules
+inline constexpr char kNotDefinedRule[] = "name-not-defined";
+inline constexpr char kNoRightsRule[] = "no-rights";
 inline constexpr char kDaemonRule[] = "daemon";  // whatever the daemon's parser complains of
 
 // Looks at who may read and change a file. `line` is the line for what concerns the whole file.
@@ -135,6 +149,8 @@ std::string SinkKey(const Sink& sink);
 
 // Whether the keyword, in lower case, is that of the contact, the location or the name.
 bool IsSystemText(std::string_view keyword);
+// Whether the daemon takes nothing for this keyword, in lower case, but a number or one of few words.
+bool IsPlainValue(std::string_view keyword);
 // Whether the daemon complains of the line and ignores it, as far as these rules know.
 bool IsRejected(const Directive& setting);
 

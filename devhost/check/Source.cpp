@@ -73,7 +73,8 @@ std::pair<std::optional<Bytes>, std::string> ReadMask(const std::string& text, b
   if (stop == digits.data() + digits.size()) {
     const bool fits = error == std::errc() && length >= 0 && length <= longest;
     return fits ? std::make_pair(std::optional<Bytes>(MaskOfLength(length)), std::string())
-                : std::make_pair(std::optional<Bytes>(), "the mask has no length from 0 to " + std::to_string(longest));
+                : std::make_pair(std::optional<Bytes>(),
+                                 "the length of the mask is not a number from 0 to " + std::to_string(longest));
   }
   Bytes mask = {};
   const bool isMask = ::inet_pton(isV6 ? AF_INET6 : AF_INET, text.c_str(), mask.data()) == 1;
@@ -118,7 +119,9 @@ std::string WhyNoSource(const Source& source) {
   if (!address && !(parts.host == "localhost" || IsLookedUp(source))) {
     return std::string("what may use it is neither an ") + (source.isV6 ? "IPv6" : "IPv4") + " address nor a host's name";
   }
-  if (parts.mask.empty()) {
+  // Of an IPv4 address within IPv6, the daemon takes any mask.
+  const bool isMapped = source.isV6 && parts.host.find(':') == std::string::npos;
+  if (parts.mask.empty() || isMapped) {
     return "";
   }
   const auto [mask, problem] = ReadMask(parts.mask, source.isV6);

@@ -1,3 +1,5 @@
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <optional>
 #include <vector>
@@ -53,7 +55,17 @@ bool LacksTarget(const Sight& sight) {
 
 // The sink of a line that is judged, or null.
 const Sink* JudgedSink(const Sight& sight) {
-  return sight.sink && !LacksTarget(sight) ? &*sight.sink : nullptr;
+  return sight.sink && !sight.sink->words.empty() && !LacksTarget(sight) ? &*sight.sink : nullptr;
+}
+
+// Whether the daemon can make nothing of it, whatever a name server says.
+bool IsNoTarget(const Sink& sink) {
+  const std::string& target = sink.words.front();
+  const bool isNumeric = sink.host.find_first_not_of("0123456789.") == std::string::npos;
+  in_addr address = {};
+  return target.find_first_of("\"',") != std::string::npos || target == "[" || (sink.host.empty() && target == ":") ||
+         (!sink.host.empty() && isNumeric && ::inet_aton(sink.host.c_str(), &address) == 0) ||
+         (target.back() == ':' && sink.ownPort.empty() && !sink.isBareAddress && !sink.host.empty());
 }
 
 bool IsQuoted(const Sink& sink) {
@@ -64,6 +76,47 @@ void JudgeTrapTarget(const Sight& sight, Report& report) {
   if (sight.Keyword() == "trap2sink" && LacksTarget(sight) && !sight.line.setting->rest.empty()) {
     report.Add("a trap target without a host: the daemon takes what follows for the host",
                "give the target a host, or remove it");
+  } else if (sight.sink && sight.sink->words.empty()) {
+    report.Add("options without a host behind them: the daemon crashes when it reads the line, and does not start",
+               "give the target a host, or remove the line");
+  } else if (sight.session && sight.session->target.empty() && sight.session->problem.empty()) {
+    report.Add("no host to send traps to: the daemon adds no target", "write the host behind the options");
+  }
+}
+
+void JudgeTrapHost(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && IsNoTarget(*sink)) {
+    report.Add("the trap target is neither an address nor the name of a host: no traps reach it",
+               "write one address or one name, without quotes and commas, and a port behind the colon if there is one");
+  }
+}
+
+void JudgeTrapOption(const Sight& sight, Report& report) {
+  const Sink* const sink = JudgedSink(sight);
+  if (sink != nullptr && sink->hasUnknownOption) {
+    report.Add(
+        "the daemon skips an option that it does not know here, and takes what follows it for the host, the community and "
+        "the "
+        "port",
+        "write it with trapsess, which has the options of the SNMP programs");
+  }
+}
+
+void JudgeSession(const Sight& sight, Report& report) {
+  if (sight.session && !sight.session->problem.empty()) {
+    report.Add("the daemon adds no target for traps: " + sight.session->problem, "correct the line, or remove it");
+  }
+}
+
+void JudgeSessionName(const Sight& sight, Report& report) {
+  const std::optional<TrapSession>& session = sight.session;
+  if (session && session->problem.empty() && !session->target.empty() && !session->hasName) {
+    report.Add(session->isV3
+                   ? "no user (-u) to send as, which version 3 needs; without -v a session is one of version 3: unless "
+                     "snmp.conf names one, the daemon adds no target"
+                   : "no community (-c) to send with: unless snmp.conf names one, the daemon adds no target",
+               session->isV3 ? "write -u and a user, or -v 2c -c and a community" : "write -c and a community");
   }
 }
 
@@ -146,9 +199,16 @@ std::optional<Sink> ReadSink(const Directive& setting) {
     return std::nullopt;
   }
   Sink sink;
+  bool isValue = false;
   for (std::size_t at = 0; at < rest.size() && sink.words.size() < 3;) {
     const std::size_t end = std::min(rest.find_first_of(kBlanks, at), rest.size());
-    sink.words.emplace_back(rest.substr(at, end - at));
+    const std::string_view word = rest.substr(at, end - at);
+    const bool isOption = !isValue && sink.words.empty() && word.front() == '-';
+    if (!isOption && !isValue) {
+      sink.words.emplace_back(word);
+    }
+    isValue = isOption && (word == "-profile" || word == "-name" || word == "-tag");
+    sink.hasUnknownOption = sink.hasUnknownOption || (isOption && !isValue);
     at = std::min(rest.find_first_not_of(kBlanks, end), rest.size());
   }
   if (!sink.words.empty()) {
@@ -166,6 +226,10 @@ std::vector<Rule> TrapRules() {
   using S = Severity;
   return {
       {"trap-without-target", S::Error, JudgeTrapTarget},
+      {"trap-host-wrong", S::Error, JudgeTrapHost},
+      {"trap-option-unknown", S::Error, JudgeTrapOption},
+      {"trap-session-rejected", S::Error, JudgeSession},
+      {"trap-session-without-name", S::Warning, JudgeSessionName},
       {"trap-port-as-community", S::Error, JudgeTrapPortAsCommunity},
       {"trap-community-quoted", S::Error, JudgeTrapQuotes},
       {"trap-port-wrong", S::Error, JudgeTrapPort},

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 #include "devhost/check/Rules.h"
@@ -22,9 +23,14 @@ std::string_view FirstWord(std::string_view value) {
   return value.substr(0, value.find_first_of(" \t\r"));
 }
 
-// A number, perhaps with a unit.
-bool IsTime(std::string_view text) {
+// A number, perhaps with a unit. The daemon looks for the unit at the end of the line.
+bool IsTime(std::string_view value) {
   constexpr std::string_view kUnits = "smhdwSMHDW";
+  std::string_view text = FirstWord(value);
+  if (!value.empty() && !Contains("0123456789", value.substr(value.size() - 1)) &&
+      !Contains(kUnits, value.substr(value.size() - 1))) {
+    return false;
+  }
   if (!text.empty() && Contains(kUnits, text.substr(text.size() - 1))) {
     text.remove_suffix(1);
   }
@@ -32,18 +38,23 @@ bool IsTime(std::string_view text) {
 }
 
 void JudgeHash(const Sight& sight, Report& report) {
-  if (!IsAgentKeyword(sight.Keyword()) || sight.line.setting->rest.substr(0, 1) != "#") {
+  const bool isKnown = sight.line.setting && (IsAgentKeyword(sight.Keyword()) ||
+                                              sight.circumstances.Directives().daemon.count(sight.Keyword()) != 0);
+  if (!isKnown || IsInclude(sight.Keyword()) || sight.line.setting->rest.substr(0, 1) != "#") {
     return;
   }
   report.Add(std::string("the daemon takes a value that begins with # for a comment and rejects the line: ") +
                  (IsCommunityKeyword(sight.Keyword()) ? "nobody gets access by it"
                   : sight.Keyword() == "trap2sink"    ? "it sends no traps"
-                                                      : "its default is served"),
+                  : IsAgentKeyword(sight.Keyword())   ? "its default is served"
+                                                      : "it has no effect"),
              "begin the value with another character");
 }
 
 void JudgeMissingValue(const Sight& sight, Report& report) {
-  if (IsAgentKeyword(sight.Keyword()) && sight.line.setting->rest.empty()) {
+  const bool isKnown = sight.line.setting && (IsAgentKeyword(sight.Keyword()) ||
+                                              sight.circumstances.Directives().daemon.count(sight.Keyword()) != 0);
+  if (isKnown && sight.Keyword() != "agentxtimeout" && sight.line.setting->rest.empty()) {
     report.Add("no value: the daemon rejects the line", "give a value that is not only blanks, or remove the line");
   }
 }
@@ -60,12 +71,71 @@ void JudgeAgentXTimeout(const Sight& sight, Report& report) {
     return;
   }
   const std::string_view word = FirstWord(sight.line.setting->rest);
-  if (!IsTime(word)) {
+  if (!IsTime(sight.line.setting->rest)) {
     report.Add("agentXTimeout is not a number of seconds: the daemon uses its built-in default",
                "give a number of seconds, for example 6");
   } else if (word.find_first_of("123456789") == std::string_view::npos) {
     report.Add("agentXTimeout is 0: every request to an AgentX subagent fails at once",
                "give a number of seconds, for example 6");
+  }
+}
+
+// Directives that take one of few words, or a number, as the whole of their value.
+enum class Takes { YesOrNo, OneOrTwo, Number };
+
+struct PlainValue {
+  std::string_view keyword;
+  Takes takes;
+};
+
+constexpr PlainValue kPlainValues[] = {{"authtrapenable", Takes::OneOrTwo},
+                                       {"avgbulkvarbindsize", Takes::Number},
+                                       {"disableperl", Takes::YesOrNo},
+                                       {"diskio_exclude_fd", Takes::YesOrNo},
+                                       {"diskio_exclude_loop", Takes::YesOrNo},
+                                       {"diskio_exclude_ram", Takes::YesOrNo},
+                                       {"donotretainnotificationlogs", Takes::YesOrNo},
+                                       {"dontlogtcpwrappersconnects", Takes::YesOrNo},
+                                       {"dontretainlogs", Takes::YesOrNo},
+                                       {"leave_pidfile", Takes::YesOrNo},
+                                       {"maxgetbulkrepeats", Takes::Number},
+                                       {"maxgetbulkresponses", Takes::Number},
+                                       {"pdustatsmax", Takes::Number},
+                                       {"pdustatsthreshold", Takes::Number},
+                                       {"quit", Takes::YesOrNo},
+                                       {"realstorageunits", Takes::YesOrNo},
+                                       {"skipnfsinhostresources", Takes::YesOrNo},
+                                       {"storageusenfs", Takes::OneOrTwo},
+                                       {"strictdisman", Takes::YesOrNo}};
+
+bool IsYesOrNo(std::string_view text) {
+  constexpr std::string_view kWords[] = {"yes", "no", "true", "false", "0", "1"};
+  return std::find(std::begin(kWords), std::end(kWords), InLowerCase(text)) != std::end(kWords);
+}
+
+bool IsWholeNumber(std::string_view text) {
+  text.remove_prefix(text.substr(0, 1) == "-" ? 1 : 0);
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+const PlainValue* FindPlainValue(std::string_view keyword) {
+  const auto* const found = std::find_if(std::begin(kPlainValues), std::end(kPlainValues),
+                                         [keyword](const PlainValue& value) { return value.keyword == keyword; });
+  return found == std::end(kPlainValues) ? nullptr : found;
+}
+
+void JudgePlainValue(const Sight& sight, Report& report) {
+  const PlainValue* const known = FindPlainValue(sight.Keyword());
+  if (known == nullptr || sight.line.setting->words.empty()) {
+    return;
+  }
+  const std::string_view word = FirstWord(sight.line.setting->rest);
+  if (known->takes == Takes::YesOrNo && !IsYesOrNo(word)) {
+    report.Add("the daemon rejects a value other than yes, no, true, false, 1 and 0", "write yes or no, without quotes");
+  } else if (known->takes == Takes::OneOrTwo && word.substr(0, 1) != "1" && word.substr(0, 1) != "2") {
+    report.Add("the daemon rejects a value other than 1 (yes) and 2 (no)", "write 1 or 2");
+  } else if (known->takes == Takes::Number && !IsWholeNumber(word)) {
+    report.Add("the daemon rejects a value that is not a whole number", "write a number, without quotes");
   }
 }
 
@@ -75,19 +145,22 @@ bool IsSystemText(std::string_view keyword) {
   return keyword == "syscontact" || keyword == "syslocation" || keyword == "sysname";
 }
 
+bool IsPlainValue(std::string_view keyword) {
+  return FindPlainValue(keyword) != nullptr;
+}
+
 bool IsRejected(const Directive& setting) {
   return setting.rest.empty() || setting.rest.front() == '#' ||
          (IsSystemText(setting.keyword) && setting.rest.size() > kLongestText) ||
-         (setting.keyword == "agentxtimeout" && !IsTime(FirstWord(setting.rest)));
+         (setting.keyword == "agentxtimeout" && !IsTime(setting.rest));
 }
 
 std::vector<Rule> ValueRules() {
   using S = Severity;
   return {
-      {"value-begins-with-hash", S::Error, JudgeHash},
-      {"value-missing", S::Error, JudgeMissingValue},
-      {"text-too-long", S::Error, JudgeTextLength},
-      {"agentx-timeout", S::Error, JudgeAgentXTimeout},
+      {"value-begins-with-hash", S::Error, JudgeHash}, {"value-missing", S::Error, JudgeMissingValue},
+      {"text-too-long", S::Error, JudgeTextLength},    {"agentx-timeout", S::Error, JudgeAgentXTimeout},
+      {"value-wrong", S::Error, JudgePlainValue},
   };
 }
 

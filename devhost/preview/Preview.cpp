@@ -1,14 +1,12 @@
 #include "devhost/preview/Preview.h"
 
 #include <algorithm>
-#include <iterator>
-#include <string_view>
 #include <utility>
 
-#include "devhost/check/CheckFile.h"
 #include "devhost/engine/Host.h"
 #include "devhost/preview/AgentStandIn.h"
 #include "devhost/preview/FileDifference.h"
+#include "devhost/preview/Losses.h"
 #include "devhost/preview/ScratchDevice.h"
 #include "devhost/secrets/Masker.h"
 #include "devhost/state/StateStore.h"
@@ -112,25 +110,12 @@ void Try(const PreviewInput& input, const std::string& file, Complaints& complai
   }
 }
 
-// The findings of a check that say what the next write drops.
-std::vector<Finding> LossesOf(const std::string& text, const PreviewResult& result, bool showSecrets) {
-  constexpr std::string_view kLosses[] = {"text-above-section",      "markers-reversed", "line-after-trailer",
-                                          "foreign-line-in-section", "setting-twice",    "retries-go-back"};
-  std::vector<Finding> losses;
-  for (Finding& finding : CheckText(text, result.file, {false, showSecrets}).findings) {
-    if (std::find(std::begin(kLosses), std::end(kLosses), finding.rule) != std::end(kLosses)) {
-      losses.push_back(std::move(finding));
-    }
-  }
-  return losses;
-}
-
 void Show(const PreviewInput& input, const Trial& trial, Masker& masker, PreviewResult& result) {
   result.difference =
       FileDifference({result.file, trial.before.file}, {result.file + " after SetDeviceState", trial.after.file}, masker);
   if (!result.difference.empty()) {
     result.verdict = Verdict::Changed;
-    result.losses = LossesOf(trial.before.file, result, input.showSecrets);
+    result.losses = LossesOf(trial.before.file, trial.after.file, result.file, input.showSecrets);
   }
   if (trial.before.copyStatus == kCannotBeReached) {
     result.messages.push_back(input.device.name +

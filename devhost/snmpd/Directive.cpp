@@ -1,22 +1,18 @@
 #include "devhost/snmpd/Directive.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "devhost/snmpd/WordCutter.h"
 
 namespace devhost {
 
-namespace {
-
-std::string LowerCase(std::string text) {
+std::string InLowerCase(std::string_view text) {
+  std::string lower(text);
   // Not std::tolower: the daemon compares in its own locale, which knows these letters only.
-  std::transform(text.begin(), text.end(), text.begin(),
+  std::transform(lower.begin(), lower.end(), lower.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return text;
+  return lower;
 }
-
-}  // namespace
 
 std::optional<Directive> ReadDirective(std::string_view line) {
   WordCutter cutter(line);
@@ -31,7 +27,7 @@ std::optional<Directive> ReadDirective(std::string_view line) {
     keyword = cutter.Next().text;
   }
   Directive directive;
-  directive.keyword = LowerCase(std::move(keyword));
+  directive.keyword = InLowerCase(keyword);
   directive.restBegin = cutter.At();
   std::size_t end = line.size();
   while (end > directive.restBegin && IsConfigBlank(line[end - 1])) {

@@ -25,6 +25,9 @@ struct Directive {
   std::vector<DirectiveWord> words;  // the same, cut into words
 };
 
+// The text with its ASCII letters in lower case. The daemon compares most words like that.
+std::string InLowerCase(std::string_view text);
+
 // Cuts a line, given without its line feed, as the daemon does. A section's name in brackets in front of the keyword is
 // skipped. Nothing for a comment, an empty line, or a section's name alone.
 std::optional<Directive> ReadDirective(std::string_view line);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "devhost/snmpd/Directive.h"
 #include "devhost/snmpd/LineCutter.h"
 #include "devhost/snmpd/WordCutter.h"
 
@@ -55,12 +56,6 @@ void AddWords(std::string_view words, DirectiveNames::Names& names) {
   }
 }
 
-std::string LowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return text;
-}
-
 bool IsNameCharacter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
 }
@@ -105,7 +100,7 @@ DirectiveNames ReadDirectiveNames(std::string_view list) {
     }
     WordCutter cutter(line);
     if (current != nullptr && line.substr(0, 4) == "    " && !cutter.AtEnd()) {
-      current->insert(LowerCase(cutter.Next().text));
+      current->insert(InLowerCase(cutter.Next().text));
     }
   }
   if (!names.daemon.empty()) {

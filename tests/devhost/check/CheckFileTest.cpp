@@ -62,14 +62,14 @@ TEST_F(ACheckedFile, IsReadByTheDaemonWhenAsked) {
 }
 
 TEST_F(ACheckedFile, IsReadByTheDaemonWithTheFilesThatItIncludes) {
-  const std::string included = folder.Write("included.conf", "\nrouser\n");
+  const std::string included = folder.Write("included.conf", "\niqueryVersion 4\n");
   ::chmod(included.c_str(), 0600);
   const std::vector<Finding> findings =
       CheckFile(File("rocommunity  reader\nincludeFile included.conf\n"), {true, false}).findings;
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].file, included);
   EXPECT_EQ(findings[0].line, 2u);
-  EXPECT_EQ(findings[0].reason, "the daemon says: Error: Blank line following *****");
+  EXPECT_EQ(findings[0].reason, "the daemon says: Error: Unknown/disabled version: *****");
 }
 
 TEST_F(ACheckedFile, ThatTheDaemonCannotBeAskedAboutStillGivesWhatTheRulesFind) {

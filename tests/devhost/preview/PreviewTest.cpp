@@ -184,9 +184,10 @@ TEST_F(APreview, WithAnotherDriverThanTheAgentSaysWhy) {
 }
 
 TEST_F(APreview, NamesEveryKindOfLoss) {
-  folder.Write("home/kitchen/snmpd.conf",
-               "sysContact Ada\n# Halvoren Section Start\nsysName a\nsysName b\nagentXRetries 5\nview all included .1\n"
-               "# Halvoren Section End\nsysLocation here\n\nrocommunity  hidden2\nsysName  hall\n");
+  folder.Write(
+      "home/kitchen/snmpd.conf",
+      "sysContact Ada\n# Halvoren Section Start\nsysName a\nsysName b\nagentXRetries 5\nview all included .1\n# mine\n"
+      "# Halvoren Section End\nsysLocation here\n\nrocommunity  hidden2\nsysName  hall\n");
   std::vector<std::string> rules;
   for (const Finding& loss : Preview().losses) {
     EXPECT_EQ(loss.file, "snmpd.conf of kitchen");
@@ -194,7 +195,7 @@ TEST_F(APreview, NamesEveryKindOfLoss) {
   }
   // The last line overrides the section, which the check says, too, but nothing of it is lost.
   EXPECT_THAT(rules, testing::UnorderedElementsAre("1 text-above-section", "4 setting-twice", "5 retries-go-back",
-                                                   "6 foreign-line-in-section", "8 line-after-trailer"));
+                                                   "6 foreign-line-in-section", "7 line-lost", "9 line-after-trailer"));
   folder.Write("home/kitchen/snmpd.conf", "sysName a\n# Halvoren Section End\n\n# Halvoren Section Start\n");
   EXPECT_THAT(Preview().losses, testing::Contains(testing::Field(&Finding::rule, "markers-reversed")));
 }
