@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <map>
 #include <set>
+#include <sstream>
+#include <string>
 #include <string_view>
 
 #include "devhost/snmpd/PassiveDirectives.h"
@@ -63,13 +65,21 @@ bool IsOnNetwork(std::string_view target) {
   return kNetwork.count(way) != 0 || isAddress || (hasPort && kOthers.count(way) == 0);
 }
 
-// Whether the target of a sink is on the network: the first word behind options, each of which has a value.
+// Whether the target of a sink is on the network: the first word behind options. The daemon cuts these lines at blanks
+// alone, whatever quotes there are, and three options have a value. It skips others, and takes what follows one for the
+// target.
 bool HasNetworkTarget(const devhost::Directive& directive) {
-  std::size_t at = 0;
-  while (at < directive.words.size() && directive.words[at].text.substr(0, 1) == "-") {
-    at += 2;
+  static const std::set<std::string> kWithValue = {"-profile", "-name", "-tag"};
+  std::istringstream words(directive.rest);
+  for (std::string word; words >> word;) {
+    if (word.front() != '-') {
+      return IsOnNetwork(word);
+    }
+    if (kWithValue.count(word) == 0 || !(words >> word)) {
+      return false;
+    }
   }
-  return at < directive.words.size() && IsOnNetwork(directive.words[at].text);
+  return false;
 }
 
 // It takes a program's options, and some of those name files. Only what says who sends, and how, is let through.

@@ -52,6 +52,14 @@ TEST(ASink, HasATarget) {
   }
 }
 
+// A word that looks like the value of an option, or like a part of a quoted one, is the target to the daemon.
+TEST(ASink, IsCutAsTheDaemonCutsIt) {
+  for (const std::string line : {"trap2sink -v unix:/tmp/x 127.0.0.1", "trapsink -v -w unix:/tmp/x 127.0.0.1",
+                                 "informsink -name \"a unix:/tmp/x\" 127.0.0.1", "trap2sink -tag 'a unix:x' ::1"}) {
+    EXPECT_EQ("it has no target on the network", Why(line)) << line;
+  }
+}
+
 TEST(ASink, HasItsTargetOnTheNetwork) {
   for (const std::string target : {"unix:/tmp/x", "UNIX:x", "/tmp/x", "std:", "ssh:host", "alias:x", "\"unix:x\"",
                                    "un\\ix:x", "unix:162", "dtls6:162", "new:x"}) {
