@@ -46,5 +46,11 @@ if(AGENT_DEVHOST)
   install(TARGETS devhost EXPORT snmp-driver-kit-devhost RUNTIME COMPONENT devhost)
   install(TARGETS devhost_library LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT devhost)
   install(EXPORT snmp-driver-kit-devhost DESTINATION "${KIT_CMAKE_DIR}" NAMESPACE snmp-driver-kit:: COMPONENT devhost)
+  install(FILES devhost/commands/shells/devhost.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+          RENAME devhost COMPONENT devhost)
+  install(FILES devhost/commands/shells/devhost.zsh DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions"
+          RENAME _devhost COMPONENT devhost)
+  install(FILES devhost/commands/shells/devhost.fish DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
+          COMPONENT devhost)
   install(FILES docs/man/devhost.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT devhost)
 endif()

@@ -12,9 +12,19 @@ namespace devhost {
 
 class Console;
 
+class Arguments;
+
+// What a shell may offer for a word.
+struct Candidate {
+  std::string text;
+  std::string meaning;  // "" when the text says it all
+};
+
 // One option or argument of a command. The command line, its help and the messages for wrong usage are made of these.
 struct CommandOption {
-  enum class Takes { Nothing, Text, Choice, Path, Paths };
+  enum class Takes { Nothing, Text, Choice, Path, Paths, Folder };
+  // The values that could stand here, for completion: `written` is the line so far, `word` the beginning of the value.
+  using Suggest = std::vector<Candidate> (*)(const Arguments& written, const std::string& word);
 
   bool IsArgument() const { return name[0] != '-'; }
 
@@ -25,7 +35,8 @@ struct CommandOption {
   bool isRequired = false;
   std::vector<std::string> choices = {};  // the values that Takes::Choice allows
   std::vector<const char*> without = {};  // the names of options, declared before this one, that it cannot stand beside
-  bool isHidden = false;                  // the program gives it to itself; no help names it
+  Suggest suggest = nullptr;
+  bool isHidden = false;  // the program gives it to itself; no help names it
 };
 
 // What a command line gave for the options and arguments of its command.

@@ -4,13 +4,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include "devhost/commands/CommonOptions.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
 
 namespace {
 
-constexpr char kVersion[] = "devhost " DEVHOST_VERSION;
+constexpr char kVersionText[] = "devhost " DEVHOST_VERSION;
 // The library's own word between two options.
 constexpr char kExcludes[] = " excludes ";
 constexpr char kMeaning[] =
@@ -66,7 +67,7 @@ void AddOption(CLI::App& app, const CommandOption& option) {
   if (option.takes == Takes::Paths) {
     added->expected(CLI::detail::expected_max_vector_size);
   }
-  if (option.takes == Takes::Path || option.takes == Takes::Paths) {
+  if (option.takes == Takes::Path || option.takes == Takes::Paths || option.takes == Takes::Folder) {
     added->check(NeedName);
   }
   if (option.takes == Takes::Choice) {
@@ -101,8 +102,8 @@ class Parser {
   explicit Parser(const std::vector<Command>& commands) : m_app(kMeaning, "devhost"), m_commands(commands) {
     m_app.formatter(std::make_shared<Formatter>());
     m_app.footer(kFooter);
-    m_app.set_help_flag("-h,--help", "Print this help");
-    m_app.set_version_flag("--version", kVersion, "Print the version");
+    m_app.set_help_flag(std::string("-h,") + kHelp.name, kHelp.meaning);
+    m_app.set_version_flag(kVersion.name, kVersionText, kVersion.meaning);
     m_app.require_subcommand(1);
     for (const Command& command : commands) {
       CLI::App* const app = m_app.add_subcommand(command.name, command.meaning);

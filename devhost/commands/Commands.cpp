@@ -4,6 +4,7 @@
 #include <new>
 
 #include "devhost/commands/CommandLine.h"
+#include "devhost/commands/Completion.h"
 #include "devhost/driver/DriverModule.h"
 #include "devhost/preview/Preview.h"
 #include "devhost/project/Project.h"
@@ -28,13 +29,18 @@ bool IsWrongInput(const std::exception& error) {
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {MakeRun(),   MakeCheck(),  MakeAdvise(),    MakePreview(),
-                                                MakeApply(), MakeModule(), MakeNewDriver(), MakeConform()};
+  static const std::vector<Command> commands = {MakeRun(),    MakeCheck(),     MakeAdvise(),  MakePreview(),   MakeApply(),
+                                                MakeModule(), MakeNewDriver(), MakeConform(), MakeCompletion()};
   return commands;
 }
 
 ExitStatus RunCommandLine(int argc, const char* const* argv, Console& console) {
   try {
+    // Not a command for people: the scripts in shells/ ask what could stand on the line.
+    if (argc > 1 && argv[1] == std::string("__complete")) {
+      console.Out().Write(CompletionLines({argv + 2, argv + argc}, Commands()));
+      return console.Finish(ExitStatus::Good);
+    }
     const CommandLine line = ParseCommandLine(argc, argv, Commands());
     if (line.command != nullptr) {
       return console.Finish(line.command->run(line.arguments, console));

@@ -17,6 +17,7 @@ Command MakeApply();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();
+Command MakeCompletion();
 
 // Every command of the program, in the order of the help.
 const std::vector<Command>& Commands();

@@ -24,7 +24,31 @@ const CommandOption kProfile{"--profile", "FILE", "The driver's configuration, w
                              Takes::Path};
 const CommandOption kLevel{"--level",     "LEVEL", "How much is judged: basic (the default) or full",
                            Takes::Choice, false,   {"basic", "full"}};
-const CommandOption kOnly{"--only", "LIST", "Make only these checks: ids or groups, with commas between them", Takes::Text};
+// Checks and groups behind the last comma of the word.
+std::vector<Candidate> SuggestOnly(const Arguments&, const std::string& word) {
+  const std::string before = word.substr(0, word.rfind(',') + 1);
+  std::vector<Candidate> checks;
+  for (const Check& check : Checks()) {
+    const std::string group = before + GroupOf(check);
+    if (checks.empty() ||
+        std::none_of(checks.begin(), checks.end(), [&](const Candidate& known) { return known.text == group; })) {
+      checks.push_back({group, "all checks of this group"});
+    }
+    checks.push_back({before + check.id, check.sentence});
+  }
+  return checks;
+}
+
+std::vector<Candidate> SuggestChecks(const Arguments&, const std::string&) {
+  std::vector<Candidate> checks;
+  for (const Check& check : Checks()) {
+    checks.push_back({check.id, check.sentence});
+  }
+  return checks;
+}
+
+const CommandOption kOnly =
+    With({"--only", "LIST", "Make only these checks: ids or groups, with commas between them", Takes::Text}, &SuggestOnly);
 const CommandOption kSeed{"--seed", "NUMBER", "Where random texts begin (default: another number each time)", Takes::Text};
 const CommandOption kDuration{"--duration", "SECONDS", "How long random sessions are tried (default: 20)", Takes::Text};
 const CommandOption kFormat{"--format",    "FORMAT", "Print the report as text (the default), json or junit",
@@ -33,7 +57,8 @@ const CommandOption kOutput{"--output", "FILE", "Write the report into this file
 const CommandOption kStrict{"--strict", "", "Let warnings fail, too"};
 const CommandOption kInProcess{"--in-process", "", "Make the checks in this process, for a debugger"};
 const CommandOption kList{"--list", "", "Print all checks, a line each, and make none"};
-const CommandOption kExplain{"--explain", "ID", "Say why there is this check, and make none", Takes::Text};
+const CommandOption kExplain =
+    With({"--explain", "ID", "Say why there is this check, and make none", Takes::Text}, &SuggestChecks);
 const CommandOption kRunCheck = [] {
   CommandOption option{"--run-check", "ID", "Make one check in this folder, for the process that waits", Takes::Text};
   option.isHidden = true;

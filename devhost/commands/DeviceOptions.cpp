@@ -1,9 +1,22 @@
 #include "devhost/commands/DeviceOptions.h"
 
 #include "devhost/commands/CommonOptions.h"
+#include "devhost/project/ChosenDevice.h"
 #include "devhost/project/Project.h"
 
 namespace devhost {
+
+std::vector<Candidate> SuggestDevices(const Arguments& written, const std::string&) {
+  std::vector<Candidate> devices;
+  if (written.Has(kDeviceProject)) {
+    for (const DriverEntry& driver : ReadProject(written.Text(kDeviceProject), ModuleFolder(written)).drivers) {
+      if (!IsAgent(driver)) {
+        devices.push_back({driver.name, "driver " + std::to_string(driver.id)});
+      }
+    }
+  }
+  return devices;
+}
 
 Target ReadTarget(const Arguments& arguments) {
   const std::string file = arguments.Text(kDeviceProject);

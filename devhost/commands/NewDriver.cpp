@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "devhost/commands/Commands.h"
-#include "devhost/commands/ExampleFiles.h"
+#include "devhost/commands/EmbeddedFiles.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -16,7 +16,7 @@ using Takes = CommandOption::Takes;
 
 const CommandOption kName{"name", "", "Name of the driver: lower-case letters, digits and _, a letter first", Takes::Text,
                           true};
-const CommandOption kFolder{"folder", "", "The folder to make; it must not be there yet", Takes::Path, true};
+const CommandOption kFolder{"folder", "", "The folder to make; it must not be there yet", Takes::Folder, true};
 
 constexpr char kFooter[] =
     "Writes a driver of an SNMP-capable device that builds and works: its source, what CMake\n"
@@ -67,7 +67,7 @@ std::string WriteFiles(const std::string& name, const std::filesystem::path& fol
   const auto renamed = [&name](const std::string& text) {
     return Replaced(Replaced(text, "example_device", name), "ExampleDevice", ClassName(name));
   };
-  for (const ExampleFile& example : ExampleFiles()) {
+  for (const EmbeddedFile& example : ExampleFiles()) {
     const std::filesystem::path path = folder / renamed(example.name);
     std::ofstream file(path, std::ios::binary);
     file << renamed(example.text);

@@ -21,7 +21,7 @@ namespace {
 
 using Takes = CommandOption::Takes;
 
-const CommandOption kState{"--state", "DIR", "Folder with the drivers' states, which is only read", Takes::Path};
+const CommandOption kState{"--state", "DIR", "Folder with the drivers' states, which is only read", Takes::Folder};
 
 const CommandOption kOneObject{"--json", "", "Print one JSON object: device, verdict, difference, findings, messages"};
 

@@ -31,7 +31,7 @@ const CommandOption kScript{
 const CommandOption kProject{"--project", "FILE", "Project file; without one, the agent alone is loaded as driver 1",
                              Takes::Path};
 const CommandOption kState{"--state", "DIR", "Keep the drivers' states in this folder, which is made when missing",
-                           Takes::Path};
+                           Takes::Folder};
 const CommandOption kJsonLines{"--json", "", "Print one JSON object for each thing that happens, on a line of its own"};
 const CommandOption kPretty{
     "--pretty",     "",    "Print XML indented, on several lines, where one line would be longer than 100 characters",

@@ -12,11 +12,11 @@ namespace {
 
 constexpr std::string_view kAgentModule = "snmp_configuration_agent.so";
 
+}  // namespace
+
 bool IsAgent(const DriverEntry& driver) {
   return std::string_view(driver.module).substr(driver.module.rfind('/') + 1) == kAgentModule;
 }
-
-}  // namespace
 
 ChosenDevice ChooseDevice(const std::string& file, const Project& project, const std::string& word) {
   ChosenDevice chosen;

@@ -15,6 +15,9 @@ struct ChosenDevice {
   DriverEntry device;
 };
 
+// Whether the driver is the agent, which the name of its module says.
+bool IsAgent(const DriverEntry& driver);
+
 // The device that `word`, a name or an id, stands for, and the agent. Drivers are not loaded to see which of them is the
 // agent, so the name of its module decides. Throws ProjectError, which names `file`, when the project lacks one of them.
 ChosenDevice ChooseDevice(const std::string& file, const Project& project, const std::string& word);

@@ -11,20 +11,20 @@ namespace drivers {
 namespace {
 
 struct ExpectedEvent {
-  unsigned int id;
   const char* name;
   Promise promise;
   const char* first;  // its parameters; null for none
   const char* second;
+  unsigned int id;
   bool isAdded;  // the parameters are the ids of a variable that is there
 };
 
 constexpr ExpectedEvent kEvents[] = {
-    {SystemEvent_OnProjectLoaded, "OnProjectLoaded", Promise::EventProjectLoaded, nullptr, nullptr, false},
-    {SystemEvent_OnItemRemoved, "OnItemRemoved", Promise::EventItemRemoved, "iditem", "idroom", false},
-    {SystemEvent_OnVariableAdded, "OnVariableAdded", Promise::EventVariableAdded, "iddevice", "idvariable", true},
-    {SystemEvent_OnVariableRemoved, "OnVariableRemoved", Promise::EventVariableRemoved, "iddevice", "idvariable", false},
-    {SystemEvent_OnUserVariableAdded, "OnUserVariableAdded", Promise::EventUserVariableAdded, "iddevice", "idvariable",
+    {"OnProjectLoaded", Promise::EventProjectLoaded, nullptr, nullptr, SystemEvent_OnProjectLoaded, false},
+    {"OnItemRemoved", Promise::EventItemRemoved, "iditem", "idroom", SystemEvent_OnItemRemoved, false},
+    {"OnVariableAdded", Promise::EventVariableAdded, "iddevice", "idvariable", SystemEvent_OnVariableAdded, true},
+    {"OnVariableRemoved", Promise::EventVariableRemoved, "iddevice", "idvariable", SystemEvent_OnVariableRemoved, false},
+    {"OnUserVariableAdded", Promise::EventUserVariableAdded, "iddevice", "idvariable", SystemEvent_OnUserVariableAdded,
      true},
 };
 
