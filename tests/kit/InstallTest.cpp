@@ -87,19 +87,37 @@ TEST(ANewDriversSession, FailsWhenTheDriverIsWrong) {
   EXPECT_THAT(result.output, HasSubstr("2 expectations not met; first: session.devhost:7"));
 }
 
-TEST(ADriverStraightFromTheHeaders, IsBuiltAndWorks) {
+class ADriverStraightFromTheHeaders : public testing::Test {
+ protected:
+  ADriverStraightFromTheHeaders() {
+    folder.Write("project.xml",
+                 "<project><driver id=\"1\" name=\"agent\" module=\"snmp_configuration_agent.so\"/>"
+                 "<driver id=\"12\" name=\"device\" module=\"./build/straight_device.so\"><config/></driver></project>");
+  }
+
+  void ExpectThatItIsBuiltWith(const std::string& build) const {
+    const ShellResult result = InKit(build +
+                                         " && printf 'command AddManagedDevice deviceId=12\ncommand GetDeviceList\n' | "
+                                         "devhost run --project project.xml - && devhost module build/straight_device.so",
+                                     folder);
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("<deviceId>12</deviceId></managedDevice></managedDevices>\n"));
+    EXPECT_THAT(result.output, HasSubstr("version 2.5.0\ncontract 1\n"));
+  }
+
   const ScratchFolder folder;
-  folder.Write("project.xml",
-               "<project><driver id=\"1\" name=\"agent\" module=\"snmp_configuration_agent.so\"/>"
-               "<driver id=\"12\" name=\"device\" module=\"./build/straight_device.so\"><config/></driver></project>");
-  const ShellResult result = InKit("cmake -S '" SOURCE_FOLDER
-                                   "/tests/kit/straight' -B build && cmake --build build && "
-                                   "printf 'command AddManagedDevice deviceId=12\ncommand GetDeviceList\n' | "
-                                   "devhost run --project project.xml - && devhost module build/straight_device.so",
-                                   folder);
-  EXPECT_EQ(result.status, 0) << result.output;
-  EXPECT_THAT(result.output, HasSubstr("<deviceId>12</deviceId></managedDevice></managedDevices>\n"));
-  EXPECT_THAT(result.output, HasSubstr("version 2.5.0\ncontract 1\n"));
+};
+
+TEST_F(ADriverStraightFromTheHeaders, IsBuiltWithCMake) {
+  ExpectThatItIsBuiltWith("cmake -S '" SOURCE_FOLDER "/tests/kit/straight' -B build && cmake --build build");
+}
+
+// The Makefile is that of the example, with the names of this driver.
+TEST_F(ADriverStraightFromTheHeaders, IsBuiltWithPkgConfigAndMake) {
+  ExpectThatItIsBuiltWith(
+      "devhost new-driver straight_device new && cp '" SOURCE_FOLDER
+      "/tests/kit/straight/StraightDevice.cpp' new/ && sed -i 's/^VERSION := .*/VERSION := 2.5.0/' new/Makefile && "
+      "make -C new CXX=\"$CXX\" && mv new/build .");
 }
 
 TEST(AProjectThatTakesTheKitAsASubdirectory, BuildsItsDriver) {
