@@ -35,7 +35,6 @@ class Formatter : public CLI::Formatter {
     label("OPTIONS", "options");
     label("SUBCOMMAND", "command");
     label("Positionals", "Arguments");
-    label("Subcommands", "Commands");
   }
   std::string make_option_opts(const CLI::Option* option) const override {
     return option->get_type_size() == 0 || option->get_positional() ? "" : " " + option->get_type_name();
@@ -107,7 +106,7 @@ class Parser {
     m_app.require_subcommand(1);
     for (const Command& command : commands) {
       CLI::App* const app = m_app.add_subcommand(command.name, command.meaning);
-      app->footer(command.footer);
+      app->footer(command.footer)->group("Commands");
       for (const CommandOption& option : command.options) {
         AddOption(*app, option);
       }
