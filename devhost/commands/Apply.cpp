@@ -1,15 +1,12 @@
 #include "devhost/operations/Apply.h"
 
-#include <algorithm>
-#include <exception>
-#include <new>
-#include <string_view>
+#include <string>
+#include <vector>
 
 #include "devhost/commands/ChangeOutput.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
-#include "devhost/engine/EndWatch.h"
 
 namespace devhost {
 
@@ -33,34 +30,18 @@ constexpr char kFooter[] =
     "\n"
     "  devhost apply --project project.xml kitchen kitchen.xml --yes";
 
-std::set<std::string> SplitRules(std::string_view text) {
-  std::set<std::string> rules;
-  while (!text.empty()) {
-    const std::string_view rule = text.substr(0, text.find(','));
-    rules.emplace(rule);
-    text.remove_prefix(std::min(rule.size() + 1, text.size()));
-  }
-  return rules;
-}
-
 ExitStatus Apply(const Arguments& arguments, Console& console) {
-  EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Wrong));
-  try {
+  return GuardChange(console, [&] {
     if (!MayGoOn(arguments, console)) {
       return ExitStatus::Wrong;
     }
     Change change;
     change.target = ReadTarget(arguments);
     change.settings = ReadNamedText(arguments.Text(kSettings));
-    change.accepted = SplitRules(arguments.Text(kAccept));
-    const ExitStatus status = MakeChange(change, {}, arguments, console);
-    return console.Out().Error() == 0 ? status : std::max(status, ExitStatus::Failed);
-  } catch (const std::bad_alloc&) {
-    console.Complain("out of memory");
-  } catch (const std::exception& error) {
-    console.Complain(error.what());
-  }
-  return ExitStatus::Wrong;
+    change.accepted = AcceptedRules(arguments);
+    return MakeChange(
+        change, [](const Plan&) { return std::vector<std::string>(); }, arguments, console);
+  });
 }
 
 }  // namespace

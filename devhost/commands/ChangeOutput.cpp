@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <ctime>
+#include <exception>
+#include <new>
 #include <nlohmann/json.hpp>
 
 #include "devhost/commands/Console.h"
@@ -65,10 +68,6 @@ Outcome OutcomeOf(Applied::Verdict verdict) {
 
 void PrintJson(const Change& change, const Plan& plan, const Applied* applied, const std::vector<std::string>& messages,
                Output& out) {
-  ordered_json settings = ordered_json::array();
-  for (const SettingChange& setting : plan.settings) {
-    settings.push_back({{"name", setting.name}, {"before", setting.before}, {"after", setting.after}});
-  }
   ordered_json findings = ordered_json::array();
   for (const Finding& finding : plan.findings) {
     findings.push_back(FindingObject(finding));
@@ -80,7 +79,7 @@ void PrintJson(const Change& change, const Plan& plan, const Applied* applied, c
       {"changed", isKept},
       {"snapshot", isKept ? ordered_json(applied->snapshot) : ordered_json()},
       {"difference", plan.difference},
-      {"settings", settings},
+      {"settings", SettingObjects(plan.settings)},
       {"findings", findings},
       {"messages", messages}};
   out.Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
@@ -93,9 +92,7 @@ void PrintPlan(const Plan& plan, bool withDifference, Console& console) {
   if (withDifference) {
     console.Out().Write(plan.difference);
   }
-  for (const SettingChange& setting : plan.settings) {
-    console.Out().Write(setting.name + ": " + Quoted(setting.before) + " -> " + Quoted(setting.after) + "\n");
-  }
+  console.Out().Write(SettingLines(plan.settings));
 }
 
 void PrintLines(const std::vector<std::string>& lines, bool areErrors, Console& console) {
@@ -127,6 +124,17 @@ ExitStatus Decline(Console& console) {
 
 }  // namespace
 
+std::set<std::string> AcceptedRules(const Arguments& arguments) {
+  const std::string text = arguments.Text(kAccept);
+  std::set<std::string> rules;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find(',', at), text.size());
+    rules.insert(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return rules;
+}
+
 bool MayGoOn(const Arguments& arguments, Console& console) {
   if (arguments.Has(kYes) || arguments.Has(kDryRun) || (!arguments.Has(kChangeJson) && IsOnTerminal(console))) {
     return true;
@@ -136,18 +144,18 @@ bool MayGoOn(const Arguments& arguments, Console& console) {
   return false;
 }
 
-ExitStatus MakeChange(const Change& change, const std::vector<std::string>& more, const Arguments& arguments,
-                      Console& console) {
+ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Arguments& arguments, Console& console) {
   const bool json = arguments.Has(kChangeJson);
   const bool asks = !arguments.Has(kYes) && !arguments.Has(kDryRun);
   const std::string device = OneLine(change.target.chosen.device.name);
   const Plan plan = PlanChange(change);
-  std::vector<std::string> messages = plan.messages;
-  messages.insert(messages.begin(), more.begin(), more.end());
+  std::vector<std::string> messages = remarks(plan);
   if (!json) {
     PrintPlan(plan, asks || arguments.Has(kDiff), console);
-    PrintLines(messages, plan.verdict == Plan::Verdict::Stop, console);
+    PrintLines(messages, false, console);
+    PrintLines(plan.messages, plan.verdict == Plan::Verdict::Stop, console);
   }
+  messages.insert(messages.end(), plan.messages.begin(), plan.messages.end());
   if (plan.verdict != Plan::Verdict::Change || arguments.Has(kDryRun)) {
     if (json) {
       PrintJson(change, plan, nullptr, messages, console.Out());
@@ -172,6 +180,35 @@ ExitStatus MakeChange(const Change& change, const std::vector<std::string>& more
   PrintLines(applied.messages, failed, console);
   PrintLines({SummaryOf(applied, device)}, failed, console);
   return outcome.status;
+}
+
+ExitStatus GuardChange(Console& console, const std::function<ExitStatus()>& run) {
+  EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Wrong));
+  try {
+    const ExitStatus status = run();
+    return console.Out().Error() == 0 ? status : std::max(status, ExitStatus::Failed);
+  } catch (const std::bad_alloc&) {
+    console.Complain("out of memory");
+  } catch (const std::exception& error) {
+    console.Complain(error.what());
+  }
+  return ExitStatus::Wrong;
+}
+
+ordered_json SettingObjects(const std::vector<SettingChange>& settings) {
+  ordered_json objects = ordered_json::array();
+  for (const SettingChange& setting : settings) {
+    objects.push_back({{"name", setting.name}, {"before", setting.before}, {"after", setting.after}});
+  }
+  return objects;
+}
+
+std::string SettingLines(const std::vector<SettingChange>& settings) {
+  std::string lines;
+  for (const SettingChange& setting : settings) {
+    lines += setting.name + ": " + Quoted(setting.before) + " -> " + Quoted(setting.after) + "\n";
+  }
+  return lines;
 }
 
 }  // namespace devhost

@@ -29,8 +29,8 @@ bool IsWrongInput(const std::exception& error) {
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {MakeRun(),    MakeCheck(),     MakeAdvise(),  MakePreview(),   MakeApply(),
-                                                MakeModule(), MakeNewDriver(), MakeConform(), MakeCompletion()};
+  static const std::vector<Command> commands = {MakeRun(),     MakeCheck(), MakeAdvise(), MakePreview(),   MakeApply(),
+                                                MakeHistory(), MakeUndo(),  MakeModule(), MakeNewDriver(), MakeConform()};
   return commands;
 }
 

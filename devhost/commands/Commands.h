@@ -14,6 +14,8 @@ Command MakeCheck();
 Command MakeAdvise();
 Command MakePreview();
 Command MakeApply();
+Command MakeHistory();
+Command MakeUndo();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();

@@ -1,8 +1,12 @@
 #include "devhost/commands/DeviceOptions.h"
 
+#include <charconv>
+#include <system_error>
+
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/project/ChosenDevice.h"
 #include "devhost/project/Project.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 
@@ -26,6 +30,16 @@ Target ReadTarget(const Arguments& arguments) {
   target.snapshotFolder = arguments.Has(kSnapshots) ? arguments.Text(kSnapshots) : file + ".snapshots";
   target.showSecrets = arguments.Has(kShowSecrets);
   return target;
+}
+
+unsigned long SnapshotNumber(const Arguments& arguments, const CommandOption& option) {
+  unsigned long number = 0;
+  const std::string text = arguments.Text(option);
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (arguments.Has(option) && (error != std::errc() || end != text.data() + text.size() || number == 0)) {
+    throw SnapshotError(std::string(option.name) + ": " + Quoted(text) + " is not a snapshot; allowed: a number from 1");
+  }
+  return number;
 }
 
 }  // namespace devhost

@@ -25,6 +25,9 @@ inline const CommandOption kSnapshots{
 // The device that the arguments of a command with all options of this header name. Throws ProjectError.
 Target ReadTarget(const Arguments& arguments);
 
+// The number of a snapshot that an option gives; 0 when it was not given. Throws SnapshotError for what is not one.
+unsigned long SnapshotNumber(const Arguments& arguments, const CommandOption& option);
+
 }  // namespace devhost
 
 #endif

@@ -1,0 +1,147 @@
+#include "devhost/operations/History.h"
+
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "devhost/commands/ChangeOutput.h"
+#include "devhost/commands/Commands.h"
+#include "devhost/commands/CommonOptions.h"
+#include "devhost/commands/DeviceOptions.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+using nlohmann::ordered_json;
+using Takes = CommandOption::Takes;
+
+const CommandOption kFrom{"--from", "NUMBER", "Print how the device differs from what it was before this snapshot",
+                          Takes::Text};
+const CommandOption kTo{"--to", "NUMBER", "Compare with what it was before this snapshot, not with the device as it is now",
+                        Takes::Text};
+const CommandOption kHistoryJson{"--json", "", "Print one JSON object for each snapshot, or one for the difference"};
+
+constexpr char kFooter[] =
+    "Without --from, one line for each snapshot, the oldest first: number, local time, operation,\n"
+    "and the settings that it has changed. Snapshot N is what the device was like before that\n"
+    "operation; with --from N, the device is asked for what it is like now, and never changed.\n"
+    "\n"
+    "Exit status: 0 the snapshots are listed, or there is no difference; 1 there is one; 2 wrong\n"
+    "usage, a snapshot that is missing, or a device that cannot be asked.\n"
+    "\n"
+    "Example: what has changed in the kitchen since before snapshot 3?\n"
+    "\n"
+    "  devhost history --project project.xml kitchen --from 3";
+
+std::string TextOf(std::int64_t time, const char* format, std::tm* (*convert)(const std::time_t*, std::tm*)) {
+  const std::time_t seconds = static_cast<std::time_t>(time);
+  std::tm fields = {};
+  char text[64] = "";
+  if (convert(&seconds, &fields) != nullptr) {
+    std::strftime(text, sizeof(text), format, &fields);
+  }
+  return text;
+}
+
+// The names of the settings that the operation has changed.
+std::vector<std::string> ChangedBy(const Snapshot& snapshot, bool showSecrets) {
+  std::vector<std::string> names;
+  if (snapshot.after) {
+    const CopyDifference difference = CompareCopies({"", snapshot.before}, {"", *snapshot.after}, showSecrets);
+    names.reserve(difference.settings.size());
+    for (const SettingChange& setting : difference.settings) {
+      names.push_back(setting.name);
+    }
+  }
+  return names;
+}
+
+std::string LineOf(const Snapshot& snapshot, const std::vector<std::string>& changed) {
+  std::string line = std::to_string(snapshot.number) + "  " + TextOf(snapshot.time, "%Y-%m-%d %H:%M:%S", &::localtime_r) +
+                     "  " + OneLine(snapshot.operation);
+  std::string separator = "  ";
+  for (const std::string& name : changed) {
+    line += separator + name;
+    separator = ", ";
+  }
+  return line + (snapshot.after ? "" : "  (did not finish)") + "\n";
+}
+
+std::string JsonOf(const Snapshot& snapshot, const std::vector<std::string>& changed) {
+  const ordered_json object = {{"snapshot", snapshot.number},
+                               {"time", TextOf(snapshot.time, "%Y-%m-%dT%H:%M:%SZ", &::gmtime_r)},
+                               {"operation", snapshot.operation},
+                               {"finished", snapshot.after.has_value()},
+                               {"settings", changed}};
+  return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+ExitStatus List(const std::vector<Snapshot>& snapshots, const Target& target, bool json, Console& console) {
+  for (const Snapshot& snapshot : snapshots) {
+    const std::vector<std::string> changed = ChangedBy(snapshot, target.showSecrets);
+    console.Out().Write(json ? JsonOf(snapshot, changed) : LineOf(snapshot, changed));
+  }
+  if (snapshots.empty() && !json) {
+    console.Out().Write("no snapshots of " + OneLine(target.chosen.device.name) + "\n");
+  }
+  return ExitStatus::Good;
+}
+
+NamedCopy CopyOf(const Snapshot& snapshot, const std::string& file) {
+  return {file + " before snapshot " + std::to_string(snapshot.number), snapshot.before};
+}
+
+NamedCopy CopyOfNow(const Target& target, const std::string& file, Console& console) {
+  DeviceLook look = LookAtDevice(target);
+  for (const std::string& message : look.messages) {
+    console.Complain(message);
+  }
+  if (!look.problem.empty()) {
+    throw SnapshotError(look.problem);
+  }
+  return {file + (look.isReachable ? " now" : " as it was last known"), std::move(look.now)};
+}
+
+ExitStatus Compare(const std::vector<Snapshot>& snapshots, const Target& target, const Arguments& arguments,
+                   Console& console) {
+  const std::string file = "snmpd.conf of " + target.chosen.device.name;
+  const unsigned long to = SnapshotNumber(arguments, kTo);
+  const NamedCopy before = CopyOf(FindSnapshot(snapshots, SnapshotNumber(arguments, kFrom)), file);
+  const NamedCopy after = to == 0 ? CopyOfNow(target, file, console) : CopyOf(FindSnapshot(snapshots, to), file);
+  const CopyDifference difference = CompareCopies(before, after, target.showSecrets);
+  if (arguments.Has(kHistoryJson)) {
+    const ordered_json object = {{"difference", difference.file}, {"settings", SettingObjects(difference.settings)}};
+    console.Out().Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+  } else {
+    console.Out().Write(difference.IsNone() ? "no difference\n" : difference.file + SettingLines(difference.settings));
+  }
+  return difference.IsNone() ? ExitStatus::Good : ExitStatus::Failed;
+}
+
+ExitStatus History(const Arguments& arguments, Console& console) {
+  return GuardChange(console, [&] {
+    if (arguments.Has(kTo) && !arguments.Has(kFrom)) {
+      console.Complain("--to stands alone; allowed: --from NUMBER --to NUMBER");
+      return ExitStatus::Wrong;
+    }
+    const Target target = ReadTarget(arguments);
+    const std::vector<Snapshot> snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
+    return arguments.Has(kFrom) ? Compare(snapshots, target, arguments, console)
+                                : List(snapshots, target, arguments.Has(kHistoryJson), console);
+  });
+}
+
+}  // namespace
+
+Command MakeHistory() {
+  return {"history",
+          "List what was changed on a device, and compare",
+          {kDevice, kDeviceProject, kModuleFolder, kDeviceState, kSnapshots, kFrom, kTo, kHistoryJson, kShowSecrets},
+          kFooter,
+          &History};
+}
+
+}  // namespace devhost

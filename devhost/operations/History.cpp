@@ -1,0 +1,80 @@
+#include "devhost/operations/History.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "devhost/preview/FileDifference.h"
+#include "devhost/secrets/Masker.h"
+
+namespace devhost {
+
+namespace {
+
+// Learns what may be quoted of both copies, so that a secret of one is hidden in the other.
+void Learn(const DeviceCopy& copy, Masker& masker) {
+  masker.Xml(copy.settings);
+  masker.Config(copy.file);
+}
+
+}  // namespace
+
+DeviceLook LookAtDevice(const Target& target) {
+  // A preview asks the device for everything, whatever the settings are.
+  Change change;
+  change.target = target;
+  const std::string id = std::to_string(target.chosen.device.id);
+  change.settings = {"no settings", "<managedDevice><deviceId>" + id + "</deviceId></managedDevice>"};
+  Plan plan = PlanChange(change);
+  DeviceLook look;
+  look.isReachable = plan.isReachable;
+  look.now = std::move(plan.before);
+  if (look.now.settings.empty()) {
+    look.messages = std::move(plan.messages);
+    look.problem = std::move(look.messages.back());
+    look.messages.pop_back();
+  }
+  return look;
+}
+
+CopyDifference CompareCopies(const NamedCopy& before, const NamedCopy& after, bool showSecrets) {
+  Masker masker(showSecrets);
+  Learn(before.copy, masker);
+  Learn(after.copy, masker);
+  CopyDifference difference;
+  difference.file = FileDifference({before.name, before.copy.file}, {after.name, after.copy.file}, masker);
+  difference.settings = CompareSettings(before.copy.settings, after.copy.settings, masker);
+  return difference;
+}
+
+const Snapshot& FindSnapshot(const std::vector<Snapshot>& snapshots, unsigned long number) {
+  const auto found = std::find_if(snapshots.begin(), snapshots.end(),
+                                  [number](const Snapshot& snapshot) { return snapshot.number == number; });
+  if (number == 0 && !snapshots.empty()) {
+    return snapshots.back();
+  }
+  if (found == snapshots.end()) {
+    throw SnapshotError(snapshots.empty() ? "there is no snapshot of this device"
+                                          : "there is no snapshot " + std::to_string(number) +
+                                                " of this device; allowed: " + std::to_string(snapshots.front().number) +
+                                                " to " + std::to_string(snapshots.back().number));
+  }
+  return *found;
+}
+
+Change UndoOf(const Snapshot& snapshot, const Target& target) {
+  Change change;
+  change.target = target;
+  change.settings = {"settings of snapshot " + std::to_string(snapshot.number), snapshot.before.settings};
+  change.operation = "undo " + std::to_string(snapshot.number);
+  return change;
+}
+
+std::string NotPutBack(const Snapshot& snapshot, const Plan& plan, bool showSecrets) {
+  Masker masker(showSecrets);
+  Learn(plan.after, masker);
+  Learn(snapshot.before, masker);
+  return FileDifference({plan.file + " after the undo", plan.after.file},
+                        {plan.file + " in snapshot " + std::to_string(snapshot.number), snapshot.before.file}, masker);
+}
+
+}  // namespace devhost
