@@ -16,6 +16,7 @@ Command MakePreview();
 Command MakeApply();
 Command MakeHistory();
 Command MakeUndo();
+Command MakeDrift();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();

@@ -1,0 +1,100 @@
+#include "devhost/operations/Drift.h"
+
+#include <nlohmann/json.hpp>
+
+#include "devhost/commands/ChangeOutput.h"
+#include "devhost/commands/Commands.h"
+#include "devhost/commands/CommonOptions.h"
+#include "devhost/commands/DeviceOptions.h"
+#include "devhost/commands/Findings.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+const CommandOption kDriftJson{
+    "--json", "", "Print one JSON object: device, verdict, section, overridden, snapshot, difference, settings, messages"};
+
+constexpr char kFooter[] =
+    "Three things are compared: the file with what the agent would write for the settings of the\n"
+    "device; what the daemon would serve with what the section of the agent says; and all of that\n"
+    "with what the last change (\"devhost apply\", \"devhost undo\") has left. The device is only\n"
+    "asked. A new time stamp in the section is no drift.\n"
+    "\n"
+    "Exit status: 0 no drift; 1 there is some; 2 wrong usage, or the device cannot be reached or\n"
+    "does not answer.\n"
+    "\n"
+    "Example: has somebody changed the kitchen by hand?\n"
+    "\n"
+    "  devhost drift --project project.xml kitchen";
+
+const char* NameOf(Drift::Verdict verdict) {
+  return verdict == Drift::Verdict::None ? "none" : verdict == Drift::Verdict::Some ? "drift" : "unknown";
+}
+
+void PrintJson(const Drift& drift, const std::string& device, Output& out) {
+  ordered_json overridden = ordered_json::array();
+  for (const Finding& finding : drift.overridden) {
+    overridden.push_back(FindingObject(finding));
+  }
+  const ordered_json object = {{"device", device},
+                               {"verdict", NameOf(drift.verdict)},
+                               {"section", drift.section},
+                               {"overridden", overridden},
+                               {"snapshot", drift.snapshot == 0 ? ordered_json() : ordered_json(drift.snapshot)},
+                               {"difference", drift.since.file},
+                               {"settings", SettingObjects(drift.since.settings)},
+                               {"messages", drift.messages}};
+  out.Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+}
+
+void PrintText(const Drift& drift, const std::string& device, Console& console) {
+  for (const std::string& message : drift.messages) {
+    console.Complain(message);
+  }
+  if (!drift.section.empty()) {
+    console.Out().Write("the file is not what the agent would write for the settings of " + device + ":\n" + drift.section);
+  }
+  for (const Finding& finding : drift.overridden) {
+    console.Out().Write(FindingText(finding));
+  }
+  if (!drift.since.IsNone()) {
+    console.Out().Write("changed since snapshot " + std::to_string(drift.snapshot) + ":\n" + drift.since.file +
+                        SettingLines(drift.since.settings));
+  }
+  if (drift.verdict == Drift::Verdict::None) {
+    const std::string compared =
+        drift.snapshot == 0 ? "" : " since the change of snapshot " + std::to_string(drift.snapshot);
+    console.Out().Write("no drift on " + device + compared + "\n");
+  }
+}
+
+ExitStatus ShowDrift(const Arguments& arguments, Console& console) {
+  return GuardChange(console, [&] {
+    const Target target = ReadTarget(arguments);
+    const Drift drift = FindDrift(target);
+    if (arguments.Has(kDriftJson)) {
+      PrintJson(drift, target.chosen.device.name, console.Out());
+    } else {
+      PrintText(drift, OneLine(target.chosen.device.name), console);
+    }
+    return drift.verdict == Drift::Verdict::None   ? ExitStatus::Good
+           : drift.verdict == Drift::Verdict::Some ? ExitStatus::Failed
+                                                   : ExitStatus::Wrong;
+  });
+}
+
+}  // namespace
+
+Command MakeDrift() {
+  return {"drift",
+          "Say how a device has moved away from its settings",
+          {kDevice, kDeviceProject, kModuleFolder, kDeviceState, kSnapshots, kDriftJson, kShowSecrets},
+          kFooter,
+          &ShowDrift};
+}
+
+}  // namespace devhost

@@ -1,0 +1,57 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "tests/devhost/commands/DeviceFixture.h"
+
+namespace devhost {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+using DriftCommand = DeviceFixture;
+
+TEST_F(DriftCommand, SaysThatThereIsNone) {
+  const Outcome outcome = Do("drift");
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.out, "no drift on kitchen since the change of snapshot 2\n");
+  EXPECT_EQ(Do("drift", {"--json"}).out,
+            "{\"device\":\"kitchen\",\"verdict\":\"none\",\"section\":\"\",\"overridden\":[],\"snapshot\":2,"
+            "\"difference\":\"\",\"settings\":[],\"messages\":[]}\n");
+}
+
+TEST_F(DriftCommand, SaysWhatHasChangedAndWhatOverridesTheSection) {
+  File("kitchen/snmpd.conf", Conf() + "sysName elsewhere\n");
+  const Outcome outcome = Do("drift");
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr(" [overrides-section]\n"), HasSubstr("\nchanged since snapshot 2:\n--- "),
+                                 HasSubstr("\n+++ snmpd.conf of kitchen now\n"), EndsWith("\n+sysName elsewhere\n")));
+  EXPECT_THAT(Do("drift", {"--json"}).out,
+              AllOf(HasSubstr("\"verdict\":\"drift\""), HasSubstr("\"rule\":\"overrides-section\"")));
+}
+
+TEST_F(DriftCommand, ShowsWhatTheAgentWouldWrite) {
+  std::string text = Conf();
+  text.replace(text.find("agentXRetries  2"), 16, "agentXRetries  5");
+  File("kitchen/snmpd.conf", text);
+  EXPECT_THAT(Do("drift").out,
+              AllOf(StartsWith("the file is not what the agent would write for the settings of kitchen:\n--- "),
+                    HasSubstr("\n-agentXRetries  5\n+agentXRetries  2\n")));
+}
+
+TEST_F(DriftCommand, EndsWithTwoWhenTheDeviceDoesNotAnswer) {
+  fs::remove(conf);
+  fs::create_directory(conf);
+  const Outcome outcome = Do("drift");
+  EXPECT_EQ(outcome.status, ExitStatus::Wrong);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(outcome.errors, HasSubstr("CopyFrom of kitchen gave -2"));
+  EXPECT_THAT(Do("drift", {"--json"}).out, HasSubstr("\"verdict\":\"unknown\""));
+}
+
+}  // namespace
+}  // namespace devhost
