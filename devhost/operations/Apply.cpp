@@ -61,6 +61,7 @@ PreviewInput InputOf(const Change& change) {
   input.device = target.chosen.device;
   input.settings = change.settings;
   input.showSecrets = target.showSecrets;
+  input.listsFirst = true;
   std::error_code ignored;
   if (!target.stateFolder.empty() && std::filesystem::exists(target.stateFolder, ignored)) {
     input.state = LookIntoStateFolder(target.stateFolder, input.device.id);
@@ -114,6 +115,7 @@ std::string LetAgentChange(const Change& change, StateStore* states, Listener& l
     Host host(listener, states);
     host.Load(chosen.agent);
     host.Load(chosen.device);
+    host.Command(chosen.agent.id, "GetDeviceList", {});
     const std::string reply = host.Command(chosen.agent.id, "SetDeviceState", {{"xml", change.settings.text}});
     host.Stop();
     return reply == "<Success/>" ? "" : "SetDeviceState answered " + reply;

@@ -78,6 +78,9 @@ std::string LetAgentChange(const PreviewInput& input, DeviceAnswers& content, Co
   DriverEntry scratch = input.device;
   scratch.configXml.clear();
   host.Load(scratch, [&](IInstanceManager& instances) { return new ScratchDevice(instances, content); });
+  if (input.listsFirst) {
+    host.Command(input.agent.id, "GetDeviceList", {});
+  }
   return host.Command(input.agent.id, "SetDeviceState", {{"xml", input.settings.text}});
 }
 

@@ -25,6 +25,9 @@ struct PreviewInput {
   std::string state;   // what is kept for the device, as XML; "" for nothing
   NamedText settings;  // the device settings element
   bool showSecrets = false;
+  // Whether the agent is asked for its devices before, as a configuration tool does: the device then holds what its file
+  // has, and a setting that is emptied counts as erased, so that the agent does not fill it from the file again.
+  bool listsFirst = false;
 };
 
 // What the change would make of the device's snmpd.conf.

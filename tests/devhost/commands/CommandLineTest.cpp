@@ -111,8 +111,8 @@ TEST(Version, IsOneLine) {
 
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   EXPECT_EQ(Parse({"blub"}).text,
-            "devhost: there is no command \"blub\"; allowed: run, check, advise, preview, apply, module, new-driver, "
-            "conform, completion\nTry "
+            "devhost: there is no command \"blub\"; allowed: run, check, advise, preview, apply, history, undo, drift, "
+            "module, new-driver, conform\nTry "
             "\"devhost "
             "--help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,

@@ -116,6 +116,17 @@ TEST_F(AnAppliedChange, IsNotMadeAgain) {
   EXPECT_EQ(Snapshots().size(), 1U);
 }
 
+// SetDeviceState alone would have the agent fill it from the file again, and the next change empty it.
+TEST_F(AnAppliedChange, EmptiesASettingThatOnlyTheFileHolds) {
+  for (const char* const module : {"simulated_device", "local_snmpd"}) {
+    folder.Write("kitchen/snmpd.conf", "# Halvoren Section Start\nsysContact  Ada\n# Halvoren Section End\n");
+    SetDevice(module);
+    change.target.stateFolder = folder.Path(std::string("states of ") + module);
+    EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+    EXPECT_THAT(File(), AllOf(HasSubstr("\nsysName  kitchen\n"), Not(HasSubstr("Ada"))));
+  }
+}
+
 // The project's file, or an editor, may change anything while somebody looks at a plan.
 TEST_F(AnAppliedChange, IsNotMadeWhenTheFileIsNotAsThePlanFoundIt) {
   const Plan plan = PlanChange(change);
