@@ -41,7 +41,6 @@ SshConfiguration ConfigurationFor(const SshServer& server, std::uint16_t port) {
   configuration.server = {"127.0.0.1", port, server.KnownHosts(port)};
   configuration.login = {"controller", server.Key()};
   configuration.file = server.Files().Path("snmpd.conf");
-  configuration.operationTimeout = std::chrono::seconds(3);
   return configuration;
 }
 

@@ -128,7 +128,7 @@ class ADeviceBehindSsh : public testing::Test {
   std::string FilePath() const { return m_controller.server.Files().Path("snmpd.conf"); }
 
   static constexpr char kCommands[] =
-      "start='control start' stop='control stop' restart='control restart' reboot='control reboot' connectTimeout='2'";
+      "start='control start' stop='control stop' restart='control restart' reboot='control reboot'";
 
   ServerWithDaemon m_controller;
   TcpProxy m_proxy;

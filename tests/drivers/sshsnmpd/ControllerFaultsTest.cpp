@@ -1,0 +1,283 @@
+// A controller behind bad lines: slow, cut at any byte, silent, dead.
+
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "devhost/system/FileDescriptor.h"
+#include "drivers/common/OffLineStatus.h"
+#include "drivers/sshsnmpd/Controller.h"
+#include "drivers/sshsnmpd/SshStatus.h"
+#include "tests/drivers/support/Processes.h"
+#include "tests/drivers/support/SshServer.h"
+#include "tests/drivers/support/TcpProxy.h"
+
+namespace {
+
+using devhost::FileDescriptor;
+using drivers::Controller;
+using drivers::SshConfiguration;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Clock = std::chrono::steady_clock;
+using Lines = std::vector<std::string>;
+using Names = std::set<std::string>;
+using Way = TcpProxy::Way;
+
+const char kOld[] = "rocommunity old\n";
+const seconds kLoaded(30);  // far less than for ever, also on a busy machine
+const char kNew[] = "rocommunity new\nsysName kitchen\n";
+
+class AControllerBehindABadLine : public testing::Test {
+ protected:
+  AControllerBehindABadLine() : m_proxy(m_server.Port()) {
+    m_configuration.server = {"127.0.0.1", m_proxy.Port(), m_server.KnownHosts(m_proxy.Port())};
+    m_configuration.login = {"controller", m_server.Key()};
+    m_configuration.file = m_server.Files().Path("snmpd.conf");
+    WriteFile(kOld);
+  }
+
+  Controller Make() {
+    return Controller(m_configuration, [this](const std::string& line) { m_log.push_back(line); });
+  }
+  void WriteFile(const std::string& text) const {
+    m_server.Files().Write("snmpd.conf", text);
+    m_server.GiveFiles();
+  }
+  std::string File() const { return m_server.Files().Read("snmpd.conf"); }
+  bool HasOnlyTheFile() const { return m_server.Files().Names() == Names{"snmpd.conf"}; }
+  // How long it took.
+  static milliseconds Timed(const std::function<void()>& work) {
+    const auto begin = Clock::now();
+    work();
+    return std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
+  }
+
+  // Replaces the file over a connection that is cut that many bytes after the program was asked for.
+  void CutAt(Way way, std::size_t bytes);
+  void CutAlong(Way way);
+
+  SshServer m_server;
+  TcpProxy m_proxy;
+  SshConfiguration m_configuration;
+  Lines m_log;
+  int m_cuts = 0;
+  int m_replacedBeforeTheCut = 0;
+};
+
+TEST_F(AControllerBehindABadLine, IsReadAndReplacedOverASlowOne) {
+  m_proxy.Delay(milliseconds(100));
+  Controller controller = Make();
+  std::string text;
+  EXPECT_EQ(0, controller.Read(text));
+  EXPECT_EQ(kOld, text);
+  const milliseconds time = Timed([&] { EXPECT_EQ(0, controller.Replace(kOld, kNew)); });
+  EXPECT_EQ(kNew, File());
+  // Opening a channel, starting the program, its answer: that many times there and back.
+  EXPECT_GE(time, milliseconds(400));
+  EXPECT_LT(time, kLoaded);
+}
+
+TEST_F(AControllerBehindABadLine, IsReachedOverOneConnectionThatIsKept) {
+  Controller controller = Make();
+  std::string text;
+  for (int count = 0; count < 5; ++count) {
+    EXPECT_EQ(0, controller.Read(text));
+    EXPECT_EQ(0, controller.RunCommand({"true"}));
+  }
+  EXPECT_EQ(1U, m_proxy.Connections());
+}
+
+TEST_F(AControllerBehindABadLine, IsReachedAnewWhenItHasHungUp) {
+  Controller controller = Make();
+  std::string text;
+  EXPECT_EQ(0, controller.Read(text));
+  m_server.Stop();
+  m_server.Start();
+  EXPECT_EQ(0, controller.RunCommand({"true"}));
+  EXPECT_EQ(0, controller.Read(text));
+  EXPECT_EQ(2U, m_proxy.Connections());
+  EXPECT_EQ(Lines(), m_log);
+}
+
+TEST_F(AControllerBehindABadLine, IsOffLineWhileNobodyListensAndSaysSoOnce) {
+  Controller controller = Make();
+  std::string text;
+  m_proxy.Refuse(true);
+  EXPECT_EQ(drivers::kControllerOffLine, controller.Read(text));
+  EXPECT_EQ(drivers::kControllerOffLine, controller.Replace(kOld, kNew));
+  EXPECT_EQ(drivers::kControllerOffLine, controller.RunCommand({"true"}));
+  EXPECT_EQ(1U, m_log.size());
+  m_proxy.Refuse(false);
+  EXPECT_EQ(0, controller.Read(text));
+  EXPECT_EQ("the controller " + controller.GetAddress() + " can be reached again", m_log.back());
+  EXPECT_EQ(2U, m_log.size());
+}
+
+TEST_F(AControllerBehindABadLine, IsOffLineWhenAKeptConnectionGoesSilent) {
+  m_configuration.connectTimeout = seconds(1);
+  Controller controller = Make();
+  std::string text;
+  EXPECT_TRUE(Eventually([&] { return controller.Read(text) == 0; }));
+  m_proxy.Stall(true);
+  const milliseconds time = Timed([&] { EXPECT_EQ(drivers::kControllerOffLine, controller.Replace(kOld, kNew)); });
+  // Once for the channel, once for a new connection.
+  EXPECT_GE(time, seconds(2));
+  EXPECT_LT(time, kLoaded);
+  EXPECT_EQ(kOld, File());
+  m_proxy.Stall(false);
+  EXPECT_TRUE(Eventually([&] { return controller.Replace(kOld, kNew) == 0; }));
+  EXPECT_EQ(kNew, File());
+  EXPECT_TRUE(Eventually([this] { return HasOnlyTheFile(); }));
+}
+
+TEST_F(AControllerBehindABadLine, IsOffLineWhenTheServerStopsAnswering) {
+  m_configuration.connectTimeout = seconds(1);
+  Controller controller = Make();
+  std::string text;
+  EXPECT_TRUE(Eventually([&] { return controller.Read(text) == 0; }));
+  m_server.Signal(SIGSTOP);
+  EXPECT_EQ(drivers::kControllerOffLine, controller.Read(text));
+  EXPECT_EQ(drivers::kControllerOffLine, controller.RunCommand({"true"}));
+  m_server.Signal(SIGCONT);
+  EXPECT_TRUE(Eventually([&] { return controller.Read(text) == 0; }));
+  EXPECT_EQ(kOld, text);
+}
+
+// Packets to a dead network are lost without an answer. So are those to a listener that has as many connections waiting as
+// it wants.
+TEST_F(AControllerBehindABadLine, IsOffLineWhenTheNetworkIsDead) {
+  const FileDescriptor listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(0, ::bind(listener.Get(), reinterpret_cast<sockaddr*>(&address), size));
+  ASSERT_EQ(0, ::listen(listener.Get(), 0));
+  ASSERT_EQ(0, ::getsockname(listener.Get(), reinterpret_cast<sockaddr*>(&address), &size));
+  std::vector<FileDescriptor> waiting;
+  waiting.reserve(4);
+  for (int count = 0; count < 4; ++count) {
+    waiting.emplace_back(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    ::connect(waiting.back().Get(), reinterpret_cast<sockaddr*>(&address), size);
+  }
+  m_configuration.server.port = ntohs(address.sin_port);
+  m_configuration.connectTimeout = seconds(1);
+  Controller controller = Make();
+  std::string text;
+  const milliseconds time = Timed([&] { EXPECT_EQ(drivers::kControllerOffLine, controller.Read(text)); });
+  EXPECT_GE(time, milliseconds(900));
+  EXPECT_LT(time, kLoaded);
+  EXPECT_EQ((Lines{"the controller " + controller.GetAddress() + " cannot be reached: Connection timed out"}), m_log);
+}
+
+TEST_F(AControllerBehindABadLine, LeavesOpenHowACommandEndedThatTookTooLong) {
+  m_configuration.operationTimeout = seconds(1);
+  Controller controller = Make();
+  const milliseconds time = Timed([&] { EXPECT_EQ(drivers::kOutcomeUnknown, controller.RunCommand({"sleep", "30"})); });
+  EXPECT_LT(time, kLoaded);
+  std::string text;
+  EXPECT_TRUE(Eventually([&] { return controller.Read(text) == 0; }));
+}
+
+TEST_F(AControllerBehindABadLine, GivesUpAFileThatTakesTooLong) {
+  m_configuration.operationTimeout = seconds(1);
+  m_configuration.connectTimeout = seconds(5);
+  Controller controller = Make();
+  std::string text;
+  EXPECT_TRUE(Eventually([&] { return controller.Read(text) == 0; }));
+  m_proxy.Delay(milliseconds(700));
+  EXPECT_EQ(drivers::kControllerOffLine, controller.Replace(kOld, kNew));
+  m_proxy.Delay(milliseconds(0));
+  EXPECT_TRUE(Eventually([this] { return HasOnlyTheFile(); }));
+  EXPECT_TRUE(File() == kOld || File() == kNew);
+  EXPECT_TRUE(Eventually([&] { return controller.Replace(kOld, kNew) == 0; }));
+  EXPECT_EQ(kNew, File());
+}
+
+TEST_F(AControllerBehindABadLine, NeverRunsACommandTwice) {
+  Controller controller = Make();
+  const std::string calls = m_server.Files().Path("calls");
+  const Lines command = {"sh", "-c", "echo called >>\"$0\"; sleep 0.2", calls};
+  EXPECT_EQ(0, controller.RunCommand(command));
+  const std::size_t before = m_proxy.Bytes(Way::ToClient);
+  EXPECT_EQ(0, controller.RunCommand(command));
+  // All of the answer but its last byte.
+  m_proxy.CutAfter(Way::ToClient, m_proxy.Bytes(Way::ToClient) - before - 1);
+  controller.RunCommand(command);
+  EXPECT_TRUE(m_proxy.HasCut());
+  EXPECT_EQ("called\ncalled\ncalled\n", m_server.Files().Read("calls"));
+}
+
+void AControllerBehindABadLine::CutAt(Way way, std::size_t bytes) {
+  WriteFile(kOld);
+  Controller controller = Make();
+  std::string text;
+  ASSERT_EQ(0, controller.Read(text));
+  // The next connection is cut, too, while it is being made, so that nothing repairs the first one.
+  m_proxy.CutAfter(way, bytes, true);
+  const int status = controller.Replace(kOld, kNew);
+  ASSERT_TRUE(m_proxy.HasCut()) << bytes;
+  ++m_cuts;
+  ASSERT_TRUE(status == drivers::kControllerOffLine || status == 0) << status;
+  ASSERT_TRUE(Eventually([this] { return HasOnlyTheFile(); })) << bytes;
+  const std::string file = File();
+  ASSERT_TRUE(file == kNew || (status != 0 && file == kOld)) << bytes << ": " << file;
+  m_replacedBeforeTheCut += file == kNew ? 1 : 0;
+  m_proxy.CutNoMore();
+  ASSERT_EQ(0, controller.Replace(kOld, kNew)) << bytes;
+  ASSERT_EQ(kNew, File()) << bytes;
+}
+
+// At every byte where the environment says so, else at some that are spread over all.
+void AControllerBehindABadLine::CutAlong(Way way) {
+  Controller controller = Make();
+  std::string text;
+  ASSERT_EQ(0, controller.Read(text));
+  const std::size_t before = m_proxy.Bytes(way);
+  ASSERT_EQ(0, controller.Replace(kOld, kNew));
+  const std::size_t all = m_proxy.Bytes(way) - before;
+  const char* const wanted = std::getenv("SSH_CUTS");
+  const std::size_t most = wanted == nullptr ? 10 : std::min(all, static_cast<std::size_t>(std::stoul(wanted)));
+  const std::size_t step = std::max<std::size_t>(1, all / most);
+  for (std::size_t bytes = 1; bytes <= all && !HasFatalFailure(); bytes += step) {
+    CutAt(way, bytes);
+  }
+  std::cout << m_cuts << " cuts at " << all << " bytes: the file was replaced before " << m_replacedBeforeTheCut
+            << " of them, torn after none\n";
+}
+
+TEST_F(AControllerBehindABadLine, HasTheOldFileOrTheNewOneWhereverTheLineToItIsCut) {
+  CutAlong(Way::ToServer);
+}
+
+TEST_F(AControllerBehindABadLine, HasTheOldFileOrTheNewOneWhereverTheLineFromItIsCut) {
+  CutAlong(Way::ToClient);
+}
+
+TEST_F(AControllerBehindABadLine, LeavesNoDescriptorOfThisProcessOpen) {
+  const auto count = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
+  std::string text;
+  const auto before = count();
+  for (int round = 0; round < 3; ++round) {
+    Controller controller = Make();
+    EXPECT_EQ(0, controller.Read(text));
+    m_proxy.CutAfter(Way::ToServer, 100);
+    EXPECT_EQ(0, controller.Read(text));
+  }
+  EXPECT_TRUE(Eventually([&] { return count() <= before; })) << count() << " " << before;
+}
+
+}  // namespace
