@@ -20,7 +20,7 @@ Command MakeDrift();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();
-Command MakeCompletion();
+Command MakeTrust();
 
 // Every command of the program, in the order of the help.
 const std::vector<Command>& Commands();
