@@ -191,8 +191,10 @@ class Reader {
   }
   void ReadAddress() {
     if (HasMore()) {
-      const std::string problem = WhyNoSource(*ReadSource(m_setting));
+      const Source source = *ReadSource(m_setting);
+      const std::string problem = WhyNoSource(source);
       Check(problem.empty(), problem);
+      m_line.hasHostName = IsLookedUp(source);
       ++m_at;
     }
   }

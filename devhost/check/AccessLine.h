@@ -22,6 +22,7 @@ struct AccessLine {
   };
   Kind kind = Kind::Community;
   std::string problem;             // why the daemon rejects the line, in words that quote nothing; "" when it takes it
+  bool hasHostName = false;        // a source that a name server is asked about
   bool hasObjectName = false;      // a subtree by a name, which only MIB files give
   std::vector<std::string> views;  // the views that the line uses
   std::string name;                // of the security name, of the member, or of the view

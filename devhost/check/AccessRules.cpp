@@ -1,7 +1,4 @@
-#include <optional>
-
 #include "devhost/check/Rules.h"
-#include "devhost/check/Source.h"
 
 // The operands of lines about access, and the names that lead from one to another.
 namespace devhost {
@@ -32,11 +29,7 @@ void JudgeObjectName(const Sight& sight, Report& report) {
 
 void JudgeSourceName(const Sight& sight, Report& report) {
   const AccessLine* const access = JudgedAccess(sight);
-  if (access == nullptr || !access->problem.empty()) {
-    return;
-  }
-  const std::optional<Source> source = ReadSource(*sight.line.setting);
-  if (source && IsLookedUp(*source)) {
+  if (access != nullptr && access->problem.empty() && access->hasHostName) {
     report.Add(
         "the name of a host in place of its address: the daemon looks it up once, at its start, and rejects the line when "
         "no "

@@ -101,19 +101,21 @@ std::optional<Source> ReadSource(const Directive& setting) {
 }
 
 bool IsLookedUp(const Source& source) {
+  if (source.text == "default") {
+    return false;
+  }
   const Parts parts = Split(source);
-  return source.text != "default" && parts.host != "localhost" && !ReadAddress(parts.host, source.isV6) &&
-         IsHostName(parts.host);
+  return parts.host != "localhost" && IsHostName(parts.host) && !ReadAddress(parts.host, source.isV6);
 }
 
 std::string WhyNoSource(const Source& source) {
-  const Parts parts = Split(source);
   if (source.text.empty()) {
     return "the address that may use it is empty";
   }
   if (source.text == "default") {
     return "";
   }
+  const Parts parts = Split(source);
   const std::optional<Bytes> address =
       ReadAddress(parts.host == "localhost" && !source.isV6 ? "127.0.0.1" : parts.host, source.isV6);
   if (!address && !(parts.host == "localhost" || IsLookedUp(source))) {

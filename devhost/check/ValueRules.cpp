@@ -37,10 +37,14 @@ bool IsTime(std::string_view value) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+// A directive of the daemon.
+bool IsKnown(const Sight& sight) {
+  return IsAgentKeyword(sight.Keyword()) || sight.circumstances.Directives().daemon.count(sight.Keyword()) != 0;
+}
+
 void JudgeHash(const Sight& sight, Report& report) {
-  const bool isKnown = sight.line.setting && (IsAgentKeyword(sight.Keyword()) ||
-                                              sight.circumstances.Directives().daemon.count(sight.Keyword()) != 0);
-  if (!isKnown || IsInclude(sight.Keyword()) || sight.line.setting->rest.substr(0, 1) != "#") {
+  if (!sight.line.setting || sight.line.setting->rest.compare(0, 1, "#") != 0 || !IsKnown(sight) ||
+      IsInclude(sight.Keyword())) {
     return;
   }
   report.Add(std::string("the daemon takes a value that begins with # for a comment and rejects the line: ") +
@@ -52,9 +56,7 @@ void JudgeHash(const Sight& sight, Report& report) {
 }
 
 void JudgeMissingValue(const Sight& sight, Report& report) {
-  const bool isKnown = sight.line.setting && (IsAgentKeyword(sight.Keyword()) ||
-                                              sight.circumstances.Directives().daemon.count(sight.Keyword()) != 0);
-  if (isKnown && sight.Keyword() != "agentxtimeout" && sight.line.setting->rest.empty()) {
+  if (sight.line.setting && sight.line.setting->rest.empty() && sight.Keyword() != "agentxtimeout" && IsKnown(sight)) {
     report.Add("no value: the daemon rejects the line", "give a value that is not only blanks, or remove the line");
   }
 }
