@@ -1,7 +1,9 @@
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "devhost/commands/Commands.h"
 
@@ -31,10 +33,13 @@ void OnFailedWrite(int signal, siginfo_t* info, void*) {
   }
 }
 
-// No core file: it would hold all secrets. Whoever examines a driver gets one from SIGABRT.
-void OnQuit(int signal) {
-  ::prctl(PR_SET_DUMPABLE, 0);
-  EndBy(signal);
+// Whatever signal ends this process or a program that it starts, no core file is written: it would hold secrets. The limit
+// is one byte, because a system that hands cores to a program obeys that limit and not 0.
+void AllowNoCoreFile() {
+  struct rlimit core = {};
+  ::getrlimit(RLIMIT_CORE, &core);
+  core.rlim_cur = std::min<rlim_t>(core.rlim_max, 1);
+  ::setrlimit(RLIMIT_CORE, &core);
 }
 
 // All other signals that end a process do so by default, at once. Nothing has to be cleaned up: secrets are in memory only,
@@ -46,19 +51,13 @@ void HandleSignals() {
   action.sa_flags = SA_RESTART | SA_SIGINFO;
   ::sigaction(SIGPIPE, &action, nullptr);
   ::sigaction(SIGXFSZ, &action, nullptr);
-  struct sigaction quit = {};
-  ::sigaction(SIGQUIT, nullptr, &quit);
-  // A shell's background job ignores it.
-  if (quit.sa_handler != SIG_IGN) {
-    quit.sa_handler = OnQuit;
-    ::sigaction(SIGQUIT, &quit, nullptr);
-  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
+  AllowNoCoreFile();
   HandleSignals();
   devhost::Console console(STDOUT_FILENO, STDERR_FILENO);
   return static_cast<int>(devhost::RunCommandLine(argc, argv, console));

@@ -142,7 +142,19 @@ const Work kWorks[] = {
     {"Serve", "hold", {"run", "--project", "project.xml", "serve.devhost"}, 9},
 };
 
-class AWork : public AWorkInterrupted, public testing::WithParamInterface<std::tuple<Work, int>> {};
+// Where core files are allowed: one of them is a file with secrets.
+class AWork : public AWorkInterrupted, public testing::WithParamInterface<std::tuple<Work, int>> {
+ protected:
+  AWork() {
+    ::getrlimit(RLIMIT_CORE, &m_before);
+    const struct rlimit most = {m_before.rlim_max, m_before.rlim_max};
+    ::setrlimit(RLIMIT_CORE, &most);
+  }
+  ~AWork() override { ::setrlimit(RLIMIT_CORE, &m_before); }
+
+ private:
+  struct rlimit m_before = {};
+};
 
 TEST_P(AWork, EndedByASignalLeavesNoProcessAndNoSecret) {
   const auto& [work, signal] = GetParam();
@@ -151,15 +163,15 @@ TEST_P(AWork, EndedByASignalLeavesNoProcessAndNoSecret) {
                       {"TMPDIR", folder.Path("tmp,a")},
                       {"PATH", folder.Path("programs") + ":/usr/sbin:/usr/bin:/bin"}},
                      folder.Path("output"));
-  // A core file is a file with secrets. Where the limit cannot be raised, there would be none anyway.
-  struct rlimit core = {};
-  ::prlimit(program.Pid(), RLIMIT_CORE, nullptr, &core);
-  core.rlim_cur = core.rlim_max;
-  ::prlimit(program.Pid(), RLIMIT_CORE, &core, nullptr);
   ASSERT_TRUE(Eventually([&] { return IsInTheMiddle() || program.Ended(); }));
   ASSERT_TRUE(IsInTheMiddle()) << folder.Read("output");
   const std::size_t expected = work.processes;
   EXPECT_TRUE(Eventually([&] { return Processes().size() == expected; })) << Processes().size();
+  for (const pid_t process : Processes()) {
+    struct rlimit core = {};
+    ::prlimit(process, RLIMIT_CORE, nullptr, &core);
+    EXPECT_LE(core.rlim_cur, 1U) << process;
+  }
   const int status = program.End(signal);
   EXPECT_TRUE(WIFSIGNALED(status)) << status;
   EXPECT_EQ(WTERMSIG(status), signal);
@@ -170,6 +182,12 @@ TEST_P(AWork, EndedByASignalLeavesNoProcessAndNoSecret) {
 INSTANTIATE_TEST_SUITE_P(Signals, AWork,
                          testing::Combine(testing::ValuesIn(kWorks),
                                           testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGKILL, SIGPIPE, SIGTERM)));
+
+// Each of these writes a core file by default.
+INSTANTIATE_TEST_SUITE_P(Crashes, AWork,
+                         testing::Combine(testing::Values(kWorks[0], kWorks[3]),
+                                          testing::Values(SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP, SIGXCPU,
+                                                          SIGXFSZ)));
 
 // A shell says the same as the system.
 TEST_F(AWorkInterrupted, GivesAShellTheStatusOfItsSignal) {
