@@ -2,29 +2,100 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
+#include "devhost/check/DaemonParser.h"
+#include "devhost/check/Report.h"
+#include "devhost/system/RunProgram.h"
+
 namespace devhost {
 namespace {
 
-TEST(TheDaemonsOwnWords, AreShownWhereItQuotesNothing) {
-  for (const char* const said : {"missing COMMUNITY parameter", "Should be yes|no|true|false|0|1",
-                                 "sysobjectid token not a parsable OID:", "diskio path does not exist."}) {
-    EXPECT_EQ(OwnWords(said), said);
+struct Said {
+  const char* said;
+  const char* shown;
+};
+
+class TheDaemonsOwnWords : public testing::TestWithParam<Said> {};
+
+TEST_P(TheDaemonsOwnWords, AreShownUpToWhatItQuotes) {
+  EXPECT_EQ(OwnWords(GetParam().said), GetParam().shown);
+}
+
+constexpr Said Whole(const char* said) {
+  return {said, said};
+}
+
+INSTANTIATE_TEST_SUITE_P(QuoteNothing, TheDaemonsOwnWords,
+                         testing::Values(Whole("missing COMMUNITY parameter"), Whole("Should be yes|no|true|false|0|1"),
+                                         Whole("sysobjectid token not a parsable OID:"),
+                                         Whole("diskio path does not exist."), Whole("ignoring extra tokens on line")));
+
+INSTANTIATE_TEST_SUITE_P(Quote, TheDaemonsOwnWords,
+                         testing::Values(Said{"cannot create sink: two <words", "cannot create sink: *****"},
+                                         Said{"Unknown token: hidden.", "Unknown token: *****"},
+                                         Said{"Blank line following hidden token.", "Blank line following *****"},
+                                         Said{"\tignoring:  hidden", "ignoring: *****"},
+
+                                         Said{"missing COMMUNITY parameterhidden", "missing COMMUNITY parameter *****"}));
+
+INSTANTIATE_TEST_SUITE_P(AreNotKnown, TheDaemonsOwnWords,
+                         testing::Values(Said{"hidden: cannot create sink", "*****"},
+                                         Said{"time string hidden contains an invalid suffix letter", "*****"},
+                                         Said{"no \"hidden\" handler registered.", "*****"}, Said{"", "*****"}));
+
+// Lines that the daemon complains of, each with what it says.
+constexpr Said kComplaints[] = {
+    {"agentxtimeout hidden", "Invalid timeout value"},
+    {"authaccess a b cccccccccccccccccccccccccccccccccccc d", "View value too long"},
+    {"certsecname 60 .1.3 = 5", "unexpected fromat: *****"},
+    {"com2sec -Cn", "missing CONTEXT_NAME parameter"},
+    {"com2sec x 1.2.3.4/99 hidden", "bad mask length"},
+    {"com2sec x 1.2.3.4/300.1.1.1 hidden", "bad mask"},
+    {"com2sec x default", "missing COMMUNITY parameter"},
+    {"createuser bob FOO hidden", "unknown authProtocol"},
+    {"createuser -e x", "invalid EngineID argument to -e"},
+    {"createuser bob SHA hidden", "could not generate the authentication key from the supplied pass phrase."},
+    {"createuser bob SHA passpass1 FOO hidden12", "unknown privProtocol"},
+    {"createuser bob SHA passpass1 AES hidden", "could not generate the privacy key from the supplied pass phrase."},
+    {"group x any noauth", "bad security model *****"},
+    {"master 60 hidden", "master *****"},
+    {"monitor -r 5 -u root -o x name expr", "unknown monitor OID"},
+    {"pass .1.3", "No command specified on pass line"},
+    {"pass_persist .1.3", "No command specified on pass_persist line"},
+    {"proxy -Cn hidden", "No context name passed to -Cn"},
+    {"proxy -Cx", "unknown argument passed to -C"},
+    {"rocommunity", "Blank line following *****"},
+    {"setevent x hidden y", "unknown set OID"},
+    {"sysobjectid bogus", "sysobjectid token not a parsable OID:"},
+    {"trap2sink 10.0.0.5 hidden 99999x", "cannot create sink: *****"},
+    {"usersetauthkey x", "invalid name specifier"},
+    {"view x included .1 zz", "invalid MASK"},
+    {"view x included .1 "
+     "ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff:ff",
+     "MASK too long"},
+    {"hidden x", "Unknown token: *****"}};
+
+TEST(TheInstalledDaemon, ComplainsInWordsThatAreKnownToBeItsOwn) {
+  if (FindProgram("snmpd").empty()) {
+    GTEST_SKIP() << "snmpd is not installed";
   }
-}
-
-TEST(TheDaemonsOwnWords, AreShownUpToWhatItQuotes) {
-  EXPECT_EQ(OwnWords("cannot create sink: two <words"), "cannot create sink: *****");
-  EXPECT_EQ(OwnWords("Unknown token: hidden."), "Unknown token: *****");
-  EXPECT_EQ(OwnWords("Blank line following hidden token."), "Blank line following *****");
-  EXPECT_EQ(OwnWords("\tignoring:  hidden"), "ignoring: *****");
-  EXPECT_EQ(OwnWords("ignoring extra tokens on line"), "ignoring extra tokens on line");
-  EXPECT_EQ(OwnWords("missing COMMUNITY parameterhidden"), "missing COMMUNITY parameter *****");
-}
-
-TEST(TheDaemonsOwnWords, AreHiddenWhereTheyAreNotKnown) {
-  EXPECT_EQ(OwnWords("hidden: cannot create sink"), "*****");
-  EXPECT_EQ(OwnWords("time string hidden contains an invalid suffix letter"), "*****");
-  EXPECT_EQ(OwnWords(""), "*****");
+  std::string text;
+  for (const Said& complaint : kComplaints) {
+    text.append(complaint.said).append(1, '\n');
+  }
+  Report report("snmpd.conf", false);
+  ASSERT_EQ(AskDaemon("", text, report), "");
+  std::map<std::size_t, std::string> said;
+  for (const Finding& finding : report.Take()) {
+    said[finding.line] += finding.reason + "\n";
+    EXPECT_EQ(finding.reason.find("hidden"), std::string::npos) << finding.reason;
+  }
+  for (std::size_t i = 0; i != sizeof kComplaints / sizeof kComplaints[0]; ++i) {
+    EXPECT_NE(said[i + 1].find(std::string(": ") + kComplaints[i].shown + "\n"), std::string::npos)
+        << kComplaints[i].said << "\n"
+        << said[i + 1];
+  }
 }
 
 }  // namespace
