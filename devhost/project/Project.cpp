@@ -102,8 +102,8 @@ class ProjectFile {
       }
     }
     if (!element.text.empty()) {
-      Refuse(element,
-             "<" + element.name + "> holds the text " + Quoted(boost::trim_copy(element.text)) + "; allowed: elements only");
+      // It may be a community that belongs into an element.
+      Refuse(element, "<" + element.name + "> holds text; allowed: elements only");
     }
   }
 
