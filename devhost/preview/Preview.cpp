@@ -40,7 +40,7 @@ struct HandedState : StateMemory {
 };
 
 // The agent goes by the id in the settings, so they have to be for this device.
-void CheckSettings(const NamedText& settings, const DriverEntry& device) {
+void CheckSettings(const NamedText& settings, const DriverEntry& device, Masker& masker) {
   const std::string wanted = "; allowed: <deviceId>" + std::to_string(device.id) + "</deviceId>, for " + device.name;
   const auto fail = [&settings](std::size_t line, const std::string& problem) {
     throw PreviewError(settings.name + ":" + std::to_string(line) + ": " + problem);
@@ -52,7 +52,8 @@ void CheckSettings(const NamedText& settings, const DriverEntry& device) {
     if (id == root.children.end()) {
       fail(root.line, "the settings do not name a device" + wanted);
     } else if (id->text != std::to_string(device.id)) {
-      fail(id->line, "the settings are for device " + Quoted(id->text) + wanted);
+      const std::string named = masker.Fields({{id->name, id->text}}).front().second;
+      fail(id->line, "the settings are for device " + Quoted(named) + wanted);
     }
   } catch (const XmlError& error) {
     fail(error.Line(), std::string("not well-formed XML: ") + error.what() + "; allowed: one device settings element");
@@ -142,7 +143,8 @@ void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Maske
 }
 
 PreviewResult PreviewChange(const PreviewInput& input) {
-  CheckSettings(input.settings, input.device);
+  Masker masker(input.showSecrets);
+  CheckSettings(input.settings, input.device, masker);
   PreviewResult result{Verdict::Failed, "snmpd.conf of " + input.device.name, "", {}, {}, {}, {}};
   Complaints complaints;
   Trial trial;
@@ -152,16 +154,14 @@ PreviewResult PreviewChange(const PreviewInput& input) {
     trial.problem = error.what();
   }
   result.verdict = trial.verdict;
-  Masker masker(input.showSecrets);
   LearnSecrets(input, trial.before, masker);
   if (trial.problem.empty()) {
     Show(input, trial, masker, result);
   } else {
-    result.messages = complaints.lines;
-    result.messages.push_back(trial.problem);
-  }
-  for (std::string& line : result.messages) {
-    line = masker.Text(line);
+    for (const std::string& line : complaints.lines) {
+      result.messages.push_back(masker.Text(line, WrittenBy::Others));
+    }
+    result.messages.push_back(masker.Text(trial.problem));
   }
   result.before = std::move(trial.before);
   result.after = std::move(trial.after);

@@ -10,9 +10,11 @@ Occurrence Masked(const Occurrence& occurrence, Masker& secrets) {
   Occurrence masked = occurrence;
   masked.parameters = secrets.Fields(occurrence.parameters);
   masked.call = secrets.Text(occurrence.call);
-  // The path of a module is the project's own.
+  // What a driver logs, and what it throws. The path of a module is the project's own.
   const bool isPath = occurrence.kind == Kind::Load || occurrence.kind == Kind::Unload;
-  masked.text = isPath ? occurrence.text : isXml ? secrets.Xml(occurrence.text) : secrets.Text(occurrence.text);
+  masked.text = isPath  ? occurrence.text
+                : isXml ? secrets.Xml(occurrence.text)
+                        : secrets.Text(occurrence.text, WrittenBy::Others);
   return masked;
 }
 

@@ -157,7 +157,7 @@ std::string ScriptExpectations::Shown(const ExpectAction& action, const std::str
     case Subject::State:
       return secrets.Xml(text, action.comparison == Comparison::Golden ? XmlStyle::Indented : XmlStyle::Compact);
     default:
-      return secrets.Text(text);
+      return secrets.Text(text, WrittenBy::Others);
   }
 }
 
@@ -165,8 +165,11 @@ std::string ScriptExpectations::ShownExpected(const ExpectAction& action) const 
   if (action.comparison == Comparison::Golden) {
     return "the text of " + Quoted(action.text);
   }
-  const bool isText = action.comparison == Comparison::Matches && action.subject != Subject::Setting;
-  return isText ? m_secrets.Text(action.text) : Shown(action, action.text);
+  // A pattern is part of a text: it does not say where a secret stands in it.
+  const bool isPart = action.comparison == Comparison::Matches &&
+                      (action.subject == Subject::Reply || action.subject == Subject::Notification ||
+                       action.subject == Subject::State || action.subject == Subject::File);
+  return isPart ? m_secrets.Pattern(action.text) : Shown(action, action.text);
 }
 
 }  // namespace devhost

@@ -221,7 +221,7 @@ void ScriptRunner::Do(const RunAction& action) {
   Report({Kind::Run, 0, "", m_secrets.CommandLine(run.words)});
   const ProgramResult result = RunProgram(run);
   m_expectations.NoteOutput(result.output);
-  Report({Kind::Output, 0, "", m_secrets.Text(result.output)});
+  Report({Kind::Output, 0, "", m_secrets.Text(result.output, WrittenBy::Others)});
   CheckRun(run, result);
 }
 
@@ -237,7 +237,11 @@ void ScriptRunner::Do(const ShowAction& action) {
   shown.driverId = action.driverId;
   shown.driverName = m_names.Name(action.driverId);
   if (action.what == Kind::File) {
-    shown.text = m_secrets.Config(DeviceFile(action.driverId));
+    const std::string file = DeviceFile(action.driverId);
+    shown.text = m_secrets.Config(file);
+    if (!m_secrets.ShowsSecrets() && !WhyNotPlain(file).empty()) {
+      shown.text += '\n';  // it is not the file's last line that is shown
+    }
   } else if (action.what == Kind::State) {
     shown.text = m_secrets.Xml(m_host->GetPersistState(action.driverId, XmlStyle::Compact));
   } else if (action.what == Kind::Settings) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "devhost/secrets/Keywords.h"
+#include "devhost/snmpd/DirectiveNames.h"
 #include "devhost/xml/XmlCharacters.h"
 
 namespace devhost {
@@ -44,32 +44,72 @@ bool IsUnderstood(std::string_view line) {
   return true;
 }
 
-// What stands between a # and the first word of a comment: people mark what they have switched off in many ways.
-std::size_t BeginOfComment(std::string_view line, std::size_t at) {
-  while (at < line.size() && NameAt(line.substr(at)).empty() && static_cast<unsigned char>(line[at]) < 0x80) {
-    ++at;
-  }
-  return at;
+bool IsNameByte(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-// Text that follows a name which only texts about secrets have: community=X, "value": "X", <community>X, passphrase: X.
-bool IsLabel(std::string_view name, std::string_view rest) {
-  const bool tells = name.find("ommunity") != npos || name.substr(0, 4) == "pass" || name.substr(0, 4) == "Pass";
+bool IsWordByte(char c) {
+  return static_cast<unsigned char>(c) >= 0x80 || IsNameByte(c);
+}
+
+// The word at the front of a text, with what may be letters of other scripts in it.
+std::string_view WordAt(std::string_view text) {
+  const auto end = std::find_if_not(text.begin(), text.end(), IsWordByte);
+  return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
+// What follows a word makes a secret of it: community=X, "value": "X", <community>X, passphrase: X.
+bool HasSign(std::string_view word, std::string_view rest, Follows follows) {
   const std::size_t mark = rest.find_first_not_of("\"' \t");
+  const bool isSecret = follows == Follows::SecretOrText || word.substr(0, 4) == "pass" || word.substr(0, 4) == "Pass";
   return mark != npos &&
-         ((tells && std::string_view("=:>").find(rest[mark]) != npos) || (name == "value" && rest[mark] == '='));
+         ((isSecret && std::string_view("=:>").find(rest[mark]) != npos) || (word == "value" && rest[mark] == '='));
 }
 
 // A program or a directive that takes a community behind an option, whatever stands for the blank between them.
-bool TakesOptions(std::string_view name, std::string_view rest) {
+bool TakesOptions(std::string_view word, std::string_view rest) {
   const auto next = std::find_if(rest.begin(), rest.end(), [](char c) { return c > ' ' && c < '\x7F'; });
-  return (name.substr(0, 4) == "snmp" || name == "proxy") && next != rest.begin() && next != rest.end() && *next == '-';
+  return (word.substr(0, 4) == "snmp" || word == "proxy") && next != rest.begin() && next != rest.end() && *next == '-';
 }
 
-// As a receiver says it: "TRAP, SNMP v1, community X".
-bool IsReceived(std::string_view before, std::string_view name) {
-  return name == "community" && before.size() > 4 &&
-         (before.substr(before.size() - 4) == "v1, " || before.substr(before.size() - 4) == "2c, ");
+// Where a secret may begin.
+struct SecretPlace {
+  std::size_t word;    // where the word in front of it begins; npos when there is none
+  std::size_t secret;  // what is hidden
+  bool isFirst;        // that word is the first one of the line
+};
+
+// `isComment` says that a directive may have been switched off, in whatever spelling.
+SecretPlace FindSecretPlace(std::string_view line, WrittenBy author, bool isComment) {
+  bool isFirst = true;
+  for (std::size_t at = 0; at < line.size();) {
+    const std::string_view word = WordAt(line.substr(at));
+    if (word.empty()) {
+      ++at;
+      continue;
+    }
+    const KnownName known = FindDirectiveName(word);
+    const std::string_view rest = line.substr(at + word.size());
+    const bool isDirective = known.follows == Follows::Anything && isFirst &&
+                             (isComment || (word.size() >= kShortestName && known.spelling == KnownName::Spelling::Exact));
+    const bool isNamed = author == WrittenBy::Others && known.follows == Follows::SecretOrText;
+    const bool isMarked = HasSign(word, rest, known.follows) || TakesOptions(word, rest);
+    if (known.follows == Follows::Secret || isDirective || isNamed || isMarked) {
+      // What is not quite a name may have the secret in it.
+      const bool isShown = isMarked || known.spelling != KnownName::Spelling::Near;
+      return {at, isShown ? AfterBlanks(line, at + word.size()) : at, isFirst};
+    }
+    isFirst = false;
+    at += word.size();
+  }
+  return {npos, line.size(), false};
+}
+
+std::size_t ShownLengthOfComment(std::string_view line) {
+  const SecretPlace place = FindSecretPlace(line, WrittenBy::Others, true);
+  // What stands in front of the directive may be about the secret, too.
+  const auto first = static_cast<std::size_t>(std::find_if(line.begin(), line.end(), IsWordByte) - line.begin());
+  return place.word == npos || place.isFirst ? place.secret : first;
 }
 
 }  // namespace
@@ -81,43 +121,35 @@ std::string WhyNotPlain(std::string_view text) {
                                                     : "";
 }
 
+std::string_view NameAt(std::string_view text) {
+  const auto end = std::find_if_not(text.begin(), text.end(), IsNameByte);
+  return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
 bool IsComment(std::string_view line) {
   const std::size_t begin = AfterBlanks(line, 0);
   return begin < line.size() && line[begin] == '#';
 }
 
 std::size_t ShownLength(std::string_view line) {
-  const bool understood = IsUnderstood(line);
-  const bool isComment = IsComment(line);
-  const std::size_t begin = isComment ? BeginOfComment(line, 0) : AfterBlanks(line, 0);
+  const bool isUnderstood = IsUnderstood(line);
+  if (IsComment(line)) {
+    return isUnderstood ? ShownLengthOfComment(line) : 0;
+  }
+  const std::size_t begin = AfterBlanks(line, 0);
   const std::string_view name = NameAt(line.substr(begin));
   const std::size_t end = AfterBlanks(line, begin + name.size());
-  const Keyword exact = FindKeyword(name, Spelling::Exact);
-  const Keyword near = FindKeyword(name, Spelling::Near);
   const bool isWord = end == line.size() || end != begin + name.size();
-  if (begin == line.size() || (isComment ? near <= Keyword::Harmless : exact == Keyword::Harmless && isWord)) {
-    return understood ? ShownLengthOfFreeText(line) : exact == Keyword::Unknown ? 0 : end;
+  const KnownName known = FindDirectiveName(name);
+  const bool isExact = known.spelling == KnownName::Spelling::Exact;
+  if (begin == line.size() || (isExact && known.follows == Follows::Harmless && isWord && isUnderstood)) {
+    return isUnderstood ? ShownLengthOfFreeText(line) : 0;
   }
-  return near == Keyword::Unknown ? 0 : end;
+  return known.spelling != KnownName::Spelling::Near ? end : 0;
 }
 
-std::size_t ShownLengthOfFreeText(std::string_view line) {
-  bool isFirst = true;
-  for (std::size_t at = 0; at < line.size();) {
-    const std::string_view name = NameAt(line.substr(at));
-    const std::string_view rest = line.substr(at + name.size());
-    if (!name.empty()) {
-      const bool isDirective =
-          FindKeyword(name, Spelling::Near) == Keyword::Secret ||
-          (isFirst && name.size() >= kShortestName && FindKeyword(name, Spelling::Exact) == Keyword::Hidden);
-      if (isDirective || IsLabel(name, rest) || TakesOptions(name, rest) || IsReceived(line.substr(0, at), name)) {
-        return AfterBlanks(line, at + name.size());
-      }
-      isFirst = false;
-    }
-    at += std::max<std::size_t>(name.size(), 1);
-  }
-  return line.size();
+std::size_t ShownLengthOfFreeText(std::string_view line, WrittenBy author) {
+  return FindSecretPlace(line, author, false).secret;
 }
 
 }  // namespace devhost

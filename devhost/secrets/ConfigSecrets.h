@@ -12,16 +12,26 @@ namespace devhost {
 std::string WhyNotPlain(std::string_view text);
 
 // How many bytes at the front of a line may be shown, the blanks in front of what is hidden included:
-// - the whole of a harmless directive, of an explanation in a comment and of a blank line,
-// - the name of another directive, also when it is misspelt by one letter or stands in a comment,
+// - the whole of a harmless directive and of a blank line, and of a comment in which no word is near to a directive or to a
+//   word for a secret, such as "community",
+// - the name of another directive, also when it is misspelt by one letter or begins a comment; the marks in front of any
+//   other comment,
 // - nothing of any other line.
 // Of a line that holds a control character but tabs, an invisible or no-break character, a byte that is not UTF-8, that ends
-// in a backslash or is too long for the daemon, at most the name is shown.
+// in a backslash or is too long for the daemon, at most the name is shown, and nothing of a comment.
 std::size_t ShownLength(std::string_view line);
+
+enum class WrittenBy {
+  Us,     // what is said about communities in general is no secret
+  Others  // a driver or a program, which may say: the community is X
+};
 
 // The same for a line of free text, a message or the output of a program: all in front of what looks like a directive that
 // may hold a secret, like the options of an SNMP program, or like a community=VALUE.
-std::size_t ShownLengthOfFreeText(std::string_view line);
+std::size_t ShownLengthOfFreeText(std::string_view line, WrittenBy author = WrittenBy::Us);
+
+// The letters, digits and underscores at the front of a text: a name, wherever it ends.
+std::string_view NameAt(std::string_view text);
 
 // Whether the first character of a line that is not a blank begins a comment.
 bool IsComment(std::string_view line);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "devhost/snmpd/NearName.h"
+
 namespace devhost {
 
 Field FindField(std::string_view name) {
@@ -101,7 +103,9 @@ bool IsOperation(std::string_view name) {
   return std::find(std::begin(kOperations), std::end(kOperations), name) != std::end(kOperations);
 }
 
-Setting FindSetting(std::string_view name) {
+namespace {
+
+const std::unordered_map<std::string_view, Setting>& Settings() {
   static const std::unordered_map<std::string_view, Setting> kSettings = {{"managed", Setting::Switch},
                                                                           {"configDirty", Setting::Switch},
                                                                           {"enabled", Setting::Switch},
@@ -114,8 +118,21 @@ Setting FindSetting(std::string_view name) {
                                                                           {"sysName", Setting::Shown},
                                                                           {"useRoomDevice", Setting::Switch},
                                                                           {"trapTargets", Setting::Switch}};
-  const auto found = kSettings.find(name);
-  return found == kSettings.end() ? Setting::Unknown : found->second;
+  return kSettings;
+}
+
+}  // namespace
+
+Setting FindSetting(std::string_view name) {
+  const auto found = Settings().find(name);
+  return found == Settings().end() ? Setting::Unknown : found->second;
+}
+
+bool IsNearSetting(std::string_view name) {
+  const NearName meant(name);
+  return std::any_of(Settings().begin(), Settings().end(), [&meant](const auto& setting) {
+    return meant.DistanceTo(NearName(setting.first).Text()) != NearName::kFar;
+  });
 }
 
 }  // namespace devhost

@@ -31,6 +31,9 @@ bool IsOperation(std::string_view name);
 // What is known about a setting of a device driver.
 Setting FindSetting(std::string_view name);
 
+// Whether that is the name of a setting, perhaps misspelt.
+bool IsNearSetting(std::string_view name);
+
 }  // namespace devhost
 
 #endif

@@ -1,11 +1,11 @@
 #include "devhost/secrets/KnownSecrets.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <iterator>
 
-#include "devhost/secrets/Keywords.h"
+#include "devhost/snmpd/DirectiveNames.h"
+#include "devhost/xml/XmlCharacters.h"
 
 namespace devhost {
 
@@ -23,10 +23,6 @@ bool IsPlainCharacter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-bool IsBlank(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 // What everybody writes: hiding it would make all texts unreadable.
 bool IsCommon(std::string_view word) {
   constexpr std::string_view kWords[] = {"true", "false", "default", "localhost"};
@@ -36,11 +32,23 @@ bool IsCommon(std::string_view word) {
          word.find_first_not_of('*') == std::string_view::npos;
 }
 
-std::string_view WithoutBlanksBehind(std::string_view text) {
-  while (!text.empty() && IsBlank(text.back())) {
-    text.remove_suffix(1);
+// Without the blanks and quotes around it, which readers of a text take away.
+std::string_view Inner(std::string_view text) {
+  constexpr char kAround[] = " \t\n\v\f\r\"'";
+  const std::size_t begin = std::min(text.find_first_not_of(kAround), text.size());
+  return text.substr(begin, text.find_last_not_of(kAround) + 1 - begin);
+}
+
+// A byte that XML cannot carry, or that begins a line.
+bool HoldsOddBytes(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = XmlCharacterLength(text.substr(0, 4));
+    if (length == 0 || static_cast<unsigned char>(text.front()) < ' ') {
+      return true;
+    }
+    text.remove_prefix(length);
   }
-  return text;
+  return false;
 }
 
 // Calls `use` with each longest run of characters for which `belongs` holds.
@@ -69,32 +77,19 @@ std::size_t CommonLength(std::string_view left, std::string_view right) {
 }  // namespace
 
 void KnownSecrets::Learn(std::string_view secret) {
-  if (secret.find('%') != std::string_view::npos) {
-    const std::string decoded = PercentDecoded(secret);
-    if (decoded != secret) {
-      Learn(decoded);
+  for (const Reading& reading : Unescaped(secret)) {
+    LearnWord(Inner(reading.text));
+    if (HoldsOddBytes(reading.text)) {
+      ForEachRun(
+          reading.text, [](char c) { return c > ' ' && c < '\x7F'; },
+          [this](std::string_view word) {
+            // What follows a line feed may be a directive.
+            if (FindDirectiveName(word).spelling != KnownName::Spelling::Exact) {
+              LearnWord(word);
+            }
+          });
     }
   }
-  LearnWord(secret);
-  const auto learnPart = [this](std::string_view word) {
-    // A line of a configuration that is not understood holds the names of its directives.
-    if (word != "snmp" && word != "snmpd" && FindKeyword(word, Spelling::Exact) == Keyword::Unknown) {
-      LearnWord(word);
-    }
-  };
-  ForEachRun(
-      secret, [](char c) { return !IsBlank(c); }, learnPart);
-  ForEachRun(secret, IsPlainCharacter, learnPart);
-}
-
-void KnownSecrets::LearnWhole(std::string_view secret) {
-  const std::string decoded = PercentDecoded(secret);
-  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
-  if (std::any_of(decoded.begin(), decoded.end(), isControl)) {
-    return Learn(secret);
-  }
-  LearnWord(secret);
-  LearnWord(decoded);
 }
 
 void KnownSecrets::LearnWord(std::string_view word) {
@@ -117,45 +112,47 @@ std::size_t KnownSecrets::LengthAtFront(std::string_view text) const {
   const auto next = m_secrets.upper_bound(front);
   std::size_t length = next == m_secrets.end() ? 0 : CommonLength(*next, front);
   length = next == m_secrets.begin() ? length : std::max(length, CommonLength(*std::prev(next), front));
-  // The beginning of several words may be one that everybody writes.
-  const bool isCut = length >= kShortestCut && !IsCommon(WithoutBlanksBehind(front.substr(0, length)));
+  // A secret that was cut off ends where a word ends. The beginning of several words may be one that everybody writes.
+  const bool isInWord =
+      length != 0 && length < text.size() && IsPlainCharacter(text[length - 1]) && IsPlainCharacter(text[length]);
+  const bool isCut = length >= kShortestCut && !isInWord && !IsCommon(Inner(front.substr(0, length)));
   while (!isCut && length != 0 && m_secrets.count(front.substr(0, length)) == 0) {
     --length;
   }
   return length;
 }
 
+void KnownSecrets::MarkIn(const std::vector<Reading>& readings, std::vector<bool>& hidden) const {
+  for (const Reading& reading : readings) {
+    for (std::size_t at = 0; at != reading.text.size(); ++at) {
+      const std::size_t length = LengthAtFront(std::string_view(reading.text).substr(at));
+      if (length != 0) {
+        std::fill(hidden.begin() + static_cast<std::ptrdiff_t>(reading.places[at].begin),
+                  hidden.begin() + static_cast<std::ptrdiff_t>(reading.places[at + length - 1].end), true);
+      }
+    }
+  }
+}
+
 std::string KnownSecrets::Mask(std::string_view text) const {
   if (m_secrets.size() > kMostSecrets) {
     return text.empty() ? "" : kMask;
   }
+  if (m_secrets.empty()) {
+    return std::string(text);
+  }
+  std::vector<bool> hidden(text.size());
+  MarkIn(Unescaped(text), hidden);
+  MarkIn(Decoded(text), hidden);
   std::string masked;
-  std::size_t hiddenTo = 0;
   for (std::size_t at = 0; at != text.size(); ++at) {
-    const std::size_t length = m_secrets.empty() ? 0 : LengthAtFront(text.substr(at));
-    // Secrets that overlap or touch are one.
-    if (length != 0 && (at == 0 || at > hiddenTo)) {
-      masked += kMask;
-    }
-    hiddenTo = length == 0 ? hiddenTo : std::max(hiddenTo, at + length);
-    if (at >= hiddenTo) {
+    if (!hidden[at]) {
       masked += text[at];
+    } else if (at == 0 || !hidden[at - 1]) {  // secrets that overlap or touch are one
+      masked += kMask;
     }
   }
   return masked;
-}
-
-std::string PercentDecoded(std::string_view text) {
-  std::string decoded;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    unsigned char code = 0;
-    const char* const digits = text.data() + at + 1;
-    const bool isCode =
-        text[at] == '%' && at + 2 < text.size() && std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2;
-    decoded += isCode ? static_cast<char>(code) : text[at];
-    at += isCode ? 2 : 0;
-  }
-  return decoded;
 }
 
 }  // namespace devhost

@@ -5,7 +5,8 @@
 
 #include "devhost/secrets/ConfigSecrets.h"
 #include "devhost/secrets/Fields.h"
-#include "devhost/secrets/Keywords.h"
+#include "devhost/secrets/Readings.h"
+#include "devhost/snmpd/DirectiveNames.h"
 #include "devhost/snmpd/LineCutter.h"
 #include "devhost/snmpd/WordCutter.h"
 #include "devhost/text/Words.h"
@@ -60,7 +61,7 @@ std::size_t LengthOfKeyword(std::string_view line) {
     ++begin;
   }
   const std::string_view name = NameAt(line.substr(begin));
-  return FindKeyword(name, Spelling::Near) == Keyword::Unknown ? 0 : begin + name.size();
+  return FindDirectiveName(name).spelling == KnownName::Spelling::Near ? 0 : begin + name.size();
 }
 
 // An address or an object identifier in numbers.
@@ -100,13 +101,20 @@ bool IsHarmlessOption(std::string_view option) {
 }
 
 // A text without what looks like a secret's place, line by line.
-std::string WithoutPlaces(std::string_view text) {
+std::string WithoutPlaces(std::string_view text, WrittenBy author) {
   bool continues = false;
-  return EachLine(text, [&continues](std::string_view line) {
-    const std::size_t length = continues || line.find('\0') != npos ? 0 : ShownLengthOfFreeText(line);
+  return EachLine(text, [&continues, author](std::string_view line) {
+    const std::size_t length = continues || line.find('\0') != npos ? 0 : ShownLengthOfFreeText(line, author);
     continues = length != line.size() && IsContinued(line);
     return IsBlankText(line.substr(length)) ? std::string(line) : WithMask(line.substr(0, length));
   });
+}
+
+// Whether a word of a pattern says nothing about a value.
+bool IsKnownWord(std::string_view word) {
+  return word == "true" || word == "false" || (word.size() < 4 && IsSwitch(word)) || FindField(word) != Field::Unknown ||
+         FindSetting(word) != Setting::Unknown || IsOperation(word) ||
+         FindDirectiveName(word).spelling == KnownName::Spelling::Exact;
 }
 
 }  // namespace
@@ -115,40 +123,31 @@ std::string Masker::Secret(std::string_view text) {
   if (m_showSecrets || text.empty()) {
     return std::string(text);
   }
-  Learn(text);
+  m_known.Learn(text);
   return kMask;
-}
-
-void Masker::Learn(std::string_view secret) {
-  m_known.Learn(secret);
-  m_whole.LearnWhole(secret);
 }
 
 void Masker::LearnLine(std::string_view rest) {
   // What follows -V names a view.
   if (rest.find("-V") == npos) {
-    Learn(rest);
+    m_known.Learn(rest);
   }
   std::string_view before;
   for (WordCutter cutter(rest); !cutter.AtLineEnd();) {
     const DirectiveWord word = cutter.Next();
     const std::string_view written = rest.substr(word.begin, word.end - word.begin);
     if (before != "-V") {
-      Learn(word.text);
-      Learn(written);
+      m_known.Learn(word.text);
+      m_known.Learn(written);
     }
     before = written;
   }
 }
 
-std::string Masker::Harmless(std::string_view text) const {
-  return m_whole.Mask(WithoutPlaces(text));
-}
-
 std::string Masker::SettingValue(std::string_view name, std::string_view value) {
   const Setting setting = FindSetting(name);
   const bool isShown = setting == Setting::Shown || (setting == Setting::Switch && IsSwitch(value));
-  return isShown && !m_showSecrets ? Harmless(value) : Secret(value);
+  return isShown ? Text(value) : Secret(value);
 }
 
 std::string Masker::FieldValue(std::string_view name, const std::string& value, const FieldPlace& place) {
@@ -163,7 +162,7 @@ std::string Masker::FieldValue(std::string_view name, const std::string& value, 
     case Field::FreeText:
       return Text(value);
     case Field::Name:
-      if (FindSetting(value) != Setting::Unknown) {
+      if (IsNearSetting(value)) {
         return value;
       }
       isShown = place.owner == "variable";
@@ -185,7 +184,9 @@ std::string Masker::FieldValue(std::string_view name, const std::string& value, 
       break;
     case Field::Config:
       if (place.isText) {
-        Config(PercentDecoded(value));
+        for (const Reading& reading : Unescaped(value)) {
+          Config(reading.text);
+        }
         return "(" + Counted(value.size(), "byte") + ")";
       }
       isShown = IsSwitch(value);
@@ -195,7 +196,7 @@ std::string Masker::FieldValue(std::string_view name, const std::string& value, 
     case Field::Secret:
       break;
   }
-  return isShown ? Harmless(value) : Secret(value);
+  return isShown ? Text(value) : Secret(value);
 }
 
 Parameters Masker::Fields(const Parameters& parameters) {
@@ -207,7 +208,7 @@ Parameters Masker::Fields(const Parameters& parameters) {
   const FieldPlace place{"", named == parameters.end() ? std::string_view() : named->second, false};
   Parameters shown;
   for (const auto& [name, value] : parameters) {
-    shown.emplace_back(Harmless(name), name == "xml" ? Xml(value) : FieldValue(name, value, place));
+    shown.emplace_back(Text(name), name == "xml" ? Xml(value) : FieldValue(name, value, place));
   }
   return shown;
 }
@@ -222,11 +223,28 @@ void Masker::LearnFrom(const XmlElement& element) {
   }
 }
 
+void Masker::LearnFromDamaged(std::string_view xml) {
+  // The values are what stands between two tags, and in quotes behind an equals sign.
+  char open = '>';
+  std::string_view before;
+  for (std::size_t at = 0; at <= xml.size();) {
+    const std::size_t end = std::min(xml.find_first_of("<>\"'", at), xml.size());
+    const std::string_view piece = xml.substr(at, end - at);
+    const bool isQuoted = (open == '"' || open == '\'') && !before.empty() && before.back() == '=';
+    if ((open == '>' || isQuoted) && FindSetting(piece) == Setting::Unknown && !IsSwitch(piece)) {
+      m_known.Learn(piece);
+    }
+    before = piece;
+    open = end == xml.size() ? '\0' : xml[end];
+    at = end + 1;
+  }
+}
+
 void Masker::HideIn(XmlElement& element, bool isKnown) {
   // In what is known, a name that is not may be a part of a value that was not written as XML should be.
   isKnown = isKnown || FindField(element.name) != Field::Unknown;
   const auto shownName = [&](const std::string& name) {
-    return FindField(name) != Field::Unknown ? name : isKnown ? kMask : Harmless(name);
+    return FindField(name) != Field::Unknown ? name : isKnown ? kMask : Text(name);
   };
   const std::string setting(SettingOf(element));
   if (!element.text.empty()) {
@@ -253,7 +271,7 @@ std::string Masker::Xml(const std::string& xml, XmlStyle style) {
     HideIn(root, false);
     return XmlText(root, style);
   } catch (const XmlError&) {
-    Learn(xml);
+    LearnFromDamaged(xml);
     return std::string(kMask) + " (" + Counted(xml.size(), "byte") + ", not XML)";
   }
 }
@@ -267,7 +285,7 @@ std::string Masker::ConfigLine(std::string_view line, bool continues) {
   }
   const std::string_view shown = isWhole ? line : line.substr(0, length);
   const std::size_t keyword = LengthOfKeyword(shown);
-  const std::string text = std::string(shown.substr(0, keyword)) + m_whole.Mask(shown.substr(keyword));
+  const std::string text = std::string(shown.substr(0, keyword)) + m_known.Mask(shown.substr(keyword));
   return isWhole ? text : WithMask(text);
 }
 
@@ -297,7 +315,7 @@ std::string Masker::CommandWord(std::string_view word, std::string_view before) 
   const bool isSecret =
       (isValue && !IsHarmlessOption(before)) || (IsOption(word) && word.size() > 2 && !IsHarmlessOption(word));
   if (isSecret) {
-    Learn(IsOption(word) ? word.substr(2) : word);
+    m_known.Learn(IsOption(word) ? word.substr(2) : word);
   }
   const bool isShown = isValue ? !isSecret : (IsOption(word) && !isSecret) || IsNumeric(word) || NamesSnmpProgram(word);
   return isShown || word.empty() ? std::string(word) : kMask;
@@ -326,11 +344,20 @@ std::string Masker::CommandLine(const std::vector<std::string>& words) {
   return m_showSecrets ? line : m_known.Mask(line);
 }
 
-std::string Masker::Text(std::string_view text) const {
-  if (m_showSecrets) {
-    return std::string(text);
+std::string Masker::Pattern(const std::string& pattern) const {
+  bool isKnown = true;
+  for (std::size_t at = 0; at < pattern.size() && isKnown;) {
+    const std::string_view rest = std::string_view(pattern).substr(at);
+    const std::size_t length = NameAt(rest).size();
+    isKnown = length == 0 ? static_cast<unsigned char>(rest.front()) < 0x80 : IsKnownWord(rest.substr(0, length));
+    // Behind a backslash stands the name of a class of letters.
+    at += rest.front() == '\\' ? 2 : std::max<std::size_t>(length, 1);
   }
-  return m_known.Mask(WithoutPlaces(text));
+  return isKnown || m_showSecrets ? pattern : kMask;
+}
+
+std::string Masker::Text(std::string_view text, WrittenBy author) const {
+  return m_showSecrets ? std::string(text) : m_known.Mask(WithoutPlaces(text, author));
 }
 
 }  // namespace devhost

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "devhost/secrets/ConfigSecrets.h"
 #include "devhost/secrets/KnownSecrets.h"
 #include "devhost/text/Parameters.h"
 #include "devhost/xml/XmlReader.h"
@@ -39,7 +40,10 @@ class Masker {
 
   // Free text: a message, a log line, a reason, what a program wrote. Hides what is remembered, and the rest of a line
   // behind what looks like a secret's place. Learns nothing.
-  std::string Text(std::string_view text) const;
+  std::string Text(std::string_view text, WrittenBy author = WrittenBy::Us) const;
+  // A pattern that a text with secrets is compared with: shown when all words in it are names of fields, settings and
+  // directives. Learns nothing.
+  std::string Pattern(const std::string& pattern) const;
 
  private:
   struct FieldPlace {
@@ -48,20 +52,17 @@ class Masker {
     bool isText;               // of the element, not of an attribute
   };
 
-  void Learn(std::string_view secret);
-  // The daemon's words of what is hidden of a line, too, each without its quotes.
+  // What is hidden of a line, whole and as the words that the daemon cuts it into.
   void LearnLine(std::string_view rest);
-  // A text that is known to be harmless, and not free: only whole secrets are looked for in it.
-  std::string Harmless(std::string_view text) const;
   std::string FieldValue(std::string_view name, const std::string& value, const FieldPlace& place);
   void LearnFrom(const XmlElement& element);
+  void LearnFromDamaged(std::string_view xml);
   void HideIn(XmlElement& element, bool isKnown);
   std::string ConfigLine(std::string_view line, bool continues);
   std::string CommandWord(std::string_view word, std::string_view before);
 
   bool m_showSecrets;
   KnownSecrets m_known;
-  KnownSecrets m_whole;  // the same without their words
 };
 
 }  // namespace devhost

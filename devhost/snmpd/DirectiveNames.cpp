@@ -1,86 +1,132 @@
 #include "devhost/snmpd/DirectiveNames.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <vector>
 
 #include "devhost/snmpd/Directive.h"
 #include "devhost/snmpd/LineCutter.h"
+#include "devhost/snmpd/NearName.h"
 #include "devhost/snmpd/WordCutter.h"
 
 namespace devhost {
 
 namespace {
 
-// The option -H lists only those that come with a word of help.
-constexpr char kUnlisted[] =
-    "_mteenottable _mteesettable _mteetable _mteotable _mtetbltable _mtetdtable _mtetextable _mtettable "
-    "_mtetthtable _schedtable engineboots enum exactengineid exec exec2 execfix execfix2 extend extend-sh "
-    "extendfix ifxtable include includedir includefile includesearch mteobjectstable mtetriggertable "
-    "notificationfilter oldengineid pauthtrapenable psyscontact psyslocation psysname sh sh2 "
-    "snmpnotifyfilterprofiletable snmpnotifyfiltertable snmpnotifytable targetaddr targetparams usersetauthkey "
-    "usersetauthlocalkey usersetauthpass usersetprivkey usersetprivlocalkey usersetprivpass usmuser vacmaccess "
-    "vacmauthaccess vacmgroup vacmview";
+enum class Place {
+  Daemon,    // in snmpd.conf
+  Unlisted,  // the same, but the option -H lists only those that come with a word of help
+  Programs,  // in snmp.conf
+  Prose      // not a directive, but what people call a secret
+};
 
-constexpr char kDaemon[] =
-    "access add_row agentaddress agentgroup agentsecname agentuser agentxperms agentxretries agentxsocket "
-    "agentxtimeout at authaccess authcommunity authgroup authtrapenable authuser avgbulkvarbindsize certsecname "
-    "com2sec com2sec6 com2secunix count_kthreads createuser cron defaultmonitors defdomain deftarget disableperl "
-    "disk diskio diskio_exclude_fd diskio_exclude_loop diskio_exclude_ram dlmod donotretainnotificationlogs "
-    "dontlogtcpwrappersconnects dontretainlogs engineid engineidnic engineidtype file group ifmib_max_num_ifaces "
-    "ignoredisk include_ifmib_iface_prefix includealldisks informsink injecthandler interface interface_fadeout "
-    "interface_replace_old iqueryseclevel iquerysecname iqueryversion leave_pidfile linkupdownnotifications load "
-    "logmatch master maxgetbulkrepeats maxgetbulkresponses monitor notificationevent override pass pass_persist "
-    "pdustatsmax pdustatsthreshold perl perlinitfile proc procfix proxy quit realstorageunits repeat rocommunity "
-    "rocommunity6 rouser rwcommunity rwcommunity6 rwuser sendmail_config sendmail_index sendmail_queue "
-    "sendmail_queue_t sendmail_stats sendmail_stats_t setaccess setevent setserialno skipnfsinhostresources "
-    "smuxpeer smuxsocket snmptlstmaddr snmptlstmparams sourcefilteraddress sourcefiltertype storageusenfs "
-    "strictdisman swap syscontact sysdescr syslocation sysname sysobjectid sysservices table trap2sink "
-    "trapcommunity trapsess trapsink v1trapaddress view";
+struct Group {
+  Place place;
+  Follows follows;
+  const char* names;
+};
 
-constexpr char kPrograms[] =
-    "16bitids alias clientaddr clientaddrusesport clientrecvbuf clientsendbuf commenttoeol debugloglevel "
-    "debugtokens defaultport defauthlocalizedkey defauthmasterkey defauthpassphrase defauthtype defcommunity "
-    "defcontext defdomain defpassphrase defprivlocalizedkey defprivmasterkey defprivpassphrase defprivtype "
-    "defsecuritylevel defsecuritymodel defsecurityname deftarget defversion disablesnmpv1 disablesnmpv2c "
-    "disablesnmpv3 dodebugging dontbreakdownoids dontloadhostconfig dontprintunits dumppacket escapequotes "
-    "extendedindex extrax509subdir hexoutputlength localcert logoption logtimestamp miballowunderline mibdirs "
-    "mibfile mibreplacewithlatest mibs mibwarninglevel nocontextengineiddiscovery nodisplayhint nopersistentload "
-    "nopersistentsave norangecheck notokenwarnings numerictimeticks oidoutputformat outputprecision peercert "
-    "persistentdir printhextext printnumericenums printnumericoids printvalueonly quickprinting retries "
-    "reverseencodeber sendmessagemaxsize serverrecvbuf serversendbuf showmiberrors strictcommentterm "
-    "suffixprinting tempfilepattern timeout tlsalgorithms trustcert tsmusetransportprefix x509crlfile";
+constexpr Group kGroups[] = {
+    {Place::Unlisted, Follows::Harmless, "include includedir includefile includesearch"},
+    {Place::Unlisted, Follows::Anything,
+     "_mteenottable _mteesettable _mteetable _mteotable _mtetbltable _mtetdtable _mtetextable _mtettable "
+     "_mtetthtable _schedtable engineboots enum exactengineid exec exec2 execfix2 extend ifxtable "
+     "mteobjectstable mtetriggertable notificationfilter oldengineid pauthtrapenable psyscontact psyslocation "
+     "psysname sh sh2 snmpnotifyfilterprofiletable snmpnotifyfiltertable snmpnotifytable targetaddr "
+     "targetparams vacmaccess vacmauthaccess vacmgroup vacmview"},
+    {Place::Unlisted, Follows::Secret,
+     "execfix extend-sh extendfix usersetauthkey usersetauthlocalkey usersetauthpass usersetprivkey "
+     "usersetprivlocalkey usersetprivpass usmuser"},
+    {Place::Daemon, Follows::Harmless,
+     "access agentaddress agentgroup agentuser agentxperms agentxretries agentxsocket agentxtimeout "
+     "authtrapenable avgbulkvarbindsize count_kthreads defaultmonitors disk diskio diskio_exclude_fd "
+     "diskio_exclude_loop diskio_exclude_ram donotretainnotificationlogs dontlogtcpwrappersconnects "
+     "dontretainlogs engineidtype file group ignoredisk includealldisks interface interface_fadeout "
+     "interface_replace_old leave_pidfile linkupdownnotifications load master maxgetbulkrepeats "
+     "maxgetbulkresponses pdustatsmax pdustatsthreshold proc quit realstorageunits sendmail_index "
+     "sendmail_queue_t sendmail_stats_t skipnfsinhostresources storageusenfs swap syscontact sysdescr "
+     "syslocation sysname sysobjectid sysservices table view"},
+    {Place::Daemon, Follows::Anything,
+     "add_row at cron defdomain deftarget disableperl dlmod engineid engineidnic ifmib_max_num_ifaces "
+     "include_ifmib_iface_prefix injecthandler iqueryseclevel iqueryversion logmatch monitor notificationevent "
+     "override pass perl procfix proxy repeat rouser rwuser sendmail_queue sendmail_stats setaccess setevent "
+     "setserialno smuxsocket snmptlstmaddr snmptlstmparams sourcefilteraddress sourcefiltertype strictdisman "
+     "v1trapaddress"},
+    {Place::Daemon, Follows::Secret,
+     "agentsecname authaccess authcommunity authgroup authuser certsecname com2sec com2sec6 com2secunix "
+     "createuser informsink iquerysecname pass_persist perlinitfile rocommunity rocommunity6 rwcommunity "
+     "rwcommunity6 sendmail_config smuxpeer trap2sink trapcommunity trapsess trapsink"},
+    {Place::Programs, Follows::Harmless, "defversion logtimestamp retries timeout"},
+    {Place::Programs, Follows::Anything,
+     "16bitids alias clientaddr clientaddrusesport clientrecvbuf clientsendbuf commenttoeol debugloglevel "
+     "debugtokens defaultport defauthtype defcontext defdomain defprivtype defsecuritylevel defsecuritymodel "
+     "deftarget disablesnmpv1 disablesnmpv2c disablesnmpv3 dodebugging dontbreakdownoids dontloadhostconfig "
+     "dontprintunits dumppacket escapequotes extendedindex extrax509subdir hexoutputlength localcert logoption "
+     "miballowunderline mibdirs mibfile mibreplacewithlatest mibs mibwarninglevel nocontextengineiddiscovery "
+     "nodisplayhint nopersistentload nopersistentsave norangecheck notokenwarnings numerictimeticks "
+     "oidoutputformat outputprecision peercert persistentdir printhextext printnumericenums printnumericoids "
+     "printvalueonly quickprinting reverseencodeber sendmessagemaxsize serverrecvbuf serversendbuf "
+     "showmiberrors strictcommentterm suffixprinting tempfilepattern tlsalgorithms trustcert "
+     "tsmusetransportprefix x509crlfile"},
+    {Place::Programs, Follows::Secret,
+     "defauthlocalizedkey defauthmasterkey defauthpassphrase defcommunity defpassphrase defprivlocalizedkey "
+     "defprivmasterkey defprivpassphrase defsecurityname"},
+    {Place::Prose, Follows::SecretOrText, "communities community passphrase passwd password"}};
 
-void AddWords(std::string_view words, DirectiveNames::Names& names) {
+// In a longer word that has no blank in it, shorter ones stand by accident.
+constexpr std::size_t kShortestPart = 6;
+
+template <class Use>
+void ForEachWord(std::string_view words, Use use) {
   for (WordCutter cutter(words); !cutter.AtEnd();) {
-    names.insert(cutter.Next().text);
+    const DirectiveWord word = cutter.Next();
+    use(words.substr(word.begin, word.end - word.begin));
   }
+}
+
+void AddNames(Place place, DirectiveNames::Names& names) {
+  for (const Group& group : kGroups) {
+    if (group.place == place) {
+      ForEachWord(group.names, [&names](std::string_view name) { names.emplace(name); });
+    }
+  }
+}
+
+struct Entry {
+  std::string_view name;
+  Follows follows;
+  NearName::Letters letters;
+};
+
+// All names. Those that hide most come first.
+const std::vector<Entry>& Entries() {
+  static const std::vector<Entry> kEntries = [] {
+    std::vector<Entry> entries;
+    for (const Group& group : kGroups) {
+      ForEachWord(group.names, [&](std::string_view name) {
+        entries.push_back({name, group.follows, NearName::LettersOf(name)});
+      });
+    }
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const Entry& left, const Entry& right) { return left.follows > right.follows; });
+    return entries;
+  }();
+  return kEntries;
+}
+
+const std::unordered_map<std::string_view, Follows>& ExactNames() {
+  static const std::unordered_map<std::string_view, Follows> kNames = [] {
+    std::unordered_map<std::string_view, Follows> names;
+    for (const Entry& entry : Entries()) {
+      names.emplace(entry.name, entry.follows);
+    }
+    return names;
+  }();
+  return kNames;
 }
 
 bool IsNameCharacter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
-}
-
-// How many letters have to be changed, added, removed or swapped with the next one to make one word of the other.
-std::size_t Distance(std::string_view left, std::string_view right) {
-  std::vector<std::size_t> before(right.size() + 1);
-  std::vector<std::size_t> last(right.size() + 1);
-  std::vector<std::size_t> row(right.size() + 1);
-  for (std::size_t at = 0; at <= right.size(); ++at) {
-    last[at] = at;
-  }
-  for (std::size_t i = 1; i <= left.size(); ++i) {
-    row[0] = i;
-    for (std::size_t j = 1; j <= right.size(); ++j) {
-      const bool same = left[i - 1] == right[j - 1];
-      row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (same ? 0 : 1)});
-      if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
-        row[j] = std::min(row[j], before[j - 2] + 1);
-      }
-    }
-    before.swap(last);
-    last.swap(row);
-  }
-  return last[right.size()];
 }
 
 }  // namespace
@@ -104,7 +150,7 @@ DirectiveNames ReadDirectiveNames(std::string_view list) {
     }
   }
   if (!names.daemon.empty()) {
-    AddWords(kUnlisted, names.daemon);
+    AddNames(Place::Unlisted, names.daemon);
   }
   return names;
 }
@@ -112,38 +158,55 @@ DirectiveNames ReadDirectiveNames(std::string_view list) {
 const DirectiveNames& UsualDirectiveNames() {
   static const DirectiveNames kNames = [] {
     DirectiveNames names;
-    AddWords(kUnlisted, names.daemon);
-    AddWords(kDaemon, names.daemon);
-    AddWords(kPrograms, names.programs);
+    AddNames(Place::Unlisted, names.daemon);
+    AddNames(Place::Daemon, names.daemon);
+    AddNames(Place::Programs, names.programs);
     return names;
   }();
   return kNames;
 }
 
 std::string_view NearestDirectiveName(std::string_view word, const DirectiveNames::Names& names) {
-  constexpr std::size_t kLongest = 40;
-  constexpr std::size_t kShortName = 5;  // of such a name, every other word is a few letters away
   const auto end = std::find_if_not(word.begin(), word.end(), IsNameCharacter);
   const std::string_view front = word.substr(0, static_cast<std::size_t>(end - word.begin()));
   const auto exact = names.find(front);
   if (exact != names.end()) {
     return *exact;
   }
-  // What is not part of a name may stand for a letter.
-  word = word.size() > kLongest ? front : word;
+  const NearName meant(word);
   std::string_view nearest;
-  std::size_t least = 3;
+  std::size_t least = NearName::kFar;
   for (const std::string& name : names) {
-    const std::size_t most = std::min<std::size_t>(least - 1, name.size() <= kShortName ? 1 : 2);
-    const std::size_t longer = std::max(name.size(), word.size());
-    if (most != 0 && word.size() <= kLongest && longer - std::min(name.size(), word.size()) <= most) {
-      const std::size_t distance = Distance(word, name);
-      if (distance <= most) {
-        least = distance;
-        nearest = name;
-      }
+    const std::size_t distance = meant.DistanceTo(name);
+    if (distance < least) {
+      least = distance;
+      nearest = name;
     }
   }
+  return nearest;
+}
+
+KnownName FindDirectiveName(std::string_view word) {
+  const NearName meant(word);
+  const auto exact = ExactNames().find(meant.Text());
+  if (exact != ExactNames().end()) {
+    return {exact->second, KnownName::Spelling::Exact};
+  }
+  KnownName nearest;
+  std::size_t least = NearName::kFar;
+  for (const Entry& entry : Entries()) {
+    const std::size_t distance = meant.DistanceTo(entry.name, entry.letters);
+    if (distance < least) {
+      least = distance;
+      nearest.follows = entry.follows;
+    } else if (nearest.follows == Follows::NotKnown && entry.follows >= Follows::SecretOrText &&
+               entry.name.size() >= kShortestPart && meant.Text().find(entry.name) != std::string::npos) {
+      nearest.follows = entry.follows;
+    }
+  }
+  // In a letter of another script, nobody sees that it is wrong.
+  const bool isPlain = meant.Text().size() == word.size();
+  nearest.spelling = least <= 1 && isPlain ? KnownName::Spelling::OneLetterOff : KnownName::Spelling::Near;
   return nearest;
 }
 

@@ -34,6 +34,16 @@ std::string PercentCoded(const std::string& text) {
   return coded;
 }
 
+std::string Hexadecimal(const std::string& text) {
+  std::string digits;
+  for (const char c : text) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    const auto byte = static_cast<unsigned char>(c);
+    digits.append(digits.empty() ? 0 : 1, ' ').append({kDigits[byte / 16], kDigits[byte % 16]});
+  }
+  return digits;
+}
+
 std::string Utf16(const std::string& text, bool bigEndian) {
   std::string wide;
   for (const char c : text) {
@@ -111,12 +121,21 @@ std::string HostileSecrets::Line() {
                            "exec~x~/usr/bin/snmpget~-c~{}~h",
                            "extend~x~{}",
                            "usmUser~1~3~0x80~{}~{}",
-                           "smuxpeer~.1~{}"});
+                           "smuxpeer~.1~{}",
+                           "#~community~{}",
+                           "#~the~passphrase~{}",
+                           "#~was:~rocommunity~{}",
+                           "#~{}~is~the~community"});
   const std::string keyword = line.substr(0, line.find('~'));
-  if (OneOf(4)) {  // one letter of it is wrong
-    const std::size_t at = 1 + m_choose(keyword.size() - 2);
-    const std::size_t how = keyword.size() < 5 ? 3 : m_choose(3);
-    line = how == 0 ? line.erase(at, 1) : how == 1 ? line.insert(at, 1, 'm') : how == 2 ? line.replace(at, 1, "n") : line;
+  // One letter of it is wrong, or two, or letters of another script look like its own.
+  const std::size_t wrong = keyword.size() < 5 || !OneOf(4) ? 0 : keyword.size() < 6 ? 1 : 1 + m_choose(2);
+  for (std::size_t i = 0; i != wrong; ++i) {
+    const std::size_t at = 1 + m_choose(keyword.size() - 3);
+    const std::size_t how = m_choose(3);
+    line = how == 0 ? line.erase(at, 1) : how == 1 ? line.insert(at, 1, 'm') : line.replace(at, 1, "n");
+  }
+  if (wrong == 0 && keyword.size() > 1 && OneOf(8)) {
+    line.replace(1 + m_choose(keyword.size() - 1), 1, Pick({"\xD0\xBE", "\xC3\xB6", "\xE1\xB4\x8F", "\xF0\x9D\x97\x88"}));
   }
   Replace(line, "~",
           OneOf(2) ? " " : Pick({"  ", "    ", "\t", "\r", "\xC2\xA0", ": ", " : ", "=", "\v", "\xE3\x80\x80", "\x01"}));
@@ -197,12 +216,15 @@ std::string HostileSecrets::Xml() {
 }
 
 std::string HostileSecrets::Message(const std::string& secret) {
-  const std::string front = secret.substr(0, 12 + m_choose(80));
-  return Pick({"line 3 is wrong: ", "", "0D", "x", "read \"", "<Fail>", "{\"text\":\"", "rocommunity ",
-               "cannot create sink: "}) +
+  const std::string begin = Pick(
+      {"line 3 is wrong: ", "", "0D", "x", "read \"", "<Fail>", "{\"text\":\"", "rocommunity ", "cannot create sink: "});
+  if (OneOf(4)) {  // what is cut off is marked so
+    return begin + secret.substr(0, 12 + m_choose(80)) + Pick({"", "\"", " is wrong", "\n", "..."});
+  }
+  return begin +
          (OneOf(4)   ? XmlEscaped(secret)
           : OneOf(4) ? PercentCoded(secret)
-          : OneOf(4) ? front
+          : OneOf(8) ? Hexadecimal(secret)
                      : secret) +
          Pick({"", "\"", " is wrong", "\n", "xyz", "..."});
 }

@@ -235,6 +235,8 @@ TEST_F(APreview, KnowsWhatTheDeviceHasKept) {
 TEST_F(APreview, OfSettingsForAnotherDeviceIsRefused) {
   input.device.id = 15;
   EXPECT_EQ(Error(), "s.xml:4: the settings are for device \"12\"; allowed: <deviceId>15</deviceId>, for kitchen");
+  input.settings.text = "<managedDevice><deviceId>geheim</deviceId></managedDevice>";
+  EXPECT_EQ(Error(), "s.xml:1: the settings are for device \"*****\"; allowed: <deviceId>15</deviceId>, for kitchen");
   input.settings.text = "<managedDevice/>";
   EXPECT_EQ(Error(), "s.xml:1: the settings do not name a device; allowed: <deviceId>15</deviceId>, for kitchen");
 }

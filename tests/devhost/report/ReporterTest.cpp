@@ -31,6 +31,15 @@ TEST(AMaskedOccurrence, HidesSecretsInMessages) {
   }
 }
 
+// It may log what it has read itself, before anybody has asked it.
+TEST(AMaskedOccurrence, HidesWhatADriverCallsACommunity) {
+  Masker secrets(false);
+  for (const Kind kind : {Kind::Log, Kind::Manners, Kind::Failure, Kind::StateProblem}) {
+    EXPECT_EQ(Masked(Make(kind, "read the community hidden"), secrets).text, "read the community *****");
+    EXPECT_EQ(Masked(Make(kind, "rocomunty hidden"), secrets).text, "*****");
+  }
+}
+
 TEST(AMaskedOccurrence, HidesSecretsInParameters) {
   Masker secrets(false);
   for (const Kind kind : {Kind::Command, Kind::Event}) {

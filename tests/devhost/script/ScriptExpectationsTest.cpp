@@ -121,9 +121,16 @@ TEST_F(ACheckedExpectation, ThatIsNotMetShowsNoSecret) {
   EXPECT_THAT(Check(Expect(Subject::Output, Comparison::Is, "hidden a")), testing::Contains("expected: ***** a"));
   EXPECT_THAT(Check(Expect(Subject::File, Comparison::Is, "# hidden a"), "# hidden b"),
               ElementsAre("the file of kitchen is not as expected", "expected: # ***** a", "found:    # ***** b"));
-  EXPECT_THAT(
-      Check(Expect(Subject::File, Comparison::Matches, "^rocommunity  x$"), "rwcommunity  y\n"),
-      ElementsAre("the file of kitchen does not match", "expected: ^rocommunity  *****", "found:    rwcommunity  *****\n"));
+  EXPECT_THAT(Check(Expect(Subject::File, Comparison::Matches, "^rocommunity  x$"), "rwcommunity  y\n"),
+              ElementsAre("the file of kitchen does not match", "expected: *****", "found:    rwcommunity  *****\n"));
+  EXPECT_THAT(Check(Expect(Subject::File, Comparison::Matches, "^rocommunity +\\w{3}$"), ""),
+              testing::Contains("expected: ^rocommunity +\\w{3}$"));
+  for (const char* const pattern : {">other<", "other", "<community>x"}) {
+    EXPECT_THAT(Check(Expect(Subject::State, Comparison::Matches, pattern), "<base>y</base>"),
+                testing::Contains("expected: *****"));
+  }
+  EXPECT_THAT(Check(Expect(Subject::State, Comparison::Matches, "<known>"), "<base>y</base>"),
+              testing::Contains("expected: <known>"));
   EXPECT_THAT(Check(Expect(Subject::State, Comparison::Is, "<known>x</known>"), "<base>y</base>"),
               ElementsAre("the state of kitchen is not as expected", "expected: <known>(1 byte)</known>",
                           "found:    <base>(1 byte)</base>"));

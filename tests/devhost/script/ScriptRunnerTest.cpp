@@ -222,6 +222,24 @@ TEST_F(APlayedScript, ReportsNoSecret) {
   EXPECT_EQ(reporter.Of(Kind::Expect).size(), 2u);
 }
 
+TEST_F(APlayedScript, SaysNothingAboutTheEndOfAFileThatItDoesNotShow) {
+  folder.Write("k/snmpd.conf", std::string("a\0b", 3));
+  Play("device kitchen show file\n");
+  EXPECT_EQ(Only(Kind::File).text, "(3 bytes, not shown: it holds a NUL byte)\n");
+  secrets = Masker(true);
+  reporter = RecordingReporter();
+  Play("device kitchen show file\n");
+  EXPECT_EQ(Only(Kind::File).text, std::string("a\0b", 3));
+}
+
+// A dump of what it has read, for one. What nobody has told the host is hidden behind what it is called.
+TEST_F(APlayedScript, HidesSecretsInTheOutputOfAProgram) {
+  Play(
+      "device kitchen set communityRead geheim-geheim\n"
+      "run sh -c 'echo 6765 6865 696d 2d67 6568 6569 6d; echo Z2VoZWltLWdlaGVpbQ==; echo community other'\n");
+  EXPECT_EQ(Only(Kind::Output).text, "*****\n*****==\ncommunity *****\n");
+}
+
 TEST_F(APlayedScript, KnowsTheSecretsOfTheStatesThatItsDriversGet) {
   states.Save(12, "<settings><setting name='communityRead' value='a%0Dhidden'/></settings>");
   Play("print 'a hidden thing'\n");

@@ -63,58 +63,101 @@ TEST(AHarmlessDirective, IsCutAtADirectiveInItsValue) {
   EXPECT_EQ(Shown("sysContact ask snmpget -v2c -c public"), "sysContact ask snmpget ");
 }
 
-TEST(AComment, IsShownAsFarAsItExplains) {
-  for (const char* const line : {"# Kitchen, left of the door", "#", "####", "   # sysLocation Kitchen",
-                                 "#sysLocaton Kitchen", "# Read-only access to the view",
-                                 "# K\xC3\xBC"
-                                 "che \xE2\x80\x93 north"}) {
-    EXPECT_EQ(Shown(line), line);
-  }
+struct Line {
+  const char* line;
+  const char* shown;
+};
+
+class AComment : public testing::TestWithParam<Line> {};
+
+TEST_P(AComment, IsShownAsFarAsNoDirectiveIsNear) {
+  EXPECT_EQ(Shown(GetParam().line), GetParam().shown);
 }
 
-TEST(AComment, IsTreatedAsTheDirectiveThatItBeginsLike) {
-  EXPECT_EQ(Shown("#rocommunity public"), "#rocommunity ");
-  EXPECT_EQ(Shown(" ## # rocommunity public"), " ## # rocommunity ");
-  EXPECT_EQ(Shown("# rocomunity public"), "# rocomunity ");
-  EXPECT_EQ(Shown("#- \"rwcommunity\" public"), "#- \"rwcommunity");
-  EXPECT_EQ(Shown("# createUser me SHA passphrase"), "# createUser ");
-  EXPECT_EQ(Shown("# rocommunity\xC2\xA0public"), "# rocommunity");
-  EXPECT_EQ(Shown("# it was: rocommunity public"), "# it was: rocommunity ");
-  EXPECT_EQ(Shown("# the community=public"), "# the community");
+constexpr Line Whole(const char* line) {
+  return {line, line};
 }
 
-TEST(AComment, IsNotShownWhenItIsNotUnderstood) {
-  EXPECT_EQ(Shown("# Kitchen\rrocommunity public"), "");
-  EXPECT_EQ(Shown("#\xC2\xA0rocommunity public"), "");
-  EXPECT_EQ(Shown("# K\xFC"
-                  "che"),
-            "");
+INSTANTIATE_TEST_SUITE_P(Explains, AComment,
+                         testing::Values(Whole("# Kitchen, left of the door"), Whole("#"), Whole("####"),
+                                         Whole("   # sysLocation Kitchen"), Whole("#sysLocaton Kitchen"),
+                                         Whole("# Read-only access to the view"),
+                                         Whole("# SECTION: Monitor Various Aspects of the Running Host"),
+                                         Whole("# K\xC3\xBC"
+                                               "che \xE2\x80\x93 north"),
+                                         Whole("# \xD0\xBA\xD1\x83\xD1\x85\xD0\xBD\xD1\x8F \xE5\x8E\xA8\xE6\x88\xBF")));
+
+INSTANTIATE_TEST_SUITE_P(
+    IsADirective, AComment,
+    testing::Values(Line{"#rocommunity public", "#rocommunity "}, Line{" ## # rocommunity public", " ## # rocommunity "},
+                    Line{"# rocomunity public", "# rocomunity "}, Line{"#- \"rwcommunity\" public", "#- \"rwcommunity"},
+                    Line{"# createUser me SHA passphrase", "# createUser "}, Line{"# extend x public", "# extend "},
+                    Line{"# sh x public", "# sh "}, Line{"# community=public", "# community"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    IsLikeADirective, AComment,
+    testing::Values(Line{"# rocomunty public", "# "}, Line{"# r0c0mmunity public", "# "},
+                    Line{"#exctend x public", "#exctend "}, Line{"# rocommunity_old public", "# "},
+                    Line{"# rocommunitypublic", "# "}, Line{"# r\xD0\xBE\xD1\x81\xD0\xBEmmunity public", "# "},
+                    Line{"# \xEF\xBD\x92\xEF\xBD\x8F\xEF\xBD\x83\xEF\xBD\x8F\xEF\xBD\x8D\xEF\xBD\x8D\xEF\xBD\x95\xEF\xBD\x8E"
+                         "\xEF\xBD\x89\xEF\xBD\x94\xEF\xBD\x99 public",
+                         "# "}));
+
+INSTANTIATE_TEST_SUITE_P(SpeaksOfSecrets, AComment,
+                         testing::Values(Line{"# the community public", "# "}, Line{"# public is the community", "# "},
+                                         Line{"# passphrase geheim", "# passphrase "},
+                                         Line{"# Passwort: geheim", "# Passwort"},
+                                         Line{"# communities are one, two", "# communities "},
+                                         Line{"# it was: rocommunity public", "# "}, Line{"# try snmpget -c public", "# "}));
+
+INSTANTIATE_TEST_SUITE_P(IsNotUnderstood, AComment,
+                         testing::Values(Line{"# Kitchen\rrocommunity public", ""}, Line{"#\xC2\xA0rocommunity public", ""},
+                                         Line{"# rocommunity\xC2\xA0public", ""},
+                                         Line{"# K\xFC"
+                                              "che",
+                                              ""}));
+
+class FreeText : public testing::TestWithParam<Line> {};
+
+TEST_P(FreeText, IsShownUpToWhatLooksLikeASecretsPlace) {
+  EXPECT_EQ(ShownOfFreeText(GetParam().line), GetParam().shown);
 }
 
-TEST(FreeText, IsShownAsFarAsNothingLooksLikeASecretsPlace) {
-  for (const char* const line :
-       {"cannot start the daemon: somebody else has udp:127.0.0.1:161", "the parameter community is missing",
-        "needed: target, community, port", "snmpget ended with status 1", "snmpd.conf:12: Error", "the value 5",
-        "allowed are sysName, communityRead, communityWrite", "access is denied", "sh ended with status 3", "to extend x",
-        "has no value: write NAME=VALUE", ""}) {
-    EXPECT_EQ(ShownOfFreeText(line), line);
-  }
+INSTANTIATE_TEST_SUITE_P(Explains, FreeText,
+                         testing::Values(Whole("cannot start the daemon: somebody else has udp:127.0.0.1:161"),
+                                         Whole("the parameter community is missing"),
+                                         Whole("needed: target, community, port"), Whole("snmpget ended with status 1"),
+                                         Whole("snmpd.conf:12: Error"), Whole("the value 5"),
+                                         Whole("allowed are sysName, communityRead, communityWrite"),
+                                         Whole("access is denied"), Whole("sh ended with status 3"), Whole("to extend x"),
+                                         Whole("has no value: write NAME=VALUE"), Whole("")));
+
+INSTANTIATE_TEST_SUITE_P(
+    HoldsAPlace, FreeText,
+    testing::Values(Line{"line 3 is \"rocommunity public\"", "line 3 is \"rocommunity "},
+                    Line{"line 3 is ROCOMUNITY: public", "line 3 is ROCOMUNITY"},
+                    Line{"line 3 is rocomunty public", "line 3 is "}, Line{"community=public", "community"},
+                    Line{"{\"communityRead\": \"public\"}", "{\"communityRead"},
+                    Line{"<snmpCommunityReadSetting>public<", "<snmpCommunityReadSetting"},
+                    Line{"<setting name=\"communityRead\" value=\"public\"/>", "<setting name=\"communityRead\" value"},
+                    Line{"passphrase: secret", "passphrase"},
+                    Line{"sh -c '/usr/bin/snmpget -v2c -c public'", "sh -c '/usr/bin/snmpget "},
+                    Line{"proxy\r-c public", "proxy"}, Line{"+ extend x public", "+ extend "},
+                    Line{"proxy -v 1 -c public", "proxy "}));
+
+class TextOfOthers : public testing::TestWithParam<Line> {};
+
+TEST_P(TextOfOthers, IsShownUpToAWordForASecret) {
+  const std::string line = GetParam().line;
+  EXPECT_EQ(line.substr(0, ShownLengthOfFreeText(line, WrittenBy::Others)), GetParam().shown);
 }
 
-TEST(FreeText, IsCutAtWhatLooksLikeASecretsPlace) {
-  EXPECT_EQ(ShownOfFreeText("line 3 is \"rocommunity public\""), "line 3 is \"rocommunity ");
-  EXPECT_EQ(ShownOfFreeText("line 3 is ROCOMUNITY: public"), "line 3 is ROCOMUNITY");
-  EXPECT_EQ(ShownOfFreeText("community=public"), "community");
-  EXPECT_EQ(ShownOfFreeText("{\"communityRead\": \"public\"}"), "{\"communityRead");
-  EXPECT_EQ(ShownOfFreeText("<snmpCommunityReadSetting>public<"), "<snmpCommunityReadSetting");
-  EXPECT_EQ(ShownOfFreeText("<setting name=\"communityRead\" value=\"public\"/>"), "<setting name=\"communityRead\" value");
-  EXPECT_EQ(ShownOfFreeText("passphrase: secret"), "passphrase");
-  EXPECT_EQ(ShownOfFreeText("sh -c '/usr/bin/snmpget -v2c -c public'"), "sh -c '/usr/bin/snmpget ");
-  EXPECT_EQ(ShownOfFreeText("proxy\r-c public"), "proxy");
-  EXPECT_EQ(ShownOfFreeText("+ extend x public"), "+ extend ");
-  EXPECT_EQ(ShownOfFreeText("proxy -v 1 -c public"), "proxy ");
-  EXPECT_EQ(ShownOfFreeText("TRAP2, SNMP v2c, community public"), "TRAP2, SNMP v2c, community ");
-}
+INSTANTIATE_TEST_SUITE_P(Lines, TextOfOthers,
+                         testing::Values(Whole("copied to udp:127.0.0.1:161"), Whole("sysName is kitchen"),
+                                         Line{"TRAP2, SNMP v2c, community public", "TRAP2, SNMP v2c, community "},
+                                         Line{"community public was read", "community "},
+                                         Line{"read the passphrase geheim", "read the passphrase "},
+                                         Line{"rocommunity public", "rocommunity "}));
 
 TEST(AText, IsNotPlainWhenItIsInAnEncodingOfSeveralBytes) {
   EXPECT_EQ(WhyNotPlain("rocommunity x\n\xFC"), "");

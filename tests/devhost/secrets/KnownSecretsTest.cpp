@@ -13,10 +13,16 @@ TEST(AKnownSecret, IsMaskedInsideWordsToo) {
   EXPECT_EQ(known.Mask("kitchen, \"kitchen\" 0Dkitchens\nkitchen"), "*****, \"*****\" 0D*****s\n*****");
 }
 
-TEST(AKnownSecret, IsMaskedByEachOfItsWords) {
+TEST(AKnownSecret, IsMaskedWholeAndNotByItsWords) {
   KnownSecrets known;
-  known.Learn("my old-house&<door>");
-  EXPECT_EQ(known.Mask("house &lt;door&gt; my old-house&<door> old"), "***** &lt;*****&gt; ***** old");
+  known.Learn(" my old-house&<door> ");
+  EXPECT_EQ(known.Mask("in my old-house&<door> of the house"), "in ***** of the house");
+}
+
+TEST(AKnownSecret, IsMaskedByItsWordsWhenALineFeedMadeTextsOfThem) {
+  KnownSecrets known;
+  known.Learn("one1\nsysContact two2");
+  EXPECT_EQ(known.Mask("one1, sysContact two2"), "*****, sysContact *****");
 }
 
 TEST(AKnownSecret, IsMaskedWholeWhenItHoldsAnother) {
@@ -62,7 +68,7 @@ TEST(AKnownSecret, IsMaskedWhereAMessageCutsItOff) {
   KnownSecrets known;
   const std::string secret = std::string(100, 's') + "\t" + std::string(300, 'u');
   known.Learn(secret);
-  EXPECT_EQ(known.Mask(Quoted(secret)), "\"*****\\t*****...\" (401 bytes)");
+  EXPECT_EQ(known.Mask(Quoted(secret)), "\"*****...\" (401 bytes)");
   EXPECT_EQ(known.Mask(secret.substr(0, 9) + "!"), "*****!");
 }
 
@@ -72,18 +78,46 @@ TEST(AKnownSecret, DoesNotHideAnAddressThatItBeginsWith) {
   EXPECT_EQ(known.Mask("udp:127.0.0.1:161, 127.0.0.1  housetraps"), "udp:127.0.0.1:161, *****");
 }
 
-TEST(AKnownSecret, LeavesTheNamesOfDirectivesReadable) {
+TEST(AKnownSecret, IsMaskedInAWordThatBeginsLikeItOnlyWhenTheWordIsCutOff) {
   KnownSecrets known;
-  known.Learn("[snmp] sysContact one\nsysLocation two2");
-  EXPECT_EQ(known.Mask("snmpd.conf: sysContact, sysLocation two2"), "snmpd.conf: sysContact, sysLocation *****");
-  known.Learn("view");
-  EXPECT_EQ(known.Mask("view"), "*****");
+  known.Learn("communityRaed");
+  EXPECT_EQ(known.Mask("communityRead communityRa communityRa..."), "communityRead ***** *****...");
 }
 
-TEST(AKnownSecret, IsMaskedThoughAStateWroteItInCodes) {
+class AnEncodedSecret : public testing::TestWithParam<const char*> {};
+
+TEST_P(AnEncodedSecret, IsMasked) {
+  KnownSecrets known;
+  known.Learn("my \"house\" & \xC3\xBC");
+  EXPECT_EQ(known.Mask("<" + std::string(GetParam()) + ">"), "<*****>") << GetParam();
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, AnEncodedSecret,
+                         testing::Values("my \"house\" & \xC3\xBC", "my &quot;house&quot; &amp; \xC3\xBC",
+                                         "my \\\"house\\\" & \\xC3\\xBC", "my%20%22house%22%20%26%20%C3%BC",
+                                         "my &amp;quot;house\\\" %26amp; &#xC3;&#188;", "6d792022686f757365222026 20c3bc",
+                                         "6D 79 20 22 68 6F 75 73 65 22 20 26 20 C3 BC",
+                                         "6d:79:20:22:68:6f:75:73:65:22:20:26:20:c3:bc",
+                                         "6d, 0x79, 0x20, 0x22, 0x68, 0x6f, 0x75, 0x73, "
+                                         "0x65, 0x22, 0x20, 0x26, 0x20, 0xc3, 0xbc",
+                                         "bXkgImhvdXNlIiAmIMO8"));
+
+TEST(AKnownSecret, ThatHasEscapesItselfIsMaskedWithAndWithoutThem) {
   KnownSecrets known;
   known.Learn("a%0Dhouse%C3%BC");
-  EXPECT_EQ(known.Mask("0Dhouse house\xC3\xBC"), "***** *****");
+  EXPECT_EQ(known.Mask("a%0Dhouse%C3%BC <a&#13;house\xC3\xBC> house"), "***** <*****> *****");
+}
+
+TEST(AKnownSecret, IsMaskedInALongerTextInBase64) {
+  KnownSecrets known;
+  known.Learn("hidden-11");
+  // "rocommunity hidden-11 default", "+rocommunity hidden-11 default", "++rocommunity hidden-11 default"
+  for (const char* const text :
+       {"cm9jb21tdW5pdHkgaGlkZGVuLTExIGRlZmF1bHQ=", "K3JvY29tbXVuaXR5IGhpZGRlbi0xMSBkZWZhdWx0",
+        "Kytyb2NvbW11bml0eSBoaWRkZW4tMTEgZGVmYXVsdA==", "Kytyb2NvbW11bml0eSBo\naWRkZW4tMTEgZGVmYXVsdA=="}) {
+    EXPECT_NE(known.Mask(text).find("*****"), std::string::npos) << text;
+  }
+  EXPECT_EQ(known.Mask("an ordinary text\nof two lines"), "an ordinary text\nof two lines");
 }
 
 TEST(TooManySecrets, HideEveryText) {
@@ -93,10 +127,6 @@ TEST(TooManySecrets, HideEveryText) {
   }
   EXPECT_EQ(known.Mask("anything"), "*****");
   EXPECT_EQ(known.Mask(""), "");
-}
-
-TEST(APercentCode, IsDecodedWhenItIsWhole) {
-  EXPECT_EQ(PercentDecoded("a%41%4a%4%zz%"), "aAJ%4%zz%");
 }
 
 }  // namespace

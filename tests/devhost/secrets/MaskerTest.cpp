@@ -61,7 +61,7 @@ TEST(WhatIsHarmless, HidesWholeSecretsAndWhatTheirLineFeedsMakeOfThem) {
   EXPECT_EQ(masker.SettingValue("sysName", "kitchen"), "kitchen");
   EXPECT_EQ(masker.Xml("<snmpSysNameSetting>kitchen</snmpSysNameSetting>"),
             "<snmpSysNameSetting>kitchen</snmpSysNameSetting>");
-  EXPECT_EQ(masker.Xml("<Fail>kitchen</Fail>"), "<Fail>*****</Fail>");
+  EXPECT_EQ(masker.Xml("<Fail>in the kitchen door</Fail>"), "<Fail>in the *****</Fail>");
   masker.Secret("one\nsysLocation hidden");
   EXPECT_EQ(masker.Config("rocommunity  one\nsysLocation hidden\n"), "rocommunity  *****\nsysLocation *****\n");
 }
@@ -115,7 +115,8 @@ TEST(Xml, HidesEveryOtherValue) {
   EXPECT_EQ(masker.Xml("<setting name='sysName' value='x'/>"), "<setting name=\"sysName\" value=\"x\"/>");
   EXPECT_EQ(masker.Xml("<setting name='communityRead' value='x'>y</setting>"),
             "<setting name=\"communityRead\" value=\"*****\">*****</setting>");
-  EXPECT_EQ(masker.Xml("<setting name='comunityRead' value='x'/>"), "<setting name=\"*****\" value=\"*****\"/>");
+  EXPECT_EQ(masker.Xml("<setting name='hidden' value='x'/>"), "<setting name=\"*****\" value=\"*****\"/>");
+  EXPECT_EQ(masker.Xml("<setting name='comunityRead' value='x'/>"), "<setting name=\"comunityRead\" value=\"*****\"/>");
   EXPECT_EQ(masker.Xml("<known a='b'>-\nsysName x\n-</known>"), "<known _____=\"*****\">(13 bytes)</known>");
   EXPECT_EQ(masker.Xml("<daemon pending='true'/>"), "<daemon pending=\"true\"/>");
 }

@@ -33,25 +33,68 @@ TEST(TheListOfADaemon, IsNothingWhenItIsSomethingElse) {
   EXPECT_TRUE(ReadDirectiveNames("snmpd: unknown option -H\n").daemon.empty());
 }
 
-TEST(AMisspeltDirective, IsNearTheOneThatWasMeant) {
-  const DirectiveNames::Names& names = UsualDirectiveNames().daemon;
-  const auto nearest = [&names](const char* word) { return std::string(NearestDirectiveName(word, names)); };
-  EXPECT_EQ(nearest("rocomunity"), "rocommunity");
-  EXPECT_EQ(nearest("rwcommunty"), "rwcommunity");
-  EXPECT_EQ(nearest("rcoommunity"), "rocommunity");
-  EXPECT_EQ(nearest("sys_contact"), "syscontact");
-  EXPECT_EQ(nearest("agentadress"), "agentaddress");
-  EXPECT_EQ(nearest("trapsinks"), "trapsink");
-  EXPECT_EQ(nearest("vieew"), "view");
-  EXPECT_EQ(nearest("rocommunity:"), "rocommunity");
-  EXPECT_EQ(nearest("rocommunity=whatever-follows"), "rocommunity");
+struct Meant {
+  const char* word;
+  const char* name;
+};
+
+class AnUnknownDirective : public testing::TestWithParam<Meant> {};
+
+TEST_P(AnUnknownDirective, IsNearTheOneThatWasMeant) {
+  EXPECT_EQ(NearestDirectiveName(GetParam().word, UsualDirectiveNames().daemon), GetParam().name);
 }
 
-TEST(AWordThatIsNotNearADirective, HasNone) {
-  const DirectiveNames::Names& names = UsualDirectiveNames().daemon;
-  for (const std::string& word : {std::string("greeting"), std::string("x"), std::string("vi"), std::string("="),
-                                  std::string(), std::string(100000, 'x')}) {
-    EXPECT_EQ(NearestDirectiveName(word, names), "") << word.substr(0, 20);
+INSTANTIATE_TEST_SUITE_P(Words, AnUnknownDirective,
+                         testing::Values(Meant{"rocomunity", "rocommunity"}, Meant{"rwcommunty", "rwcommunity"},
+                                         Meant{"rcoommunity", "rocommunity"}, Meant{"sys_contact", "syscontact"},
+                                         Meant{"agentadress", "agentaddress"}, Meant{"trapsinks", "trapsink"},
+                                         Meant{"vieew", "view"}, Meant{"rocommunity:", "rocommunity"},
+                                         Meant{"rocommunity=whatever-follows", "rocommunity"}, Meant{"greeting", ""},
+                                         Meant{"x", ""}, Meant{"vi", ""}, Meant{"=", ""}, Meant{"", ""}));
+
+bool operator==(const KnownName& left, const KnownName& right) {
+  return left.follows == right.follows && left.spelling == right.spelling;
+}
+
+using Spelling = KnownName::Spelling;
+
+struct Known {
+  const char* word;
+  KnownName expected;
+};
+
+class AWordInALine : public testing::TestWithParam<Known> {};
+
+TEST_P(AWordInALine, SaysWhatFollowsIt) {
+  EXPECT_TRUE(FindDirectiveName(GetParam().word) == GetParam().expected) << GetParam().word;
+}
+
+INSTANTIATE_TEST_SUITE_P(Exact, AWordInALine,
+                         testing::Values(Known{"sysLocation", {Follows::Harmless, Spelling::Exact}},
+                                         Known{"SYSLOCATION", {Follows::Harmless, Spelling::Exact}},
+                                         Known{"extend", {Follows::Anything, Spelling::Exact}},
+                                         Known{"RoCommunity6", {Follows::Secret, Spelling::Exact}},
+                                         Known{"Community", {Follows::SecretOrText, Spelling::Exact}}));
+
+INSTANTIATE_TEST_SUITE_P(Near, AWordInALine,
+                         testing::Values(Known{"ocommunity", {Follows::Secret, Spelling::OneLetterOff}},
+                                         Known{"rocomunty", {Follows::Secret, Spelling::Near}},
+                                         Known{"old_rocommunity_2", {Follows::Secret, Spelling::Near}},
+                                         Known{"communityRead", {Follows::SecretOrText, Spelling::Near}},
+                                         // Of "interface" and nothing else; of "trapsink" as of "trap2sink".
+                                         Known{"interfaces", {Follows::Harmless, Spelling::OneLetterOff}},
+                                         Known{"trap1sink", {Follows::Secret, Spelling::OneLetterOff}}));
+
+INSTANTIATE_TEST_SUITE_P(Other, AWordInALine,
+                         testing::Values(Known{"kitchen", {}}, Known{"", {}},
+                                         Known{"pas", {Follows::Anything, Spelling::OneLetterOff}}));
+
+TEST(EachUsualDirective, IsKnown) {
+  for (const auto* const names : {&UsualDirectiveNames().daemon, &UsualDirectiveNames().programs}) {
+    EXPECT_GT(names->size(), 60U);
+    for (const std::string& name : *names) {
+      EXPECT_EQ(FindDirectiveName(name).spelling, Spelling::Exact) << name;
+    }
   }
 }
 
