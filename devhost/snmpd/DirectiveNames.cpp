@@ -200,7 +200,8 @@ KnownName FindDirectiveName(std::string_view word) {
       least = distance;
       nearest.follows = entry.follows;
     } else if (nearest.follows == Follows::NotKnown && entry.follows >= Follows::SecretOrText &&
-               entry.name.size() >= kShortestPart && meant.Text().find(entry.name) != std::string::npos) {
+               entry.name.size() >= kShortestPart && meant.Text().size() > entry.name.size() &&
+               meant.Text().find(entry.name) != std::string::npos) {
       nearest.follows = entry.follows;
     }
   }
