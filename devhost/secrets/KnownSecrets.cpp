@@ -77,18 +77,26 @@ std::size_t CommonLength(std::string_view left, std::string_view right) {
 }  // namespace
 
 void KnownSecrets::Learn(std::string_view secret) {
-  for (const Reading& reading : Unescaped(secret)) {
-    LearnWord(Inner(reading.text));
-    if (HoldsOddBytes(reading.text)) {
-      ForEachRun(
-          reading.text, [](char c) { return c > ' ' && c < '\x7F'; },
-          [this](std::string_view word) {
-            // What follows a line feed may be a directive.
-            if (FindDirectiveName(word).spelling != KnownName::Spelling::Exact) {
-              LearnWord(word);
-            }
-          });
+  LearnText(secret);
+  // A reading takes many times the memory of a text, which may be a whole file in one line.
+  if (secret.find_first_of("%&\\") != std::string_view::npos) {
+    for (const Reading& reading : Unescaped(secret)) {
+      LearnText(reading.text);
     }
+  }
+}
+
+void KnownSecrets::LearnText(std::string_view text) {
+  LearnWord(Inner(text));
+  if (HoldsOddBytes(text)) {
+    ForEachRun(
+        text, [](char c) { return c > ' ' && c < '\x7F'; },
+        [this](std::string_view word) {
+          // What follows a line feed may be a directive.
+          if (FindDirectiveName(word).spelling != KnownName::Spelling::Exact) {
+            LearnWord(word);
+          }
+        });
   }
 }
 

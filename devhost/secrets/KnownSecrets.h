@@ -30,6 +30,7 @@ class KnownSecrets {
   std::string Mask(std::string_view text) const;
 
  private:
+  void LearnText(std::string_view text);
   void LearnWord(std::string_view word);
   void MarkIn(const std::vector<Reading>& readings, std::vector<bool>& hidden) const;
   // How many bytes at the front of `text` are a secret, or the first eight and more of one that was cut off; 0 for none.
