@@ -21,6 +21,7 @@ Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();
 Command MakeTrust();
+Command MakeCompletion();
 
 // Every command of the program, in the order of the help.
 const std::vector<Command>& Commands();

@@ -112,7 +112,7 @@ TEST(Version, IsOneLine) {
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   EXPECT_EQ(Parse({"blub"}).text,
             "devhost: there is no command \"blub\"; allowed: run, check, advise, preview, apply, history, undo, drift, "
-            "module, new-driver, conform, trust\nTry "
+            "module, new-driver, conform, trust, completion\nTry "
             "\"devhost "
             "--help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,
