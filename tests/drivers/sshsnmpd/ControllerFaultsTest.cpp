@@ -225,7 +225,7 @@ void AControllerBehindABadLine::CutAt(Way way, std::size_t bytes) {
   WriteFile(kOld);
   Controller controller = Make();
   std::string text;
-  ASSERT_EQ(0, controller.Read(text));
+  ASSERT_TRUE(Eventually([&] { return controller.Read(text) == 0; })) << m_log.back();
   // The next connection is cut, too, while it is being made, so that nothing repairs the first one.
   m_proxy.CutAfter(way, bytes, true);
   const int status = controller.Replace(kOld, kNew);
@@ -237,7 +237,8 @@ void AControllerBehindABadLine::CutAt(Way way, std::size_t bytes) {
   ASSERT_TRUE(file == kNew || (status != 0 && file == kOld)) << bytes << ": " << file;
   m_replacedBeforeTheCut += file == kNew ? 1 : 0;
   m_proxy.CutNoMore();
-  ASSERT_EQ(0, controller.Replace(kOld, kNew)) << bytes;
+  // On a busy machine, a connection may take longer than it may.
+  ASSERT_TRUE(Eventually([&] { return controller.Replace(kOld, kNew) == 0; })) << bytes << " " << m_log.back();
   ASSERT_EQ(kNew, File()) << bytes;
 }
 
