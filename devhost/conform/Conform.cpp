@@ -196,7 +196,7 @@ void Finish(const Profile& profile, Outcome& outcome) {
   masker.Xml(profile.config);
   outcome.message = masker.Text(outcome.message);
   for (std::string& line : outcome.log) {
-    line = masker.Text(line);
+    line = masker.Text(line, WrittenBy::Others);
   }
 }
 

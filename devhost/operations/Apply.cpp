@@ -133,7 +133,7 @@ void Say(const Change& change, const Plan& plan, const std::vector<std::string>&
   masker.Config(plan.before.file);
   masker.Config(plan.after.file);
   for (const std::string& line : lines) {
-    applied.messages.push_back(masker.Text(line));
+    applied.messages.push_back(masker.Text(line, WrittenBy::Others));
   }
 }
 
