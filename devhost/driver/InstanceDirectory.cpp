@@ -17,15 +17,20 @@ bool InstanceDirectory::Publish(unsigned long driverId, const std::string& iid, 
   return true;
 }
 
-void InstanceDirectory::Withdraw(unsigned long driverId, const std::string& iid) {
+void* InstanceDirectory::Withdraw(unsigned long driverId, const std::string& iid) {
   const auto found = m_publications.find(iid);
   if (found == m_publications.end()) {
-    return;
+    return nullptr;
   }
   std::vector<Publication>& publications = found->second;
-  publications.erase(std::remove_if(publications.begin(), publications.end(),
-                                    [&](const Publication& publication) { return publication.driverId == driverId; }),
-                     publications.end());
+  const auto own = std::find_if(publications.begin(), publications.end(),
+                                [&](const Publication& publication) { return publication.driverId == driverId; });
+  if (own == publications.end()) {
+    return nullptr;
+  }
+  void* const instance = own->instance;
+  publications.erase(own);
+  return instance;
 }
 
 void* InstanceDirectory::Find(const std::string& iid) const {
@@ -76,8 +81,9 @@ bool InstanceManager::RegisterQuery(const char* iid, void* instance) {
 
 void InstanceManager::UnregisterQuery(const char* iid) {
   const ServiceCall call(m_check, "UnregisterQuery");
-  if (call.IsAllowed() && iid != nullptr) {
-    m_directory.Withdraw(m_driverId, iid);
+  void* const instance = call.IsAllowed() && iid != nullptr ? m_directory.Withdraw(m_driverId, iid) : nullptr;
+  if (instance != nullptr) {
+    m_check.NoteWithdrawn(iid, instance);
   }
 }
 

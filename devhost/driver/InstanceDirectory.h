@@ -18,7 +18,8 @@ class InstanceDirectory {
   // `instance` is borrowed until it is withdrawn.
   bool Publish(unsigned long driverId, const std::string& iid, void* instance);
   // Nothing happens when the driver has not published `iid`.
-  void Withdraw(unsigned long driverId, const std::string& iid);
+  // Returns the instance that the driver had published; null when there was none.
+  void* Withdraw(unsigned long driverId, const std::string& iid);
   // The earliest published under `iid`; null when there is none.
   void* Find(const std::string& iid) const;
   // Withdraws all that the driver has published and returns the identifiers.

@@ -17,6 +17,8 @@ class ServiceCheck {
   virtual void Leave() noexcept = 0;
   // The driver has published this instance.
   virtual void NotePublished(const std::string& iid, void* instance) = 0;
+  // The driver has withdrawn this instance, which it had published.
+  virtual void NoteWithdrawn(const std::string& iid, void* instance) = 0;
   // The driver has asked for this published instance. Returns what it gets, which may stand in front of the instance.
   virtual void* Shown(const std::string& iid, void* instance) = 0;
   // `what` says in one line what the driver did.

@@ -26,18 +26,41 @@ const void* CurrentException() noexcept {
   return address;
 }
 
+bool IsWatched(const std::string& iid) {
+  return iid == ISNMPConfigurationAgent_IID || iid == ISupportSNMP_IID;
+}
+
 }  // namespace
 
 void CallWatch::NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance) {
-  const bool isAgent = iid == ISNMPConfigurationAgent_IID;
-  if (!isAgent && iid != ISupportSNMP_IID) {
+  if (!IsWatched(iid)) {
     return;
   }
+  const bool isAgent = iid == ISNMPConfigurationAgent_IID;
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (isAgent && m_agents[instance] == nullptr) {
     m_agents[instance] = MakeAgentFront(*this, *static_cast<ISNMPConfigurationAgent*>(instance));
   }
-  m_owners[instance] = &driver;
+  Claim(instance, driver);
+}
+
+void CallWatch::NoteUnpublished(const LoadedDriver& driver, const std::string& iid, void* instance) {
+  if (IsWatched(iid)) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    GiveUp(instance, &driver);
+  }
+}
+
+void CallWatch::Claim(const void* instance, const LoadedDriver& driver) {
+  Owner& owner = m_owners.try_emplace(instance, Owner{&driver, 0}).first->second;
+  owner.claims += owner.driver == &driver ? 1 : 0;
+}
+
+void CallWatch::GiveUp(const void* instance, const LoadedDriver* driver) noexcept {
+  const auto owner = m_owners.find(instance);
+  if (owner != m_owners.end() && owner->second.driver == driver && --owner->second.claims == 0) {
+    m_owners.erase(owner);
+  }
 }
 
 void* CallWatch::Shown(const LoadedDriver& driver, const std::string& iid, void* instance) {
@@ -50,7 +73,7 @@ void* CallWatch::Shown(const LoadedDriver& driver, const std::string& iid, void*
   }
   const bool isAgents = std::any_of(m_agents.begin(), m_agents.end(), [&](const auto& agent) {
     const auto owner = m_owners.find(agent.first);
-    return owner != m_owners.end() && owner->second == &driver;
+    return owner != m_owners.end() && owner->second.driver == &driver;
   });
   return isAgents && iid == ISupportSNMP_IID ? FrontOf(*static_cast<ISupportSNMP*>(instance)) : instance;
 }
@@ -72,12 +95,15 @@ ISupportSNMP* CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned 
     const Announced announced(&agent, deviceId);
     const LoadedDriver* const driver = FindOwner(announced, device, caller);
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const LoadedDriver*& known = m_announced[announced];
-    known = known == nullptr ? driver : known;
+    Device& known = m_announced[announced];
+    known.driver = known.driver == nullptr ? driver : known.driver;
     if (driver == nullptr) {
       return device;
     }
-    m_owners.emplace(device, driver);
+    if (known.instance != device) {
+      Claim(device, *driver);
+      GiveUp(std::exchange(known.instance, device), known.driver);
+    }
     return FrontOf(*device);
   } catch (...) {
     // A device for which there is no memory is not watched.
@@ -87,7 +113,11 @@ ISupportSNMP* CallWatch::NoteAnnounced(ISNMPConfigurationAgent& agent, unsigned 
 
 void CallWatch::NoteWithdrawn(ISNMPConfigurationAgent& agent, unsigned long deviceId) noexcept {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  m_announced.erase({&agent, deviceId});
+  const auto found = m_announced.find({&agent, deviceId});
+  if (found != m_announced.end()) {
+    GiveUp(found->second.instance, found->second.driver);
+    m_announced.erase(found);
+  }
 }
 
 void CallWatch::NoteDestroyed(const LoadedDriver& driver) {
@@ -113,14 +143,18 @@ std::vector<CallWatch::Announced> CallWatch::Forget(const LoadedDriver& driver) 
   const std::lock_guard<std::mutex> lock(m_mutex);
   for (auto each = m_announced.begin(); each != m_announced.end();) {
     const auto agent = m_owners.find(each->first.first);
-    const bool isAgentGone = agent != m_owners.end() && agent->second == &driver;
-    if (!isAgentGone && each->second == &driver) {
+    const bool isAgentGone = agent != m_owners.end() && agent->second.driver == &driver;
+    const bool isOwn = each->second.driver == &driver;
+    if (!isAgentGone && isOwn) {
       left.push_back(each->first);
     }
-    each = isAgentGone || each->second == &driver ? m_announced.erase(each) : std::next(each);
+    if (isAgentGone && !isOwn) {
+      GiveUp(each->second.instance, each->second.driver);
+    }
+    each = isAgentGone || isOwn ? m_announced.erase(each) : std::next(each);
   }
   for (auto each = m_owners.begin(); each != m_owners.end();) {
-    each = each->second == &driver ? m_owners.erase(each) : std::next(each);
+    each = each->second.driver == &driver ? m_owners.erase(each) : std::next(each);
   }
   return left;
 }
@@ -153,13 +187,13 @@ std::optional<CallWatch::Origin> CallWatch::OriginOfException() const {
 const LoadedDriver* CallWatch::OwnerOf(const void* instance) const {
   const std::lock_guard<std::mutex> lock(m_mutex);
   const auto found = m_owners.find(instance);
-  return found == m_owners.end() ? nullptr : found->second;
+  return found == m_owners.end() ? nullptr : found->second.driver;
 }
 
 const LoadedDriver* CallWatch::DriverOf(const Announced& announced) const {
   const std::lock_guard<std::mutex> lock(m_mutex);
   const auto found = m_announced.find(announced);
-  return found == m_announced.end() ? nullptr : found->second;
+  return found == m_announced.end() ? nullptr : found->second.driver;
 }
 
 // A device is that of the driver that has published it. One that is not published goes by the code of its class, or else by

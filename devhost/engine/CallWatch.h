@@ -1,6 +1,7 @@
 #ifndef DEVHOST_ENGINE_CALL_WATCH_H
 #define DEVHOST_ENGINE_CALL_WATCH_H
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -34,8 +35,9 @@ class CallWatch {
   CallWatch(const CallWatch&) = delete;
   CallWatch& operator=(const CallWatch&) = delete;
 
-  // The driver has published this instance, and lives.
+  // The driver has published this instance, and lives; or it has withdrawn what it had published.
   void NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance);
+  void NoteUnpublished(const LoadedDriver& driver, const std::string& iid, void* instance);
   // Returns what a driver gets that asks for this published instance: its front, or the instance itself where it is the
   // driver's own or nobody watches it.
   void* Shown(const LoadedDriver& driver, const std::string& iid, void* instance);
@@ -67,11 +69,24 @@ class CallWatch {
 
   // A device, by the agent that has taken it in and its id there.
   using Announced = std::pair<ISNMPConfigurationAgent*, unsigned long>;
+  struct Device {
+    const LoadedDriver* driver = nullptr;  // whose it is; null when nobody knows
+    const void* instance = nullptr;
+  };
+  // Whose an instance is, from the first to the last time that the driver publishes or announces it. After that, somebody
+  // else's may come to lie at its address.
+  struct Owner {
+    const LoadedDriver* driver;
+    std::size_t claims;
+  };
 
   // Devices have no destructor of their own for a front to be destroyed by, so pointers are shared.
   template <class Interface>
   using Fronts = std::unordered_map<const void*, std::shared_ptr<Interface>>;
 
+  // The mutex is held around these three. What belongs to one driver stays its own when another one claims it.
+  void Claim(const void* instance, const LoadedDriver& driver);
+  void GiveUp(const void* instance, const LoadedDriver* driver) noexcept;
   ISupportSNMP* FrontOf(ISupportSNMP& device);
   const LoadedDriver* OwnerOf(const void* instance) const;
   const LoadedDriver* DriverOf(const Announced& announced) const;
@@ -82,12 +97,12 @@ class CallWatch {
   HostCore& m_core;
   // A second thread reads the tables while the host's changes them. No driver is called while this is held.
   mutable std::mutex m_mutex;
-  std::unordered_map<const void*, const LoadedDriver*> m_owners;  // by the instance that is watched
+  std::unordered_map<const void*, Owner> m_owners;  // by the instance that is watched
   // By what they stand for. What comes to lie at the same address later gets the same front.
   Fronts<ISupportSNMP> m_devices;
   Fronts<ISNMPConfigurationAgent> m_agents;
-  std::map<Announced, const LoadedDriver*> m_announced;  // by device, whose it is; null when nobody knows
-  std::optional<Origin> m_origin;                        // of the last exception that came out of a watched call
+  std::map<Announced, Device> m_announced;
+  std::optional<Origin> m_origin;  // of the last exception that came out of a watched call
 };
 
 // A call of one driver into another one that is under way, for as long as the scope lives. A call from a thread that is not

@@ -209,6 +209,10 @@ void LoadedDriver::NotePublished(const std::string& iid, void* instance) {
   m_core.calls.NotePublished(*this, iid, instance);
 }
 
+void LoadedDriver::NoteWithdrawn(const std::string& iid, void* instance) {
+  m_core.calls.NoteUnpublished(*this, iid, instance);
+}
+
 void* LoadedDriver::Shown(const std::string& iid, void* instance) {
   return m_core.calls.Shown(*this, iid, instance);
 }

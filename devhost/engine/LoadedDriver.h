@@ -78,6 +78,7 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
   enum class BaseState { None, Constructed, Initialized, Destroyed };
 
   void NotePublished(const std::string& iid, void* instance) override;
+  void NoteWithdrawn(const std::string& iid, void* instance) override;
   void* Shown(const std::string& iid, void* instance) override;
   void Report(const std::string& what) override;
   bool Enter(const char* operation, From from) override;

@@ -15,6 +15,7 @@ using testing::IsEmpty;
 class ACommandTable : public testing::Test, private ServiceCheck {
  protected:
   void NotePublished(const std::string&, void*) override {}
+  void NoteWithdrawn(const std::string&, void*) override {}
   void* Shown(const std::string&, void* instance) override { return instance; }
   void Report(const std::string& what) override { reports.push_back(what); }
 

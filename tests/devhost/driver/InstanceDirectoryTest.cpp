@@ -18,6 +18,7 @@ class AllowingCheck : public ServiceCheck {
   }
   void Leave() noexcept override { --inside; }
   void NotePublished(const std::string&, void*) override {}
+  void NoteWithdrawn(const std::string&, void*) override {}
   void* Shown(const std::string&, void* instance) override { return instance; }
   void Report(const std::string& what) override { FAIL() << what; }
   int inside = 0;

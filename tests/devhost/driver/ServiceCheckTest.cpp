@@ -15,6 +15,7 @@ class RecordingCheck : public ServiceCheck {
   }
   void Leave() noexcept override { calls += "left;"; }
   void NotePublished(const std::string&, void*) override {}
+  void NoteWithdrawn(const std::string&, void*) override {}
   void* Shown(const std::string&, void* instance) override { return instance; }
   void Report(const std::string& what) override { calls += what; }
   std::string calls;

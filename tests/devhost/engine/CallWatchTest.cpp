@@ -109,6 +109,30 @@ TEST_F(ADeviceOfTheAgent, HasItsStatusShown) {
   }
 }
 
+TEST_F(ADeviceOfTheAgent, StaysItsDriversWhenAnotherDriverPublishesIt) {
+  LoadBoth("status");
+  LoadDevice("takes", 13);
+  SetDeviceState();
+  for (const Occurrence& occurrence : observer.all) {
+    EXPECT_TRUE(occurrence.kind != Kind::Status || occurrence.driverName == "faulty_device12");
+  }
+  EXPECT_THAT(observer.Texts(Kind::Status), Not(IsEmpty()));
+}
+
+// As when a device is freed and one of another driver comes to lie at its address.
+TEST_F(ADeviceOfTheAgent, BelongsToTheDriverThatHasAnnouncedItLast) {
+  LoadBoth("");
+  LoadDevice("", 13);
+  host.Command(12, "Share", {});
+  host.Command(12, "Unshare", {});
+  host.Command(13, "Share", {});
+  host.Stop();
+  for (const Occurrence& occurrence : observer.all) {
+    EXPECT_TRUE(occurrence.kind != Kind::Manners || occurrence.driverName == "faulty_device13") << occurrence.text;
+  }
+  EXPECT_THAT(Reports(), Contains(HasSubstr("left its device 900 with the agent behind")));
+}
+
 TEST_F(ADeviceOfTheAgent, HasNoStatusShownWhenAllGoesWell) {
   LoadBoth("");
   EXPECT_EQ(SetDeviceState(), "<Success/>");

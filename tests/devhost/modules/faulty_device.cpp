@@ -1,10 +1,11 @@
 // A device with one fault, by its configuration:
 //
-//   <config fault="throw|throwOddly|status|crash|thread|stay|second|throwInInitialize"/>
+//   <config fault="throw|throwOddly|status|crash|thread|stay|second|throwInInitialize|takes"/>
 //
 // It throws, returns 5, crashes, or calls the agent on a second thread when it is asked for its file; it is destroyed, or
-// its Initialize fails, while the agent still has it; or it leaves a second device with the agent, which it has not
-// published. Its reply to "Where" is the address of its Faulty.
+// its Initialize fails, while the agent still has it; it leaves a second device with the agent, which it has not
+// published; or it publishes the device that it finds. All drivers of the module share a device, which they announce and
+// withdraw by the commands "Share" and "Unshare". Its reply to "Where" is the address of its Faulty.
 #include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
@@ -44,7 +45,8 @@ class FaultyDevice : public H7BaseAgentDriver, private HasJournal, public testsu
     H7BaseAgentDriver::Initialize(driverId, config, persisted);
     m_id = driverId;
     m_fault = config.GetNamedString("fault");
-    GetInstanceManager().RegisterQuery(ISupportSNMP_IID, static_cast<ISupportSNMP*>(this));
+    void* const found = GetInstanceManager().Query(ISupportSNMP_IID);
+    GetInstanceManager().RegisterQuery(ISupportSNMP_IID, m_fault == "takes" ? found : static_cast<ISupportSNMP*>(this));
     if (Agent() != nullptr) {
       Agent()->AddSNMPDevice(m_id, this);
     }
@@ -61,8 +63,23 @@ class FaultyDevice : public H7BaseAgentDriver, private HasJournal, public testsu
     GetUICmdDispatcher().RegisterUICmd("Where", [this](const ICmdMessage&) {
       return H7XML::CreateXmlNode("Where", std::to_string(reinterpret_cast<std::uintptr_t>(static_cast<Faulty*>(this))));
     });
+    GetUICmdDispatcher().RegisterUICmd("Share", [this](const ICmdMessage&) {
+      Agent()->AddSNMPDevice(900, &Shared());
+      return H7XML::CreateXmlNode("Answer", "");
+    });
+    GetUICmdDispatcher().RegisterUICmd("Unshare", [this](const ICmdMessage&) {
+      Agent()->DeleteSNMPDevice(900);
+      return H7XML::CreateXmlNode("Answer", "");
+    });
     GetUICmdDispatcher().RegisterUICmd(
         "CallAgent", [this](const ICmdMessage&) { return H7XML::CreateXmlNode("Answer", CallAgent() ? "true" : "false"); });
+  }
+
+  // One of the module, as one that is freed and another one at the same address.
+  static ISupportSNMP& Shared() {
+    static HasJournal journal;
+    static testsupport::RecordingDevice device(900, journal.journal);
+    return device;
   }
 
   void AgentAvailable() override { Agent()->AddSNMPDevice(m_id, this); }
