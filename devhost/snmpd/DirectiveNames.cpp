@@ -201,7 +201,7 @@ KnownName FindDirectiveName(std::string_view word) {
       nearest.follows = entry.follows;
     } else if (nearest.follows == Follows::NotKnown && entry.follows >= Follows::SecretOrText &&
                entry.name.size() >= kShortestPart && meant.Text().size() > entry.name.size() &&
-               meant.Text().find(entry.name) != std::string::npos) {
+               meant.HasLetters(entry.letters) && meant.Text().find(entry.name) != std::string::npos) {
       nearest.follows = entry.follows;
     }
   }

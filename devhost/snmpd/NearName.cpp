@@ -15,6 +15,10 @@ std::size_t MostSteps(std::string_view name) {
   return name.size() < 4 ? 0 : name.size() <= 5 ? 1 : 2;
 }
 
+std::size_t CountOf(NearName::Letters letters) {
+  return static_cast<std::size_t>(__builtin_popcount(letters));
+}
+
 // Every character of such a word would stand for any letter, and every word would be like every other.
 bool IsOtherScript(std::string_view word) {
   return std::all_of(word.begin(), word.end(), [](char c) {
@@ -43,20 +47,20 @@ NearName::NearName(std::string_view word) {
 }
 
 NearName::Letters NearName::LettersOf(std::string_view name) {
-  Letters letters;
+  Letters letters = 0;
   for (const char c : name) {
     if (c != kBeyond) {
-      letters.set(static_cast<unsigned char>(c) % letters.size());
+      letters |= Letters{1} << (static_cast<unsigned char>(c) % 32U);
     }
   }
   return letters;
 }
 
-std::size_t NearName::DistanceTo(std::string_view name, const Letters& letters) const {
+std::size_t NearName::DistanceTo(std::string_view name, Letters letters) const {
   const std::size_t most = MostSteps(name);
   const bool isFar = m_text.size() > kLongest || m_text.size() + most < name.size() ||
-                     m_text.size() - m_beyond > name.size() + most || (letters & ~m_letters).count() > most + m_beyond ||
-                     (m_letters & ~letters).count() > most;
+                     m_text.size() - m_beyond > name.size() + most || CountOf(letters & ~m_letters) > most + m_beyond ||
+                     CountOf(m_letters & ~letters) > most;
   const std::size_t distance = isFar ? kFar : Distance(name);
   return distance <= most ? distance : kFar;
 }

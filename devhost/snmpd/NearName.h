@@ -1,8 +1,8 @@
 #ifndef DEVHOST_SNMPD_NEAR_NAME_H
 #define DEVHOST_SNMPD_NEAR_NAME_H
 
-#include <bitset>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -15,7 +15,7 @@ namespace devhost {
 class NearName {
  public:
   // What is in a name, to see quickly that two are different.
-  using Letters = std::bitset<32>;
+  using Letters = std::uint32_t;  // a set of bits
   static constexpr std::size_t kFar = std::numeric_limits<std::size_t>::max();
 
   // In capitals or not. A word of a script that has no letters like those of ASCII is near nothing.
@@ -25,8 +25,10 @@ class NearName {
 
   // The word in lower case, each character beyond ASCII as one byte that is in no name.
   const std::string& Text() const { return m_text; }
+  // Whether all letters of the name are in the word.
+  bool HasLetters(Letters letters) const { return (letters & ~m_letters) == 0; }
   // How many steps make a name, given in lower case, of the word; kFar when it is not near.
-  std::size_t DistanceTo(std::string_view name, const Letters& letters) const;
+  std::size_t DistanceTo(std::string_view name, Letters letters) const;
   std::size_t DistanceTo(std::string_view name) const { return DistanceTo(name, LettersOf(name)); }
 
  private:
@@ -34,7 +36,7 @@ class NearName {
 
   std::string m_text;
   std::size_t m_beyond = 0;  // how many characters are beyond ASCII
-  Letters m_letters;
+  Letters m_letters = 0;
 };
 
 }  // namespace devhost
