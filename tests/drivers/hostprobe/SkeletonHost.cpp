@@ -85,7 +85,9 @@ void* Driver::Query(const char* iid) {
   void* found = nullptr;
   bool isKnown = false;
   for (const Host::Publication& publication : m_host.m_publications) {
-    const std::string text = publication.borrowed != nullptr ? publication.borrowed : publication.iid;
+    // Once it is withdrawn, the text may be gone.
+    const bool isBorrowed = publication.borrowed != nullptr && !publication.isWithdrawn;
+    const std::string text = isBorrowed ? publication.borrowed : publication.iid;
     isKnown = isKnown || text == iid;
     if (text == iid && !publication.isWithdrawn && (found == nullptr || Breaks(Promise::PublishEarliest))) {
       found = publication.instance;
