@@ -8,8 +8,10 @@
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/engine/Host.h"
+#include "devhost/engine/HostError.h"
 #include "devhost/project/DriverNames.h"
 #include "devhost/project/Project.h"
+#include "devhost/secrets/Masker.h"
 #include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
@@ -44,16 +46,17 @@ constexpr char kFooter[] =
 // Prints why the driver cannot do what it is asked for.
 class LogPrinter final : public HostObserver {
  public:
-  explicit LogPrinter(Console& console) : m_console(console) {}
+  LogPrinter(Console& console, const Masker& secrets) : m_console(console), m_secrets(secrets) {}
 
  private:
   void OnOccurrence(const Occurrence& occurrence) override {
     if (occurrence.kind == Occurrence::Kind::Log) {
-      m_console.Complain(occurrence.text);
+      m_console.Complain(m_secrets.Text(occurrence.text, WrittenBy::Others));
     }
   }
 
   Console& m_console;
+  const Masker& m_secrets;
 };
 
 // The device's driver alone. Throws ProjectError when the project does not have it.
@@ -82,20 +85,21 @@ bool Asks(Console& console) {
 }
 
 ExitStatus TrustKey(Host& host, const DriverEntry& device, const std::string& fingerprint, const std::string& knownHosts,
-                    Console& console) {
+                    const Masker& secrets, Console& console) {
   const XmlElement reply = ReadXml(host.Command(device.id, kTrustKey, {{"fingerprint", fingerprint}}));
   if (reply.name != "Success") {
-    console.Complain(reply.text);
+    console.Complain(secrets.Text(reply.text, WrittenBy::Others));
     return ExitStatus::Failed;
   }
   console.Out().Write("added to " + knownHosts + "\n");
   return ExitStatus::Good;
 }
 
-ExitStatus Judge(Host& host, const DriverEntry& device, const Arguments& arguments, Console& console) {
+ExitStatus Judge(Host& host, const DriverEntry& device, const Arguments& arguments, const Masker& secrets,
+                 Console& console) {
   const XmlElement key = ReadXml(host.Command(device.id, kAskForKey, {}));
   if (key.name != "hostKey") {
-    console.Complain(key.text);
+    console.Complain(secrets.Text(key.text, WrittenBy::Others));
     return ExitStatus::Failed;
   }
   const std::string fingerprint = Attribute(key, "fingerprint");
@@ -123,20 +127,27 @@ ExitStatus Judge(Host& host, const DriverEntry& device, const Arguments& argumen
     console.Complain("not trusted; nothing was added");
     return ExitStatus::Failed;
   }
-  return TrustKey(host, device, fingerprint, knownHosts, console);
+  return TrustKey(host, device, fingerprint, knownHosts, secrets, console);
 }
 
 ExitStatus Trust(const Arguments& arguments, Console& console) {
   const DriverEntry device = FindDevice(arguments);
-  LogPrinter log(console);
+  Masker secrets(arguments.Has(kShowSecrets));
+  secrets.Xml(device.configXml);
+  LogPrinter log(console, secrets);
   Host host(log);
-  host.Load(device);
+  try {
+    host.Load(device);
+  } catch (const HostError& error) {
+    console.Complain(secrets.Text(error.what(), WrittenBy::Others));
+    return ExitStatus::Wrong;
+  }
   const std::vector<std::string> commands = host.Commands(device.id);
   if (std::find(commands.begin(), commands.end(), kTrustKey) == commands.end()) {
     throw ProjectError(arguments.Text(kProject) + ": the controller of " + device.name +
                        " has no host key; allowed: a device with the module ssh_snmpd.so");
   }
-  return Judge(host, device, arguments, console);
+  return Judge(host, device, arguments, secrets, console);
 }
 
 }  // namespace
@@ -144,7 +155,7 @@ ExitStatus Trust(const Arguments& arguments, Console& console) {
 Command MakeTrust() {
   return {"trust",
           "Show the SSH host key of a device's controller, and trust it",
-          {kProject, kModuleFolder, kYes, kDevice},
+          {kProject, kModuleFolder, kYes, kShowSecrets, kDevice},
           kFooter,
           &Trust};
 }

@@ -28,6 +28,20 @@ TEST_F(TrustCommand, RefusesADeviceWithoutAHostKey) {
 }
 
 #ifdef SSH_SNMPD_MODULE
+TEST_F(TrustCommand, ShowsNoSecretOfTheProject) {
+  const std::string project = File("project.xml",
+                                   "<project><driver id='12' name='kitchen' module='ssh_snmpd.so'>"
+                                   "<config host='127.0.0.1' port='hidden9' user='a' knownHosts='{project}/known'/>"
+                                   "</driver></project>");
+  std::vector<std::string> line = {"trust", "--project", project, "--module-dir", MODULE_FOLDER, "kitchen"};
+  const Outcome outcome = Run(line);
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_THAT(outcome.errors, HasSubstr("port is \"*****"));
+  EXPECT_THAT(outcome.errors, testing::Not(HasSubstr("hidden9")));
+  line.emplace_back("--show-secrets");
+  EXPECT_THAT(Run(line).errors, HasSubstr("port is \"hidden9\""));
+}
+
 // A device whose controller is the distribution's SSH server.
 class TrustOfAServer : public CommandsFixture {
  protected:
