@@ -45,6 +45,7 @@ bool IsViewType(const std::string& text) {
 }
 
 constexpr char kNoModel[] = "it knows no such security model; v1, v2c, usm and tsm are some";
+constexpr char kAnyModel[] = "any is not a security model here, but the name is in the group for each of them";
 constexpr char kNoLevel[] = "it knows no such security level; noauth, auth and priv are those that it knows";
 constexpr char kNoType[] = "it knows no such type of access; read, write and notify are some";
 constexpr char kNoSubtree[] = "the subtree is not an object identifier such as .1.3.6.1";
@@ -117,9 +118,11 @@ class Reader {
     const std::string model = Next("the security model is missing");
     m_line.name = Next("the security name is missing");
     Check(!m_line.group.empty(), "the group is missing");
-    Check(IsModel(model, false), kNoModel);
     Check(!m_line.name.empty(), "the security name is missing");
-    m_line.isOfCommunities = InLowerCase(model) == "v1" || InLowerCase(model) == "v2c";
+    const bool isOfAny = InLowerCase(model) == "any";
+    m_line.isTakenAnyway = isOfAny && m_line.problem.empty();
+    Check(IsModel(model, false), isOfAny ? kAnyModel : kNoModel);
+    m_line.isOfCommunities = isOfAny || InLowerCase(model) == "v1" || InLowerCase(model) == "v2c";
     return std::move(m_line);
   }
 

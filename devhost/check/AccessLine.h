@@ -21,7 +21,8 @@ struct AccessLine {
     View        // what can be seen
   };
   Kind kind = Kind::Community;
-  std::string problem;             // why the daemon rejects the line, in words that quote nothing; "" when it takes it
+  std::string problem;             // why the daemon rejects the line, in words that quote nothing; "" when it does not
+  bool isTakenAnyway = false;      // the daemon complains of the problem, and does what the line says
   bool hasHostName = false;        // a source that a name server is asked about
   bool hasObjectName = false;      // a subtree by a name, which only MIB files give
   std::vector<std::string> views;  // the views that the line uses

@@ -23,7 +23,7 @@ std::vector<AccessNames::Use> Selected(const Container& items, Accept accept) {
 }  // namespace
 
 void AccessNames::Add(const AccessLine& access, std::size_t line) {
-  if (!access.problem.empty() || ++m_lines > kMostLines) {
+  if ((!access.problem.empty() && !access.isTakenAnyway) || ++m_lines > kMostLines) {
     return;
   }
   for (const std::string& view : access.views) {

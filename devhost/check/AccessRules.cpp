@@ -14,7 +14,9 @@ const AccessLine* JudgedAccess(const Sight& sight) {
 void JudgeRejected(const Sight& sight, Report& report) {
   const AccessLine* const access = JudgedAccess(sight);
   if (access != nullptr && !access->problem.empty()) {
-    report.Add("the daemon makes nothing of the line: " + access->problem, "correct the line, or remove it");
+    const char* const consequence = access->isTakenAnyway ? "the daemon complains of the line, and takes it: "
+                                                          : "the daemon makes nothing of the line: ";
+    report.Add(consequence + access->problem, "correct the line, or remove it");
   }
 }
 

@@ -43,6 +43,12 @@ TEST(NobodyHasAccess, WhenComToSecLeadsToNoRights) {
   EXPECT_THAT(LinesFound("no-access", "com2sec  sec  default  reader\n"), ElementsAre(0));
   EXPECT_THAT(LinesFound("no-access", "rocommunity  reader  10.0.0.1/8\n"), ElementsAre(0));
   EXPECT_THAT(LinesFound("no-access", NearMiss("no-rights")), IsEmpty());
+  // The daemon complains of the model, and answers.
+  const std::string rights =
+      "com2sec  sec  default  reader\nview  all  included  .1\naccess  g  \"\"  any  noauth  exact  all  all  none\n";
+  EXPECT_THAT(LinesFound("no-access", rights + "group  g  any  sec\n"), IsEmpty());
+  EXPECT_THAT(LinesFound("name-not-defined", rights + "group  g  any  sec\n"), IsEmpty());
+  EXPECT_THAT(LinesFound("no-access", rights + "group  g  foo  sec\n"), ElementsAre(0));
 }
 
 }  // namespace
