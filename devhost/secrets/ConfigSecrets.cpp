@@ -1,6 +1,7 @@
 #include "devhost/secrets/ConfigSecrets.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "devhost/snmpd/DirectiveNames.h"
 #include "devhost/xml/XmlCharacters.h"
@@ -82,13 +83,19 @@ struct SecretPlace {
 // `isComment` says that a directive may have been switched off, in whatever spelling.
 SecretPlace FindSecretPlace(std::string_view line, WrittenBy author, bool isComment) {
   bool isFirst = true;
+  // A long text has the same words many times.
+  std::unordered_map<std::string_view, KnownName> names;
   for (std::size_t at = 0; at < line.size();) {
     const std::string_view word = WordAt(line.substr(at));
     if (word.empty()) {
       ++at;
       continue;
     }
-    const KnownName known = FindDirectiveName(word);
+    const auto [name, isNew] = names.try_emplace(word);
+    if (isNew) {
+      name->second = FindDirectiveName(word);
+    }
+    const KnownName& known = name->second;
     const std::string_view rest = line.substr(at + word.size());
     const bool isDirective = known.follows == Follows::Anything && isFirst &&
                              (isComment || (word.size() >= kShortestName && known.spelling == KnownName::Spelling::Exact));
