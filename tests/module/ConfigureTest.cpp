@@ -18,7 +18,8 @@ ShellResult ConfigureIn(const testsupport::ScratchFolder& build, const std::stri
 }
 
 ShellResult Configure(const std::string& number) {
-  return ConfigureIn(testsupport::ScratchFolder(), "-DAGENT_TESTS=OFF '-DSNMP_ENTERPRISE_NUMBER=" + number + "'");
+  return ConfigureIn(testsupport::ScratchFolder(),
+                     "-DAGENT_TESTS=OFF -DAGENT_SSH_DRIVER=OFF '-DSNMP_ENTERPRISE_NUMBER=" + number + "'");
 }
 
 TEST(AnEnterpriseNumberThatIsNotDecimal, IsRefusedWhenTheBuildIsConfigured) {
