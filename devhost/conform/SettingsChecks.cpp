@@ -55,14 +55,9 @@ void KeepsWhatIsSet(Trial& trial) {
 void KeepsEveryByte(Trial& trial) {
   Bench bench(trial);
   bench.ActOnDevice([&](Device& device) {
-    const std::vector<std::string> texts = {"a b\tc",
-                                            "\"quoted\" 'text' # \\",
-                                            "K\xC3\xBC"
-                                            "che",
-                                            "line\nfeed\r",
-                                            std::string("a\0b", 3),
-                                            std::string(256, 'x'),
-                                            trial.RandomText(65536)};
+    const std::vector<std::string> texts = {
+        "a b\tc",       "\"quoted\" 'text' # \\", "  blanks around it  ", "k\xC3\xBChl",
+        "line\nfeed\r", std::string("a\0b", 3),   std::string(256, 'x'),  trial.RandomText(65536)};
     for (const Setting& setting : Settings()) {
       for (const std::string& text : texts) {
         if (setting.kind == Setting::Kind::Text) {
