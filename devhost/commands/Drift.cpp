@@ -22,7 +22,7 @@ constexpr char kFooter[] =
     "Three things are compared: the file with what the agent would write for the settings of the\n"
     "device; what the daemon would serve with what the section of the agent says; and all of that\n"
     "with what the last change (\"devhost apply\", \"devhost undo\") has left. The device is only\n"
-    "asked. A new time stamp in the section is no drift.\n"
+    "asked. A new time stamp in the section is not drift.\n"
     "\n"
     "Exit status: 0 no drift; 1 there is some; 2 wrong usage, or the device cannot be reached or\n"
     "does not answer.\n"

@@ -26,7 +26,7 @@ struct Drift {
 };
 
 // Compares device, file and what the daemon makes of the file with each other, and with what the last change has left. The
-// time stamp of the section is no drift. The device is only asked. Throws what PlanChange and ReadSnapshots throw.
+// time stamp of the section is not drift. The device is only asked. Throws what PlanChange and ReadSnapshots throw.
 Drift FindDrift(const Target& target);
 
 }  // namespace devhost

@@ -88,7 +88,7 @@ FileDescriptor Lock(const FileDescriptor& folder, const std::string& path) {
   return lock;
 }
 
-// The numbers of the snapshots in a folder, the smallest first. What has another name is no business of ours.
+// The numbers of the snapshots in a folder, the smallest first. What has another name is not ours.
 std::vector<unsigned long> NumbersIn(const std::string& folder) {
   std::vector<unsigned long> numbers;
   std::error_code error;

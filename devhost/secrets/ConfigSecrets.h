@@ -22,7 +22,7 @@ std::string WhyNotPlain(std::string_view text);
 std::size_t ShownLength(std::string_view line);
 
 enum class WrittenBy {
-  Us,     // what is said about communities in general is no secret
+  Us,     // what is said about communities in general is not a secret
   Others  // a driver or a program, which may say: the community is X
 };
 

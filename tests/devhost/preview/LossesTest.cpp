@@ -70,7 +70,7 @@ TEST(AWrite, LosesWhatARuleKnowsOnlyOnce) {
 }
 
 TEST(AWrite, LosesALineOfItsOwnWordsOutsideOfThem) {
-  // The same text below the section stays, so it is no reason to miss this one.
+  // The same text below the section stays, so it is not a reason to miss this one.
   const Edited edited("sysServices", "# below\n");
   EXPECT_THAT(Lost(edited.text), testing::SizeIs(1));
 }
