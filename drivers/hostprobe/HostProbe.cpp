@@ -255,7 +255,7 @@ std::string HostProbe::UseServices(IProbe& caller) {
 std::string HostProbe::UseServicesAgain() {
   const Call call(*this, "a call of another driver");
   Finding finding;
-  // One for all calls: a host that does not withdraw answers with an earlier one, which is a fault of its own and told there.
+  // One for all calls: a host that does not withdraw answers with an earlier one, which is a fault told elsewhere.
   static int thing = 0;
   IInstanceManager& instances = GetInstanceManager();
   instances.RegisterQuery("host-probe.nested", &thing);
