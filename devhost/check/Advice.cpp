@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "devhost/check/ElementRules.h"
 #include "devhost/check/Report.h"
 #include "devhost/check/Rules.h"
 #include "devhost/check/SettingsText.h"
@@ -33,7 +34,8 @@ std::optional<Finding> OfElement(Finding finding, const SettingsText& rendered, 
 
 }  // namespace
 
-std::vector<Finding> Advise(const std::string& settings, const std::string& name, bool showSecrets) {
+std::vector<Finding> Advise(const std::string& settings, const std::string& name, bool showSecrets,
+                            const std::set<std::string>* held) {
   const XmlElement root = ReadXml(settings);
   const SettingsText rendered = RenderSettings(root);
   Report report(name, showSecrets);
@@ -48,13 +50,15 @@ std::vector<Finding> Advise(const std::string& settings, const std::string& name
       findings.push_back(std::move(*moved));
     }
   }
-  Report breaks(name, showSecrets);
+  Report elements(name, showSecrets);
+  JudgeElements(root, elements);
+  JudgeMissing(root, held, elements);
   for (const SettingOrigin& origin : rendered.lineBreakers) {
-    breaks.Begin(kLineFeedRule, Severity::Error, origin.line);
-    breaks.Add(origin.setting + ": a line feed: what follows it becomes a line of its own in snmpd.conf",
-               "choose a value of one line");
+    elements.Begin(kLineFeedRule, Severity::Error, origin.line);
+    elements.Add(origin.setting + ": a line feed: what follows it becomes a line of its own in snmpd.conf",
+                 "choose a value of one line");
   }
-  for (Finding& finding : breaks.Take()) {
+  for (Finding& finding : elements.Take()) {
     findings.push_back(std::move(finding));
   }
   std::stable_sort(findings.begin(), findings.end(),

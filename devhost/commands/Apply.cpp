@@ -31,16 +31,14 @@ constexpr char kFooter[] =
     "  devhost apply --project project.xml kitchen kitchen.xml --yes";
 
 ExitStatus Apply(const Arguments& arguments, Console& console) {
-  return GuardChange(console, [&] {
-    if (!MayGoOn(arguments, console)) {
-      return ExitStatus::Wrong;
-    }
+  return GuardStops(arguments, console, PrintStopOfChange(arguments, kDevice, console), [&](Stage& stage) {
+    RequireAnswer(arguments, console);
     Change change;
     change.target = ReadTarget(arguments);
     change.settings = ReadNamedText(arguments.Text(kSettings));
     change.accepted = AcceptedRules(arguments);
     return MakeChange(
-        change, [](const Plan&) { return std::vector<std::string>(); }, arguments, console);
+        change, [](const Plan&) { return std::vector<std::string>(); }, arguments, console, stage);
   });
 }
 

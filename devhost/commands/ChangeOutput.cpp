@@ -7,6 +7,7 @@
 #include <exception>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "devhost/commands/Console.h"
 #include "devhost/commands/Findings.h"
@@ -66,23 +67,38 @@ Outcome OutcomeOf(Applied::Verdict verdict) {
   return {"failed", ExitStatus::Failed};
 }
 
-void PrintJson(const Change& change, const Plan& plan, const Applied* applied, const std::vector<std::string>& messages,
-               Output& out) {
+// A change that has stopped or failed, and where.
+struct Stop {
+  Stage stage;
+  std::string reason;
+};
+
+// `applied` and `stop` may be null.
+void PrintJson(const std::string& device, const Plan& plan, const Applied* applied, const Stop* stop,
+               const std::vector<std::string>& messages, Output& out) {
   ordered_json findings = ordered_json::array();
   for (const Finding& finding : plan.findings) {
     findings.push_back(FindingObject(finding));
   }
   const bool isKept = applied != nullptr && applied->snapshot != 0;
-  const ordered_json object = {
-      {"device", change.target.chosen.device.name},
-      {"verdict", (applied == nullptr ? OutcomeOf(plan.verdict) : OutcomeOf(applied->verdict)).verdict},
-      {"changed", isKept},
-      {"snapshot", isKept ? ordered_json(applied->snapshot) : ordered_json()},
-      {"difference", plan.difference},
-      {"settings", SettingObjects(plan.settings)},
-      {"findings", findings},
-      {"messages", messages}};
-  out.Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+  ordered_json object = {{"device", device},
+                         {"verdict", (applied == nullptr ? OutcomeOf(plan.verdict) : OutcomeOf(applied->verdict)).verdict},
+                         {"changed", isKept},
+                         {"snapshot", isKept ? ordered_json(applied->snapshot) : ordered_json()},
+                         {"difference", plan.difference},
+                         {"settings", SettingObjects(plan.settings)},
+                         {"findings", findings},
+                         {"messages", messages}};
+  if (stop != nullptr) {
+    object["stage"] = NameOf(stop->stage);
+    object["reason"] = stop->reason;
+  }
+  PrintObject(object, out);
+}
+
+// The last message of what has stopped says why.
+std::string LastOf(const std::vector<std::string>& messages) {
+  return messages.empty() ? "" : messages.back();
 }
 
 void PrintPlan(const Plan& plan, bool withDifference, Console& console) {
@@ -135,19 +151,24 @@ std::set<std::string> AcceptedRules(const Arguments& arguments) {
   return rules;
 }
 
-bool MayGoOn(const Arguments& arguments, Console& console) {
-  if (arguments.Has(kYes) || arguments.Has(kDryRun) || (!arguments.Has(kChangeJson) && IsOnTerminal(console))) {
-    return true;
-  }
-  console.Complain(
-      "nobody can be asked whether to make the change; allowed: --yes, --dry-run, or a terminal without --json");
-  return false;
+const char* NameOf(Stage stage) {
+  constexpr const char* kNames[] = {"input", "plan", "prepare", "change"};
+  return kNames[static_cast<int>(stage)];
 }
 
-ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Arguments& arguments, Console& console) {
+void RequireAnswer(const Arguments& arguments, Console& console) {
+  if (!arguments.Has(kYes) && !arguments.Has(kDryRun) && (arguments.Has(kChangeJson) || !IsOnTerminal(console))) {
+    throw std::runtime_error(
+        "nobody can be asked whether to make the change; allowed: --yes, --dry-run, or a terminal without --json");
+  }
+}
+
+ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Arguments& arguments, Console& console,
+                      Stage& stage) {
   const bool json = arguments.Has(kChangeJson);
   const bool asks = !arguments.Has(kYes) && !arguments.Has(kDryRun);
   const std::string device = OneLine(change.target.chosen.device.name);
+  stage = Stage::Plan;
   const Plan plan = PlanChange(change);
   std::vector<std::string> messages = remarks(plan);
   if (!json) {
@@ -158,7 +179,9 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   messages.insert(messages.end(), plan.messages.begin(), plan.messages.end());
   if (plan.verdict != Plan::Verdict::Change || arguments.Has(kDryRun)) {
     if (json) {
-      PrintJson(change, plan, nullptr, messages, console.Out());
+      const Stop stop{Stage::Plan, LastOf(plan.messages)};
+      PrintJson(change.target.chosen.device.name, plan, nullptr, plan.verdict == Plan::Verdict::Stop ? &stop : nullptr,
+                messages, console.Out());
     } else if (plan.verdict != Plan::Verdict::Stop) {
       console.Out().Write(SummaryOf(plan, device) + "\n");
     }
@@ -169,30 +192,50 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   }
   // A driver that ends the process may leave the device changed from here on.
   EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Failed));
+  stage = Stage::Prepare;
   const Applied applied = ApplyChange(change, plan, std::time(nullptr));
   const Outcome outcome = OutcomeOf(applied.verdict);
+  const bool failed = outcome.status != ExitStatus::Good;
   if (json) {
     messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());
-    PrintJson(change, plan, &applied, messages, console.Out());
+    const Stop stop{applied.verdict == Applied::Verdict::Failed ? Stage::Change : Stage::Prepare, LastOf(applied.messages)};
+    PrintJson(change.target.chosen.device.name, plan, &applied, failed ? &stop : nullptr, messages, console.Out());
     return outcome.status;
   }
-  const bool failed = outcome.status != ExitStatus::Good;
   PrintLines(applied.messages, failed, console);
   PrintLines({SummaryOf(applied, device)}, failed, console);
   return outcome.status;
 }
 
-ExitStatus GuardChange(Console& console, const std::function<ExitStatus()>& run) {
+ExitStatus GuardStops(const Arguments& arguments, Console& console, const PrintStop& printStop,
+                      const std::function<ExitStatus(Stage&)>& run) {
   EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Wrong));
+  Stage stage = Stage::Input;
+  std::string reason;
   try {
-    const ExitStatus status = run();
+    const ExitStatus status = run(stage);
     return console.Out().Error() == 0 ? status : std::max(status, ExitStatus::Failed);
   } catch (const std::bad_alloc&) {
-    console.Complain("out of memory");
+    reason = "out of memory";
   } catch (const std::exception& error) {
-    console.Complain(error.what());
+    reason = error.what();
+  }
+  console.Complain(reason);
+  if (arguments.Has(kChangeJson)) {
+    printStop(stage, reason);
   }
   return ExitStatus::Wrong;
+}
+
+PrintStop PrintStopOfChange(const Arguments& arguments, const CommandOption& device, Console& console) {
+  return [name = arguments.Text(device), &console](Stage stage, const std::string& reason) {
+    const Stop stop{stage, reason};
+    PrintJson(name, Plan(), nullptr, &stop, {reason}, console.Out());
+  };
+}
+
+void PrintObject(const ordered_json& object, Output& out) {
+  out.Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
 }
 
 ordered_json SettingObjects(const std::vector<SettingChange>& settings) {

@@ -13,6 +13,8 @@
 // What commands that change a device have in common: options, a question, and what they print.
 namespace devhost {
 
+class Output;
+
 inline const CommandOption kAccept{
     "--accept", "RULES", "Rules whose errors do not stop the change, with commas between them", CommandOption::Takes::Text};
 inline const CommandOption kDryRun{"--dry-run", "", "Say what would change, and change nothing"};
@@ -21,22 +23,40 @@ inline const CommandOption kYes{"--yes", "", "Do not ask before the change"};
 inline const CommandOption kChangeJson{
     "--json", "", "Print one JSON object: device, verdict, changed, snapshot, difference, settings, findings, messages"};
 
+// How far a command had come when it stopped. Programs get the name of it.
+enum class Stage {
+  Input,    // the command line, the project, the settings
+  Plan,     // the device was asked, and the change tried on a scratch device
+  Prepare,  // the locks were taken and a snapshot kept; nothing is changed up to here
+  Change
+};
+const char* NameOf(Stage stage);
+
 // The rules that `kAccept` names.
 std::set<std::string> AcceptedRules(const Arguments& arguments);
 
-// Whether the command may go on without a question that nobody could answer. Complains when it may not.
-bool MayGoOn(const Arguments& arguments, Console& console);
+// Throws std::runtime_error when the command would have to ask a question that nobody could answer.
+void RequireAnswer(const Arguments& arguments, Console& console);
 
 // What else a command says about a plan, a line each.
 using Remarks = std::function<std::vector<std::string>(const Plan&)>;
 
 // Plans the change, asks for it where it has to, makes it, and prints all of that as the options say. Throws what PlanChange
-// and ApplyChange throw, before anything is changed.
-ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Arguments& arguments, Console& console);
+// and ApplyChange throw, before anything is changed; `stage` then says how far it has come.
+ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Arguments& arguments, Console& console,
+                      Stage& stage);
 
 // Runs what may throw before anything is changed: prints the error then, and the status is Wrong. A driver that ends the
-// process gives that status, too.
-ExitStatus GuardChange(Console& console, const std::function<ExitStatus()>& run);
+// process gives that status, too. `run` keeps the stage up to date, which begins with Input. With `kChangeJson` in the
+// arguments, `printStop` prints the object for a stop: it gets the stage and the reason.
+using PrintStop = std::function<void(Stage stage, const std::string& reason)>;
+ExitStatus GuardStops(const Arguments& arguments, Console& console, const PrintStop& printStop,
+                      const std::function<ExitStatus(Stage&)>& run);
+
+// Prints the object of a command that changes a device and has stopped before there was a plan, for GuardStops.
+PrintStop PrintStopOfChange(const Arguments& arguments, const CommandOption& device, Console& console);
+// Prints an object on a line of its own. Bytes that are not UTF-8 are replaced by U+FFFD.
+void PrintObject(const nlohmann::ordered_json& object, Output& out);
 
 // Settings that differ, as JSON and as lines of text.
 nlohmann::ordered_json SettingObjects(const std::vector<SettingChange>& settings);

@@ -35,27 +35,32 @@ const char* NameOf(Drift::Verdict verdict) {
   return verdict == Drift::Verdict::None ? "none" : verdict == Drift::Verdict::Some ? "drift" : "unknown";
 }
 
-void PrintJson(const Drift& drift, const std::string& device, Output& out) {
+// `stage` is told of a drift that nobody knows.
+void PrintJson(const Drift& drift, const std::string& device, Stage stage, Output& out) {
   ordered_json overridden = ordered_json::array();
   for (const Finding& finding : drift.overridden) {
     overridden.push_back(FindingObject(finding));
   }
-  const ordered_json object = {{"device", device},
-                               {"verdict", NameOf(drift.verdict)},
-                               {"section", drift.section},
-                               {"overridden", overridden},
-                               {"snapshot", drift.snapshot == 0 ? ordered_json() : ordered_json(drift.snapshot)},
-                               {"difference", drift.since.file},
-                               {"settings", SettingObjects(drift.since.settings)},
-                               {"messages", drift.messages}};
-  out.Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+  ordered_json object = {{"device", device},
+                         {"verdict", NameOf(drift.verdict)},
+                         {"section", drift.section},
+                         {"overridden", overridden},
+                         {"snapshot", drift.snapshot == 0 ? ordered_json() : ordered_json(drift.snapshot)},
+                         {"difference", drift.since.file},
+                         {"settings", SettingObjects(drift.since.settings)},
+                         {"messages", drift.messages}};
+  if (drift.verdict == Drift::Verdict::Unknown) {
+    object["stage"] = NameOf(stage);
+    object["reason"] = drift.messages.empty() ? "" : drift.messages.back();
+  }
+  PrintObject(object, out);
 }
 
 void PrintText(const Drift& drift, const std::string& device, Console& console) {
   for (const std::string& message : drift.messages) {
     console.Complain(message);
   }
-  if (!drift.section.empty()) {
+  if (!drift.section.empty() && drift.hasSection) {  // else it would be all of the section
     console.Out().Write("the file is not what the agent would write for the settings of " + device + ":\n" + drift.section);
   }
   for (const Finding& finding : drift.overridden) {
@@ -73,11 +78,17 @@ void PrintText(const Drift& drift, const std::string& device, Console& console) 
 }
 
 ExitStatus ShowDrift(const Arguments& arguments, Console& console) {
-  return GuardChange(console, [&] {
+  const PrintStop printStop = [&](Stage stage, const std::string& reason) {
+    Drift unknown;
+    unknown.messages = {reason};
+    PrintJson(unknown, arguments.Text(kDevice), stage, console.Out());
+  };
+  return GuardStops(arguments, console, printStop, [&](Stage& stage) {
     const Target target = ReadTarget(arguments);
+    stage = Stage::Plan;
     const Drift drift = FindDrift(target);
     if (arguments.Has(kDriftJson)) {
-      PrintJson(drift, target.chosen.device.name, console.Out());
+      PrintJson(drift, target.chosen.device.name, stage, console.Out());
     } else {
       PrintText(drift, OneLine(target.chosen.device.name), console);
     }

@@ -1,7 +1,9 @@
 #include "devhost/operations/History.h"
 
 #include <ctime>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -79,12 +81,27 @@ std::string JsonOf(const Snapshot& snapshot, const std::vector<std::string>& cha
   return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
-ExitStatus List(const std::vector<Snapshot>& snapshots, const Target& target, bool json, Console& console) {
-  for (const Snapshot& snapshot : snapshots) {
-    const std::vector<std::string> changed = ChangedBy(snapshot, target.showSecrets);
-    console.Out().Write(json ? JsonOf(snapshot, changed) : LineOf(snapshot, changed));
+std::string LineOf(const DamagedSnapshot& damaged, bool json) {
+  if (!json) {
+    return std::to_string(damaged.number) + "  " + OneLine(damaged.problem) + "\n";
   }
-  if (snapshots.empty() && !json) {
+  const ordered_json object = {{"snapshot", damaged.number}, {"damaged", damaged.problem}};
+  return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+ExitStatus List(const SnapshotList& list, const Target& target, bool json, Console& console) {
+  std::map<unsigned long, std::string> lines;
+  for (const Snapshot& snapshot : list.snapshots) {
+    const std::vector<std::string> changed = ChangedBy(snapshot, target.showSecrets);
+    lines[snapshot.number] = json ? JsonOf(snapshot, changed) : LineOf(snapshot, changed);
+  }
+  for (const DamagedSnapshot& damaged : list.damaged) {
+    lines[damaged.number] = LineOf(damaged, json);
+  }
+  for (const auto& line : lines) {
+    console.Out().Write(line.second);
+  }
+  if (lines.empty() && !json) {
     console.Out().Write("no snapshots of " + OneLine(target.chosen.device.name) + "\n");
   }
   return ExitStatus::Good;
@@ -105,8 +122,7 @@ NamedCopy CopyOfNow(const Target& target, const std::string& file, Console& cons
   return {file + (look.isReachable ? " now" : " as it was last known"), std::move(look.now)};
 }
 
-ExitStatus Compare(const std::vector<Snapshot>& snapshots, const Target& target, const Arguments& arguments,
-                   Console& console) {
+ExitStatus Compare(const SnapshotList& snapshots, const Target& target, const Arguments& arguments, Console& console) {
   const std::string file = "snmpd.conf of " + target.chosen.device.name;
   const unsigned long to = SnapshotNumber(arguments, kTo);
   const NamedCopy before = CopyOf(FindSnapshot(snapshots, SnapshotNumber(arguments, kFrom)), file);
@@ -114,7 +130,7 @@ ExitStatus Compare(const std::vector<Snapshot>& snapshots, const Target& target,
   const CopyDifference difference = CompareCopies(before, after, target.showSecrets);
   if (arguments.Has(kHistoryJson)) {
     const ordered_json object = {{"difference", difference.file}, {"settings", SettingObjects(difference.settings)}};
-    console.Out().Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+    PrintObject(object, console.Out());
   } else {
     console.Out().Write(difference.IsNone() ? "no difference\n" : difference.file + SettingLines(difference.settings));
   }
@@ -122,13 +138,17 @@ ExitStatus Compare(const std::vector<Snapshot>& snapshots, const Target& target,
 }
 
 ExitStatus History(const Arguments& arguments, Console& console) {
-  return GuardChange(console, [&] {
+  const PrintStop printStop = [&](Stage stage, const std::string& reason) {
+    PrintObject({{"device", arguments.Text(kDevice)}, {"verdict", "stopped"}, {"stage", NameOf(stage)}, {"reason", reason}},
+                console.Out());
+  };
+  return GuardStops(arguments, console, printStop, [&](Stage& stage) {
     if (arguments.Has(kTo) && !arguments.Has(kFrom)) {
-      console.Complain("--to stands alone; allowed: --from NUMBER --to NUMBER");
-      return ExitStatus::Wrong;
+      throw std::runtime_error("--to stands alone; allowed: --from NUMBER --to NUMBER");
     }
     const Target target = ReadTarget(arguments);
-    const std::vector<Snapshot> snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
+    const SnapshotList snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
+    stage = Stage::Plan;
     return arguments.Has(kFrom) ? Compare(snapshots, target, arguments, console)
                                 : List(snapshots, target, arguments.Has(kHistoryJson), console);
   });

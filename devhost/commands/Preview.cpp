@@ -1,15 +1,13 @@
 #include "devhost/preview/Preview.h"
 
-#include <exception>
-#include <new>
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "devhost/commands/ChangeOutput.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/Findings.h"
-#include "devhost/engine/EndWatch.h"
 #include "devhost/project/ChosenDevice.h"
 #include "devhost/project/Project.h"
 #include "devhost/state/StateFolder.h"
@@ -71,17 +69,21 @@ ExitStatus StatusOf(PreviewResult::Verdict verdict) {
                                                       : ExitStatus::Wrong;
 }
 
-void PrintJson(const PreviewResult& result, const DriverEntry& device, Output& out) {
+void PrintJson(const PreviewResult& result, const std::string& device, Stage stage, Output& out) {
   nlohmann::ordered_json findings = nlohmann::ordered_json::array();
   for (const Finding& loss : result.losses) {
     findings.push_back(FindingObject(loss));
   }
-  const nlohmann::ordered_json object = {{"device", device.name},
-                                         {"verdict", NameOf(result.verdict)},
-                                         {"difference", result.difference},
-                                         {"findings", findings},
-                                         {"messages", result.messages}};
-  out.Write(object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+  nlohmann::ordered_json object = {{"device", device},
+                                   {"verdict", NameOf(result.verdict)},
+                                   {"difference", result.difference},
+                                   {"findings", findings},
+                                   {"messages", result.messages}};
+  if (StatusOf(result.verdict) == ExitStatus::Wrong) {
+    object["stage"] = NameOf(stage);
+    object["reason"] = result.messages.empty() ? "" : result.messages.back();
+  }
+  PrintObject(object, out);
 }
 
 void PrintText(const PreviewResult& result, Console& console) {
@@ -103,22 +105,21 @@ void PrintText(const PreviewResult& result, Console& console) {
 
 // Whatever goes wrong, the status is not the one that says that something would change.
 ExitStatus Preview(const Arguments& arguments, Console& console) {
-  EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Wrong));
-  try {
+  const PrintStop printStop = [&](Stage stage, const std::string& reason) {
+    const PreviewResult failed{PreviewResult::Verdict::Failed, "", "", {}, {reason}, {}, {}};
+    PrintJson(failed, arguments.Text(kDevice), stage, console.Out());
+  };
+  return GuardStops(arguments, console, printStop, [&](Stage& stage) {
     const PreviewInput input = ReadInput(arguments);
+    stage = Stage::Plan;
     const PreviewResult result = PreviewChange(input);
     if (arguments.Has(kOneObject)) {
-      PrintJson(result, input.device, console.Out());
+      PrintJson(result, input.device.name, stage, console.Out());
     } else {
       PrintText(result, console);
     }
     return console.Out().Error() == 0 ? StatusOf(result.verdict) : ExitStatus::Wrong;
-  } catch (const std::bad_alloc&) {
-    console.Complain("out of memory");
-  } catch (const std::exception& error) {
-    console.Complain(error.what());
-  }
-  return ExitStatus::Wrong;
+  });
 }
 
 }  // namespace

@@ -48,18 +48,16 @@ std::vector<std::string> WhatStays(const Snapshot& snapshot, const Plan& plan, b
 }
 
 ExitStatus Undo(const Arguments& arguments, Console& console) {
-  return GuardChange(console, [&] {
-    if (!MayGoOn(arguments, console)) {
-      return ExitStatus::Wrong;
-    }
+  return GuardStops(arguments, console, PrintStopOfChange(arguments, kDevice, console), [&](Stage& stage) {
+    RequireAnswer(arguments, console);
     const Target target = ReadTarget(arguments);
     const unsigned long number = SnapshotNumber(arguments, kNumber);
-    const std::vector<Snapshot> snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
+    const SnapshotList snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
     const Snapshot& snapshot = FindSnapshot(snapshots, number);
     Change change = UndoOf(snapshot, target);
     change.accepted = AcceptedRules(arguments);
     const auto remarks = [&](const Plan& plan) { return WhatStays(snapshot, plan, target.showSecrets); };
-    return MakeChange(change, remarks, arguments, console);
+    return MakeChange(change, remarks, arguments, console, stage);
   });
 }
 

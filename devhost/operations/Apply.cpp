@@ -4,9 +4,11 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "devhost/check/Advice.h"
 #include "devhost/engine/Host.h"
+#include "devhost/operations/Overridden.h"
 #include "devhost/preview/FileDifference.h"
 #include "devhost/preview/Preview.h"
 #include "devhost/secrets/Masker.h"
@@ -84,6 +86,27 @@ std::string WhyStopped(const Change& change, const std::vector<Finding>& finding
   return names.empty() ? "" : "the change is not made because of " + names + ": remove the cause, or accept the rule";
 }
 
+// Adds what the file will have besides the section that wins over it, or adds to it. The change is not wrong because of
+// that, so none of it stops the change.
+void AddOverridden(bool showSecrets, Plan& plan) {
+  const std::string file = plan.difference.empty() ? plan.file : plan.file + " after SetDeviceState";
+  for (Finding& finding : OverridingLines(plan.after.file, file, showSecrets)) {
+    finding.severity = Severity::Warning;
+    plan.findings.push_back(std::move(finding));
+  }
+}
+
+// Judges the settings, and what the file would lose. Returns why that stops the change, or "".
+std::string Judge(const Change& change, const PreviewResult& preview, Plan& plan) {
+  const std::set<std::string> held = HeldSettings(plan.before.settings);
+  const bool showSecrets = change.target.showSecrets;
+  plan.findings = Advise(change.settings.text, change.settings.name, showSecrets, &held);
+  plan.findings.insert(plan.findings.end(), preview.losses.begin(), preview.losses.end());
+  const std::string reason = WhyStopped(change, plan.findings);
+  AddOverridden(showSecrets, plan);
+  return reason;
+}
+
 // Compares what the device answers now with what it would answer then.
 void Compare(const Change& change, const PreviewInput& input, const PreviewResult& preview, Plan& plan) {
   Masker masker(input.showSecrets);
@@ -91,16 +114,16 @@ void Compare(const Change& change, const PreviewInput& input, const PreviewResul
   plan.before = {preview.before.file, EffectiveSettings(input.agent, input.device, preview.before)};
   plan.after = {preview.after.file, SettingsElement(preview.after, input.device.id)};
   plan.settings = CompareSettings(plan.before.settings, plan.after.settings, masker);
+  const std::string reason = Judge(change, preview, plan);
   const bool settingsCount = !change.target.stateFolder.empty() && !plan.settings.empty();
-  if (preview.verdict == PreviewResult::Verdict::Unchanged && !settingsCount) {
-    plan.verdict = Plan::Verdict::Nothing;
+  const bool changes = preview.verdict == PreviewResult::Verdict::Changed || settingsCount;
+  if (!changes) {
     plan.settings.clear();
-    return;
   }
-  const std::string reason = WhyStopped(change, plan.findings);
-  plan.verdict = reason.empty() ? Plan::Verdict::Change : Plan::Verdict::Stop;
   if (!reason.empty()) {
     plan.messages.push_back(reason);
+  } else {
+    plan.verdict = changes ? Plan::Verdict::Change : Plan::Verdict::Nothing;
   }
 }
 
@@ -172,12 +195,12 @@ Plan PlanChange(const Change& change) {
   const PreviewResult preview = PreviewChange(input);
   plan.file = preview.file;
   plan.difference = preview.difference;
-  plan.findings = Advise(change.settings.text, change.settings.name, input.showSecrets);
-  plan.findings.insert(plan.findings.end(), preview.losses.begin(), preview.losses.end());
   plan.messages = preview.messages;
   plan.isReachable = preview.before.copyStatus != kCannotBeReached;
   if (preview.verdict == PreviewResult::Verdict::Unchanged || preview.verdict == PreviewResult::Verdict::Changed) {
     Compare(change, input, preview, plan);
+  } else {
+    Judge(change, preview, plan);
   }
   return plan;
 }

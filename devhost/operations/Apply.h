@@ -43,15 +43,17 @@ struct Plan {
   std::string file;                     // what the difference and the findings call the snmpd.conf
   std::string difference;               // of the file, as a unified diff; "" when it would stay as it is
   std::vector<SettingChange> settings;  // those that would change
-  std::vector<Finding> findings;        // what surprises in the settings, and what the file would lose
-  std::vector<std::string> messages;    // what else there is to say, a line each; the last one is why it stops
-  bool isReachable = true;              // false: the device gave what it last knew, and keeps what it gets for later
-  DeviceCopy before;                    // with secrets, as the next
-  DeviceCopy after;                     // valid unless nobody can tell
+  // What surprises in the settings and what the file would lose; then, as warnings, the lines of the file that will win over
+  // the new section. Those are named by the file as it will be.
+  std::vector<Finding> findings;
+  std::vector<std::string> messages;  // what else there is to say, a line each; the last one is why it stops
+  bool isReachable = true;            // false: the device gave what it last knew, and keeps what it gets for later
+  DeviceCopy before;                  // with secrets, as the next
+  DeviceCopy after;                   // valid unless nobody can tell
 };
 
 // Judges the settings by the rules of "devhost advise" and previews the change. An error of a rule that is not accepted
-// stops it, and so does a loss of text.
+// stops it, even where there is nothing to change, and so does a loss of text.
 //
 // With a state folder, a setting that only the device keeps counts as a change; without one, nothing but the file does,
 // since such a setting would end with the driver.

@@ -112,6 +112,19 @@ std::string EffectiveSettings(const DriverEntry& agent, const DriverEntry& devic
   return SettingsElement(content, device.id);
 }
 
+std::set<std::string> HeldSettings(const std::string& settings) {
+  std::set<std::string> held;
+  if (settings.empty()) {
+    return held;
+  }
+  for (const XmlElement& setting : ReadXml(settings).children) {
+    if (!setting.children.empty() || (!setting.text.empty() && setting.text != "false")) {
+      held.insert(setting.name);
+    }
+  }
+  return held;
+}
+
 std::vector<SettingChange> CompareSettings(const std::string& before, const std::string& after, Masker& masker) {
   const XmlElement old = ReadXml(before);
   const XmlElement young = ReadXml(after);

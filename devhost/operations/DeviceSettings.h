@@ -1,6 +1,7 @@
 #ifndef DEVHOST_OPERATIONS_DEVICE_SETTINGS_H
 #define DEVHOST_OPERATIONS_DEVICE_SETTINGS_H
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,10 @@ std::string SettingsElement(const DeviceAnswers& answers, unsigned long deviceId
 // The agent's reader takes the port of a trap target for a part of its community, unless the community is in quotes. Here
 // both are as they stand in the file.
 std::string EffectiveSettings(const DriverEntry& agent, const DriverEntry& device, const DeviceAnswers& answers);
+
+// The names of the settings in such an element that hold something: a text, a switch that is on, trap targets. None for "".
+// Throws XmlError for what is not well-formed.
+std::set<std::string> HeldSettings(const std::string& settings);
 
 // The settings that differ, in the order of `after`; secrets are compared, then masked. Throws XmlError for what is not a
 // device settings element.

@@ -1,32 +1,21 @@
 #include "devhost/operations/Drift.h"
 
 #include <algorithm>
-#include <iterator>
-#include <string_view>
 
-#include "devhost/check/CheckFile.h"
+#include "devhost/check/ConfigText.h"
+#include "devhost/operations/Overridden.h"
 
 namespace devhost {
 
 namespace {
 
-// The findings of a check that say that the daemon serves something else than the section has.
-std::vector<Finding> Overridden(const std::string& text, const std::string& file, bool showSecrets) {
-  constexpr std::string_view kRules[] = {"overrides-section", "first-community-wins", "old-community"};
-  CheckMeans means;
-  means.showSecrets = showSecrets;
-  std::vector<Finding> overridden;
-  for (Finding& finding : CheckText(text, file, means).findings) {
-    if (std::find(std::begin(kRules), std::end(kRules), finding.rule) != std::end(kRules)) {
-      overridden.push_back(std::move(finding));
-    }
-  }
-  return overridden;
-}
-
 // What has changed since the last change that has finished.
 void CompareWithLast(const Target& target, const std::string& file, const DeviceCopy& now, Drift& drift) {
-  const std::vector<Snapshot> snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
+  const SnapshotList list = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
+  const std::vector<Snapshot>& snapshots = list.snapshots;
+  for (const DamagedSnapshot& damaged : list.damaged) {
+    drift.messages.push_back(damaged.problem);
+  }
   const auto last = std::find_if(snapshots.rbegin(), snapshots.rend(),
                                  [](const Snapshot& snapshot) { return snapshot.after.has_value(); });
   if (last != snapshots.rend()) {
@@ -51,10 +40,15 @@ Drift FindDrift(const Target& target) {
   same.settings = {"settings of " + target.chosen.device.name, look.now.settings};
   const Plan plan = PlanChange(same);
   drift.section = plan.difference;
-  drift.overridden = Overridden(look.now.file, plan.file, target.showSecrets);
+  if (!LayOut(look.now.file).IsReplaced()) {
+    drift.hasSection = false;
+    drift.messages.push_back("the " + plan.file +
+                             " has no section of the agent: nothing was applied yet, or somebody has removed it");
+  }
+  drift.overridden = OverridingLines(look.now.file, plan.file, target.showSecrets);
   CompareWithLast(target, plan.file, look.now, drift);
   const bool isNone = drift.section.empty() && drift.overridden.empty() && drift.since.IsNone();
-  drift.verdict = isNone ? Drift::Verdict::None : Drift::Verdict::Some;
+  drift.verdict = isNone && drift.hasSection ? Drift::Verdict::None : Drift::Verdict::Some;
   return drift;
 }
 

@@ -18,11 +18,12 @@ struct Drift {
   };
 
   Verdict verdict = Verdict::Unknown;
+  bool hasSection = true;             // the file has a section of the agent
   std::string section;                // from the file to what the agent would write for the device's settings; "" when equal
   std::vector<Finding> overridden;    // lines that keep the daemon from serving what the section says
   unsigned long snapshot = 0;         // of the last change that has finished; 0 when there is none
   CopyDifference since;               // what has changed since then
-  std::vector<std::string> messages;  // why nobody knows
+  std::vector<std::string> messages;  // why nobody knows; a section that is missing; snapshots that are damaged
 };
 
 // Compares device, file and what the daemon makes of the file with each other, and with what the last change has left. The

@@ -46,15 +46,23 @@ CopyDifference CompareCopies(const NamedCopy& before, const NamedCopy& after, bo
   return difference;
 }
 
-const Snapshot& FindSnapshot(const std::vector<Snapshot>& snapshots, unsigned long number) {
-  const auto found = std::find_if(snapshots.begin(), snapshots.end(),
-                                  [number](const Snapshot& snapshot) { return snapshot.number == number; });
-  if (number == 0 && !snapshots.empty()) {
-    return snapshots.back();
+const Snapshot& FindSnapshot(const SnapshotList& list, unsigned long number) {
+  const std::vector<Snapshot>& snapshots = list.snapshots;
+  unsigned long youngest = snapshots.empty() ? 0 : snapshots.back().number;
+  for (const DamagedSnapshot& damaged : list.damaged) {
+    youngest = std::max(youngest, damaged.number);
   }
+  const unsigned long wanted = number == 0 ? youngest : number;
+  for (const DamagedSnapshot& damaged : list.damaged) {
+    if (damaged.number == wanted) {
+      throw SnapshotError(damaged.problem);
+    }
+  }
+  const auto found = std::find_if(snapshots.begin(), snapshots.end(),
+                                  [wanted](const Snapshot& snapshot) { return snapshot.number == wanted; });
   if (found == snapshots.end()) {
     throw SnapshotError(snapshots.empty() ? "there is no snapshot of this device"
-                                          : "there is no snapshot " + std::to_string(number) +
+                                          : "there is no snapshot " + std::to_string(wanted) +
                                                 " of this device; allowed: " + std::to_string(snapshots.front().number) +
                                                 " to " + std::to_string(snapshots.back().number));
   }

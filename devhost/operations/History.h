@@ -36,8 +36,9 @@ struct CopyDifference {
 // Throws XmlError when the settings of a copy are damaged, and ProgramError.
 CopyDifference CompareCopies(const NamedCopy& before, const NamedCopy& after, bool showSecrets);
 
-// The snapshot with that number; 0 stands for the youngest. Throws SnapshotError, naming what there is, when it is missing.
-const Snapshot& FindSnapshot(const std::vector<Snapshot>& snapshots, unsigned long number);
+// The snapshot with that number; 0 stands for the youngest. Throws SnapshotError, naming what there is, when it is missing
+// or damaged. An older one does not stand in for the youngest when that is damaged.
+const Snapshot& FindSnapshot(const SnapshotList& list, unsigned long number);
 
 // The change that gives a device the settings that it had before the snapshot. It is planned and made like any other.
 Change UndoOf(const Snapshot& snapshot, const Target& target);

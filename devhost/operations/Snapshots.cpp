@@ -10,6 +10,7 @@
 #include <charconv>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "devhost/state/StateFile.h"
 #include "devhost/state/StateStore.h"
@@ -49,18 +50,24 @@ Number NumberOf(const std::string& text) {
   return error == std::errc() && end == text.data() + text.size() && number > 0 ? number : 0;
 }
 
+// The problem of one snapshot, which the others do not share.
+[[noreturn]] void FailAlone(const std::string& path, const std::string& reason) {
+  throw SnapshotError("the snapshot in " + Quoted(path) + " is damaged: " + reason +
+                      "; put that right, or rename the folder to leave the snapshot out");
+}
+
 // Opens a folder that nobody else can read or write.
-FileDescriptor OpenPrivate(const std::string& path) {
+FileDescriptor OpenPrivate(const std::string& path, void (*fail)(const std::string&, const std::string&) = &Fail) {
   FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   struct stat status = {};
   if (!folder.IsOpen() || ::fstat(folder.Get(), &status) != 0) {
-    Fail(path, Reason(errno));
+    fail(path, Reason(errno));
   }
   if (status.st_uid != ::geteuid() && status.st_uid != 0) {
-    Fail(path, "the folder belongs to another user; allowed: one of your own");
+    fail(path, "the folder belongs to another user; allowed: one of your own");
   }
   if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-    Fail(path, "other users can look into the folder, and snapshots hold communities; allowed: mode 0700");
+    fail(path, "other users can look into the folder, and snapshots hold communities; allowed: mode 0700");
   }
   return folder;
 }
@@ -113,6 +120,18 @@ std::string ReadPart(const FileDescriptor& folder, const std::string& name) {
   return std::move(*text);
 }
 
+// The text of a file that is XML, for sure.
+std::string ReadXmlPart(const FileDescriptor& folder, const std::string& name) {
+  std::string text = ReadPart(folder, name);
+  try {
+    ReadXml(text);
+  } catch (const XmlError& error) {
+    throw StateError("its file " + name + " is not well-formed XML in line " + std::to_string(error.Line()) + ": " +
+                     error.what());
+  }
+  return text;
+}
+
 std::string AttributeOf(const XmlElement& element, const char* name) {
   const std::string* const value = element.FindAttribute(name);
   return value == nullptr ? "" : *value;
@@ -120,22 +139,20 @@ std::string AttributeOf(const XmlElement& element, const char* name) {
 
 Snapshot ReadOne(const std::string& path, unsigned long number) {
   try {
-    const FileDescriptor folder = OpenPrivate(path);
-    const XmlElement about = ReadXml(ReadPart(folder, kAbout));
+    const FileDescriptor folder = OpenPrivate(path, &FailAlone);
+    const XmlElement about = ReadXml(ReadXmlPart(folder, kAbout));
     Snapshot snapshot;
     snapshot.number = number;
     snapshot.time = NumberOf<std::int64_t>(AttributeOf(about, "time"));
     snapshot.operation = AttributeOf(about, "operation");
-    snapshot.before = {ReadPart(folder, kFileBefore), ReadPart(folder, kSettingsBefore)};
+    snapshot.before = {ReadPart(folder, kFileBefore), ReadXmlPart(folder, kSettingsBefore)};
     // The file of the settings is written last.
-    if (std::optional<std::string> settings = ReadStateFile(folder.Get(), kSettingsAfter)) {
-      snapshot.after = DeviceCopy{ReadPart(folder, kFileAfter), std::move(*settings)};
+    if (ReadStateFile(folder.Get(), kSettingsAfter)) {
+      snapshot.after = DeviceCopy{ReadPart(folder, kFileAfter), ReadXmlPart(folder, kSettingsAfter)};
     }
     return snapshot;
   } catch (const StateError& error) {
-    Fail(path, error.what());
-  } catch (const XmlError& error) {
-    Fail(path, std::string(kAbout) + ": " + error.what());
+    FailAlone(path, error.what());
   }
 }
 
@@ -146,24 +163,44 @@ std::string About(const std::string& operation, const std::string& deviceName, s
   return XmlText(about, XmlStyle::Compact) + "\n";
 }
 
+// A folder that is removed, with what it holds, when this ends: what a killed process has left there, and what a full disk
+// leaves.
+struct Unfinished {
+  explicit Unfinished(std::string where) : path(std::move(where)) { Remove(); }
+  ~Unfinished() { Remove(); }
+  Unfinished(const Unfinished&) = delete;
+  Unfinished& operator=(const Unfinished&) = delete;
+
+  void Remove() const {
+    std::error_code ignored;  // then it cannot be made, either
+    fs::remove_all(path, ignored);
+  }
+
+  const std::string path;
+};
+
 }  // namespace
 
-std::vector<Snapshot> ReadSnapshots(const std::string& folder, unsigned long deviceId) {
+SnapshotList ReadSnapshots(const std::string& folder, unsigned long deviceId) {
   const std::string path = DeviceFolder(folder, deviceId);
   std::error_code ignored;
-  std::vector<Snapshot> snapshots;
+  SnapshotList list;
   if (!fs::exists(fs::symlink_status(folder, ignored))) {
-    return snapshots;
+    return list;
   }
   OpenPrivate(folder);
   if (!fs::exists(fs::symlink_status(path, ignored))) {
-    return snapshots;
+    return list;
   }
   OpenPrivate(path);
   for (const unsigned long number : NumbersIn(path)) {
-    snapshots.push_back(ReadOne(path + "/" + std::to_string(number), number));
+    try {
+      list.snapshots.push_back(ReadOne(path + "/" + std::to_string(number), number));
+    } catch (const SnapshotError& error) {
+      list.damaged.push_back({number, error.what()});
+    }
   }
-  return snapshots;
+  return list;
 }
 
 SnapshotFolder::SnapshotFolder(const std::string& folder, unsigned long deviceId, const SnapshotLimits& limits)
@@ -177,21 +214,20 @@ unsigned long SnapshotFolder::Begin(const std::string& operation, const std::str
   const std::vector<unsigned long> numbers = NumbersIn(m_folder);
   const unsigned long number = numbers.empty() ? 1 : numbers.back() + 1;
   const std::string path = PathOf(number);
-  const std::string unfinished = path + kUnfinished;
+  const Unfinished unfinished(path + kUnfinished);
   try {
-    fs::remove_all(unfinished);  // what a killed process has left
     {
-      const FileDescriptor folder = MakePrivate(unfinished);
+      const FileDescriptor folder = MakePrivate(unfinished.path);
       ReplaceStateFile(folder.Get(), kFileBefore, before.file);
       ReplaceStateFile(folder.Get(), kSettingsBefore, before.settings);
       ReplaceStateFile(folder.Get(), kAbout, About(operation, deviceName, time));
     }
-    fs::rename(unfinished, path);
+    fs::rename(unfinished.path, path);
     if (::fsync(OpenPrivate(m_folder).Get()) != 0) {
       Fail(m_folder, "the folder cannot be flushed to the disk: " + Reason(errno));
     }
   } catch (const StateError& error) {
-    Fail(unfinished, error.what());
+    Fail(unfinished.path, error.what());
   } catch (const fs::filesystem_error& error) {
     Fail(path, error.code().message());
   }

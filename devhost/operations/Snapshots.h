@@ -40,9 +40,21 @@ struct SnapshotLimits {
   std::int64_t longest = std::int64_t{400} * 24 * 60 * 60;  // in seconds
 };
 
-// The snapshots of one device that are kept in `folder`, the oldest first; none when there is no such folder. Changes and
-// locks nothing. Throws SnapshotError for one that cannot be read or that another user could have written.
-std::vector<Snapshot> ReadSnapshots(const std::string& folder, unsigned long deviceId);
+// A snapshot that cannot be read, is not whole, or could have been written by another user.
+struct DamagedSnapshot {
+  unsigned long number = 0;
+  std::string problem;  // which file of it is damaged and how, and what to do, in one line
+};
+
+// The snapshots of one device, both lists with the oldest first.
+struct SnapshotList {
+  std::vector<Snapshot> snapshots;
+  std::vector<DamagedSnapshot> damaged;
+};
+
+// The snapshots of one device that are kept in `folder`; none when there is no such folder. Changes and locks nothing.
+// Throws SnapshotError for a folder of another user and one that others can look into.
+SnapshotList ReadSnapshots(const std::string& folder, unsigned long deviceId);
 
 // Keeps snapshots of one device in a folder: FOLDER/driver-ID/NUMBER/ has a file for each text of a snapshot. Folders have
 // mode 0700, files 0600.

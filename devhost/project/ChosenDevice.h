@@ -19,7 +19,8 @@ struct ChosenDevice {
 bool IsAgent(const DriverEntry& driver);
 
 // The device that `word`, a name or an id, stands for, and the agent. Drivers are not loaded to see which of them is the
-// agent, so the name of its module decides. Throws ProjectError, which names `file`, when the project lacks one of them.
+// agent, so the name of its module decides. Throws ProjectError, which names `file`, when the project lacks one of them or
+// `word` stands for an agent.
 ChosenDevice ChooseDevice(const std::string& file, const Project& project, const std::string& word);
 
 }  // namespace devhost

@@ -15,8 +15,23 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
+// The element with these children, and empty ones for all others, so that none is missing.
+std::string Complete(std::string children) {
+  for (const char* const name :
+       {"snmpIsManagedDevice", "snmpEnabledSetting", "snmpUsePrimaryContactSetting", "snmpUseProjectOwnerAddressSetting",
+        "snmpUseRoomDeviceSetting", "snmpCommunityReadSetting", "snmpCommunityWriteSetting", "snmpSysContactSetting",
+        "snmpSysLocationSetting", "snmpSysNameSetting", "snmpTrapTargets"}) {
+    const std::string tag = std::string("<") + name;
+    if (children.find(tag) == std::string::npos) {
+      const bool isSwitch = tag.find("Is") == 5 || tag.find("Use") == 5 || tag == "<snmpEnabledSetting";
+      children += tag + ">" + (isSwitch ? "false" : "") + "</" + name + ">";
+    }
+  }
+  return "<managedDevice>" + children + "</managedDevice>";
+}
+
 std::vector<Finding> Advice(const std::string& children, bool showSecrets = false) {
-  return Advise("<managedDevice>" + children + "</managedDevice>", "settings.xml", showSecrets);
+  return Advise(Complete(children), "settings.xml", showSecrets);
 }
 
 auto At(std::size_t line, const std::string& reason) {
@@ -74,7 +89,7 @@ TEST(Advice, JudgesEachTrapTargetAtItsLine) {
 
 TEST(Advice, ThatNobodyIsLetInStandsAtTheRoot) {
   const std::vector<Finding> advice =
-      Advise("\n<managedDevice><snmpSysNameSetting>box</snmpSysNameSetting></managedDevice>", "settings.xml", false);
+      Advise("\n" + Complete("<snmpSysNameSetting>box</snmpSysNameSetting>"), "settings.xml", false);
   ASSERT_EQ(advice.size(), 1u);
   EXPECT_EQ(advice[0].line, 2u);
   EXPECT_EQ(advice[0].rule, "no-access");

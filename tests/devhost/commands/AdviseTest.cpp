@@ -14,8 +14,14 @@ using AdviseCommand = CommandsFixture;
 TEST_F(AdviseCommand, SaysThatSaneSettingsHaveNoFindings) {
   const Outcome outcome =
       Run({"advise", File("settings.xml",
-                          "<managedDevice><snmpCommunityReadSetting>reader</snmpCommunityReadSetting>"
-                          "<snmpSysContactSetting>Ada, ground floor</snmpSysContactSetting></managedDevice>")});
+                          "<managedDevice><snmpIsManagedDevice>true</snmpIsManagedDevice>"
+                          "<snmpEnabledSetting>true</snmpEnabledSetting>"
+                          "<snmpCommunityReadSetting>reader</snmpCommunityReadSetting><snmpCommunityWriteSetting/>"
+                          "<snmpSysContactSetting>Ada, ground floor</snmpSysContactSetting>"
+                          "<snmpUsePrimaryContactSetting>false</snmpUsePrimaryContactSetting><snmpSysLocationSetting/>"
+                          "<snmpUseProjectOwnerAddressSetting>0</snmpUseProjectOwnerAddressSetting>"
+                          "<snmpSysNameSetting/><snmpUseRoomDeviceSetting>1</snmpUseRoomDeviceSetting>"
+                          "<snmpTrapTargets/><deviceId>12</deviceId></managedDevice>")});
   EXPECT_EQ(outcome.status, ExitStatus::Good);
   EXPECT_EQ(outcome.out, folder.Path("settings.xml") + ": no findings\n");
 }
@@ -27,11 +33,13 @@ TEST_F(AdviseCommand, NamesTheElementAndItsLine) {
                           "  <snmpCommunityReadSetting>it's</snmpCommunityReadSetting>\n</managedDevice>\n")});
   const std::string file = folder.Path("settings.xml");
   EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_THAT(outcome.out, HasSubstr(file + ":1: warning: the element is the whole state of the device, and these settings "
+                                            "are missing: snmpIsManagedDevice (the device is no longer managed), "));
   EXPECT_THAT(outcome.out,
               HasSubstr(file + ":2: error: snmpSysContactSetting: the daemon takes a value that begins with #"));
   EXPECT_THAT(outcome.out, HasSubstr(file + ":3: error: snmpCommunityReadSetting: a quote or a backslash in the community: "
                                             "the daemon answers to ***** instead of *****"));
-  EXPECT_THAT(outcome.out, HasSubstr(file + ": 2 errors, 0 warnings\n"));
+  EXPECT_THAT(outcome.out, HasSubstr(file + ": 2 errors, 1 warning\n"));
 }
 
 TEST_F(AdviseCommand, RefusesWhatIsNotXml) {

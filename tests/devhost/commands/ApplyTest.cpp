@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "devhost/operations/Snapshots.h"
 #include "devhost/system/RunProgram.h"
 #include "tests/devhost/commands/CommandsFixture.h"
 #include "tests/support/ReadPipe.h"
@@ -140,6 +141,59 @@ TEST_F(ApplyCommand, PrintsOneJsonObject) {
   EXPECT_EQ(unchanged.out,
             "{\"device\":\"kitchen\",\"verdict\":\"unchanged\",\"changed\":false,\"snapshot\":null,\"difference\":\"\","
             "\"settings\":[],\"findings\":[],\"messages\":[]}\n");
+}
+
+TEST_F(ApplyCommand, PrintsOneJsonObjectWhereverItStops) {
+  const auto stops = [this](const std::string& stage, const std::string& reason) {
+    const Outcome outcome = Apply({"--json", "--yes"});
+    EXPECT_EQ(outcome.status, ExitStatus::Wrong) << stage;
+    EXPECT_EQ(outcome.out.find('\n'), outcome.out.size() - 1) << outcome.out;
+    EXPECT_THAT(outcome.out, AllOf(StartsWith("{\"device\":\"kitchen\",\"verdict\":\"stopped\",\"changed\":false,"),
+                                   HasSubstr(",\"stage\":\"" + stage + "\",\"reason\":\""), HasSubstr(reason)));
+  };
+  {
+    const SnapshotFolder busy(folder.Path("project.xml.snapshots"), 12);
+    stops("prepare", "another devhost is at work on this device");
+  }
+  SetDevice("missing.so", "");
+  stops("input", "missing.so");
+  const std::string broken = File("broken.so", "not a module");
+  SetDevice(broken, "");
+  stops("plan", "broken.so");
+  File("project.xml", "<project><driver id='1' name='agent' module='snmp_configuration_agent.so'/></project>");
+  stops("input", "there is no driver of that name or id");
+  SetDevice("simulated_device.so", "");
+  File("settings.xml", "<managedDevice>");
+  stops("plan", "not well-formed XML");
+  File("settings.xml", "<managedDevice><snmpEnabledSeting/><deviceId>12</deviceId></managedDevice>");
+  stops("plan", "because of element-ignored");
+  fs::remove(settings);
+  stops("input", "cannot read");
+  EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), "# by hand\n");
+}
+
+TEST_F(ApplyCommand, PrintsAJsonObjectForAStateThatItCannotRead) {
+  const std::string states = folder.Path("states");
+  File("states/driver-12.xml", "<broken");
+  ::chmod(states.c_str(), 0700);
+  const Outcome outcome = Apply({"--json", "--yes", "--state", states});
+  EXPECT_EQ(outcome.status, ExitStatus::Wrong);
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("\"verdict\":\"stopped\""), HasSubstr("\"stage\":\"plan\"")));
+}
+
+TEST_F(ApplyCommand, PrintsAJsonObjectForAChangeThatHasFailed) {
+  fs::create_directory(folder.Path("kitchen/.snmpd.conf.new"));  // where the driver writes
+  EXPECT_THAT(Apply({"--json", "--yes"}).out,
+              AllOf(HasSubstr("\"verdict\":\"failed\",\"changed\":true,"),
+                    HasSubstr("\"stage\":\"change\",\"reason\":\"SetDeviceState answered <WriteFail/>\"}")));
+}
+
+TEST_F(ApplyCommand, SaysThatTheAgentIsNotADevice) {
+  const Outcome outcome = Run({"apply", "--module-dir", MODULE_FOLDER, "--project", project, "agent", settings, "--yes"});
+  EXPECT_EQ(outcome.status, ExitStatus::Wrong);
+  EXPECT_THAT(
+      outcome.errors,
+      HasSubstr("project.xml: \"agent\" is the agent, not a device; allowed: a device of the project, such as kitchen\n"));
 }
 
 TEST_F(ApplyCommand, StopsAtErrorsThatAreNotAccepted) {

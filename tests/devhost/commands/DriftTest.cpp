@@ -43,6 +43,22 @@ TEST_F(DriftCommand, ShowsWhatTheAgentWouldWrite) {
                     HasSubstr("\n-agentXRetries  5\n+agentXRetries  2\n")));
 }
 
+TEST_F(DriftCommand, SaysThatThereIsNoSection) {
+  File("kitchen/snmpd.conf", "# by hand\n");
+  const Outcome outcome = Do("drift", {"--snapshots", folder.Path("nowhere")});
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.errors,
+            "devhost: the snmpd.conf of kitchen has no section of the agent: nothing was applied yet, or somebody has "
+            "removed it\n");
+}
+
+TEST_F(DriftCommand, PrintsAJsonObjectWhereItStops) {
+  ::chmod(folder.Path("project.xml.snapshots").c_str(), 0755);
+  EXPECT_THAT(Do("drift", {"--json"}).out, AllOf(StartsWith("{\"device\":\"kitchen\",\"verdict\":\"unknown\","),
+                                                 HasSubstr("\"stage\":\"plan\",\"reason\":\"cannot use the snapshots in ")));
+}
+
 TEST_F(DriftCommand, EndsWithTwoWhenTheDeviceDoesNotAnswer) {
   fs::remove(conf);
   fs::create_directory(conf);

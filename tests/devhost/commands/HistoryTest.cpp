@@ -33,6 +33,27 @@ TEST_F(HistoryCommand, ListsThemAsJson) {
                             "\"settings\":\\[\"snmpCommunityReadSetting\",\"snmpSysNameSetting\"\\]\\}\n[^\n]+\n"));
 }
 
+TEST_F(HistoryCommand, ListsADamagedSnapshotAndUsesTheOthers) {
+  File("project.xml.snapshots/driver-12/1/before.xml", "<managedDevice></manag");
+  const Outcome outcome = Do("history");
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_THAT(outcome.out, AllOf(StartsWith("1  the snapshot in \""), HasSubstr("its file before.xml is not well-formed"),
+                                 HasSubstr("\n2  ")));
+  EXPECT_THAT(Do("history", {"--json"}).out, StartsWith("{\"snapshot\":1,\"damaged\":\"the snapshot in "));
+  EXPECT_EQ(Do("drift").status, ExitStatus::Good);
+  EXPECT_EQ(Do("history", {"--from", "2"}).status, ExitStatus::Failed);
+  EXPECT_EQ(Do("undo", {"--yes"}).status, ExitStatus::Good);
+  const Outcome damaged = Do("undo", {"1", "--yes", "--json"});
+  EXPECT_EQ(damaged.status, ExitStatus::Wrong);
+  EXPECT_THAT(damaged.out, AllOf(HasSubstr("\"stage\":\"input\""), HasSubstr("before.xml")));
+}
+
+TEST_F(HistoryCommand, PrintsAJsonObjectWhereItStops) {
+  EXPECT_EQ(Do("history", {"--json", "--from", "7"}).out,
+            "{\"device\":\"kitchen\",\"verdict\":\"stopped\",\"stage\":\"plan\",\"reason\":\"there is no snapshot 7 of this "
+            "device; allowed: 1 to 2\"}\n");
+}
+
 TEST_F(HistoryCommand, SaysThatThereIsNothing) {
   EXPECT_EQ(Do("history", {"--snapshots", folder.Path("nowhere")}).out, "no snapshots of kitchen\n");
 }

@@ -101,7 +101,8 @@ TEST_F(PreviewCommand, PrintsOneJsonObjectWhenAsked) {
       refused.out,
       AllOf(
           StartsWith("{\"device\":\"kitchen\",\"verdict\":\"refused\",\"difference\":\"\",\"findings\":[],\"messages\":[\""),
-          HasSubstr("SetDeviceState would answer <ReadFail/>"), EndsWith(" as it is\"]}\n")));
+          HasSubstr("SetDeviceState would answer <ReadFail/>"), EndsWith(" as it is\"}\n"),
+          HasSubstr(" as it is\"],\"stage\":\"plan\",\"reason\":\"CopyFrom of ")));
 
   SetDevices(std::string(TEST_MODULE_FOLDER) + "/well_behaved.so");
   EXPECT_THAT(Preview("kitchen", {"--json"}).out, HasSubstr("\"verdict\":\"failed\""));

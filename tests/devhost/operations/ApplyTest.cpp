@@ -70,6 +70,46 @@ TEST_F(APlan, IsNotStoppedByAWarning) {
   EXPECT_EQ(plan.verdict, Plan::Verdict::Change);
 }
 
+TEST_F(APlan, SaysWhichForeignLineWillWinOverTheSection) {
+  folder.Write("kitchen/snmpd.conf", "# by hand\nsysName elsewhere\n");
+  const Plan plan = PlanChange(change);
+  EXPECT_EQ(plan.verdict, Plan::Verdict::Change);
+  ASSERT_THAT(RulesOf(plan.findings), ElementsAre("overrides-section"));
+  const Finding& finding = plan.findings.front();
+  EXPECT_EQ(finding.severity, Severity::Warning);
+  EXPECT_EQ(finding.file, "snmpd.conf of kitchen after SetDeviceState");
+  ASSERT_EQ(ApplyChange(change, plan, kNow).verdict, Applied::Verdict::Done);
+  std::istringstream lines(File());
+  std::string line;
+  for (std::size_t i = 0; i < finding.line; ++i) {
+    std::getline(lines, line);
+  }
+  EXPECT_EQ(line, "sysName elsewhere");
+  EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Nothing);
+  EXPECT_THAT(RulesOf(PlanChange(change).findings), ElementsAre("overrides-section"));
+}
+
+TEST_F(APlan, StopsAtAnElementThatTheAgentWouldMisread) {
+  KeepStates();
+  for (const char* const wrong :
+       {"<snmpEnabledSeting>true</snmpEnabledSeting>", "<snmpEnabledSetting>TRUE</snmpEnabledSetting>"}) {
+    SetSettings(wrong);
+    EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Stop) << wrong;
+    EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Stopped) << wrong;
+  }
+  EXPECT_EQ(File(), "# by hand\n");
+}
+
+TEST_F(APlan, NamesTheMissingSettingsThatTheDeviceHolds) {
+  EXPECT_THAT(RulesOf(PlanChange(change).findings), Not(Contains("setting-missing")));
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  SetSettings("<snmpCommunityReadSetting>hidden1</snmpCommunityReadSetting>");
+  const Plan plan = PlanChange(change);
+  ASSERT_THAT(RulesOf(plan.findings), ElementsAre("setting-missing"));
+  EXPECT_THAT(plan.findings[0].reason, testing::EndsWith(": snmpSysNameSetting (emptied)"));
+  EXPECT_EQ(plan.verdict, Plan::Verdict::Change);
+}
+
 TEST_F(APlan, StopsWhereTheFileWouldLoseText) {
   folder.Write("kitchen/snmpd.conf", "# by hand\n# Halvoren Section Start\n# Halvoren Section End\n");
   EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Stop);

@@ -96,6 +96,23 @@ TEST_F(ADevice, ThatKeepsItsSettingsHasDriftedWhenItsFileHasOthers) {
   EXPECT_THAT(drift.since.settings, IsEmpty());
 }
 
+TEST_F(ADevice, HasDriftedWhenItsSectionIsGone) {
+  folder.Write("kitchen/snmpd.conf", "# by hand\n");
+  const Drift drift = FindDrift(change.target);
+  EXPECT_EQ(drift.verdict, Drift::Verdict::Some);
+  EXPECT_FALSE(drift.hasSection);
+  EXPECT_THAT(drift.messages, testing::ElementsAre(HasSubstr("snmpd.conf of kitchen has no section of the agent")));
+}
+
+TEST_F(ADevice, IsComparedWithAnEarlierSnapshotWhenTheYoungestIsDamaged) {
+  SetSettings("<snmpSysNameSetting>attic</snmpSysNameSetting>");
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  fs::remove(change.target.snapshotFolder + "/driver-12/2/before.xml");
+  const Drift drift = FindDrift(change.target);
+  EXPECT_EQ(drift.snapshot, 1U);
+  EXPECT_THAT(drift.messages, testing::ElementsAre(HasSubstr("driver-12/2\" is damaged")));
+}
+
 TEST_F(ADevice, IsUnknownWhenItDoesNotAnswer) {
   fs::remove(folder.Path("kitchen/snmpd.conf"));
   fs::create_directory(folder.Path("kitchen/snmpd.conf"));

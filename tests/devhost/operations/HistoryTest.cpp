@@ -50,13 +50,30 @@ TEST(ADifferenceOfCopies, IsMaskedAfterItWasFound) {
 }
 
 TEST(Snapshots, AreFoundByNumberAndTheYoungestWithout) {
-  std::vector<Snapshot> snapshots(2);
-  snapshots[0].number = 3;
-  snapshots[1].number = 4;
+  SnapshotList snapshots;
+  snapshots.snapshots.resize(2);
+  snapshots.snapshots[0].number = 3;
+  snapshots.snapshots[1].number = 4;
   EXPECT_EQ(FindSnapshot(snapshots, 3).number, 3U);
   EXPECT_EQ(FindSnapshot(snapshots, 0).number, 4U);
   EXPECT_THROW(FindSnapshot(snapshots, 5), SnapshotError);
   EXPECT_THROW(FindSnapshot({}, 0), SnapshotError);
+}
+
+TEST(Snapshots, ThatAreDamagedAreNotFoundAndNotReplacedByOlderOnes) {
+  SnapshotList snapshots;
+  snapshots.snapshots.resize(1);
+  snapshots.snapshots[0].number = 3;
+  snapshots.damaged = {{4, "4 is damaged"}};
+  EXPECT_EQ(FindSnapshot(snapshots, 3).number, 3U);
+  for (const unsigned long number : {0UL, 4UL}) {
+    try {
+      FindSnapshot(snapshots, number);
+      ADD_FAILURE() << number;
+    } catch (const SnapshotError& error) {
+      EXPECT_STREQ(error.what(), "4 is damaged");
+    }
+  }
 }
 
 TEST_F(AnUndo, PutsTheSettingsBackThroughTheAgent) {
@@ -83,7 +100,7 @@ TEST_F(AnUndo, CanBeUndone) {
   SetSettings("<snmpSysNameSetting>attic</snmpSysNameSetting>");
   ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
   for (const char* const name : {"kitchen", "attic", "kitchen"}) {
-    const Change undo = UndoOf(FindSnapshot(Snapshots(), 0), change.target);
+    const Change undo = UndoOf(Snapshots().back(), change.target);
     ASSERT_EQ(ApplyChange(undo, PlanChange(undo), kNow).verdict, Applied::Verdict::Done);
     EXPECT_THAT(File(), HasSubstr("\nsysName  " + std::string(name) + "\n"));
   }

@@ -34,7 +34,7 @@ class AKitchen : public testing::Test {
   }
   void KeepStates() { change.target.stateFolder = folder.Path("states"); }
   std::string File() const { return folder.Read("kitchen/snmpd.conf"); }
-  std::vector<Snapshot> Snapshots() const { return ReadSnapshots(change.target.snapshotFolder, 12); }
+  std::vector<Snapshot> Snapshots() const { return ReadSnapshots(change.target.snapshotFolder, 12).snapshots; }
 
   Applied ApplyNow(std::int64_t time = kNow) const { return ApplyChange(change, PlanChange(change), time); }
 

@@ -1,8 +1,10 @@
 #include "devhost/operations/Snapshots.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -23,7 +25,7 @@ class SnapshotsOfADevice : public testing::Test {
  protected:
   std::vector<unsigned long> Numbers() const {
     std::vector<unsigned long> numbers;
-    for (const Snapshot& snapshot : ReadSnapshots(path, 12)) {
+    for (const Snapshot& snapshot : ReadSnapshots(path, 12).snapshots) {
       numbers.push_back(snapshot.number);
     }
     return numbers;
@@ -40,6 +42,14 @@ class SnapshotsOfADevice : public testing::Test {
   std::string ReadError() const {
     return ErrorOf([this] { ReadSnapshots(path, 12); });
   }
+  // The problems of the damaged ones.
+  std::vector<std::string> Problems() const {
+    std::vector<std::string> problems;
+    for (const DamagedSnapshot& damaged : ReadSnapshots(path, 12).damaged) {
+      problems.push_back(damaged.problem);
+    }
+    return problems;
+  }
   std::string OpenError() const {
     return ErrorOf([this] { SnapshotFolder(path, 12); });
   }
@@ -51,7 +61,7 @@ class SnapshotsOfADevice : public testing::Test {
 };
 
 TEST_F(SnapshotsOfADevice, AreNoneWithoutAFolderAndMakeNone) {
-  EXPECT_THAT(ReadSnapshots(path, 12), IsEmpty());
+  EXPECT_THAT(Numbers(), IsEmpty());
   EXPECT_FALSE(fs::exists(path));
 }
 
@@ -62,7 +72,7 @@ TEST_F(SnapshotsOfADevice, ComeBackByteForByte) {
     EXPECT_EQ(snapshots.Begin("apply", "kitchen", after, kNow + 1), 2U);
     snapshots.Finish(1, after);
   }
-  const std::vector<Snapshot> read = ReadSnapshots(path, 12);
+  const std::vector<Snapshot> read = ReadSnapshots(path, 12).snapshots;
   ASSERT_EQ(read.size(), 2U);
   EXPECT_EQ(read[0].number, 1U);
   EXPECT_EQ(read[0].operation, "undo 3");
@@ -101,7 +111,7 @@ TEST_F(SnapshotsOfADevice, AreApartFromThoseOfOtherDevices) {
 TEST_F(SnapshotsOfADevice, AreInUseByOneAtATime) {
   const SnapshotFolder first(path, 12);
   EXPECT_THAT(OpenError(), HasSubstr("another devhost is at work on this device"));
-  EXPECT_THAT(ReadSnapshots(path, 12), IsEmpty());
+  EXPECT_THAT(Numbers(), IsEmpty());
 }
 
 TEST_F(SnapshotsOfADevice, HaveALimitOfNumberAndKeepTheirNumbers) {
@@ -141,13 +151,51 @@ TEST_F(SnapshotsOfADevice, AreRefusedWhereOthersCanReadThem) {
 TEST_F(SnapshotsOfADevice, AreRefusedWhereSomebodyElseCouldHaveWrittenThem) {
   SnapshotFolder(path, 12).Begin("apply", "kitchen", before, kNow);
   ::chmod((path + "/driver-12/1/before.conf").c_str(), 0622);
-  EXPECT_THAT(ReadError(), HasSubstr("other users can write it"));
+  EXPECT_THAT(Problems(), ElementsAre(HasSubstr("other users can write it")));
 }
 
 TEST_F(SnapshotsOfADevice, SayWhatIsMissing) {
   SnapshotFolder(path, 12).Begin("apply", "kitchen", before, kNow);
   fs::remove(path + "/driver-12/1/before.xml");
-  EXPECT_THAT(ReadError(), HasSubstr("driver-12/1\": its file before.xml is missing"));
+  EXPECT_THAT(Problems(), ElementsAre(HasSubstr("driver-12/1\" is damaged: its file before.xml is missing; ")));
+}
+
+TEST_F(SnapshotsOfADevice, DoNotShareTheDamageOfOne) {
+  SnapshotFolder snapshots(path, 12);
+  for (int i = 0; i < 3; ++i) {
+    snapshots.Finish(snapshots.Begin("apply", "kitchen", before, kNow), after);
+  }
+  for (const char* const name : {"about.xml", "before.xml", "after.xml"}) {
+    const std::string file = "snapshots/driver-12/2/" + std::string(name);
+    const std::string whole = folder.Read(file);
+    const std::string damaged = folder.Write(file, "<managedDevice>\n</manag");
+    ::chmod(damaged.c_str(), 0600);
+    EXPECT_THAT(Problems(), ElementsAre(testing::AllOf(HasSubstr("driver-12/2\" is damaged: its file " + std::string(name) +
+                                                                 " is not well-formed XML in line 2: "),
+                                                       HasSubstr("rename the folder to leave the snapshot out"))));
+    EXPECT_THAT(Numbers(), ElementsAre(1U, 3U)) << name;
+    folder.Write(file, whole);
+  }
+  EXPECT_THAT(Numbers(), ElementsAre(1U, 2U, 3U));
+}
+
+TEST_F(SnapshotsOfADevice, LeaveNothingOfOneThatCouldNotBeKept) {
+  SnapshotFolder snapshots(path, 12);
+  snapshots.Begin("apply", "kitchen", before, kNow);
+  fs::create_directory(path + "/driver-12/2");  // seen as a snapshot, so the next is 3
+  rlimit limit = {};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit small = {4096, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  const std::string error = ErrorOf([&] {
+    snapshots.Begin("apply", "kitchen", {std::string(8192, '#'), before.settings}, kNow);
+  });
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_THAT(error, HasSubstr("it cannot be written: "));
+  EXPECT_FALSE(fs::exists(path + "/driver-12/3.new"));
+  EXPECT_FALSE(fs::exists(path + "/driver-12/3"));
 }
 
 }  // namespace
