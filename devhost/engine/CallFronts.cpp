@@ -1,5 +1,7 @@
 #include "devhost/engine/CallFronts.h"
 
+#include <cxxabi.h>
+
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -7,6 +9,7 @@
 
 #include "agent/ISNMPConfigurationAgent.h"
 #include "devhost/engine/CallWatch.h"
+#include "devhost/engine/EndWatch.h"
 #include "device/TrapTarget.h"
 #include "host/ISupportSNMP.h"
 
@@ -24,6 +27,8 @@ auto PassOn(CallWatch& watch, const void* instance, const char* operation, Actio
     } else {
       return action();
     }
+  } catch (const abi::__forced_unwind&) {
+    EndWatch::OnEndOfThread();
   } catch (...) {
     call.NoteException();
     throw;

@@ -38,8 +38,12 @@ void CallWatch::NotePublished(const LoadedDriver& driver, const std::string& iid
   }
   const bool isAgent = iid == ISNMPConfigurationAgent_IID;
   const std::lock_guard<std::mutex> lock(m_mutex);
-  if (isAgent && m_agents[instance] == nullptr) {
-    m_agents[instance] = MakeAgentFront(*this, *static_cast<ISNMPConfigurationAgent*>(instance));
+  if (isAgent) {
+    Agent& agent = m_agents[instance];
+    agent.driver = &driver;
+    if (agent.front == nullptr) {
+      agent.front = MakeAgentFront(*this, *static_cast<ISNMPConfigurationAgent*>(instance));
+    }
   }
   Claim(instance, driver);
 }
@@ -69,7 +73,7 @@ void* CallWatch::Shown(const LoadedDriver& driver, const std::string& iid, void*
   }
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (iid == ISNMPConfigurationAgent_IID) {
-    return m_agents.at(instance).get();
+    return m_agents.at(instance).front.get();
   }
   const bool isAgents = std::any_of(m_agents.begin(), m_agents.end(), [&](const auto& agent) {
     const auto owner = m_owners.find(agent.first);
@@ -153,6 +157,9 @@ std::vector<CallWatch::Announced> CallWatch::Forget(const LoadedDriver& driver) 
     }
     each = isAgentGone || isOwn ? m_announced.erase(each) : std::next(each);
   }
+  for (auto& [instance, agent] : m_agents) {
+    agent.driver = agent.driver == &driver ? nullptr : agent.driver;
+  }
   for (auto each = m_owners.begin(); each != m_owners.end();) {
     each = each->second.driver == &driver ? m_owners.erase(each) : std::next(each);
   }
@@ -161,22 +168,30 @@ std::vector<CallWatch::Announced> CallWatch::Forget(const LoadedDriver& driver) 
 
 bool CallWatch::Allows(ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId,
                        const void* caller) noexcept {
-  if (m_core.gate.IsOpen()) {
+  const bool isGone = IsGone(agent);
+  if (m_core.gate.IsOpen() && !isGone) {
     return true;
   }
   try {
     const std::shared_ptr<LoadedDriver> called = m_core.Share(OwnerOf(&agent));
     const HostCore::Drivers culprits = m_core.OwnersOf(caller);
-    const std::shared_ptr<LoadedDriver> driver =
-        culprits.size() == 1 ? culprits.front() : m_core.Share(DriverOf({&agent, deviceId}));
+    const std::shared_ptr<LoadedDriver> driver = culprits.size() == 1 ? culprits.front()
+                                                 : isGone             ? m_core.DriverOf(caller)
+                                                                      : m_core.Share(DriverOf({&agent, deviceId}));
     m_core.Report(driver.get(),
-                  std::string(operation) + (called != nullptr ? " of " + called->Title() : "") +
-                      " was called from a second thread; it was refused",
+                  std::string(operation) + (called != nullptr ? " of " + called->Title() : "") + " was called " +
+                      (isGone ? "after the agent was gone" : "from a second thread") + "; it was refused",
                   culprits);
   } catch (...) {
     // A report for which there is no memory is lost.
   }
   return false;
+}
+
+bool CallWatch::IsGone(const ISNMPConfigurationAgent& agent) const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  const auto front = m_agents.find(&agent);
+  return front != m_agents.end() && front->second.driver == nullptr;
 }
 
 std::optional<CallWatch::Origin> CallWatch::OriginOfException() const {

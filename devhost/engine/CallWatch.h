@@ -49,9 +49,9 @@ class CallWatch {
   // The driver has been destroyed. Reports the devices that it has left with an agent, and withdraws them.
   void NoteDestroyed(const LoadedDriver& driver);
 
-  // Whether a call into the agent comes from the thread of the host. Otherwise it is reported and must not go on. It is the
-  // work of the driver whose code `caller` is. Where that is nobody's, because a driver's last act was a jump, or the code
-  // of several, it is the driver of the device that the call is about.
+  // Whether a call into the agent comes from the thread of the host, and while the agent is there. Otherwise it is reported
+  // and must not go on. It is the work of the driver whose code `caller` is. Where that is nobody's, because a driver's last
+  // act was a jump, or the code of several, it is the driver of the device that the call is about.
   bool Allows(ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId, const void* caller) noexcept;
 
   // Where the exception that is being handled came from; nothing when it came out of no call between drivers.
@@ -80,15 +80,18 @@ class CallWatch {
     std::size_t claims;
   };
 
-  // Devices have no destructor of their own for a front to be destroyed by, so pointers are shared.
-  template <class Interface>
-  using Fronts = std::unordered_map<const void*, std::shared_ptr<Interface>>;
+  struct Agent {
+    const LoadedDriver* driver = nullptr;  // that has published it last; null when it has been destroyed
+    // The interface has no destructor of its own for a front to be destroyed by, so the pointer is shared.
+    std::shared_ptr<ISNMPConfigurationAgent> front;
+  };
 
   // The mutex is held around these three. What belongs to one driver stays its own when another one claims it.
   void Claim(const void* instance, const LoadedDriver& driver);
   void GiveUp(const void* instance, const LoadedDriver* driver) noexcept;
   ISupportSNMP* FrontOf(ISupportSNMP& device);
   const LoadedDriver* OwnerOf(const void* instance) const;
+  bool IsGone(const ISNMPConfigurationAgent& agent) const;
   const LoadedDriver* DriverOf(const Announced& announced) const;
   const LoadedDriver* FindOwner(const Announced& announced, const void* device, const void* caller) const;
   // Returns the devices that the driver has left with an agent that stays.
@@ -99,8 +102,8 @@ class CallWatch {
   mutable std::mutex m_mutex;
   std::unordered_map<const void*, Owner> m_owners;  // by the instance that is watched
   // By what they stand for. What comes to lie at the same address later gets the same front.
-  Fronts<ISupportSNMP> m_devices;
-  Fronts<ISNMPConfigurationAgent> m_agents;
+  std::unordered_map<const void*, std::shared_ptr<ISupportSNMP>> m_devices;
+  std::unordered_map<const void*, Agent> m_agents;
   std::map<Announced, Device> m_announced;
   std::optional<Origin> m_origin;  // of the last exception that came out of a watched call
 };

@@ -34,15 +34,16 @@ EndLine& EndLine::Add(const char* text) noexcept {
   return *this;
 }
 
-void EndLine::Write() noexcept {
+bool EndLine::Write() noexcept {
   m_text[m_size++] = '\n';
   for (const KeptOutput& output : s_outputs) {
     for (const int descriptor : {output.own, output.number}) {
       if (IsStill(output, descriptor) && ::write(descriptor, m_text, m_size) >= 0) {
-        return;
+        return true;
       }
     }
   }
+  return false;
 }
 
 void EndLine::KeepOutputs() noexcept {

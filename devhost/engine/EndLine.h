@@ -12,7 +12,8 @@ class EndLine {
   EndLine& Add(const char* text) noexcept;
   // Writes the line to standard error, or where that is closed, to standard output. Where these are not the files any more
   // that they were at KeepOutputs, nothing is written: a driver may have closed them, and its own files have their numbers.
-  void Write() noexcept;
+  // Returns whether the line was written.
+  bool Write() noexcept;
 
   // From now on a driver that closes standard error or output does not keep a line away. Of the process, because handlers
   // take no argument. Undone by ReleaseOutputs.

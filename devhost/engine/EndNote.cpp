@@ -3,21 +3,16 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
 
+#include "devhost/engine/EndRecord.h"
 #include "devhost/engine/EndWatch.h"
 
 namespace devhost {
 namespace {
 
-constexpr std::size_t kMostNotes = 64;
-constexpr std::size_t kLongest = 256;
-
 // Of the process, because what is called at its end takes no argument.
-char s_notes[kMostNotes][kLongest];
-std::atomic<std::size_t> s_count{0};
 std::atomic<pthread_t> s_thread{};
 
 // Appends as much as there is room for, and ends the text.
@@ -35,32 +30,32 @@ char* Append(char* at, const char* end, std::string_view text) {
 }  // namespace
 
 EndNote::EndNote(std::string_view operation, std::string_view title) noexcept : m_process(::getpid()) {
-  const std::size_t count = s_count;
-  if (count < kMostNotes) {
-    char* const note = s_notes[count];
-    const char* const end = note + kLongest - 1;
+  EndRecord& record = EndRecord::OfProcess();
+  const std::size_t count = record.count;
+  if (count < EndRecord::kMostNotes) {
+    char* const note = record.notes[count];
+    const char* const end = note + EndRecord::kLongestNote - 1;
     // The driver matters more than the whole name of a command.
-    char* const at = Append(note, end, operation.substr(0, kLongest / 2));
+    char* const at = Append(note, end, operation.substr(0, EndRecord::kLongestNote / 2));
     Append(Append(at, end, " of "), end, title);
   }
   s_thread = pthread_self();
-  s_count = count + 1;
+  record.count = count + 1;
 }
 
 EndNote::~EndNote() {
   if (m_process != ::getpid()) {
     EndWatch::OnReturnOfCopy();
   }
-  --s_count;
+  --EndRecord::OfProcess().count;
 }
 
 const char* EndNote::UnderWay() noexcept {
-  const std::size_t count = std::min(s_count.load(), kMostNotes);
-  return count == 0 ? "" : s_notes[count - 1];
+  return EndRecord::OfProcess().UnderWay();
 }
 
 bool EndNote::IsOnThisThread() noexcept {
-  return s_count != 0 && pthread_equal(s_thread, pthread_self()) != 0;
+  return EndRecord::OfProcess().count != 0 && pthread_equal(s_thread, pthread_self()) != 0;
 }
 
 }  // namespace devhost

@@ -8,8 +8,8 @@
 namespace devhost {
 
 // Names a call into a driver that is under way, for as long as it lives, in case the process ends during it: see EndWatch.
-// Notes are made on one thread at a time and nest. They are kept in static memory, so that a signal handler can read them;
-// of calls that nest deeper than that memory reaches, the last that it holds is named.
+// Notes are made on one thread at a time and nest. They are kept in the EndRecord, so that a signal handler and the process
+// that watches can read them; of calls that nest deeper than that memory reaches, the last that it holds is named.
 class EndNote {
  public:
   // `operation`: command "X"; `title`: driver 12 "kitchen". Both are copied, cut where they are very long, with control

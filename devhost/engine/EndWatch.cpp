@@ -16,6 +16,7 @@
 #include "devhost/engine/DriverCode.h"
 #include "devhost/engine/EndLine.h"
 #include "devhost/engine/EndNote.h"
+#include "devhost/engine/EndRecord.h"
 
 namespace devhost {
 namespace {
@@ -33,9 +34,6 @@ constexpr std::size_t kCrashCount = sizeof kCrashes / sizeof kCrashes[0];
 
 // Of the process, because handlers take no argument of ours.
 std::atomic<pid_t> s_process{0};  // that is watched; 0 for none
-std::atomic<int> s_exitStatus{1};
-std::atomic<bool> s_said{false};
-std::atomic<int> s_ending{0};  // the status to end with, when that has been said
 std::atomic<const void*> s_aborter{nullptr};
 std::terminate_handler s_terminate = nullptr;  // of before
 struct sigaction s_before[kCrashCount];
@@ -58,7 +56,8 @@ bool IsWatched() {
 // What happened, in whose code, during which call, and what to do about it. A call names its driver, too. Safe in a signal
 // handler. Only the first word counts: what follows is its consequence.
 void Say(const char* what, const char* by, const void* code, const char* advice) {
-  if (s_said.exchange(true)) {
+  std::atomic<bool>& isSaid = EndRecord::OfProcess().isSaid;
+  if (isSaid.exchange(true)) {
     return;
   }
   char culprit[256];
@@ -77,7 +76,8 @@ void Say(const char* what, const char* by, const void* code, const char* advice)
   } else {
     line.Add(", outside of any call");
   }
-  line.Add(advice).Write();
+  // Where a driver has closed everything, the process that watches says what it knows.
+  isSaid = line.Add(advice).Write();
 }
 
 // NOLINTBEGIN(performance-no-int-to-ptr): registers and frames hold addresses as integers
@@ -157,14 +157,6 @@ _Unwind_Reason_Code StopInDriver(_Unwind_Context* frame, void* found) {
   std::abort();
 }
 
-// What the modules would do at the exit does not count any more, when drivers are in the middle of something.
-void OnExit() {
-  const int status = s_said ? s_ending.load() : EndWatch::OnEnd(nullptr, 0);
-  if (status != 0 && IsWatched()) {
-    ::_exit(status);
-  }
-}
-
 // Room for the handler of a crash that is the end of the stack. A thread that has such room already keeps it.
 void GiveStack() {
   stack_t before;
@@ -189,10 +181,8 @@ void TakeStack() {
 }  // namespace
 
 EndWatch::EndWatch() : m_terminate(std::set_terminate(&OnTerminate)) {
-  static const int kRegistered = std::atexit(&OnExit);
-  static_cast<void>(kRegistered);
   s_terminate = m_terminate;
-  s_said = false;
+  EndRecord::OfProcess().isSaid = false;
   s_aborter = nullptr;
   s_process = ::getpid();
   EndLine::KeepOutputs();
@@ -220,7 +210,7 @@ EndWatch::~EndWatch() {
 }
 
 void EndWatch::SetExitStatus(int status) {
-  s_exitStatus = status;
+  EndRecord::OfProcess().endStatus = status;
 }
 
 int EndWatch::OnEnd(const void* caller, int status) noexcept {
@@ -231,8 +221,12 @@ int EndWatch::OnEnd(const void* caller, int status) noexcept {
     return status;
   }
   Say("was ended", " by ", caller, "; drivers return from every call");
-  s_ending = status != 0 ? status : s_exitStatus.load();
-  return s_ending;
+  return status != 0 ? status : EndRecord::OfProcess().endStatus.load();
+}
+
+void EndWatch::OnEndOfThread() noexcept {
+  Say("lost its thread", "", nullptr, ", by pthread_exit or the like; drivers return from every call");
+  ::_exit(EndRecord::OfProcess().endStatus);
 }
 
 void EndWatch::OnAbort(const void* caller) noexcept {
@@ -251,7 +245,7 @@ const struct sigaction* EndWatch::ActionOf(const void* caller, int signal, const
 void EndWatch::OnReturnOfCopy() noexcept {
   if (s_process != 0 && !IsWatched()) {
     Say("was copied by fork", "", nullptr, ", and the copy was ended; a child process does not return into the host");
-    ::_exit(s_exitStatus);
+    ::_exit(EndRecord::OfProcess().endStatus);
   }
 }
 

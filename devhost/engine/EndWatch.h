@@ -14,7 +14,7 @@ namespace devhost {
 // same signal, the same core, the same handlers of others; nobody can ignore it. What a forked child does is its own
 // business, unless it returns from the call.
 //
-// A driver that makes the system call itself, or replaces the program by another one, escapes.
+// What escapes, because it runs no code of this process, is left to WatchedProcess.
 class EndWatch {
  public:
   // One at a time lives in a process. The thread that makes it gets a stack on which running out of stack can be reported.
@@ -29,6 +29,9 @@ class EndWatch {
   // `caller`, an address in some code, ends the process with `status`: says so, once, when a driver does. Returns the status
   // to end it with.
   static int OnEnd(const void* caller, int status) noexcept;
+  // The thread that made a call into a driver is ended during it, by pthread_exit or pthread_cancel: says so and ends the
+  // process.
+  [[noreturn]] static void OnEndOfThread() noexcept;
   // `caller` is about to call abort: it is named when the signal comes.
   static void OnAbort(const void* caller) noexcept;
   // `caller` sets an action for a signal. Returns the one to set: that of the watch where a driver would leave a crash to

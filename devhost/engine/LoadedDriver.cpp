@@ -1,11 +1,14 @@
 #include "devhost/engine/LoadedDriver.h"
 
+#include <cxxabi.h>
+
 #include <boost/algorithm/string/join.hpp>
 #include <exception>
 #include <optional>
 #include <utility>
 
 #include "devhost/driver/CommandMessage.h"
+#include "devhost/engine/EndWatch.h"
 #include "devhost/engine/HostCore.h"
 #include "devhost/xml/XmlReader.h"
 #include "host/ISystemEventCallback.h"
@@ -36,6 +39,8 @@ auto LoadedDriver::Call(const std::string& description, Action action) {
   std::optional<CallWatch::Origin> origin;
   try {
     return action();
+  } catch (const abi::__forced_unwind&) {
+    EndWatch::OnEndOfThread();
   } catch (const std::exception& exception) {
     problem = exception.what();
     origin = m_core.calls.OriginOfException();
@@ -130,6 +135,8 @@ void LoadedDriver::Destroy() noexcept {
     m_commands.Clear();
     delete std::exchange(m_driver, nullptr);
     ReportLeftovers();
+  } catch (const abi::__forced_unwind&) {
+    EndWatch::OnEndOfThread();
   } catch (...) {
     // A second thread that is inside has been reported; a report for which there is no memory is lost.
   }

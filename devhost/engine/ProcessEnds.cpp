@@ -1,9 +1,7 @@
 // The functions of the C library that end a process, in front of those of the C library: modules find these first. So a
-// driver that ends the process is noticed and named, whatever function it calls and on whatever thread. Everybody else ends
-// the process as ever. The same for functions that would let a driver's crash end it without a word.
-//
-// A parent process that watches would notice no more of drivers than this, but system calls of their own, and would stand
-// between the program and its terminal, its signals and its debugger.
+// driver that ends the process is named by its code, whatever function it calls and on whatever thread; the process that
+// watches only knows the call that was under way. Everybody else ends the process as ever. The same for functions that would
+// let a driver's crash end it without a word.
 #include <dlfcn.h>
 #include <signal.h>
 #include <sys/syscall.h>
@@ -35,7 +33,6 @@ Function Next(const char* name) {
 
 using EndFunction = void (*)(int);
 using AbortFunction = void (*)();
-using DaemonFunction = int (*)(int, int);
 using ActionFunction = int (*)(int, const struct sigaction*, struct sigaction*);
 
 int SetAction(const void* caller, int number, const struct sigaction* action, struct sigaction* former) {
@@ -65,15 +62,6 @@ void _exit(int status) {
 
 void _Exit(int status) noexcept {
   EndNow(__builtin_return_address(0), status);
-}
-
-// Ends the parent process and goes on in a child, which nobody watches.
-int daemon(int stayInFolder, int keepOutput) noexcept {
-  const int status = devhost::EndWatch::OnEnd(__builtin_return_address(0), 0);
-  if (status != 0) {
-    ::syscall(SYS_exit_group, status);
-  }
-  return Next<DaemonFunction>("daemon")(stayInFolder, keepOutput);
 }
 
 int sigaction(int number, const struct sigaction* action, struct sigaction* former) noexcept {

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "devhost/commands/Commands.h"
+#include "devhost/engine/WatchedProcess.h"
 
 namespace {
 
@@ -53,12 +55,22 @@ void HandleSignals() {
   ::sigaction(SIGXFSZ, &action, nullptr);
 }
 
+// A check of "devhost conform" is a process of its own, and the one that waits for its result learns how it ended.
+bool IsWatchedAlready(int argc, char** argv) {
+  return std::any_of(argv, argv + argc, [](const char* word) { return std::strcmp(word, "--run-check") == 0; });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
   AllowNoCoreFile();
+  if (!IsWatchedAlready(argc, argv)) {
+    devhost::WatchedProcess::Begin();
+  }
   HandleSignals();
   devhost::Console console(STDOUT_FILENO, STDERR_FILENO);
-  return static_cast<int>(devhost::RunCommandLine(argc, argv, console));
+  const int status = static_cast<int>(devhost::RunCommandLine(argc, argv, console));
+  devhost::WatchedProcess::TellEnd(status);
+  return status;
 }

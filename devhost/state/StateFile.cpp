@@ -46,6 +46,15 @@ void WriteNewFile(int folder, const std::string& name, const std::string& text) 
   }
 }
 
+std::string FreeName(int folder, const std::string& name) {
+  std::string aside = name + ".damaged";
+  struct stat status = {};
+  for (unsigned int i = 2; ::fstatat(folder, aside.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0; ++i) {
+    aside = name + ".damaged-" + std::to_string(i);
+  }
+  return aside;
+}
+
 }  // namespace
 
 std::string WhoElseCanWrite(const struct stat& status) {
@@ -95,17 +104,23 @@ void RemoveStateFile(int folder, const std::string& name) {
 }
 
 std::string PutStateFileAside(int folder, const std::string& name) {
-  std::string aside = name + ".damaged";
-  struct stat status = {};
-  for (unsigned int i = 2; ::fstatat(folder, aside.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0; ++i) {
-    aside = name + ".damaged-" + std::to_string(i);
-  }
+  std::string aside = FreeName(folder, name);
   if (::renameat(folder, name.c_str(), folder, aside.c_str()) != 0) {
     Fail("it cannot be put aside", errno);
   }
   // Where that fails, the copy has its name all the same.
   ::fsync(folder);
   return aside;
+}
+
+std::string CopyStateFileAside(int folder, const std::string& name) {
+  std::string aside = FreeName(folder, name);
+  if (::linkat(folder, name.c_str(), folder, aside.c_str(), 0) == 0) {
+    ::fsync(folder);
+    return aside;
+  }
+  // Some file systems have no second names.
+  return PutStateFileAside(folder, name);
 }
 
 }  // namespace devhost

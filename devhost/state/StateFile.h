@@ -32,6 +32,9 @@ void RemoveStateFile(int folder, const std::string& name);
 // Gives a file, or whatever stands there, the first free name of NAME.damaged, NAME.damaged-2 and so on. Returns that name.
 std::string PutStateFileAside(int folder, const std::string& name);
 
+// The same for a file that also keeps its name, until ReplaceStateFile gives that to another one.
+std::string CopyStateFileAside(int folder, const std::string& name);
+
 }  // namespace devhost
 
 #endif

@@ -6,9 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "devhost/state/StateFile.h"
@@ -84,15 +86,49 @@ FileDescriptor OpenFolder(const std::string& path) {
   return folder;
 }
 
-FileDescriptor Lock(int folder, const std::string& path) {
-  FileDescriptor lock(::openat(folder, kLockName, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
-  if (!lock.IsOpen()) {
-    throw StateError("cannot keep states in " + Quoted(path) +
-                     ": its file \"lock\" cannot be opened: " + (errno == ELOOP ? "it is a symbolic link" : Reason(errno)));
+[[noreturn]] void RefuseLock(const std::string& path, const std::string& reason) {
+  throw StateError("cannot keep states in " + Quoted(path) + ": its file \"lock\" " + reason +
+                   "; allowed: a file with no other name, or none");
+}
+
+// Why an open file cannot serve as the lock; "" when it can. A file with a second name may be the lock of another folder.
+std::string WrongWithLock(int lock) {
+  struct stat status = {};
+  if (::fstat(lock, &status) != 0) {
+    return "cannot be looked at: " + Reason(errno);
   }
-  if (::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
+  return !S_ISREG(status.st_mode) ? "is not a file" : status.st_nlink != 1 ? "has a second name (a hard link)" : "";
+}
+
+// Returns 0 or an error number. A host that was killed holds the lock until the system has taken its process apart, so a
+// lock that somebody has is tried again for a moment.
+int LockSoon(int lock) {
+  constexpr int kTries = 100;
+  for (int i = 0; ::flock(lock, LOCK_EX | LOCK_NB) != 0; ++i) {
+    if (errno != EWOULDBLOCK || i == kTries) {
+      return errno;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return 0;
+}
+
+FileDescriptor Lock(int folder, const std::string& path) {
+  // Nobody waits for the other end of a pipe.
+  FileDescriptor lock(::openat(folder, kLockName, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+  if (!lock.IsOpen()) {
+    RefuseLock(path, errno == ELOOP    ? "is a symbolic link"
+                     : errno == EISDIR ? "is a folder"
+                                       : "cannot be opened: " + Reason(errno));
+  }
+  const std::string wrong = WrongWithLock(lock.Get());
+  if (!wrong.empty()) {
+    RefuseLock(path, wrong);
+  }
+  const int error = LockSoon(lock.Get());
+  if (error != 0) {
     throw StateError("cannot keep states in " + Quoted(path) + ": " +
-                     (errno == EWOULDBLOCK ? "another devhost is using it; allowed: one at a time" : Reason(errno)));
+                     (error == EWOULDBLOCK ? "another devhost is using it; allowed: one at a time" : Reason(error)));
   }
   return lock;
 }
@@ -126,15 +162,15 @@ ReadState ReadSoundFile(int folder, const std::string& path, const std::string& 
   throw StateError(place + ": " + problem);
 }
 
-// Throws StateError for a state that could not be read again.
-void CheckReadable(const std::string& xml, std::size_t largest) {
+// Throws StateError for a state that could not be read again. Returns the name of its element.
+std::string CheckReadable(const std::string& xml, std::size_t largest) {
   // One more for the line feed at its end.
   if (xml.size() >= largest) {
     throw StateError("it has " + std::to_string(xml.size() + 1) + " bytes; allowed: at most " + std::to_string(largest) +
                      ", because more could not be read again");
   }
   try {
-    ReadXmlNode(xml);
+    return ReadXmlNode(xml)->GetName();
   } catch (const XmlError& error) {
     throw StateError("it could not be read again: " + OneLine(error.what()));
   }
@@ -149,7 +185,11 @@ h7::auto_com<H7XML::INode> StateFolder::Load(unsigned long driverId) {
   const std::string name = FileName(driverId);
   std::string problem;
   try {
-    return ReadSoundFile(m_folder.Get(), m_path, name).node;
+    h7::auto_com<H7XML::INode> node = ReadSoundFile(m_folder.Get(), m_path, name).node;
+    if (node) {
+      m_elements[name] = node->GetName();
+    }
+    return node;
   } catch (const StateError& error) {
     problem = error.what();
   }
@@ -172,7 +212,12 @@ void StateFolder::Save(unsigned long driverId, const std::string& xml) {
     if (xml.empty()) {
       RemoveStateFile(m_folder.Get(), name);
     } else {
-      CheckReadable(xml, m_largest);
+      const std::string element = CheckReadable(xml, m_largest);
+      const auto loaded = m_elements.find(name);
+      if (loaded != m_elements.end() && loaded->second != element) {
+        CopyStateFileAside(m_folder.Get(), name);
+        m_elements.erase(loaded);
+      }
       ReplaceStateFile(m_folder.Get(), name, xml + "\n");
     }
   } catch (const StateError& error) {

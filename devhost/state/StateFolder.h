@@ -2,6 +2,7 @@
 #define DEVHOST_STATE_STATE_FOLDER_H
 
 #include <cstddef>
+#include <map>
 #include <set>
 #include <string>
 
@@ -21,7 +22,7 @@ class StateFolder : public StateStore {
 
   h7::auto_com<H7XML::INode> Load(unsigned long driverId) override;
   // Also throws StateError for a state that could not be read again, and where a damaged one stands that could not be put
-  // aside.
+  // aside. Of a loaded state whose element has another name, a copy is kept first: the driver cannot have written that one.
   void Save(unsigned long driverId, const std::string& xml) override;
 
  private:
@@ -29,7 +30,8 @@ class StateFolder : public StateStore {
   const std::size_t m_largest;
   FileDescriptor m_folder;
   FileDescriptor m_lock;
-  std::set<std::string> m_notAside;  // damaged files that could not be put aside; they are not overwritten
+  std::map<std::string, std::string> m_elements;  // of loaded states, by their file
+  std::set<std::string> m_notAside;               // damaged files that could not be put aside; they are not overwritten
 };
 
 // What is kept for that driver in a state folder, as XML text; "" when nothing is kept. Changes and locks nothing there: a

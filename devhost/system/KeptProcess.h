@@ -28,10 +28,11 @@ struct ProcessImage {
 //
 // Between the two stand two keepers, processes of their own. The inner one starts the program, adopts what the program
 // leaves behind, and kills all of it when the program ends, when it is told to, or when its maker or the outer keeper is
-// gone. The outer one does the same when the inner one is gone. So whatever the program started is left behind only when
-// maker and both keepers are killed at once. A death signal that the program asks for could not do that: the program's own
-// children would live on, a program with file capabilities loses it, and it comes from a thread instead of a process. The
-// keepers are forks, so they need no program that would have to be found.
+// gone. The outer one does the same when the inner one is gone. What the program started may be left behind when both
+// keepers are killed before one of them is done, which takes milliseconds; the program itself ends then, too. A death signal
+// that the program asks for could not do that: the program's own children would live on, a program with file capabilities
+// loses it, and it comes from a thread instead of a process. The keepers are forks, so they need no program that would have
+// to be found.
 //
 // Not a namespace of process ids, which the system would end as a whole: an ordinary user gets one only with a namespace of
 // users, in which sudo does not work and ssh refuses the system's files, and the program would know its processes by other

@@ -34,7 +34,7 @@ struct Work {
   const char* name;
   const char* program;             // run instead of the one that the command would run
   std::vector<std::string> words;  // after "devhost"
-  std::size_t processes;           // that run in the middle: devhost, two keepers a program, programs and their children
+  std::size_t processes;           // in the middle: the two of devhost, two keepers a program, programs and their children
 };
 
 std::ostream& operator<<(std::ostream& stream, const Work& work) {
@@ -136,10 +136,10 @@ class AWorkInterrupted : public testing::Test {
 };
 
 const Work kWorks[] = {
-    {"Check", "snmpd", {"check", "--daemon", "check,me.conf"}, 6},
-    {"Preview", "diff", {"preview", "--project", "project.xml", "kitchen", "settings.xml"}, 6},
-    {"Run", "hold", {"run", "--project", "project.xml", "hold.devhost"}, 6},
-    {"Serve", "hold", {"run", "--project", "project.xml", "serve.devhost"}, 9},
+    {"Check", "snmpd", {"check", "--daemon", "check,me.conf"}, 7},
+    {"Preview", "diff", {"preview", "--project", "project.xml", "kitchen", "settings.xml"}, 7},
+    {"Run", "hold", {"run", "--project", "project.xml", "hold.devhost"}, 7},
+    {"Serve", "hold", {"run", "--project", "project.xml", "serve.devhost"}, 10},
 };
 
 // Where core files are allowed: one of them is a file with secrets.

@@ -227,7 +227,7 @@ class IdleAgent final : public ISNMPConfigurationAgent {
  public:
   void AddSNMPDevice(unsigned long, ISupportSNMP*) override {}
   void DeleteSNMPDevice(unsigned long) override {}
-  bool SetDeviceState(unsigned long) override { return false; }
+  bool SetDeviceState(unsigned long) override { return true; }
 };
 
 struct SilentObserver : HostObserver {
@@ -300,6 +300,36 @@ TEST_F(APublishedPointer, OfAnotherInterfaceIsLeftAlone) {
   EXPECT_EQ(agents.manager->Query("another"), &instance);
 }
 
+TEST(AnAgentThatIsGone, IsNotCalled) {
+  RecordingObserver observer;
+  HostCore core(observer);
+  Journal journal;
+  testsupport::RecordingDevice device(12, journal);
+  const auto agents = std::make_shared<LoadedDriver>(core, DriverEntry{1, "agent", "", "<config/>"},
+                                                     [](IInstanceManager&) { return nullptr; });
+  const auto devices = std::make_shared<LoadedDriver>(core, DriverEntry{12, "kitchen", "", "<config/>"},
+                                                      [](IInstanceManager&) { return nullptr; });
+  core.Add(agents);
+  core.Add(devices);
+  auto agent = std::make_unique<IdleAgent>();
+  core.calls.NotePublished(*agents, ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(agent.get()));
+  auto& front = *static_cast<ISNMPConfigurationAgent*>(
+      core.calls.Shown(*devices, ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(agent.get())));
+  EXPECT_TRUE(front.SetDeviceState(12));
+  core.calls.NoteUnpublished(*agents, ISNMPConfigurationAgent_IID, static_cast<ISNMPConfigurationAgent*>(agent.get()));
+  core.calls.NoteDestroyed(*agents);
+  agent.reset();
+  const CallScope scope(core, devices.get(), "destruction");
+  EXPECT_FALSE(front.SetDeviceState(12));
+  front.AddSNMPDevice(12, &device);
+  front.DeleteSNMPDevice(12);
+  EXPECT_THAT(
+      observer.Texts(Kind::Manners),
+      ElementsAre(
+          "SetDeviceState was called after the agent was gone; it was refused, during destruction of driver 12 \"kitchen\"",
+          HasSubstr("AddSNMPDevice was called after"), HasSubstr("DeleteSNMPDevice was called after")));
+}
+
 TEST(ADeviceThatNoCodeLeadsToADriver, IsThatOfTheDriverThatIsBeingCalled) {
   SilentObserver observer;
   HostCore core(observer);
@@ -343,7 +373,8 @@ TEST(ACallFromASecondThread, IsRefusedWhileManyDevicesComeAndGo) {
   EXPECT_EQ(core.MannersCount(), refused.load());
 }
 
-TEST(ADeviceThatCrashes, IsNamedWithItsOperation) {
+// How the built program ends when the device that the agent changes has this fault.
+ProgramResult EndByFault(const std::string& fault) {
   const testsupport::ScratchFolder folder;
   ProgramRun run;
   run.words = {"/bin/sh",
@@ -355,13 +386,24 @@ TEST(ADeviceThatCrashes, IsNamedWithItsOperation) {
                "--project",
                folder.Write("project.xml", "<project><driver id='1' name='agent' module='" + std::string(kAgentModule) +
                                                "'/><driver id='12' name='kitchen' module='" + TestModule("faulty_device") +
-                                               "'><config fault='crash'/></driver></project>"),
+                                               "'><config fault='" + fault + "'/></driver></project>"),
                folder.Write("script.devhost",
                             "command SetDeviceState xml='<managedDevice><deviceId>12</deviceId></managedDevice>'\n")};
-  const ProgramResult result = RunProgram(run);
+  return RunProgram(run);
+}
+
+TEST(ADeviceThatCrashes, IsNamedWithItsOperation) {
+  const ProgramResult result = EndByFault("crash");
   EXPECT_THAT(result.output,
               HasSubstr("devhost: the process was aborted (SIGABRT) during CopyFrom of driver 12 \"kitchen\"\n"));
   EXPECT_NE(result.exitStatus + result.signal, 0);
+}
+
+TEST(ADeviceThatEndsItsThread, IsNamedWithItsOperation) {
+  const ProgramResult result = EndByFault("endThread");
+  EXPECT_THAT(result.output, HasSubstr("devhost: the process lost its thread during CopyFrom of driver 12 \"kitchen\", by "
+                                       "pthread_exit or the like; drivers return from every call\n"));
+  EXPECT_EQ(result.exitStatus, 1);
 }
 
 }  // namespace

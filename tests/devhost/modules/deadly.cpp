@@ -1,7 +1,11 @@
 // A driver that ends the process in one way for each of its commands. Behind "Later:" it does so on a thread of its own,
-// some time after the command has returned. Where DEADLY_WHEN_LOADED is set, it ends the process at once.
+// some time after the command has returned. Where DEADLY_WHEN_LOADED is set, it ends the process at once; where
+// DEADLY_IN_INITIALIZE is, it becomes another program that succeeds.
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <signal.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -42,6 +46,28 @@ int Deeper(volatile char* outer, int depth) {
   return depth < 0 ? 0 : Deeper(room, depth + 1) + room[0];
 }
 
+void BecomeTrue() {
+  ::execl("/bin/true", "true", static_cast<char*>(nullptr));
+}
+
+// As a driver that does not ask the C library.
+void RawExit() {
+  ::syscall(SYS_exit_group, 0);
+}
+
+void CloseAll() {
+  for (int descriptor = 0; descriptor != 1024; ++descriptor) {
+    ::close(descriptor);
+  }
+}
+
+// The module stays when its driver goes, so its functions are called at the exit. Takes what registering them has returned.
+void KeepModule(int) {
+  Dl_info module = {};
+  ::dladdr(reinterpret_cast<const void*>(&RawExit), &module);
+  ::dlopen(module.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
 // Ends the process when the module is loaded, or when it is unloaded.
 struct EndsWithTheModule {
   EndsWithTheModule() {
@@ -62,6 +88,13 @@ class Deadly : public H7BaseAgentDriver {
  public:
   explicit Deadly(IInstanceManager& instanceManager) : H7BaseAgentDriver(instanceManager, DriverMultiplicity_Single) {}
 
+  int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override {
+    if (std::getenv("DEADLY_IN_INITIALIZE") != nullptr) {
+      BecomeTrue();
+    }
+    return H7BaseAgentDriver::Initialize(driverId, config, persisted);
+  }
+
   void RegisterCommands() override {
     Register("Segv", &Segv);
     Register("Fpe", &Fpe);
@@ -74,6 +107,28 @@ class Deadly : public H7BaseAgentDriver {
     Register("UnderscoreExit", [] { ::_exit(0); });
     Register("UnderscoreBigExit", [] { std::_Exit(0); });
     Register("ExitWhenUnloaded", [] { s_endsWithTheModule.armed = true; });
+    Register("Exec", &BecomeTrue);
+    Register("RawExit", &RawExit);
+    Register("ExitAtExit", [] { KeepModule(std::atexit(&RawExit)); });
+    Register("UnderscoreExitAtExit", [] { KeepModule(std::atexit([] { ::_exit(0); })); });
+    Register("EndThread", [] { ::pthread_exit(nullptr); });
+    Register("CancelThread", [] {
+      ::pthread_cancel(::pthread_self());
+      ::pthread_testcancel();
+    });
+    Register("Kill", [] { ::raise(SIGKILL); });
+    Register("Alarm", [] { ::raise(SIGALRM); });
+    Register("Terminate", [] { ::raise(SIGTERM); });
+    Register("Trap", [] { ::raise(SIGTRAP); });
+    Register("User", [] { ::raise(SIGUSR1); });
+    Register("CloseAllAndSegv", [] {
+      CloseAll();
+      Segv();
+    });
+    Register("CloseAllAndExit", [] {
+      CloseAll();
+      ::_exit(0);
+    });
     Register("Recurse", [] {
       volatile char first = 1;
       Deeper(&first, 0);

@@ -1,11 +1,13 @@
 // A device with one fault, by its configuration:
 //
-//   <config fault="throw|throwOddly|status|crash|thread|stay|second|throwInInitialize|takes"/>
+//   <config fault="throw|throwOddly|status|crash|endThread|thread|stay|second|throwInInitialize|takes"/>
 //
-// It throws, returns 5, crashes, or calls the agent on a second thread when it is asked for its file; it is destroyed, or
-// its Initialize fails, while the agent still has it; it leaves a second device with the agent, which it has not
-// published; or it publishes the device that it finds. All drivers of the module share a device, which they announce and
+// It throws, returns 5, crashes, ends its thread, or calls the agent on a second thread when it is asked for its file; it is
+// destroyed, or its Initialize fails, while the agent still has it; it leaves a second device with the agent, which it has
+// not published; or it publishes the device that it finds. All drivers of the module share a device, which they announce and
 // withdraw by the commands "Share" and "Unshare". Its reply to "Where" is the address of its Faulty.
+#include <pthread.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
@@ -94,6 +96,9 @@ class FaultyDevice : public H7BaseAgentDriver, private HasJournal, public testsu
     }
     if (m_fault == "crash") {
       std::abort();
+    }
+    if (m_fault == "endThread") {
+      ::pthread_exit(nullptr);
     }
     if (m_fault == "thread") {
       std::thread([this] { CallAgent(); }).join();

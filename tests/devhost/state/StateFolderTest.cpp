@@ -5,9 +5,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <memory>
 #include <set>
 #include <string>
+#include <thread>
 
 #include "devhost/xml/XmlReader.h"
 #include "tests/support/ScratchFolder.h"
@@ -202,10 +205,47 @@ TEST_F(ARefusedStateFolder, IsALinkToNothing) {
   EXPECT_EQ(Refusal(), "it is a symbolic link to nothing; allowed: a folder that can be written, or one that can be made");
 }
 
-TEST_F(ARefusedStateFolder, HasALinkInThePlaceOfItsLock) {
+TEST_F(ARefusedStateFolder, HasSomethingElseInThePlaceOfItsLock) {
+  const std::string allowed = "; allowed: a file with no other name, or none";
   folder.Write("s/driver-1.xml", "<A/>");
-  std::filesystem::create_symlink("driver-1.xml", folder.Path("s/lock"));
-  EXPECT_EQ(Refusal(), "its file \"lock\" cannot be opened: it is a symbolic link");
+  const std::string lock = folder.Path("s/lock");
+  std::filesystem::create_symlink("driver-1.xml", lock);
+  EXPECT_EQ(Refusal(), "its file \"lock\" is a symbolic link" + allowed);
+  std::filesystem::remove(lock);
+  std::filesystem::create_hard_link(folder.Path("s/driver-1.xml"), lock);
+  EXPECT_EQ(Refusal(), "its file \"lock\" has a second name (a hard link)" + allowed);
+  std::filesystem::remove(lock);
+  std::filesystem::create_directory(lock);
+  EXPECT_EQ(Refusal(), "its file \"lock\" is a folder" + allowed);
+  std::filesystem::remove(lock);
+  ASSERT_EQ(::mkfifo(lock.c_str(), 0600), 0);
+  EXPECT_EQ(Refusal(), "its file \"lock\" is not a file" + allowed);
+}
+
+TEST_F(AStateFolder, IsTakenOverFromAHostThatIsAboutToBeGone) {
+  auto former = std::make_unique<StateFolder>(folder.Path("s"));
+  std::thread end([&former] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    former.reset();
+  });
+  EXPECT_EQ(ErrorOf([this] { const StateFolder states(folder.Path("s")); }), "");
+  end.join();
+}
+
+TEST_F(AStateFolder, KeepsACopyOfAStateThatAnotherProgramMustHaveWritten) {
+  folder.Write("s/driver-1.xml", "<a/>");
+  {
+    StateFolder states(folder.Path("s"));
+    EXPECT_EQ(TextOf(states, 1), "<a/>");
+    states.Save(1, "<A/>");
+    states.Save(1, "<A x=\"2\"/>");
+  }
+  EXPECT_EQ(folder.Read("s/driver-1.xml.damaged"), "<a/>");
+  EXPECT_EQ(folder.Read("s/driver-1.xml"), "<A x=\"2\"/>\n");
+  StateFolder states(folder.Path("s"));
+  states.Load(1);
+  states.Save(1, "<A/>");
+  EXPECT_EQ(Files(), (std::set<std::string>{"driver-1.xml", "driver-1.xml.damaged", "lock"}));
 }
 
 struct Damage {

@@ -1,0 +1,246 @@
+// The ends of the process that none of its own code sees.
+#include "devhost/engine/WatchedProcess.h"
+
+#include <gmock/gmock.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "devhost/engine/EndNote.h"
+#include "devhost/engine/EndWatch.h"
+#include "tests/devhost/engine/Deadly.h"
+
+namespace devhost {
+namespace {
+
+using testing::AllOf;
+using testing::ExitedWithCode;
+using testing::HasSubstr;
+using testing::KilledBySignal;
+using testing::Not;
+
+constexpr char kBehind[] = "behind the host's back, by a system call or another program in its place";
+
+std::string LineOf(const std::string& how, const std::string& command) {
+  return "devhost: the process was ended " + how + " during command \"" + command +
+         "\" of driver 5 \"deadly5\"; drivers return from every call\n";
+}
+
+TEST(ADriverThatEndsTheProcessBehindTheHostsBack, IsNamedAndNeverSucceeds) {
+  for (const std::string way : {"Exec", "RawExit"}) {
+    const ProgramResult result = EndBy(way);
+    EXPECT_THAT(result.output, AllOf(HasSubstr(LineOf(kBehind, way)), Not(HasSubstr("still here"))));
+    EXPECT_EQ(result.exitStatus, 1) << way;
+  }
+}
+
+TEST(ADriverThatEndsTheProcessBehindTheHostsBack, IsNamedInInitialize) {
+  ::setenv("DEADLY_IN_INITIALIZE", "1", 1);
+  const ProgramResult result = EndBy("Exit");
+  ::unsetenv("DEADLY_IN_INITIALIZE");
+  EXPECT_THAT(result.output, HasSubstr(std::string(kBehind) + " during Initialize of driver 5 \"deadly5\""));
+  EXPECT_EQ(result.exitStatus, 1);
+}
+
+TEST(ADriverThatEndsTheProcessBehindTheHostsBack, EndsItBetweenCallsWithoutSuccess) {
+  const ProgramResult result = EndBy("Later:RawExit");
+  EXPECT_THAT(result.output, HasSubstr("devhost: the process was ended " + std::string(kBehind) + ", outside of any call"));
+  EXPECT_EQ(result.exitStatus, 1);
+}
+
+TEST(ADriverThatEndsTheProcessAfterTheHost, DoesNotChangeItsStatus) {
+  for (const std::string way : {"ExitAtExit", "UnderscoreExitAtExit"}) {
+    EXPECT_EQ(EndBy(way).exitStatus, 0) << way;
+    const ProgramResult failed = EndBy(way, ":", "command Unknown\n");
+    EXPECT_THAT(failed.output,
+                HasSubstr("devhost: the process was ended " + std::string(kBehind) + ", outside of any call"));
+    EXPECT_EQ(failed.exitStatus, 1) << way;
+  }
+}
+
+TEST(ADriverThatRaisesASignal, IsNamed) {
+  const std::vector<std::pair<std::string, int>> ways = {
+      {"Kill", SIGKILL}, {"Alarm", SIGALRM}, {"Terminate", SIGTERM}, {"Trap", SIGTRAP}, {"User", SIGUSR1}};
+  for (const auto& [way, signal] : ways) {
+    const ProgramResult result = EndBy(way);
+    EXPECT_THAT(result.output, HasSubstr(LineOf(std::string("by SIG") + ::sigabbrev_np(signal), way)));
+    EXPECT_EQ(result.signal, signal) << way;
+  }
+}
+
+TEST(ADriverThatClosesAllDescriptors, IsNamed) {
+  const ProgramResult ended = EndBy("CloseAllAndExit");
+  EXPECT_THAT(ended.output, HasSubstr(LineOf(kBehind, "CloseAllAndExit")));
+  EXPECT_EQ(ended.exitStatus, 1);
+  const ProgramResult crashed = EndBy("CloseAllAndSegv");
+  EXPECT_THAT(crashed.output, HasSubstr(" during command \"CloseAllAndSegv\" of driver 5 \"deadly5\""));
+  EXPECT_NE(crashed.exitStatus + crashed.signal, 0);
+}
+
+TEST(ADriverThatEndsTheThreadOfTheHost, IsNamedAndNeverSucceeds) {
+  for (const std::string way : {"EndThread", "CancelThread"}) {
+    const ProgramResult result = EndBy(way);
+    EXPECT_THAT(result.output, HasSubstr("devhost: the process lost its thread during command \"" + way +
+                                         "\" of driver 5 \"deadly5\", by pthread_exit or the like; "));
+    EXPECT_EQ(result.exitStatus, 1) << way;
+  }
+}
+
+TEST(AWatchedProcess, HasTheStatusThatItTells) {
+  EXPECT_EXIT(
+      {
+        WatchedProcess::Begin();
+        WatchedProcess::TellEnd(2);
+        std::_Exit(2);
+      },
+      ExitedWithCode(2), "^$");
+}
+
+TEST(AWatchedProcess, KeepsAWorseStatusThatItGetsAfterThat) {
+  EXPECT_EXIT(
+      {
+        WatchedProcess::Begin();
+        WatchedProcess::TellEnd(0);
+        std::_Exit(23);  // as a checker for leaks ends it
+      },
+      ExitedWithCode(23), "^$");
+}
+
+TEST(AWatchedProcess, HasTheStatusThatWasSetForDriversThatEndIt) {
+  EXPECT_EXIT(
+      {
+        WatchedProcess::Begin();
+        EndWatch::SetExitStatus(2);
+        ::syscall(SYS_exit_group, 0);
+      },
+      ExitedWithCode(2), "behind the host's back, .*, outside of any call");
+}
+
+TEST(AWatchedProcess, EndsByTheSignalThatIsSentToIt) {
+  EXPECT_EXIT(
+      {
+        const pid_t watcher = ::getpid();
+        WatchedProcess::Begin();
+        ::kill(watcher, SIGTERM);
+        for (;;) {
+          ::pause();
+        }
+      },
+      KilledBySignal(SIGTERM), "^$");
+}
+
+TEST(AWatchedProcess, GetsTheSignalsThatAreSentToIt) {
+  EXPECT_EXIT(
+      {
+        const pid_t watcher = ::getpid();
+        WatchedProcess::Begin();
+        ::signal(SIGUSR1, [](int) { std::_Exit(5); });
+        ::kill(watcher, SIGUSR1);
+        for (;;) {
+          ::pause();
+        }
+      },
+      ExitedWithCode(5), "");
+}
+
+TEST(AWatchedProcess, DiesWithTheOneThatWatches) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  const pid_t watcher = ::fork();
+  if (watcher == 0) {
+    ::close(ends[0]);
+    WatchedProcess::Begin();
+    static_cast<void>(::write(ends[1], "x", 1) == 1);
+    for (;;) {
+      ::pause();
+    }
+  }
+  ::close(ends[1]);
+  char letter = 0;
+  EXPECT_EQ(::read(ends[0], &letter, 1), 1);
+  ::kill(watcher, SIGKILL);
+  ::waitpid(watcher, nullptr, 0);
+  // The end of the pipe is that of the child.
+  EXPECT_EQ(::read(ends[0], &letter, 1), 0);
+  ::close(ends[0]);
+}
+
+TEST(AWatchedProcess, StopsAndGoesOnTogetherWithTheOneThatWatches) {
+  const pid_t watcher = ::fork();
+  if (watcher == 0) {
+    WatchedProcess::Begin();
+    ::raise(SIGTSTP);
+    WatchedProcess::TellEnd(0);
+    std::_Exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(watcher, &status, WUNTRACED), watcher);
+  EXPECT_TRUE(WIFSTOPPED(status)) << status;
+  ::kill(watcher, SIGCONT);
+  ASSERT_EQ(::waitpid(watcher, &status, 0), watcher);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST(AWatchedProcess, LearnsTheEndWhereEndsOfChildrenAreIgnored) {
+  EXPECT_EXIT(
+      {
+        ::signal(SIGCHLD, SIG_IGN);
+        WatchedProcess::Begin();
+        std::_Exit(::signal(SIGCHLD, SIG_DFL) == SIG_IGN ? 4 : 5);
+      },
+      ExitedWithCode(4), "");
+}
+
+TEST(AChildOfAWatchedProcess, DoesNotSayItsEnd) {
+  EXPECT_EXIT(
+      {
+        WatchedProcess::Begin();
+        const EndNote note("command \"Fork\"", "driver 5 \"deadly5\"");
+        const pid_t child = ::fork();
+        if (child == 0) {
+          const EndNote inner("creation", "driver 6 \"copy6\"");
+          WatchedProcess::TellEnd(0);
+          ::syscall(SYS_exit_group, 0);
+        }
+        ::waitpid(child, nullptr, 0);
+        ::syscall(SYS_exit_group, 0);
+      },
+      ExitedWithCode(1), " during command \"Fork\" of driver 5 \"deadly5\"");
+}
+
+TEST(AProcessThatIsDebugged, IsNotWatched) {
+  EXPECT_EXIT(
+      {
+        const pid_t self = ::getpid();
+        int ends[2];
+        static_cast<void>(::pipe(ends) == 0);
+        const pid_t debugger = ::fork();
+        if (debugger == 0) {
+          ::ptrace(PTRACE_SEIZE, self, nullptr, nullptr);
+          static_cast<void>(::write(ends[1], "x", 1) == 1);
+          int status = 0;
+          while (::waitpid(self, &status, 0) == self && !WIFEXITED(status)) {
+            ::ptrace(PTRACE_CONT, self, nullptr, nullptr);
+          }
+          std::_Exit(0);
+        }
+        ::prctl(PR_SET_PTRACER, debugger);
+        char letter = 0;
+        static_cast<void>(::read(ends[0], &letter, 1) == 1);
+        WatchedProcess::Begin();
+        std::_Exit(::getpid() == self ? 6 : 7);
+      },
+      ExitedWithCode(6), "");
+}
+
+}  // namespace
+}  // namespace devhost
