@@ -175,7 +175,7 @@ TEST(AProgramThatHasEnded, LeavesNoZombieAndNoDescriptor) {
   for (int i = 0; i != 20; ++i) {
     RunProgram(Shell(":"));
   }
-  EXPECT_EQ(Failure({{"/nonexistent/program"}, ""}), "cannot run \"/nonexistent/program\": No such file or directory");
+  EXPECT_EQ(Failure({{"/proc/none/program"}, ""}), "cannot run \"/proc/none/program\": No such file or directory");
   const int after = ::dup(0);
   ::close(before);
   ::close(after);
