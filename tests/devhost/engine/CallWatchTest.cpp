@@ -323,11 +323,9 @@ TEST(AnAgentThatIsGone, IsNotCalled) {
   EXPECT_FALSE(front.SetDeviceState(12));
   front.AddSNMPDevice(12, &device);
   front.DeleteSNMPDevice(12);
-  EXPECT_THAT(
-      observer.Texts(Kind::Manners),
-      ElementsAre(
-          "SetDeviceState was called after the agent was gone; it was refused, during destruction",
-          HasSubstr("AddSNMPDevice was called after"), HasSubstr("DeleteSNMPDevice was called after")));
+  EXPECT_THAT(observer.Texts(Kind::Manners),
+              ElementsAre("SetDeviceState was called after the agent was gone; it was refused, during destruction",
+                          HasSubstr("AddSNMPDevice was called after"), HasSubstr("DeleteSNMPDevice was called after")));
 }
 
 TEST(ADeviceThatNoCodeLeadsToADriver, IsThatOfTheDriverThatIsBeingCalled) {
