@@ -51,6 +51,8 @@ const CommandOption kOnly =
     With({"--only", "LIST", "Make only these checks: ids or groups, with commas between them", Takes::Text}, &SuggestOnly);
 const CommandOption kSeed{"--seed", "NUMBER", "Where random texts begin (default: another number each time)", Takes::Text};
 const CommandOption kDuration{"--duration", "SECONDS", "How long random sessions are tried (default: 20)", Takes::Text};
+const CommandOption kRunner{"--runner", "COMMAND", "Start each check by this command: a memory checker, or an emulator",
+                            Takes::Text};
 const CommandOption kFormat{"--format",    "FORMAT", "Print the report as text (the default), json or junit",
                             Takes::Choice, false,    {"text", "json", "junit"}};
 const CommandOption kOutput{"--output", "FILE", "Write the report into this file, and print the text, too", Takes::Path};
@@ -182,6 +184,13 @@ Conformance ReadConformance(const Arguments& arguments, const std::string& seed)
   if (arguments.Has(kDuration)) {
     conformance.sessionTime = std::chrono::seconds(Number(arguments.Text(kDuration), "duration"));
   }
+  if (arguments.Has(kRunner)) {
+    conformance.runner = SplitWords(arguments.Text(kRunner));
+    // Checks are made in folders of their own.
+    if (!conformance.runner.empty() && conformance.runner.front().find('/') != std::string::npos) {
+      conformance.runner.front() = std::filesystem::absolute(conformance.runner.front()).string();
+    }
+  }
   if (arguments.Has(kProfile)) {
     conformance.profile = ReadProfile(ReadNamedText(arguments.Text(kProfile)));
     conformance.profileFile = std::filesystem::absolute(arguments.Text(kProfile)).string();
@@ -236,7 +245,7 @@ ExitStatus Judge(const Arguments& arguments, Console& console) {
   run.module = arguments.Text(kModule);
   run.seed = std::to_string(arguments.Has(kSeed) ? Number(arguments.Text(kSeed), "seed") : std::random_device()() % 1000000);
   run.level = arguments.Has(kLevel) ? arguments.Text(kLevel) : "basic";
-  for (const CommandOption* const option : {&kProfile, &kModuleFolder, &kDuration}) {
+  for (const CommandOption* const option : {&kProfile, &kModuleFolder, &kDuration, &kRunner}) {
     run.options += arguments.Has(*option) ? std::string(option->name) + " " + AsWord(arguments.Text(*option)) + " " : "";
   }
   const Conformance conformance = ReadConformance(arguments, run.seed);
@@ -288,8 +297,8 @@ ExitStatus Conform(const Arguments& arguments, Console& console) {
 Command MakeConform() {
   return {"conform",
           "Judge the driver of a device by its contract",
-          {kModule, kProfile, kModuleFolder, kLevel, kOnly, kSeed, kDuration, kFormat, kOutput, kStrict, kInProcess, kList,
-           kExplain, kRunCheck},
+          {kModule, kProfile, kModuleFolder, kLevel, kOnly, kSeed, kDuration, kRunner, kFormat, kOutput, kStrict, kInProcess,
+           kList, kExplain, kRunCheck},
           kFooter,
           &Conform};
 }

@@ -1,5 +1,6 @@
 #include "devhost/commands/ConformReport.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -44,6 +45,29 @@ std::vector<std::pair<std::string, std::size_t>> Tally(const std::vector<Outcome
     tally.emplace_back(NameOf(status), count);
   }
   return tally;
+}
+
+// A line for each reason, since many checks build on one thing.
+std::string UnjudgedText(const std::vector<Outcome>& outcomes) {
+  std::vector<std::pair<std::string, std::vector<std::string>>> checks;  // by what is said
+  for (const Outcome& outcome : outcomes) {
+    if (outcome.status == Status::Unjudged) {
+      const std::string problem = Problem(outcome);
+      auto group = std::find_if(checks.begin(), checks.end(), [&](const auto& each) { return each.first == problem; });
+      if (group == checks.end()) {
+        group = checks.insert(group, {problem, {}});
+      }
+      group->second.emplace_back(outcome.check->id);
+    }
+  }
+  std::string text;
+  for (const auto& [problem, ids] : checks) {
+    std::string status = NameOf(Status::Unjudged);
+    status.resize(kStatusWidth, ' ');
+    const std::string who = ids.size() == 1 ? ids.front() : Counted(ids.size(), "check");
+    text.append(status).append(who).append(": ").append(problem).append("\n");
+  }
+  return text;
 }
 
 // What JUnit makes of a status: the name of the element for it, "" for a test that has passed.
@@ -104,6 +128,9 @@ std::string OutcomeText(const Outcome& outcome, const ConformRun& run) {
   std::string status = NameOf(outcome.status);
   status.resize(kStatusWidth, ' ');
   const std::string indent(kStatusWidth, ' ');
+  if (outcome.status == Status::Unjudged) {
+    return "";
+  }
   if (outcome.status == Status::Pass) {
     return status + outcome.check->id + "\n";
   }
@@ -126,7 +153,8 @@ std::string VerdictText(const std::vector<Outcome>& outcomes, const ConformRun& 
   for (const auto& [status, count] : Tally(outcomes)) {
     counts += (counts.empty() ? "" : ", ") + std::to_string(count) + " " + status;
   }
-  return std::string(NameOf(run.verdict)) + ": " + counts + " (level " + run.level + ", seed " + run.seed + ")\n";
+  return UnjudgedText(outcomes) + NameOf(run.verdict) + ": " + counts + " (level " + run.level + ", seed " + run.seed +
+         ")\n";
 }
 
 std::string ConformJson(const std::vector<Outcome>& outcomes, const ConformRun& run) {

@@ -19,10 +19,11 @@ struct ConformRun {
 };
 
 // One outcome for a person: status and check, then what went wrong, in which operation, how to find out more and how to make
-// this check again. Each line ends in a line feed.
+// this check again. Each line ends in a line feed. "" for one that is unjudged: see VerdictText.
 std::string OutcomeText(const Outcome& outcome, const ConformRun& run);
 
-// The last line: the verdict, then how many checks had which status, and the seed.
+// What is unjudged, a line for each reason, with the check or how many there are. Then the last line: the verdict, then how
+// many checks had which status, and the seed.
 std::string VerdictText(const std::vector<Outcome>& outcomes, const ConformRun& run);
 
 // All of it as one JSON object on one line: format, module, sha256, seed, level, verdict, tally, checks.

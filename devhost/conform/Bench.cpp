@@ -24,6 +24,7 @@ constexpr unsigned long kDouble = 1;
 constexpr unsigned long kAgent = 2;
 constexpr unsigned long kReader = 3;
 constexpr std::size_t kSlots = 40;
+constexpr char kNoDevice[] = "there is no device to call: see life-publish";
 
 // The first word of an object with virtual functions: in front of these stand the way to the whole object and its type.
 const void* const* TableOf(const ISupportSNMP* object) {
@@ -65,7 +66,8 @@ Bench::Bench(Trial& trial, StateStore* states) : m_trial(trial), m_host(*this, s
 }
 
 std::string Bench::TryLoad(unsigned long id, const std::string& config) {
-  std::filesystem::create_directories(FolderOf(id));
+  // Not the folder above: when that has been removed, nobody is left to remove it again.
+  std::filesystem::create_directory(FolderOf(id));
   const std::string text = config.empty() ? m_trial.profile.ConfigIn(FolderOf(id)) : config;
   m_trial.trail.Note("Initialize");
   try {
@@ -84,7 +86,7 @@ void Bench::Load(unsigned long id) {
 }
 
 std::string Bench::TryLoadThrough(const Wrap& wrap) {
-  std::filesystem::create_directories(FolderOf(kDevice));
+  std::filesystem::create_directory(FolderOf(kDevice));
   m_trial.trail.Note("Initialize");
   if (!m_open) {
     m_open.emplace(m_trial.module);
@@ -165,6 +167,7 @@ void Bench::Act(const std::function<void()>& action) {
 }
 
 void Bench::AgentArrives() {
+  ExpectDevices();
   m_trial.trail.Note("AgentAvailable");
   Act([this] { m_double->Arrive(); });
 }
@@ -179,11 +182,20 @@ std::vector<ISupportSNMP*> Bench::Published() {
   return devices;
 }
 
-Device Bench::GetDevice() {
+std::size_t Bench::ExpectDevices() {
   std::vector<ISupportSNMP*> objects;
   Act([&] { objects = m_reader->GetDriverManager().ListDrivers<ISupportSNMP>(0, ISupportSNMP_IID); });
-  if (objects.empty() || !WhyNotADevice(objects.front(), m_trial.module).empty()) {
-    throw Blocked("there is no device to call: see life-publish");
+  for (const ISupportSNMP* const object : objects) {
+    if (!WhyNotADevice(object, m_trial.module).empty()) {
+      throw Blocked(kNoDevice);
+    }
+  }
+  return objects.size();
+}
+
+Device Bench::GetDevice() {
+  if (ExpectDevices() == 0) {
+    throw Blocked(kNoDevice);
   }
   return {*Published().front(), m_trial.trail};
 }
@@ -211,10 +223,12 @@ std::size_t Bench::CountOf(const std::string& operation, unsigned long deviceId)
 }
 
 std::vector<std::string> Bench::Reports(bool onOtherThread) const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
   return m_reports[onOtherThread ? 1 : 0];
 }
 
 std::vector<std::string> Bench::Lines(Occurrence::Kind kind) const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
   std::vector<std::string> lines;
   for (const Occurrence& occurrence : m_occurrences) {
     if (occurrence.kind == kind) {
@@ -224,7 +238,13 @@ std::vector<std::string> Bench::Lines(Occurrence::Kind kind) const {
   return lines;
 }
 
+std::vector<std::pair<std::string, std::string>> Bench::LogWithSlots() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return m_log;
+}
+
 std::vector<std::string> Bench::OperatorLines() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
   std::vector<std::string> lines;
   for (const Occurrence& occurrence : m_occurrences) {
     if (occurrence.kind == Occurrence::Kind::Log && occurrence.level == 3) {
@@ -234,20 +254,38 @@ std::vector<std::string> Bench::OperatorLines() const {
   return lines;
 }
 
-// At once to the output, which is all that is left of a process that crashes.
-void Bench::OnOccurrence(const Occurrence& occurrence) {
+void Bench::ForgetAll() {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  // New ones, since {} would keep the memory.
+  m_occurrences = std::vector<Occurrence>();
+  m_log = std::vector<std::pair<std::string, std::string>>();
+  m_record.calls = std::vector<AgentCall>();
+}
+
+void Bench::Remember(const Occurrence& occurrence, bool isHere) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
   m_occurrences.push_back(occurrence);
   using Kind = Occurrence::Kind;
   if (occurrence.kind == Kind::Manners) {
-    m_reports[std::this_thread::get_id() == m_thread ? 0 : 1].push_back(devhost::TextOf(occurrence));
+    m_reports[isHere ? 0 : 1].push_back(devhost::TextOf(occurrence));
   }
   if (occurrence.kind == Kind::Log) {
-    m_log.emplace_back(occurrence.text, m_trial.trail.Last());
+    m_log.emplace_back(occurrence.text, isHere ? m_trial.trail.Last() : "");
+    if (!isHere) {
+      m_reports[1].push_back("LogXMessage was called on another thread than the host's: " + Quoted(occurrence.text));
+    }
   }
+}
+
+// At once to the output, which is all that is left of a process that crashes.
+void Bench::OnOccurrence(const Occurrence& occurrence) {
+  using Kind = Occurrence::Kind;
+  const bool isHere = std::this_thread::get_id() == m_thread;
+  Remember(occurrence, isHere);
   if (occurrence.kind == Kind::Log || occurrence.kind == Kind::Manners || occurrence.kind == Kind::Failure) {
     Output(STDOUT_FILENO).Write(OneLine(devhost::TextOf(occurrence)) + "\n");
   }
-  if (m_inside && (occurrence.kind == Kind::Log || occurrence.kind == Kind::Invalidate)) {
+  if (isHere && m_inside && (occurrence.kind == Kind::Log || occurrence.kind == Kind::Invalidate)) {
     m_inside();
   }
 }

@@ -2,6 +2,7 @@
 #define DEVHOST_CONFORM_BENCH_H
 
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -51,6 +52,7 @@ class Bench : private HostObserver {
   // Does something as an agent does it: inside a call of the host. All operations below but Stop call this themselves
   // unless they are called from inside of it. Throws what comes out; see AgentDouble.
   void Act(const std::function<void()>& action);
+  // Throws Blocked where what is published is not a device, which cannot be called.
   void AgentArrives();
   void AgentLeaves();
   // Every pointer that is published under the identifier of devices.
@@ -70,22 +72,29 @@ class Bench : private HostObserver {
   // How often that operation was called for that device.
   std::size_t CountOf(const std::string& operation, unsigned long deviceId = kDevice) const;
 
-  // What drivers did wrong, as the host says it: on its own thread, or on another one.
+  // What drivers did wrong, as the host says it: on its own thread, or on another one. There, to write a line to the log is
+  // wrong, too.
   std::vector<std::string> Reports(bool onOtherThread) const;
   // What happened in the host, of one kind, as lines.
   std::vector<std::string> Lines(Occurrence::Kind kind) const;
-  // The lines of the log, each with the operation that was called last before it.
-  const std::vector<std::pair<std::string, std::string>>& LogWithSlots() const { return m_log; }
+  // The lines of the log, each with the operation that was called last before it, "" for another thread.
+  std::vector<std::pair<std::string, std::string>> LogWithSlots() const;
   // The lines of the log at level 3, which operators see.
   std::vector<std::string> OperatorLines() const;
+  // Drops what the operations above say, for a check that measures memory.
+  void ForgetAll();
 
  private:
   struct Reader;
 
   void OnOccurrence(const Occurrence& occurrence) override;
+  void Remember(const Occurrence& occurrence, bool isHere);
+  // How many are published. Throws Blocked where one is not a device.
+  std::size_t ExpectDevices();
 
   Trial& m_trial;
   AgentRecord m_record;
+  mutable std::mutex m_mutex;  // of what happened, on whatever thread
   std::vector<Occurrence> m_occurrences;
   std::vector<std::string> m_reports[2];  // on the host's thread, on others
   std::vector<std::pair<std::string, std::string>> m_log;

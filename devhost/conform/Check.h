@@ -64,6 +64,7 @@ std::vector<Check> ErasedChecks();
 std::vector<Check> TrapsChecks();
 std::vector<Check> FileChecks();
 std::vector<Check> CallsChecks();
+std::vector<Check> ProcessChecks();
 std::vector<Check> StateChecks();
 std::vector<Check> ThrowChecks();
 std::vector<Check> WholeChecks();

@@ -20,7 +20,7 @@ const std::vector<Check>& Checks() {
   static const std::vector<Check> checks = [] {
     std::vector<Check> all;
     for (const auto group : {&ModuleChecks, &LifeChecks, &SettingsChecks, &ErasedChecks, &TrapsChecks, &FileChecks,
-                             &CallsChecks, &StateChecks, &ThrowChecks, &WholeChecks, &FuzzChecks}) {
+                             &CallsChecks, &ProcessChecks, &StateChecks, &ThrowChecks, &WholeChecks, &FuzzChecks}) {
       const std::vector<Check> some = group();
       all.insert(all.end(), some.begin(), some.end());
     }

@@ -1,9 +1,8 @@
 #include "devhost/conform/Conform.h"
 
-#include <stdlib.h>
 #include <sys/resource.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +10,7 @@
 #include <sstream>
 #include <system_error>
 
+#include "devhost/conform/PrivateFolder.h"
 #include "devhost/conform/Trial.h"
 #include "devhost/secrets/Masker.h"
 #include "devhost/system/FileText.h"
@@ -25,38 +25,22 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Status = Outcome::Status;
 
-constexpr char kResult[] = "result";
-// Without these a module makes no driver.
-const std::set<std::string> kNeededToLoad = {"module-needs", "module-loads"};
+constexpr char kResult[] = "/result";
+constexpr char kSlot[] = "/slot";
+// What a driver has said is shown in reports, but not all of what one says that never ends.
+constexpr std::size_t kMostOfALine = 1000;
+constexpr std::size_t kMostLines = 100;
+// What the other checks build on, in this order.
+const std::vector<std::string> kFoundations = {"module-needs", "module-loads", "life-initialize"};
+// What is judged of a module that cannot be loaded.
+const std::set<std::string> kOfTheFile = {"module-needs", "module-loads", "module-exports"};
 
-// A folder for one check, gone at the end with all that the driver has put there.
-class PrivateFolder {
- public:
-  PrivateFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "devhost-conform-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-      throw std::system_error(errno, std::generic_category(), "cannot make the folder " + name);
-    }
-    m_path = name;
-  }
-  ~PrivateFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-  PrivateFolder(const PrivateFolder&) = delete;
-  PrivateFolder& operator=(const PrivateFolder&) = delete;
-
-  const std::string& Path() const { return m_path; }
-  // The text of a file that a check may have left there; "" for none.
-  std::string Read(const char* name) const {
-    std::ostringstream text;
-    text << std::ifstream(m_path + "/" + name, std::ios::binary).rdbuf();
-    return text.str();
-  }
-
- private:
-  std::string m_path;
-};
+// The text of a file that a check may have left; "" for none.
+std::string ReadLeft(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
 
 void SetLimit(int which, rlim_t most) {
   rlimit limit = {};
@@ -115,24 +99,53 @@ bool ReadResult(const std::string& text, Outcome& outcome) {
   return false;
 }
 
+// Both ends of a text that is too long.
+std::string Shortened(const std::string& text) {
+  constexpr std::size_t kEnd = 200;
+  if (text.size() <= kMostOfALine) {
+    return text;
+  }
+  const std::size_t left = text.size() - kMostOfALine;
+  return text.substr(0, kMostOfALine - kEnd) + " ... (" + std::to_string(left) + " bytes) ... " +
+         text.substr(text.size() - kEnd);
+}
+
+// The last lines of what was printed.
 std::vector<std::string> LinesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) {
     lines.push_back(OneLine(line));
   }
+  if (lines.size() > kMostLines) {
+    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(kMostLines));
+  }
   return lines;
 }
 
-// How a process ended that has left no result.
-void Explain(const ProgramResult& run, const PrivateFolder& folder, Outcome& outcome) {
-  const std::string slot = folder.Read("slot");
-  outcome.slot = slot.substr(0, slot.find('\n'));
-  outcome.status = run.late ? Status::Hang : Status::Crash;
-  if (run.late) {
-    outcome.message = "the call did not come back in time";
+std::string Seconds(std::chrono::milliseconds time) {
+  return Counted(static_cast<std::size_t>(time.count() / 1000), "second");
+}
+
+// A process that was killed: because of one call, or because of all together.
+void ExplainLate(const Conformance& conformance, const Trail::LastCall& call, Outcome& outcome) {
+  outcome.slot = call.slot;
+  if (call.age >= conformance.deadline) {
+    outcome.status = Status::Hang;
+    outcome.message = (call.slot.empty() ? "the check" : "the call") + (" has not come back for " + Seconds(call.age));
     return;
   }
+  // Calls that come back, however late, keep the contract.
+  outcome.status = Status::Unjudged;
+  outcome.slot.clear();
+  outcome.message = "the check was not over after " + Seconds(conformance.longest) +
+                    (call.slot.empty() ? "" : "; the last call was " + call.slot);
+}
+
+// How a process ended by itself that has left no result.
+void Explain(const ProgramResult& run, const Trail::LastCall& call, Outcome& outcome) {
+  outcome.slot = call.slot;
+  outcome.status = Status::Crash;
   outcome.message = run.tooLong       ? "the driver has printed more than 16 MiB"
                     : run.signal != 0 ? "the process was ended by signal " + std::to_string(run.signal)
                                       : "the process has ended with status " + std::to_string(run.exitStatus);
@@ -142,30 +155,41 @@ void Explain(const ProgramResult& run, const PrivateFolder& folder, Outcome& out
   }
 }
 
-Outcome RunInChild(const Conformance& conformance, const Check& check) {
-  const PrivateFolder folder;
+ProgramRun RunOf(const Conformance& conformance, const Check& check, const std::string& folder) {
   ProgramRun run;
-  run.words = {conformance.program, "conform", "--run-check", check.id, "--module-dir", FolderOf(conformance.agent)};
-  run.words.insert(run.words.end(), {"--seed", std::to_string(conformance.seed)});
-  run.words.insert(run.words.end(), {"--duration", std::to_string(conformance.sessionTime.count() / 1000)});
+  run.words = conformance.runner;
+  run.words.insert(run.words.end(), {conformance.program, "conform", "--run-check", check.id, "--module-dir",
+                                     FolderOf(conformance.agent), "--seed", std::to_string(conformance.seed), "--duration",
+                                     std::to_string(conformance.sessionTime.count() / 1000)});
   if (!conformance.profileFile.empty()) {
     run.words.insert(run.words.end(), {"--profile", conformance.profileFile});
   }
   run.words.push_back(conformance.module);
-  run.folder = folder.Path();
-  run.deadline = conformance.deadline + conformance.sessionTime;
+  run.folder = folder;
+  run.deadline = conformance.longest + (GroupOf(check) == "fuzz" ? conformance.sessionTime : std::chrono::milliseconds());
+  run.isLate = [&conformance, folder] { return Trail::Read(folder + kSlot).age >= conformance.deadline; };
+  return run;
+}
+
+Outcome RunInChild(const Conformance& conformance, const Check& check, const std::string& folder) {
+  std::filesystem::create_directory(folder);
   Outcome outcome;
   outcome.check = &check;
   try {
-    const ProgramResult result = RunProgram(run);
+    const ProgramResult result = RunProgram(RunOf(conformance, check, folder));
+    const Trail::LastCall call = Trail::Read(folder + kSlot);
     outcome.log = LinesOf(result.output);
-    if (!ReadResult(folder.Read(kResult), outcome)) {
-      Explain(result, folder, outcome);
+    if (result.late) {
+      ExplainLate(conformance, call, outcome);
+    } else if (!ReadResult(ReadLeft(folder + kResult), outcome)) {
+      Explain(result, call, outcome);
     }
   } catch (const ProgramError& error) {
     outcome.status = Status::Broken;
     outcome.message = error.what();
   }
+  std::error_code ignored;
+  std::filesystem::remove_all(folder, ignored);
   return outcome;
 }
 
@@ -180,7 +204,9 @@ std::string Today() {
 
 // What the profile makes of an outcome, and nobody may read in it.
 void Finish(const Profile& profile, Outcome& outcome) {
-  const bool isFinding = outcome.status == Status::Fail || outcome.status == Status::Crash || outcome.status == Status::Hang;
+  // What cannot be judged may be waived together with the reason for that.
+  const bool isFinding = outcome.status == Status::Fail || outcome.status == Status::Crash ||
+                         outcome.status == Status::Hang || outcome.status == Status::Unjudged;
   const auto waiver = profile.waivers.find(outcome.check->id);
   const bool isWaived = isFinding && waiver != profile.waivers.end();
   if (isWaived && (waiver->second.until.empty() || Today() <= waiver->second.until)) {
@@ -194,9 +220,10 @@ void Finish(const Profile& profile, Outcome& outcome) {
   }
   Masker masker(false);
   masker.Xml(profile.config);
-  outcome.message = masker.Text(outcome.message);
+  // A secret that is cut would not be found any more.
+  outcome.message = Shortened(masker.Text(outcome.message));
   for (std::string& line : outcome.log) {
-    line = masker.Text(line, WrittenBy::Others);
+    line = Shortened(masker.Text(line, WrittenBy::Others));
   }
 }
 
@@ -213,30 +240,56 @@ Outcome Skipped(const Check& check) {
   return outcome;
 }
 
+// The checks that others build on, then the others.
+std::vector<const Check*> FoundationsFirst(std::vector<const Check*> checks) {
+  auto first = checks.begin();
+  for (const std::string& id : kFoundations) {
+    const auto found = std::find_if(first, checks.end(), [&id](const Check* check) { return check->id == id; });
+    if (found != checks.end()) {
+      std::rotate(first, found, found + 1);
+      ++first;
+    }
+  }
+  return checks;
+}
+
+// Why the checks behind this one cannot be made, "" when they can.
+std::string WhyNoneAfter(const Outcome& outcome) {
+  const std::string id = outcome.check->id;
+  if (id == kFoundations.back()) {
+    const bool isDown = outcome.status == Status::Crash || outcome.status == Status::Hang;
+    return isDown ? "no driver can be initialised: see " + id : "";
+  }
+  const bool isFoundation = std::find(kFoundations.begin(), kFoundations.end(), id) != kFoundations.end();
+  return isFoundation && outcome.status != Status::Pass ? "the module does not load: see " + id : "";
+}
+
 }  // namespace
 
 std::vector<Outcome> RunChecks(const Conformance& conformance, const std::vector<const Check*>& checks,
                                const std::function<void(const Outcome&)>& tell) {
+  const PrivateFolder folder;
   std::vector<Outcome> outcomes;
-  std::string notLoaded;  // the check that says why the module does not load
-  for (const Check* const check : checks) {
+  std::string whyNone;
+  for (const Check* const check : FoundationsFirst(checks)) {
     const Clock::time_point start = Clock::now();
     if (!IsClaimed(conformance, *check)) {
       outcomes.push_back(Skipped(*check));
-    } else if (notLoaded.empty() || GroupOf(*check) == "module") {
-      outcomes.push_back(RunInChild(conformance, *check));
+    } else if (whyNone.empty() || kOfTheFile.count(check->id) != 0) {
+      outcomes.push_back(RunInChild(conformance, *check, folder.Path() + "/" + check->id));
+      whyNone = whyNone.empty() ? WhyNoneAfter(outcomes.back()) : whyNone;
       Finish(conformance.profile, outcomes.back());
     } else {
-      outcomes.push_back({check, Status::Unjudged, "", "the module does not load: see " + notLoaded, "", {}});
+      outcomes.push_back({check, Status::Unjudged, "", whyNone, "", {}});
     }
     Outcome& outcome = outcomes.back();
-    if (notLoaded.empty() && outcome.status != Status::Pass && kNeededToLoad.count(check->id) != 0) {
-      notLoaded = check->id;
-    }
     outcome.milliseconds =
         static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
     tell(outcome);
   }
+  std::sort(outcomes.begin(), outcomes.end(), [](const Outcome& left, const Outcome& right) {
+    return left.check < right.check;  // as in the table
+  });
   return outcomes;
 }
 
@@ -254,8 +307,10 @@ void RunCheckHere(const Conformance& conformance, const Check& check) {
   SetLimit(RLIMIT_CORE, 0);
   SetLimit(RLIMIT_NOFILE, 256);
   SetLimit(RLIMIT_FSIZE, rlim_t{256} * 1024 * 1024);
-  const Outcome outcome = Judge(conformance, check, std::filesystem::current_path().string());
-  std::ofstream(kResult, std::ios::binary) << ResultText(outcome);
+  // A driver may go to another folder.
+  const std::string folder = std::filesystem::current_path().string();
+  const Outcome outcome = Judge(conformance, check, folder);
+  std::ofstream(folder + kResult, std::ios::binary) << ResultText(outcome);
 }
 
 }  // namespace devhost

@@ -112,6 +112,23 @@ void CallAll(Device& device) {
   }
 }
 
+std::string GiveAFile(Device& device) {
+  try {
+    // As the agent: it copies the file out before it copies one in.
+    std::string found;
+    device.CopyFrom(found);
+    const int status = device.CopyTo(kOrdinaryText);
+    if (status != 0) {
+      return "CopyTo returned " + std::to_string(status) + " for an ordinary text";
+    }
+    found = "nothing was copied out";
+    const bool isThere = device.CopyFrom(found) == 0 && found == kOrdinaryText;
+    return isThere ? "" : "CopyFrom does not give what CopyTo has installed";
+  } catch (...) {
+    return "an exception came out of CopyFrom or CopyTo";
+  }
+}
+
 std::string TextOf(const std::vector<TrapTarget>& targets) {
   std::string text;
   for (const TrapTarget& target : targets) {

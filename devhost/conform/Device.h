@@ -70,6 +70,12 @@ const std::vector<std::function<void(Device&)>>& Operations();
 // Calls all of these.
 void CallAll(Device& device);
 
+// Not freed when CopyTo has returned: a device that uses it then is what file-text-borrowed is about.
+inline const std::string kOrdinaryText = "# an ordinary text\nsysName kitchen\n";
+
+// Gives the device an ordinary text as its file, since a new one may have none. Returns why that cannot be read back, or "".
+std::string GiveAFile(Device& device);
+
 // The list as a text: see Setting.
 std::string TextOf(const std::vector<TrapTarget>& targets);
 

@@ -15,7 +15,6 @@ namespace devhost {
 
 namespace {
 
-const std::string kOrdinary = "# an ordinary text\nsysName kitchen\n";
 constexpr int kLater = -9;
 constexpr char kGoesOffLine[] = "goes-off-line";
 
@@ -42,19 +41,22 @@ int Install(Device& device, const std::string& text) {
   return device.CopyTo(text);
 }
 
-// Throws Blocked unless an ordinary text can be installed.
+// Throws Blocked unless an ordinary text can be installed and read back: file-round is about that.
 void NeedsAFile(Device& device) {
-  const int status = Install(device, kOrdinary);
-  if (status == kLater) {
-    throw Blocked("CopyTo returned -9 for an ordinary text: see file-later");
+  const std::string problem = GiveAFile(device);
+  if (!problem.empty()) {
+    throw Blocked(problem + ": see file-round");
   }
-  Expect(status == 0, "CopyTo returned " + std::to_string(status) + " for an ordinary text", "CopyTo");
 }
 
 void GivesBackTheSameBytes(Trial& trial) {
   Bench bench(trial);
   bench.ActOnDevice([&](Device& device) {
-    NeedsAFile(device);
+    const int status = Install(device, kOrdinaryText);
+    if (status == kLater) {
+      throw Blocked("CopyTo returned -9 for an ordinary text: see file-later");
+    }
+    Expect(status == 0, "CopyTo returned " + std::to_string(status) + " for an ordinary text", "CopyTo");
     const std::vector<std::string> texts = {"",
                                             "no last line feed",
                                             "\n",
@@ -62,7 +64,7 @@ void GivesBackTheSameBytes(Trial& trial) {
                                             " \t blanks \n",
                                             std::string("a\0b\n", 4),
                                             RandomBytes(trial, 1U << 20U)};
-    std::string expected = kOrdinary;
+    std::string expected = kOrdinaryText;
     for (const std::string& text : texts) {
       // What a device cannot hold it refuses, and keeps what it had.
       expected = Install(device, text) == 0 ? text : expected;
@@ -102,7 +104,7 @@ void KeepsForLaterOnlyWhatItClaims(Trial& trial) {
     std::string text;
     const bool mayBeLater = trial.profile.claims.count(kGoesOffLine) != 0;
     Expect(device.CopyFrom(text) != kLater || mayBeLater, "CopyFrom returned -9", "CopyFrom");
-    Expect(device.CopyTo(kOrdinary) != kLater || mayBeLater, "CopyTo returned -9", "CopyTo");
+    Expect(device.CopyTo(kOrdinaryText) != kLater || mayBeLater, "CopyTo returned -9", "CopyTo");
     if (mayBeLater && !trial.profile.claims.at(kGoesOffLine).out.empty()) {
       KeepsItForLater(bench, device, trial.profile.claims.at(kGoesOffLine), "sysName " + trial.RandomText() + "\n");
     }
@@ -194,7 +196,7 @@ void KeepsTheModeOfItsFile(Trial& trial) {
     NeedsAFile(device);
     const std::string folder = bench.FolderOf(Bench::kDevice);
     for (const auto& [name, text] : FilesIn(folder)) {
-      if (text != kOrdinary) {
+      if (text != kOrdinaryText) {
         continue;
       }
       const std::filesystem::path file = folder + "/" + name;
@@ -202,7 +204,7 @@ void KeepsTheModeOfItsFile(Trial& trial) {
       Expect((mode() & ~perms(0640)) == perms::none, "the file is open to everybody", "CopyTo");
       for (const perms old : {perms(0600), perms(0640)}) {
         std::filesystem::permissions(file, old);
-        Install(device, kOrdinary);
+        Install(device, kOrdinaryText);
         Expect(mode() == old, "CopyTo has changed the mode of the file", "CopyTo");
       }
       return;

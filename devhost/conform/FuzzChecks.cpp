@@ -124,7 +124,7 @@ std::string ScriptOf(const Steps& steps) {
   const auto manage = [&id](const char* command) {
     return std::string("command ") + command + " deviceId=" + id + "\nexpect reply is '<deviceId>" + id + "</deviceId>'\n";
   };
-  std::string script = "# The agent, and the device as driver " + id + ".\n" + manage("AddManagedDevice");
+  std::string script = "# The agent, and the device as driver " + id + ", which has a file.\n" + manage("AddManagedDevice");
   ToolSettings last;
   for (const Step& step : steps) {
     if (step.kind == Step::Kind::Set) {

@@ -81,6 +81,7 @@ void Loads(Trial& trial) {
   } catch (const Violation&) {
     throw Blocked("it cannot be loaded: see module-needs");
   }
+  trial.trail.Note("loading");
   try {
     const DriverModule module(trial.module);
   } catch (const ModuleError& error) {

@@ -1,4 +1,9 @@
 // Group "settings": what is set is what is read.
+#include <malloc.h>
+
+#include <algorithm>
+#include <chrono>
+
 #include "devhost/conform/Bench.h"
 #include "devhost/conform/Check.h"
 #include "devhost/text/Words.h"
@@ -80,6 +85,39 @@ void GettersAreQuiet(Trial& trial) {
   });
 }
 
+// What the allocator has given out.
+std::size_t MemoryInUse() {
+  const struct mallinfo2 info = ::mallinfo2();
+  return info.uordblks + info.hblkhd;
+}
+
+void LosesNoMemory(Trial& trial) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::size_t kTimes = 1000;
+  constexpr std::size_t kMost = std::size_t{32} * 1024;
+  Bench bench(trial);
+  bench.ActOnDevice([&](Device& device) {
+    for (const Setting& setting : Settings()) {
+      const std::string text = trial.RandomText(256);
+      const auto set = [&] { setting.set(device, setting.kind == Setting::Kind::Switch ? "true" : text); };
+      set();
+      bench.ForgetAll();
+      const std::size_t before = MemoryInUse();
+      // A setter may do something that takes its time.
+      const Clock::time_point end = Clock::now() + std::chrono::seconds(2);
+      for (std::size_t i = 0; i != kTimes && Clock::now() < end; ++i) {
+        set();
+      }
+      bench.ForgetAll();
+      const std::size_t after = MemoryInUse();
+      Expect(after <= before + kMost,
+             std::to_string(after - std::min(after, before)) + " more bytes are in use after " + setting.name +
+                 " was set a thousand times",
+             setting.setter);
+    }
+  });
+}
+
 }  // namespace
 
 std::vector<Check> SettingsChecks() {
@@ -97,6 +135,9 @@ std::vector<Check> SettingsChecks() {
        &KeepsEveryByte},
       {"settings-quiet", Severity::Contract, Level::Full, "", "Reading settings changes none and calls nobody.",
        "The agent reads all settings for every write, also while it is called by the device.", &GettersAreQuiet},
+      {"settings-memory", Severity::Practice, Level::Full, "", "Setting a value over and over takes no more memory.",
+       "A controller runs for years. Tried a thousand times for each setting, or for two seconds, with one value.",
+       &LosesNoMemory},
   };
 }
 

@@ -33,6 +33,20 @@ std::string Flat(const XmlElement& element) {
   return text;
 }
 
+// The first line in which two such texts differ, for a message. Communities are not shown, whoever gave them.
+std::string DifferenceOf(const std::string& found, const std::string& wanted) {
+  const auto ends = std::mismatch(found.begin(), found.end(), wanted.begin(), wanted.end());
+  const auto lineAt = [](const std::string& text, std::size_t at) {
+    const std::size_t begin = at == 0 ? 0 : text.rfind('\n', at - 1) + 1;
+    return text.substr(begin, text.find('\n', at) - begin);
+  };
+  const auto at = static_cast<std::size_t>(ends.second - wanted.begin());
+  const std::string is = lineAt(found, at);
+  const std::string was = lineAt(wanted, at);
+  const bool isSecret = (is + was).find("ommunity") != std::string::npos;
+  return isSecret ? "another " + was.substr(0, was.find('=')) : Quoted(is) + " instead of " + Quoted(was);
+}
+
 const XmlElement* FindChild(const XmlElement& element, const std::string& name) {
   const auto found = std::find_if(element.children.begin(), element.children.end(),
                                   [&name](const XmlElement& child) { return child.name == name; });
@@ -85,7 +99,14 @@ std::string ElementOf(const ToolSettings& settings) {
 ToolSession::ToolSession(Bench& bench) : m_bench(bench) {
   m_bench.LoadAgent();
   m_bench.Load();
-  m_bench.Act([this] { m_bench.GetDevice(); });
+  m_bench.Act([this] {
+    // The agent writes its section into the file that is there, and a new device may have none.
+    Device device = m_bench.GetDevice();
+    const std::string problem = GiveAFile(device);
+    if (!problem.empty()) {
+      throw Blocked(problem + ": see file-round");
+    }
+  });
   if (m_bench.AskAgent("AddManagedDevice", {{"deviceId", Id()}}) == "<Fail/>") {
     throw Blocked("the agent does not know the device: see life-agent-first");
   }
@@ -126,8 +147,8 @@ void ToolSession::ExpectList() {
   const auto expect = [&device](const std::string& name, const XmlElement& wanted) {
     const XmlElement* const found = FindChild(*device, name);
     const std::string text = found != nullptr ? Flat(*found) : "";
-    Expect(text == Flat(wanted), "the list of devices has " + Quoted(text) + " instead of " + Quoted(Flat(wanted)),
-           "GetDeviceList");
+    const std::string where = wanted.children.empty() ? "" : "in " + name + " ";
+    Expect(text == Flat(wanted), "the list of devices has " + where + DifferenceOf(text, Flat(wanted)), "GetDeviceList");
   };
   expect(kManaged, Leaf(kManaged, m_isManaged ? "true" : "false"));
   if (m_hasSettings) {

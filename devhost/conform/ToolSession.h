@@ -25,8 +25,8 @@ std::string ElementOf(const ToolSettings& settings);
 // Violation where the answer is another one.
 class ToolSession {
  public:
-  // Loads the agent and the device, and makes it managed. Throws Blocked where the agent knows no device. `bench` outlives
-  // it.
+  // Loads the agent and the device, which has a file then, and makes it managed. Throws Blocked where the agent knows no
+  // device or the device takes no file. `bench` outlives it.
   explicit ToolSession(Bench& bench);
 
   void Manage(bool isManaged);

@@ -10,10 +10,17 @@
 
 namespace devhost {
 
-// Notes which operation of the device was called last, in a file that is still there when the process has crashed or was
-// killed.
+// Notes which operation of the device was called last, and when, in a file that the process which waits reads: while this
+// one runs, and when it has crashed or was killed.
 class Trail {
  public:
+  // What is in such a file.
+  struct LastCall {
+    std::string slot;                    // "" for none yet
+    std::chrono::milliseconds age = {};  // how long ago it began; 0 where that cannot be read
+  };
+  static LastCall Read(const std::string& path);
+
   // Makes the file. One that cannot be made is done without.
   explicit Trail(const std::string& path);
 

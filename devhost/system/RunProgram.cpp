@@ -106,11 +106,12 @@ class Running {
     const Clock::time_point deadline = Clock::now() + m_run.deadline;
     while (!m_process->WaitForEnd(Milliseconds::zero()) && !m_result.tooLong) {
       const Milliseconds left = std::chrono::ceil<Milliseconds>(deadline - Clock::now());
-      if (left <= Milliseconds::zero()) {
+      if (left <= Milliseconds::zero() || (m_run.isLate && m_run.isLate())) {
         m_result.late = true;
         break;
       }
-      Wait(left);
+      constexpr Milliseconds kBetweenQuestions(200);
+      Wait(m_run.isLate ? std::min(left, kBetweenQuestions) : left);
       Read();
     }
     m_process->End();

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -17,13 +18,14 @@ struct ProgramRun {
   std::vector<std::pair<std::string, std::string>> environment = {};  // set beside what it inherits
   std::chrono::milliseconds deadline = std::chrono::seconds(60);      // it is killed then, with all that it started
   std::size_t longestOutput = std::size_t{16} * 1024 * 1024;          // it is killed when it writes more
+  std::function<bool()> isLate = {};  // asked some times a second: it is killed as at the deadline when this says so
 };
 
 // How it ended.
 struct ProgramResult {
   int exitStatus = 0;    // of a program that ended by itself
   int signal = 0;        // that ended it, or 0
-  bool late = false;     // killed at the deadline
+  bool late = false;     // killed at the deadline, or by isLate
   bool tooLong = false;  // killed because it wrote too much
   // Standard output and standard error, in the order in which they were written; of too much, the first whole lines.
   std::string output;

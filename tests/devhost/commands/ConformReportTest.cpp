@@ -25,7 +25,7 @@ const ConformRun kRun{"a b.so", "--profile p.xml ", "5", "basic", Verdict::DoesN
 
 TEST(AnOutcomeAsText, IsOneLineWhenThereIsNothingToSay) {
   EXPECT_EQ(OutcomeText(MakeOutcome(Status::Pass), kRun), "pass      traps-many\n");
-  EXPECT_EQ(OutcomeText(MakeOutcome(Status::Unjudged), kRun), "unjudged  traps-many: it is\\nblue (CopyTo)\n");
+  EXPECT_EQ(OutcomeText(MakeOutcome(Status::Skip), kRun), "skip      traps-many: it is\\nblue (CopyTo)\n");
 }
 
 TEST(AnOutcomeAsText, SaysWhatIsWrongAndHowToMakeItAgain) {
@@ -50,6 +50,18 @@ TEST(AnOutcomeAsText, ShowsTheEndOfTheLog) {
 TEST(TheVerdict, CountsTheOutcomes) {
   EXPECT_EQ(VerdictText({MakeOutcome(Status::Hang), MakeOutcome(Status::Pass), MakeOutcome(Status::Pass)}, kRun),
             "does not conform: 2 pass, 1 hang (level basic, seed 5)\n");
+}
+
+TEST(TheVerdict, HasALineForEachReasonThatChecksAreUnjudged) {
+  Outcome other = MakeOutcome(Status::Unjudged);
+  other.check = FindCheck("file-round");
+  other.message = "it is red";
+  const Outcome outcome = MakeOutcome(Status::Unjudged);
+  EXPECT_EQ(OutcomeText(outcome, kRun), "");
+  EXPECT_EQ(VerdictText({outcome, outcome, other}, kRun),
+            "unjudged  2 checks: it is\\nblue (CopyTo)\n"
+            "unjudged  file-round: it is red (CopyTo)\n"
+            "does not conform: 3 unjudged (level basic, seed 5)\n");
 }
 
 TEST(TheJsonReport, HasTheLogAndTheWayToMakeACheckAgain) {

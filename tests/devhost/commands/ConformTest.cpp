@@ -73,7 +73,8 @@ TEST_F(ConformCommand, PrintsXmlForJUnit) {
   const XmlElement& suite = suites.children[0];
   EXPECT_EQ(*suite.FindAttribute("name"), "file");
   EXPECT_EQ(*suite.FindAttribute("tests"), "5");
-  EXPECT_EQ(*suite.FindAttribute("failures"), "2");
+  EXPECT_EQ(*suite.FindAttribute("failures"), "1");
+  EXPECT_EQ(*suite.FindAttribute("errors"), "1");
   EXPECT_TRUE(suite.children[0].children.empty());
   EXPECT_EQ(*suite.children[1].FindAttribute("name"), "file-round");
   EXPECT_EQ(suite.children[1].children[0].name, "failure");
@@ -86,6 +87,17 @@ TEST_F(ConformCommand, WritesItsReportIntoAFileAndPrintsTheText) {
   EXPECT_THAT(folder.Read("r.json"), StartsWith(R"({"format":1,"module":)"));
   EXPECT_THAT(folder.Read("r.json"), testing::ContainsRegex(R"("sha256":"[0-9a-f]{64}","seed")"));
   EXPECT_EQ(RunReal({"--only", "traps-add", "--output", "/nowhere/r.json", kDevice}).exitStatus, 2);
+}
+
+TEST_F(ConformCommand, StartsEachCheckByTheRunner) {
+  const std::string script = File("runner", "echo \"$@\" >> " + folder.Path("started") + "\nexec \"$@\"\n");
+  const ProgramResult result = RunReal({"--runner", "sh " + script, "--only", "traps-add,traps-set", kDevice});
+  EXPECT_THAT(result.output, StartsWith("pass      traps-add\npass      traps-set\n"));
+  EXPECT_THAT(folder.Read("started"), MatchesRegex(DEVHOST_PROGRAM " conform --run-check traps-add .*\n" DEVHOST_PROGRAM
+                                                                   " conform --run-check traps-set .*\n"));
+  const ProgramResult wrong = RunReal({"--runner", "false", "--only", "traps-add", "--seed", "5", kDevice});
+  EXPECT_THAT(wrong.output, StartsWith("crash     traps-add: the process has ended with status 1"));
+  EXPECT_THAT(wrong.output, HasSubstr("again: devhost conform --runner false --only traps-add --seed 5 "));
 }
 
 TEST_F(ConformCommand, MakesAnOutcomeOfAWaiver) {

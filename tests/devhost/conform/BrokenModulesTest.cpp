@@ -22,7 +22,20 @@ std::string Said(const Outcome& outcome) {
 
 class ABrokenModule : public testing::TestWithParam<const Check*> {};
 
+// The sanitizer has an allocator of its own, which does not say what it has given out.
+constexpr bool CountsMemory() {
+#ifdef __has_feature
+#if __has_feature(address_sanitizer)
+  return false;
+#endif
+#endif
+  return true;
+}
+
 TEST_P(ABrokenModule, FailsItsCheck) {
+  if (!CountsMemory() && std::string(GetParam()->id) == "settings-memory") {
+    GTEST_SKIP() << "the memory in use is not known here";
+  }
   const Outcome outcome = OutcomeOf(SkeletonConformance(GetParam()->id), GetParam()->id);
   EXPECT_TRUE(GetParam()->severity == Severity::Practice ? outcome.status == Status::Warn : IsFinding(outcome))
       << Said(outcome);
@@ -73,6 +86,8 @@ struct Mistake {
 const Mistake kMistakes[] = {
     {"keeps the pointer to the agent", "life-agent-gone", "life-agent-gone"},
     {"calls the host from a thread", "threads-host", "threads-host"},
+    {"calls the host from a thread while nobody calls it", "calls-from-a-thread-later", "threads-host"},
+    {"writes to the log from a thread", "logs-from-a-thread", "threads-host"},
     {"withdraws twice", "withdraws-twice", "life-withdraws"},
     {"throws from CopyFrom", "throws-from-copy-from", "file-round"},
     {"forgets DeleteSNMPDevice", "life-withdraws", "life-withdraws"},
@@ -90,14 +105,10 @@ const Mistake kMistakes[] = {
 class ADriverThat : public testing::TestWithParam<Mistake> {};
 
 TEST_P(ADriverThat, MakesAMistakeIsToldSoByTheCheckForIt) {
-  const std::string check = GetParam().check;
-  for (const Outcome& outcome : OutcomesOf(SkeletonConformance(GetParam().module))) {
-    if (outcome.check->id == check) {
-      EXPECT_TRUE(IsFinding(outcome) || outcome.status == Status::Warn) << GetParam().what << ": " << Said(outcome);
-      // A line for each, for whoever wants to see what authors read.
-      std::printf("%s | %s\n", GetParam().what, Said(outcome).c_str());
-    }
-  }
+  const Outcome outcome = OutcomeOf(SkeletonConformance(GetParam().module), GetParam().check);
+  EXPECT_TRUE(IsFinding(outcome) || outcome.status == Status::Warn) << GetParam().what << ": " << Said(outcome);
+  // A line for each, for whoever wants to see what authors read.
+  std::printf("%s | %s\n", GetParam().what, Said(outcome).c_str());
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, ADriverThat, testing::ValuesIn(kMistakes), [](const auto& mistake) {
@@ -108,6 +119,12 @@ INSTANTIATE_TEST_SUITE_P(Each, ADriverThat, testing::ValuesIn(kMistakes), [](con
 
 TEST(TheSkeletonWithoutAFault, PassesEveryCheck) {
   for (const Outcome& outcome : OutcomesOf(SkeletonConformance("none"))) {
+    EXPECT_EQ(outcome.status, Status::Pass) << Said(outcome);
+  }
+}
+
+TEST(ADeviceWithoutAFileAtFirst, PassesEveryCheck) {
+  for (const Outcome& outcome : OutcomesOf(SkeletonConformance("has-no-file-at-first"))) {
     EXPECT_EQ(outcome.status, Status::Pass) << Said(outcome);
   }
 }

@@ -44,7 +44,20 @@ TEST_F(AToolSession, SaysWhatTheListHasInstead) {
     session.ExpectList();
     FAIL();
   } catch (const Violation& violation) {
-    EXPECT_THAT(violation.what(), HasSubstr("the list of devices has \"snmpSysContactSetting=\\n\" instead of "));
+    EXPECT_THAT(violation.what(), HasSubstr("the list of devices has \"snmpSysContactSetting=\" instead of \""));
+  }
+}
+
+TEST_F(AToolSession, NamesAWrongCommunityAndDoesNotShowIt) {
+  Trial trial = MakeTrial("changes-communities");
+  Bench bench(trial);
+  ToolSession session(bench);
+  session.Set(RandomToolSettings(trial, 1));
+  try {
+    session.ExpectList();
+    FAIL();
+  } catch (const Violation& violation) {
+    EXPECT_STREQ(violation.what(), "the list of devices has in snmpTrapTargets another community");
   }
 }
 

@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "agent/ISNMPConfigurationAgent.h"
@@ -62,6 +63,7 @@ const bool s_isSlow = [] {
 
 int s_alive = 0;
 std::string s_name;
+bool s_hasStarted = false;  // a process
 
 class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
  public:
@@ -84,12 +86,31 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     if (Breaks("threads-left")) {
       std::thread(&::pause).detach();
     }
+    if (m_late.joinable()) {
+      m_late.join();
+    }
+    if (Breaks("process-descriptors")) {
+      ::close(STDIN_FILENO);
+    }
+    if (Breaks("process-left") && !std::exchange(s_hasStarted, true) && ::fork() == 0) {
+      ::execl("/bin/sleep", "sleep", "2", nullptr);
+      ::_exit(1);
+    }
   }
 
   int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override {
     H7BaseAgentDriver::Initialize(driverId, config, persisted);
     if (Breaks("life-initialize-again") && m_id != 0) {
       return 1;
+    }
+    if (Breaks("nothing: ends-in-initialize")) {
+      ::_exit(3);
+    }
+    if (Breaks("nothing: hangs-in-initialize")) {
+      ::pause();
+    }
+    if (Breaks("process-folder")) {
+      static_cast<void>(::chdir("/") == 0);
     }
     m_id = driverId;
     m_path = config.GetNamedString("folder") + "/snmpd.conf";
@@ -102,12 +123,19 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     if (Breaks("state-hostile") && persisted != nullptr && persisted->GetName() != "State") {
       throw std::runtime_error("the state is damaged");
     }
+    if (Breaks("nothing: calls-from-a-thread-later")) {
+      m_late = std::thread([this] {
+        ::usleep(40000);
+        DmInvalidateState();
+      });
+    }
     if (persisted != nullptr) {
       m_name.value = s_name = persisted->GetValue();
     }
-    GetInstanceManager().RegisterQuery(ISupportSNMP_IID, Breaks("life-publish")
-                                                             ? static_cast<void*>(static_cast<IDriver*>(this))
-                                                             : static_cast<ISupportSNMP*>(this));
+    GetInstanceManager().RegisterQuery(ISupportSNMP_IID,
+                                       Breaks("life-publish") ? static_cast<void*>(static_cast<IDriver*>(this))
+                                       : Breaks("nothing: publishes-a-text") ? static_cast<void*>(&m_path)
+                                                                             : static_cast<ISupportSNMP*>(this));
     if (FindAgent() != nullptr && !Breaks("life-agent-first")) {
       Announce();
     }
@@ -154,6 +182,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     if (Breaks("secrets-log")) {
       LogXMessage(1, "the community is %s", community.c_str());
     }
+    if (Breaks("settings-memory")) {
+      m_lost.push_back(community);
+    }
     m_read.Set(community, "CommunityRead");
   }
   bool GetWasCommunityReadSettingErased() override { return m_read.erased; }
@@ -183,6 +214,14 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     }
     if (Breaks("nothing: hangs")) {
       ::pause();
+    }
+    if (Breaks("nothing: talks-at-length")) {
+      const std::string text(1U << 20U, 'x');
+      LogXMessage(1, "%s", text.c_str());
+      throw std::runtime_error(text);
+    }
+    if (Breaks("nothing: is-slow")) {
+      ::usleep(600000);
     }
     if (Breaks("nothing: throws")) {
       throw 1;
@@ -234,6 +273,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     }
   }
   void AddTrapTargetSetting(std::string target, std::string community, std::string port) override {
+    if (Breaks("nothing: changes-communities")) {
+      community += "!";
+    }
     m_traps.value.emplace(Breaks("traps-add") ? m_traps.value.begin() : m_traps.value.end(), target, community, port);
     m_traps.erased = false;
   }
@@ -248,6 +290,12 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   int CopyFrom(const std::string&, std::string& config) override {
     if (Breaks("threads-host")) {
       std::thread([this] { DmInvalidateState(); }).join();
+    }
+    if (Breaks("nothing: logs-from-a-thread")) {
+      std::thread([] { LogXMessage(1, "the file is read"); }).join();
+    }
+    if (Breaks("nothing: has-no-file-at-first") && ::access(m_path.c_str(), R_OK) != 0) {
+      return -2;
     }
     if (Breaks("nothing: throws-from-copy-from")) {
       throw std::runtime_error("the file is gone");
@@ -352,6 +400,8 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   bool m_isOnline = true;
   bool m_isWaiting = false;
   std::string m_waiting;
+  std::vector<std::string> m_lost;
+  std::thread m_late;
   const std::string* m_lent = nullptr;
 };
 
