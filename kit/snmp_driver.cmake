@@ -18,13 +18,15 @@ function(snmp_driver name)
                         LINK_DEPENDS "${map}")
 endfunction()
 
-# snmp_driver_conform(NAME [PROFILE FILE] [LEVEL basic|full]): a test, NAME_conform, in which devhost judges the driver by its
-# contract. The report for JUnit is NAME_conform.xml in the folder of the build. "devhost conform --help" describes both.
+# snmp_driver_conform(NAME [PROFILE FILE] [LEVEL basic|full] [STRICT]): a test, NAME_conform, in which devhost judges the driver
+# by its contract; with STRICT, warnings fail, too. The report for JUnit is NAME_conform.xml in the folder of the build.
+# "devhost conform --help" describes all of it. A driver for another processor is judged by a devhost for that processor, under
+# CMAKE_CROSSCOMPILING_EMULATOR where that is set.
 function(snmp_driver_conform name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PROFILE;LEVEL" "")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "STRICT" "PROFILE;LEVEL" "")
   if(arg_UNPARSED_ARGUMENTS OR arg_KEYWORDS_MISSING_VALUES OR NOT TARGET ${name})
     message(FATAL_ERROR "snmp_driver_conform(${name} ${ARGN}) is wrong; allowed: snmp_driver_conform(NAME [PROFILE FILE] "
-                        "[LEVEL basic|full]) with the name of a driver")
+                        "[LEVEL basic|full] [STRICT]) with the name of a driver")
   endif()
   if(NOT TARGET snmp-driver-kit::devhost)
     message(FATAL_ERROR "snmp_driver_conform(${name}) needs the program devhost; write find_package(snmp-driver-kit 1.0 "
@@ -37,6 +39,14 @@ function(snmp_driver_conform name)
   endif()
   if(arg_LEVEL)
     list(APPEND options --level ${arg_LEVEL})
+  endif()
+  if(arg_STRICT)
+    list(APPEND options --strict)
+  endif()
+  # ctest starts devhost by the emulator, and devhost itself for each check.
+  if(CMAKE_CROSSCOMPILING AND CMAKE_CROSSCOMPILING_EMULATOR)
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " runner)
+    list(APPEND options --runner "${runner}")
   endif()
   add_test(NAME ${name}_conform COMMAND snmp-driver-kit::devhost conform ${options} --format junit
                                         --output "${CMAKE_CURRENT_BINARY_DIR}/${name}_conform.xml" $<TARGET_FILE:${name}>)

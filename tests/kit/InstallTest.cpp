@@ -87,6 +87,23 @@ TEST(ANewDriversSession, FailsWhenTheDriverIsWrong) {
   EXPECT_THAT(result.output, HasSubstr("2 expectations not met; first: session.devhost:7"));
 }
 
+TEST(ADriverThatOnlyWarns, FailsItsTestWhenThatIsStrict) {
+  const ScratchFolder folder;
+  const std::string test = " && cmake --build build && ctest --test-dir build -R conform --output-on-failure";
+  const ShellResult lax = InKit(
+      "devhost new-driver tea_kettle new && cd new && "
+      "sed -i -e 's/int ReadFile(std::string& config) override {/& static_cast<void>(::chdir(\"\\/\") == 0);/' "
+      "-e '1i #include <unistd.h>' TeaKettle.cpp && cmake --preset release" +
+          test,
+      folder);
+  EXPECT_EQ(lax.status, 0) << lax.output;
+  const ShellResult strict = InKit(
+      "cd new && sed -i 's/snmp_driver_conform(tea_kettle)/snmp_driver_conform(tea_kettle STRICT)/' CMakeLists.txt" + test,
+      folder);
+  EXPECT_NE(strict.status, 0);
+  EXPECT_THAT(strict.output, HasSubstr("warn      process-folder: the working folder of the process is another one"));
+}
+
 class ADriverStraightFromTheHeaders : public testing::Test {
  protected:
   ADriverStraightFromTheHeaders() {
