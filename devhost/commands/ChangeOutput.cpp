@@ -61,6 +61,7 @@ Outcome OutcomeOf(Applied::Verdict verdict) {
       return {"waits", ExitStatus::Good};
     case Applied::Verdict::Stopped:
       return {"stopped", ExitStatus::Wrong};
+    case Applied::Verdict::NotRestarted:
     case Applied::Verdict::Failed:
       break;
   }
@@ -96,7 +97,23 @@ void PrintJson(const std::string& device, const Plan& plan, const Applied* appli
   PrintObject(object, out);
 }
 
-// The last message of what has stopped says why.
+// Where a change that is not made, or not whole, has stopped.
+Stage StageOf(Applied::Verdict verdict) {
+  return verdict == Applied::Verdict::Stopped        ? Stage::Prepare
+         : verdict == Applied::Verdict::NotRestarted ? Stage::Restart
+                                                     : Stage::Change;
+}
+
+// A device says why it has failed before anybody else does, so all messages are the reason.
+std::string Joined(const std::vector<std::string>& messages) {
+  std::string text;
+  for (const std::string& message : messages) {
+    text += (text.empty() ? "" : "; ") + message;
+  }
+  return text;
+}
+
+// The last message of a plan that has stopped says why.
 std::string LastOf(const std::vector<std::string>& messages) {
   return messages.empty() ? "" : messages.back();
 }
@@ -127,10 +144,11 @@ std::string SummaryOf(const Plan& plan, const std::string& device) {
 
 std::string SummaryOf(const Applied& applied, const std::string& device) {
   const std::string kept = "; snapshot " + std::to_string(applied.snapshot) + " has what was there before";
-  return applied.verdict == Applied::Verdict::Done    ? device + " is changed" + kept
-         : applied.verdict == Applied::Verdict::Waits ? device + " gets the change when it is back" + kept
-         : applied.snapshot == 0                      ? "nothing was changed"
-                                                      : "the change of " + device + " has failed" + kept;
+  return applied.verdict == Applied::Verdict::Done           ? device + " is changed" + kept
+         : applied.verdict == Applied::Verdict::Waits        ? device + " gets the change when it is back" + kept
+         : applied.verdict == Applied::Verdict::NotRestarted ? device + " is changed" + kept
+         : applied.snapshot == 0                             ? "nothing was changed"
+                                                             : "the change of " + device + " has failed" + kept;
 }
 
 ExitStatus Decline(Console& console) {
@@ -151,8 +169,16 @@ std::set<std::string> AcceptedRules(const Arguments& arguments) {
   return rules;
 }
 
+std::vector<std::string> RestartWords(const Arguments& arguments) {
+  std::vector<std::string> words = SplitWords(arguments.Text(kRestart));
+  if (arguments.Has(kRestart) && words.empty()) {
+    throw std::runtime_error("--restart-command is empty; allowed: a program and its arguments");
+  }
+  return words;
+}
+
 const char* NameOf(Stage stage) {
-  constexpr const char* kNames[] = {"input", "plan", "prepare", "change"};
+  constexpr const char* kNames[] = {"input", "plan", "prepare", "change", "restart"};
   return kNames[static_cast<int>(stage)];
 }
 
@@ -198,7 +224,7 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   const bool failed = outcome.status != ExitStatus::Good;
   if (json) {
     messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());
-    const Stop stop{applied.verdict == Applied::Verdict::Failed ? Stage::Change : Stage::Prepare, LastOf(applied.messages)};
+    const Stop stop{StageOf(applied.verdict), Joined(applied.messages)};
     PrintJson(change.target.chosen.device.name, plan, &applied, failed ? &stop : nullptr, messages, console.Out());
     return outcome.status;
   }
@@ -227,8 +253,8 @@ ExitStatus GuardStops(const Arguments& arguments, Console& console, const PrintS
   return ExitStatus::Wrong;
 }
 
-PrintStop PrintStopOfChange(const Arguments& arguments, const CommandOption& device, Console& console) {
-  return [name = arguments.Text(device), &console](Stage stage, const std::string& reason) {
+PrintStop PrintStopOfChange(const std::string& name, Console& console) {
+  return [name, &console](Stage stage, const std::string& reason) {
     const Stop stop{stage, reason};
     PrintJson(name, Plan(), nullptr, &stop, {reason}, console.Out());
   };

@@ -20,6 +20,9 @@ inline const CommandOption kAccept{
 inline const CommandOption kDryRun{"--dry-run", "", "Say what would change, and change nothing"};
 inline const CommandOption kDiff{"--diff", "", "Print the difference of the file, too"};
 inline const CommandOption kYes{"--yes", "", "Do not ask before the change"};
+inline const CommandOption kRestart{"--restart-command", "WORDS",
+                                    "Run this program, without a shell, when the file was changed",
+                                    CommandOption::Takes::Text};
 inline const CommandOption kChangeJson{
     "--json", "", "Print one JSON object: device, verdict, changed, snapshot, difference, settings, findings, messages"};
 
@@ -28,12 +31,16 @@ enum class Stage {
   Input,    // the command line, the project, the settings
   Plan,     // the device was asked, and the change tried on a scratch device
   Prepare,  // the locks were taken and a snapshot kept; nothing is changed up to here
-  Change
+  Change,
+  Restart  // the change is made, and the restart command was run
 };
 const char* NameOf(Stage stage);
 
 // The rules that `kAccept` names.
 std::set<std::string> AcceptedRules(const Arguments& arguments);
+
+// The words of `kRestart`, cut as in a script. Throws WordError, and std::runtime_error for no words.
+std::vector<std::string> RestartWords(const Arguments& arguments);
 
 // Throws std::runtime_error when the command would have to ask a question that nobody could answer.
 void RequireAnswer(const Arguments& arguments, Console& console);
@@ -53,8 +60,9 @@ using PrintStop = std::function<void(Stage stage, const std::string& reason)>;
 ExitStatus GuardStops(const Arguments& arguments, Console& console, const PrintStop& printStop,
                       const std::function<ExitStatus(Stage&)>& run);
 
-// Prints the object of a command that changes a device and has stopped before there was a plan, for GuardStops.
-PrintStop PrintStopOfChange(const Arguments& arguments, const CommandOption& device, Console& console);
+// Prints the object of a command that changes a device and has stopped before there was a plan, for GuardStops. `name` is
+// the device's.
+PrintStop PrintStopOfChange(const std::string& name, Console& console);
 // Prints an object on a line of its own. Bytes that are not UTF-8 are replaced by U+FFFD.
 void PrintObject(const nlohmann::ordered_json& object, Output& out);
 

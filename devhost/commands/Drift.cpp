@@ -81,7 +81,7 @@ ExitStatus ShowDrift(const Arguments& arguments, Console& console) {
   const PrintStop printStop = [&](Stage stage, const std::string& reason) {
     Drift unknown;
     unknown.messages = {reason};
-    PrintJson(unknown, arguments.Text(kDevice), stage, console.Out());
+    PrintJson(unknown, TargetName(arguments), stage, console.Out());
   };
   return GuardStops(arguments, console, printStop, [&](Stage& stage) {
     const Target target = ReadTarget(arguments);
@@ -103,7 +103,7 @@ ExitStatus ShowDrift(const Arguments& arguments, Console& console) {
 Command MakeDrift() {
   return {"drift",
           "Say how a device has moved away from its settings",
-          {kDevice, kDeviceProject, kModuleFolder, kDeviceState, kSnapshots, kDriftJson, kShowSecrets},
+          {kDeviceUnlessFile, kProjectUnlessFile, kModuleFolder, kDeviceState, kFile, kSnapshots, kDriftJson, kShowSecrets},
           kFooter,
           &ShowDrift};
 }

@@ -122,10 +122,15 @@ NamedCopy CopyOfNow(const Target& target, const std::string& file, Console& cons
   return {file + (look.isReachable ? " now" : " as it was last known"), std::move(look.now)};
 }
 
+// 0 when the option is not given.
+unsigned long NumberOf(const Arguments& arguments, const CommandOption& option) {
+  return arguments.Has(option) ? SnapshotNumber(option.name, arguments.Text(option)) : 0;
+}
+
 ExitStatus Compare(const SnapshotList& snapshots, const Target& target, const Arguments& arguments, Console& console) {
-  const std::string file = "snmpd.conf of " + target.chosen.device.name;
-  const unsigned long to = SnapshotNumber(arguments, kTo);
-  const NamedCopy before = CopyOf(FindSnapshot(snapshots, SnapshotNumber(arguments, kFrom)), file);
+  const std::string file = FileNameOf(target);
+  const unsigned long to = NumberOf(arguments, kTo);
+  const NamedCopy before = CopyOf(FindSnapshot(snapshots, NumberOf(arguments, kFrom)), file);
   const NamedCopy after = to == 0 ? CopyOfNow(target, file, console) : CopyOf(FindSnapshot(snapshots, to), file);
   const CopyDifference difference = CompareCopies(before, after, target.showSecrets);
   if (arguments.Has(kHistoryJson)) {
@@ -139,7 +144,7 @@ ExitStatus Compare(const SnapshotList& snapshots, const Target& target, const Ar
 
 ExitStatus History(const Arguments& arguments, Console& console) {
   const PrintStop printStop = [&](Stage stage, const std::string& reason) {
-    PrintObject({{"device", arguments.Text(kDevice)}, {"verdict", "stopped"}, {"stage", NameOf(stage)}, {"reason", reason}},
+    PrintObject({{"device", TargetName(arguments)}, {"verdict", "stopped"}, {"stage", NameOf(stage)}, {"reason", reason}},
                 console.Out());
   };
   return GuardStops(arguments, console, printStop, [&](Stage& stage) {
@@ -159,7 +164,8 @@ ExitStatus History(const Arguments& arguments, Console& console) {
 Command MakeHistory() {
   return {"history",
           "List what was changed on a device, and compare",
-          {kDevice, kDeviceProject, kModuleFolder, kDeviceState, kSnapshots, kFrom, kTo, kHistoryJson, kShowSecrets},
+          {kDeviceUnlessFile, kProjectUnlessFile, kModuleFolder, kDeviceState, kFile, kSnapshots, kFrom, kTo, kHistoryJson,
+           kShowSecrets},
           kFooter,
           &History};
 }

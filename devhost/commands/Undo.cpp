@@ -48,14 +48,16 @@ std::vector<std::string> WhatStays(const Snapshot& snapshot, const Plan& plan, b
 }
 
 ExitStatus Undo(const Arguments& arguments, Console& console) {
-  return GuardStops(arguments, console, PrintStopOfChange(arguments, kDevice, console), [&](Stage& stage) {
+  return GuardStops(arguments, console, PrintStopOfChange(TargetName(arguments), console), [&](Stage& stage) {
     RequireAnswer(arguments, console);
     const Target target = ReadTarget(arguments);
-    const unsigned long number = SnapshotNumber(arguments, kNumber);
+    const std::string text = NextText(arguments, kNumber);
+    const unsigned long number = text.empty() ? 0 : SnapshotNumber(kNumber.name, text);
     const SnapshotList snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
     const Snapshot& snapshot = FindSnapshot(snapshots, number);
     Change change = UndoOf(snapshot, target);
     change.accepted = AcceptedRules(arguments);
+    change.restartCommand = RestartWords(arguments);
     const auto remarks = [&](const Plan& plan) { return WhatStays(snapshot, plan, target.showSecrets); };
     return MakeChange(change, remarks, arguments, console, stage);
   });
@@ -66,8 +68,8 @@ ExitStatus Undo(const Arguments& arguments, Console& console) {
 Command MakeUndo() {
   return {"undo",
           "Put the settings of a device back as they were before a change",
-          {kDevice, kNumber, kDeviceProject, kModuleFolder, kDeviceState, kSnapshots, kAccept, kDryRun, kDiff, kYes,
-           kChangeJson, kShowSecrets},
+          {kDeviceUnlessFile, kNumber, kProjectUnlessFile, kModuleFolder, kDeviceState, kFile, kSnapshots, kAccept, kDryRun,
+           kDiff, kYes, kRestart, kChangeJson, kShowSecrets},
           kFooter,
           &Undo};
 }

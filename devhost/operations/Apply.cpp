@@ -9,6 +9,7 @@
 #include "devhost/check/Advice.h"
 #include "devhost/engine/Host.h"
 #include "devhost/operations/Overridden.h"
+#include "devhost/operations/RestartCommand.h"
 #include "devhost/preview/FileDifference.h"
 #include "devhost/preview/Preview.h"
 #include "devhost/secrets/Masker.h"
@@ -64,6 +65,7 @@ PreviewInput InputOf(const Change& change) {
   input.settings = change.settings;
   input.showSecrets = target.showSecrets;
   input.listsFirst = true;
+  input.file = FileNameOf(target);
   std::error_code ignored;
   if (!target.stateFolder.empty() && std::filesystem::exists(target.stateFolder, ignored)) {
     input.state = LookIntoStateFolder(target.stateFolder, input.device.id);
@@ -187,7 +189,20 @@ void LookAgain(const Change& change, SnapshotFolder& snapshots, Applied& applied
   }
 }
 
+// Has the daemon read its file, now that the change is in there.
+void Restart(const Change& change, const Plan& plan, Applied& applied) {
+  const std::string problem = RunRestartCommand(change.restartCommand);
+  if (!problem.empty()) {
+    Say(change, plan, {"the file is changed, but the restart command has failed: " + problem}, applied);
+    applied.verdict = Applied::Verdict::NotRestarted;
+  }
+}
+
 }  // namespace
+
+std::string FileNameOf(const Target& target) {
+  return target.file.empty() ? "snmpd.conf of " + target.chosen.device.name : target.file;
+}
 
 Plan PlanChange(const Change& change) {
   Plan plan;
@@ -239,6 +254,9 @@ Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time) {
   Say(change, again, listener.lines, applied);
   if (problem.empty() && !listener.losesState) {
     LookAgain(change, snapshots, applied);
+  }
+  if (applied.verdict == Applied::Verdict::Done && !change.restartCommand.empty()) {
+    Restart(change, again, applied);
   }
   return applied;
 }

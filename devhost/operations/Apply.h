@@ -17,6 +17,7 @@ namespace devhost {
 // A device, and where what is kept about it lies.
 struct Target {
   ChosenDevice chosen;
+  std::string file = {};       // what messages call the snmpd.conf; "" for "snmpd.conf of NAME"
   std::string stateFolder;     // of the drivers' states; "" when none are kept
   std::string snapshotFolder;  // made when it is missing
   bool showSecrets = false;
@@ -28,7 +29,11 @@ struct Change {
   NamedText settings;              // the device settings element
   std::set<std::string> accepted;  // rules whose errors do not stop the change
   std::string operation = "apply";
+  std::vector<std::string> restartCommand = {};  // run when the change is in the file; none to run nothing
 };
+
+// What messages call the snmpd.conf of a target.
+std::string FileNameOf(const Target& target);
 
 // What a change would do. A plan changes nothing, and may be kept for as long as somebody looks at it. What is there to be
 // shown is masked, unless secrets are to be shown.
@@ -65,9 +70,10 @@ Plan PlanChange(const Change& change);
 struct Applied {
   enum class Verdict {
     Done,
-    Waits,    // the device cannot be reached; its driver has accepted the change for later
-    Stopped,  // nothing was changed
-    Failed    // something may have been changed; the snapshot has what was there
+    Waits,         // the device cannot be reached; its driver has accepted the change for later
+    Stopped,       // nothing was changed
+    NotRestarted,  // done, but the restart command has failed
+    Failed         // something may have been changed; the snapshot has what was there
   };
 
   Verdict verdict = Verdict::Stopped;
@@ -77,7 +83,8 @@ struct Applied {
 
 // Makes a change that was planned: keeps a snapshot, has the agent of the project do "SetDeviceState" with the device's own
 // driver, keeps the device's state, and looks at the device again. Stops before anything is changed when device or file are
-// not as the plan has found them. `time` is now, in seconds since 1970.
+// not as the plan has found them. The restart command runs at the end, unless the change waits. `time` is now, in seconds
+// since 1970.
 //
 // Throws what PlanChange throws, SnapshotError and StateError, all before anything is changed.
 Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time);

@@ -145,7 +145,8 @@ void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Maske
 PreviewResult PreviewChange(const PreviewInput& input) {
   Masker masker(input.showSecrets);
   CheckSettings(input.settings, input.device, masker);
-  PreviewResult result{Verdict::Failed, "snmpd.conf of " + input.device.name, "", {}, {}, {}, {}};
+  const std::string file = input.file.empty() ? "snmpd.conf of " + input.device.name : input.file;
+  PreviewResult result{Verdict::Failed, file, "", {}, {}, {}, {}};
   Complaints complaints;
   Trial trial;
   try {

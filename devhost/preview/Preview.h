@@ -25,6 +25,7 @@ struct PreviewInput {
   std::string state;   // what is kept for the device, as XML; "" for nothing
   NamedText settings;  // the device settings element
   bool showSecrets = false;
+  std::string file = {};  // what messages call the snmpd.conf; "" for "snmpd.conf of NAME"
   // Whether the agent is asked for its devices before, as a configuration tool does: the device then holds what its file
   // has, and a setting that is emptied counts as erased, so that the agent does not fill it from the file again.
   bool listsFirst = false;

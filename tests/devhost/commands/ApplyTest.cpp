@@ -185,7 +185,8 @@ TEST_F(ApplyCommand, PrintsAJsonObjectForAChangeThatHasFailed) {
   fs::create_directory(folder.Path("kitchen/.snmpd.conf.new"));  // where the driver writes
   EXPECT_THAT(Apply({"--json", "--yes"}).out,
               AllOf(HasSubstr("\"verdict\":\"failed\",\"changed\":true,"),
-                    HasSubstr("\"stage\":\"change\",\"reason\":\"SetDeviceState answered <WriteFail/>\"}")));
+                    HasSubstr("\"stage\":\"change\",\"reason\":\"kitchen: SNMP device 12: cannot replace "),
+                    EndsWith("; SetDeviceState answered <WriteFail/>\"}\n")));
 }
 
 TEST_F(ApplyCommand, SaysThatTheAgentIsNotADevice) {
@@ -223,6 +224,69 @@ TEST_F(ApplyCommand, SaysWhatIsWrongWithWhatItIsGiven) {
   const Outcome other = Apply({"--yes"});
   EXPECT_EQ(other.status, ExitStatus::Wrong);
   EXPECT_THAT(other.errors, HasSubstr("settings.xml:1: the settings are for device \"15\"; allowed: "));
+}
+
+class ApplyToAFile : public CommandsFixture {
+ protected:
+  Outcome Do(std::vector<std::string> words) const {
+    words.insert(words.begin() + 1, {"--module-dir", MODULE_FOLDER, "--file", file});
+    return Run(words);
+  }
+  std::string Settings(const std::string& name, const std::string& more = "") const {
+    return File("settings.xml", "<managedDevice>" + more + "<snmpCommunityReadSetting>hidden</snmpCommunityReadSetting>" +
+                                    "<snmpSysNameSetting>" + name + "</snmpSysNameSetting><deviceId>1</deviceId>" +
+                                    "</managedDevice>");
+  }
+
+  const std::string file = File("etc/snmpd.conf", "# by hand\n");
+};
+
+TEST_F(ApplyToAFile, ChangesItAndItsHistoryKnows) {
+  const Outcome changed = Do({"apply", Settings("kitchen"), "--yes"});
+  EXPECT_EQ(changed.status, ExitStatus::Good);
+  EXPECT_EQ(changed.errors, "");
+  EXPECT_EQ(changed.out, std::string(kChanges) + file + " is changed; snapshot 1 has what was there before\n");
+  EXPECT_EQ(Do({"apply", Settings("kitchen"), "--yes"}).out, "nothing to change on " + file + "\n");
+  EXPECT_EQ(Do({"drift"}).status, ExitStatus::Good);
+  EXPECT_EQ(Do({"apply", Settings("attic"), "--yes"}).status, ExitStatus::Good);
+  EXPECT_THAT(Do({"history", "--from", "2"}).out, StartsWith("--- " + file + " before snapshot 2\n+++ " + file + " now\n"));
+  EXPECT_EQ(Do({"undo", "2", "--yes"}).status, ExitStatus::Good);
+  EXPECT_THAT(folder.Read("etc/snmpd.conf"), HasSubstr("\nsysName  kitchen\n"));
+}
+
+TEST_F(ApplyToAFile, RestartsOnlyAfterAChangeAndSaysWhenThatFails) {
+  const std::string restarted = folder.Path("restarted");
+  Do({"apply", Settings("kitchen"), "--dry-run", "--restart-command", "touch " + restarted});
+  EXPECT_FALSE(fs::exists(restarted));
+  Do({"apply", Settings("kitchen"), "--yes", "--restart-command", "touch " + restarted});
+  EXPECT_TRUE(fs::exists(restarted));
+  fs::remove(restarted);
+  Do({"apply", Settings("kitchen"), "--yes", "--restart-command", "touch " + restarted});
+  EXPECT_FALSE(fs::exists(restarted));
+  const Outcome failed = Do({"apply", Settings("attic"), "--yes", "--json", "--restart-command", "sh -c 'exit 4'"});
+  EXPECT_EQ(failed.status, ExitStatus::Failed);
+  EXPECT_THAT(failed.out, AllOf(HasSubstr("\"verdict\":\"failed\",\"changed\":true,\"snapshot\":2,"),
+                                HasSubstr("\"stage\":\"restart\",\"reason\":\"the file is changed, but the restart command "
+                                          "has failed: it has ended with status 4\"}")));
+}
+
+TEST_F(ApplyToAFile, SaysWhatIsWrongWithTheLine) {
+  const std::string settings = Settings("kitchen");
+  EXPECT_THAT(Do({"apply", "--yes"}).errors, HasSubstr("the settings are missing; allowed: "));
+  EXPECT_THAT(Do({"apply", "kitchen", settings, "--yes"}).errors, HasSubstr("a device and --file cannot stand together"));
+  EXPECT_THAT(Run({"apply", settings, "--yes"}).errors, HasSubstr("allowed: DEVICE --project FILE, or --file FILE"));
+  EXPECT_THAT(Do({"apply", settings, "--project", "p"}).errors, HasSubstr("cannot stand together"));
+  EXPECT_THAT(Do({"apply", settings, "--yes", "--restart-command", " "}).errors, HasSubstr("--restart-command is empty"));
+  fs::remove(file);
+  const Outcome missing = Do({"apply", settings, "--yes", "--json"});
+  EXPECT_THAT(missing.out,
+              AllOf(StartsWith("{\"device\":\"" + file + "\",\"verdict\":\"stopped\""), HasSubstr("\"stage\":\"input\"")));
+}
+
+TEST_F(ApplyToAFile, SaysThatAFileDoesNotSwitchSnmpOff) {
+  const std::string off = "<snmpEnabledSetting>false</snmpEnabledSetting>";
+  EXPECT_THAT(Do({"apply", Settings("kitchen", off), "--dry-run"}).out, HasSubstr("stop the daemon to switch SNMP off\n"));
+  EXPECT_THAT(Do({"apply", Settings("kitchen"), "--dry-run"}).out, Not(HasSubstr("stop the daemon")));
 }
 
 // Status 0 or 1 would say that the device may be changed.
