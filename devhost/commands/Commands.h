@@ -12,6 +12,7 @@ namespace devhost {
 Command MakeRun();
 Command MakeCheck();
 Command MakeAdvise();
+Command MakeValidate();
 Command MakePreview();
 Command MakeApply();
 Command MakeHistory();
