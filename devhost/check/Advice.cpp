@@ -32,6 +32,11 @@ std::optional<Finding> OfElement(Finding finding, const SettingsText& rendered, 
   return finding;
 }
 
+void SortByLine(std::vector<Finding>& findings) {
+  std::stable_sort(findings.begin(), findings.end(),
+                   [](const Finding& left, const Finding& right) { return left.line < right.line; });
+}
+
 }  // namespace
 
 std::vector<Finding> Advise(const std::string& settings, const std::string& name, bool showSecrets,
@@ -61,8 +66,18 @@ std::vector<Finding> Advise(const std::string& settings, const std::string& name
   for (Finding& finding : elements.Take()) {
     findings.push_back(std::move(finding));
   }
-  std::stable_sort(findings.begin(), findings.end(),
-                   [](const Finding& left, const Finding& right) { return left.line < right.line; });
+  SortByLine(findings);
+  return findings;
+}
+
+std::vector<Finding> AdviseOnRequest(const std::string& settings, const std::string& name, bool showSecrets) {
+  std::vector<Finding> findings = Advise(settings, name, showSecrets);
+  Report report(name, showSecrets);
+  JudgeDeviceId(ReadXml(settings), report);
+  for (Finding& finding : report.Take()) {
+    findings.push_back(std::move(finding));
+  }
+  SortByLine(findings);
   return findings;
 }
 

@@ -16,6 +16,9 @@ namespace devhost {
 std::vector<Finding> Advise(const std::string& settings, const std::string& name, bool showSecrets,
                             const std::set<std::string>* held = nullptr);
 
+// The same for an element that names its device itself, as a tool sends it.
+std::vector<Finding> AdviseOnRequest(const std::string& settings, const std::string& name, bool showSecrets);
+
 }  // namespace devhost
 
 #endif

@@ -19,6 +19,9 @@ void JudgeElements(const XmlElement& settings, Report& report);
 // names count: a device loses nothing that it does not hold.
 void JudgeMissing(const XmlElement& settings, const std::set<std::string>* held, Report& report);
 
+// Adds a finding when no device is named, or not plainly.
+void JudgeDeviceId(const XmlElement& settings, Report& report);
+
 }  // namespace devhost
 
 #endif

@@ -165,8 +165,8 @@ std::vector<std::string> RuleNames() {
   for (const Rule& rule : Rules()) {
     names.emplace_back(rule.name);
   }
-  names.insert(names.end(), {kFileModeRule, kLineFeedRule, kElementIgnoredRule, kSwitchRule, kSettingMissingRule,
-                             kDaemonRule, kLostRule});
+  names.insert(names.end(), {kFileModeRule, kLineFeedRule, kElementIgnoredRule, kDeviceIdRule, kSwitchRule,
+                             kSettingMissingRule, kDaemonRule, kLostRule});
   return names;
 }
 

@@ -114,7 +114,8 @@ const std::vector<Rule>& Rules();
 std::vector<std::string> RuleNames();
 inline constexpr char kFileModeRule[] = "file-mode";
 inline constexpr char kLineFeedRule[] = "line-feed";
-inline constexpr char kElementIgnoredRule[] = "element-ignored";  // these three are about settings
+inline constexpr char kElementIgnoredRule[] = "element-ignored";  // these four are about settings
+inline constexpr char kDeviceIdRule[] = "device-id";
 inline constexpr char kSwitchRule[] = "switch-misread";
 inline constexpr char kSettingMissingRule[] = "setting-missing";
 inline constexpr char kLostRule[] = "line-lost";  // what a preview finds beside the rules

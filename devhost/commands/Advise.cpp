@@ -25,7 +25,7 @@ constexpr char kFooter[] =
 ExitStatus AdviseOn(const Arguments& arguments, Console& console) {
   const NamedText settings = ReadNamedText(arguments.Text(kSettings));
   try {
-    const std::vector<Finding> findings = Advise(settings.text, settings.name, arguments.Has(kShowSecrets));
+    const std::vector<Finding> findings = AdviseOnRequest(settings.text, settings.name, arguments.Has(kShowSecrets));
     return PrintFindings(findings, settings.name, arguments.Has(kJson), console.Out());
   } catch (const XmlError& error) {
     console.Complain(settings.name + ":" + std::to_string(error.Line()) + ":" + std::to_string(error.Column()) +

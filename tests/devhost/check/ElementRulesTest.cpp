@@ -77,5 +77,18 @@ TEST(SettingsThatAreMissing, AreThoseThatTheDeviceHolds) {
   EXPECT_THAT(Advise(settings, "s.xml", false, &none), IsEmpty());
 }
 
+TEST(ADevice, HasToBeNamedByItsId) {
+  const auto rules = [](const std::string& children) {
+    std::vector<std::string> names;
+    for (const Finding& finding : AdviseOnRequest("<managedDevice>" + children + "</managedDevice>", "s.xml", false)) {
+      names.push_back(finding.rule + ":" + std::to_string(finding.line));
+    }
+    return names;
+  };
+  EXPECT_THAT(rules("\n<deviceId>12</deviceId>"), ElementsAre("setting-missing:1"));
+  EXPECT_THAT(rules(""), ElementsAre("setting-missing:1", "device-id:1"));
+  EXPECT_THAT(rules("\n<deviceId>kitchen</deviceId>"), ElementsAre("setting-missing:1", "device-id:2"));
+}
+
 }  // namespace
 }  // namespace devhost

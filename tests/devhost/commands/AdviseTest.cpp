@@ -28,9 +28,10 @@ TEST_F(AdviseCommand, SaysThatSaneSettingsHaveNoFindings) {
 
 TEST_F(AdviseCommand, NamesTheElementAndItsLine) {
   const Outcome outcome =
-      Run({"advise", File("settings.xml",
-                          "<managedDevice>\n  <snmpSysContactSetting>#1</snmpSysContactSetting>\n"
-                          "  <snmpCommunityReadSetting>it's</snmpCommunityReadSetting>\n</managedDevice>\n")});
+      Run({"advise",
+           File("settings.xml",
+                "<managedDevice>\n  <snmpSysContactSetting>#1</snmpSysContactSetting>\n"
+                "  <snmpCommunityReadSetting>it's</snmpCommunityReadSetting>\n<deviceId>12</deviceId></managedDevice>\n")});
   const std::string file = folder.Path("settings.xml");
   EXPECT_EQ(outcome.status, ExitStatus::Failed);
   EXPECT_THAT(outcome.out, HasSubstr(file + ":1: warning: the element is the whole state of the device, and these settings "
