@@ -35,9 +35,9 @@ ExitStatus ValidateOne(const std::string& path, const Arguments& arguments, Cons
   try {
     const NamedText file = ReadNamedText(path);
     std::vector<Finding> findings;
-    for (Violation& violation : ValidateDocument(file.text, arguments.Has(kReply))) {
-      findings.push_back({file.name, violation.line, Severity::Error, NameOf(violation.kind), std::move(violation.reason),
-                          std::move(violation.remedy)});
+    for (Mismatch& mismatch : ValidateDocument(file.text, arguments.Has(kReply))) {
+      findings.push_back({file.name, mismatch.line, Severity::Error, NameOf(mismatch.kind), std::move(mismatch.reason),
+                          std::move(mismatch.remedy)});
     }
     return PrintFindings(findings, file.name, arguments.Has(kJson), console.Out());
   } catch (const FileError& error) {

@@ -14,7 +14,7 @@ namespace devhost {
 namespace {
 
 using Holds = ElementShape::Holds;
-using Kind = Violation::Kind;
+using Kind = Mismatch::Kind;
 
 constexpr char kXmlBlanks[] = " \t\r\n";
 
@@ -66,14 +66,14 @@ class Judge {
     }
   }
 
-  std::vector<Violation> Take() {
+  std::vector<Mismatch> Take() {
     std::stable_sort(m_found.begin(), m_found.end(),
-                     [](const Violation& left, const Violation& right) { return left.line < right.line; });
+                     [](const Mismatch& left, const Mismatch& right) { return left.line < right.line; });
     return std::move(m_found);
   }
 
  private:
-  bool IsFull() const { return m_found.size() >= kMostViolations; }
+  bool IsFull() const { return m_found.size() >= kMostMismatches; }
 
   void Add(Kind kind, const XmlElement& at, const std::string& element, std::string reason, std::string remedy) {
     if (!IsFull()) {
@@ -184,7 +184,7 @@ class Judge {
     }
   }
 
-  std::vector<Violation> m_found;
+  std::vector<Mismatch> m_found;
 };
 
 std::string RootNames() {
@@ -199,7 +199,7 @@ std::string RootNames() {
 
 }  // namespace
 
-const char* NameOf(Violation::Kind kind) {
+const char* NameOf(Mismatch::Kind kind) {
   switch (kind) {
     case Kind::NotXml:
       return "not-xml";
@@ -227,13 +227,13 @@ const char* NameOf(Violation::Kind kind) {
   return "";
 }
 
-std::vector<Violation> Validate(const XmlElement& element, const ElementShape& shape) {
+std::vector<Mismatch> Validate(const XmlElement& element, const ElementShape& shape) {
   Judge judge;
   judge.Element(element, shape);
   return judge.Take();
 }
 
-std::vector<Violation> ValidateDocument(const std::string& text, bool asReply) {
+std::vector<Mismatch> ValidateDocument(const std::string& text, bool asReply) {
   try {
     const XmlElement root = ReadXml(text);
     if (const auto problem = FindMarkupProblem(text)) {

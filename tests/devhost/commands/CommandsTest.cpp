@@ -59,8 +59,9 @@ TEST_F(TheProgram, AnswersWrongUsageOnStandardError) {
   const Outcome outcome = Run({"blub"});
   EXPECT_EQ(outcome.status, ExitStatus::Wrong);
   EXPECT_EQ(outcome.out, "");
-  EXPECT_THAT(outcome.errors, StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, preview, "
-                                         "apply, history, undo, drift, module, new-driver, conform, trust, completion\n"));
+  EXPECT_THAT(outcome.errors,
+              StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, "
+                         "apply, history, undo, drift, module, new-driver, conform, trust, completion\n"));
 }
 
 TEST_F(TheProgram, EndsWithTwoWhenAFileIsMissingOrWrong) {

@@ -55,7 +55,7 @@ std::size_t ExpectAgreement(const DocumentShape& shape, const std::vector<Docume
   const std::vector<bool> expected = ByTheSchema(shape.schema, documents);
   std::size_t valid = 0;
   for (std::size_t i = 0; i != documents.size(); ++i) {
-    const std::vector<Violation> found = ValidateDocument(documents[i].text, shape.isReply);
+    const std::vector<Mismatch> found = ValidateDocument(documents[i].text, shape.isReply);
     EXPECT_EQ(found.empty(), expected[i]) << shape.schema << ", " << documents[i].origin << ":\n"
                                           << documents[i].text << (found.empty() ? "" : "\n" + found.front().reason);
     valid += expected[i] ? 1U : 0U;

@@ -16,15 +16,15 @@ using testing::Field;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using Kind = Violation::Kind;
+using Kind = Mismatch::Kind;
 
 std::string Example(const std::string& name) {
   return testsupport::ScratchFolder::ReadFile(SOURCE_FOLDER "/contract/examples/" + name);
 }
 
 auto Is(Kind kind, std::size_t line, const std::string& reason, const std::string& remedy) {
-  return AllOf(Field(&Violation::kind, kind), Field(&Violation::line, line), Field(&Violation::reason, HasSubstr(reason)),
-               Field(&Violation::remedy, HasSubstr(remedy)));
+  return AllOf(Field(&Mismatch::kind, kind), Field(&Mismatch::line, line), Field(&Mismatch::reason, HasSubstr(reason)),
+               Field(&Mismatch::remedy, HasSubstr(remedy)));
 }
 
 TEST(AMisspeltElement, IsNamedWithTheOneThatWasMeantAndWithWhatBecomesOfTheDevice) {
@@ -48,7 +48,7 @@ TEST(AnElementThatStandsTwice, IsFound) {
 TEST(AWrongValue, IsNotQuoted) {
   EXPECT_THAT(ValidateDocument(Example("settings-capitals-invalid.xml"), false),
               ElementsAre(AllOf(Is(Kind::WrongValue, 4, "<snmpEnabledSetting> has a value", "allowed: true or false"),
-                                Field(&Violation::reason, Not(HasSubstr("TRUE"))))));
+                                Field(&Mismatch::reason, Not(HasSubstr("TRUE"))))));
 }
 
 TEST(ARequest, MayHaveAnyOrderAndAReplyOnlyOne) {
@@ -81,7 +81,7 @@ TEST(Attributes, AreFoundWhenTheyAreUnknownMissingOrWrong) {
 TEST(Text, IsFoundWhereElementsAreExpected) {
   EXPECT_THAT(ValidateDocument("<DeviceAdded>s3cret<id>1</id></DeviceAdded>", false),
               ElementsAre(AllOf(Is(Kind::MisplacedText, 1, "<DeviceAdded> holds text", "remove"),
-                                Field(&Violation::reason, Not(HasSubstr("s3cret"))))));
+                                Field(&Mismatch::reason, Not(HasSubstr("s3cret"))))));
   EXPECT_THAT(ValidateDocument("<Fail>no</Fail>", false),
               ElementsAre(Is(Kind::MisplacedText, 1, "<Fail> is not empty", "write <Fail/>")));
 }
@@ -105,31 +105,31 @@ TEST(TheConfigOfADriver, MayHoldAnything) {
       IsEmpty());
 }
 
-TEST(ADocumentThatIsNotXml, IsAViolation) {
+TEST(ADocumentThatIsNotXml, IsAMismatch) {
   EXPECT_THAT(ValidateDocument("<a>\n<b>\n</a>", false), ElementsAre(Is(Kind::NotXml, 3, "not well-formed XML", "")));
   EXPECT_THAT(ValidateDocument("", false), ElementsAre(Is(Kind::NotXml, 1, "not well-formed XML", "")));
 }
 
-TEST(MarkupThatOthersRefuse, IsAViolation) {
+TEST(MarkupThatOthersRefuse, IsAMismatch) {
   EXPECT_THAT(ValidateDocument("<!DOCTYPE Fail><Fail/>", false),
               ElementsAre(Is(Kind::NotXml, 1, "a document type", "remove")));
 }
 
-TEST(AnUnknownRoot, IsAViolationThatNamesTheKnownOnes) {
+TEST(AnUnknownRoot, IsAMismatchThatNamesTheKnownOnes) {
   EXPECT_THAT(
       ValidateDocument("<manageddevice/>", false),
       ElementsAre(Is(Kind::UnknownRoot, 1, "<manageddevice>", "allowed: managedDevice, managedDevices, deviceId, ")));
 }
 
-TEST(Violations, AreBounded) {
+TEST(Mismatches, AreBounded) {
   std::string list = "<managedDevices>";
   for (int i = 0; i != 5000; ++i) {
     list += "<x/>";
   }
-  EXPECT_EQ(ValidateDocument(list + "</managedDevices>", false).size(), kMostViolations);
+  EXPECT_EQ(ValidateDocument(list + "</managedDevices>", false).size(), kMostMismatches);
 }
 
-TEST(EachKindOfViolation, HasANameOfItsOwn) {
+TEST(EachKindOfMismatch, HasANameOfItsOwn) {
   std::set<std::string> names;
   for (int kind = static_cast<int>(Kind::NotXml); kind <= static_cast<int>(Kind::NotUnique); ++kind) {
     names.insert(NameOf(static_cast<Kind>(kind)));
