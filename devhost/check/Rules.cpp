@@ -165,7 +165,7 @@ std::vector<std::string> RuleNames() {
   for (const Rule& rule : Rules()) {
     names.emplace_back(rule.name);
   }
-  names.insert(names.end(), {kFileModeRule, kLineFeedRule, kElementIgnoredRule, kDeviceIdRule, kSwitchRule,
+  names.insert(names.end(), {kFileModeRule, kLineFeedRule, kElementIgnoredRule, kSwitchRule, kDeviceIdRule,
                              kSettingMissingRule, kDaemonRule, kLostRule});
   return names;
 }
