@@ -29,9 +29,9 @@ bool IsWrongInput(const std::exception& error) {
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {MakeRun(),       MakeCheck(),   MakeAdvise(), MakeValidate(),  MakePreview(),
-                                                MakeApply(),     MakeHistory(), MakeUndo(),   MakeDrift(),     MakeModule(),
-                                                MakeNewDriver(), MakeConform(), MakeTrust(),  MakeCompletion()};
+  static const std::vector<Command> commands = {
+      MakeRun(),   MakeCheck(),  MakeAdvise(),    MakeValidate(), MakePreview(), MakeApply(), MakeHistory(),   MakeUndo(),
+      MakeDrift(), MakeModule(), MakeNewDriver(), MakeConform(),  MakeFleet(),   MakeTrust(), MakeCompletion()};
   return commands;
 }
 

@@ -21,6 +21,7 @@ Command MakeDrift();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();
+Command MakeFleet();
 Command MakeTrust();
 Command MakeCompletion();
 

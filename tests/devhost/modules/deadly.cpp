@@ -1,6 +1,7 @@
 // A driver that ends the process in one way for each of its commands. Behind "Later:" it does so on a thread of its own,
 // some time after the command has returned. Where DEADLY_WHEN_LOADED is set, it ends the process at once; where
-// DEADLY_IN_INITIALIZE is, it becomes another program that succeeds.
+// DEADLY_IN_INITIALIZE is, it becomes another program that succeeds. Where DEADLY_WAITS_IN_INITIALIZE names a file, it makes
+// that and waits for a signal.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -91,6 +92,11 @@ class Deadly : public H7BaseAgentDriver {
   int Initialize(unsigned long driverId, H7XML::INode& config, H7XML::INode* persisted) override {
     if (std::getenv("DEADLY_IN_INITIALIZE") != nullptr) {
       BecomeTrue();
+    }
+    const char* const waits = std::getenv("DEADLY_WAITS_IN_INITIALIZE");
+    if (waits != nullptr) {
+      ::close(::open(waits, O_WRONLY | O_CREAT, 0600));
+      ::pause();
     }
     return H7BaseAgentDriver::Initialize(driverId, config, persisted);
   }

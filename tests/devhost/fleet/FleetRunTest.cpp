@@ -1,0 +1,161 @@
+#include "devhost/fleet/FleetRun.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+using Kind = FleetResult::Kind;
+
+class AFleet : public testing::Test {
+ protected:
+  AFleet() { limits.jobs = 4; }
+
+  void Add(const std::string& script) {
+    FleetTask task;
+    task.words = {"/bin/sh", "-c", script};
+    tasks.push_back(task);
+  }
+
+  std::vector<Kind> Run() {
+    if (limits.waves.empty()) {
+      limits.waves = {tasks.size()};
+    }
+    outcome = RunFleet(tasks, limits, &Judge, [this](std::size_t number, std::size_t wave, const FleetResult&) {
+      told.emplace_back(number, wave);
+    });
+    std::vector<Kind> kinds;
+    kinds.reserve(outcome.results.size());
+    for (const FleetResult& result : outcome.results) {
+      kinds.push_back(result.kind);
+    }
+    return kinds;
+  }
+
+  static FleetResult Judge(const FleetEnd& end) {
+    FleetResult result;
+    result.kind = end.isLate || end.signal != 0 || end.exitStatus > 1 ? Kind::Failed
+                  : end.exitStatus == 1                               ? Kind::Differs
+                                                                      : Kind::Good;
+    return result;
+  }
+
+  const testsupport::ScratchFolder folder;
+  std::vector<FleetTask> tasks;
+  FleetLimits limits;
+  FleetOutcome outcome;
+  std::vector<std::pair<std::size_t, std::size_t>> told;
+};
+
+TEST_F(AFleet, KeepsTheResultsOfAllWhenOneFails) {
+  Add(":");
+  Add("exit 2");
+  Add("exit 1");
+  Add("kill -KILL $$");
+  Add(":");
+  EXPECT_THAT(Run(), ElementsAre(Kind::Good, Kind::Failed, Kind::Differs, Kind::Failed, Kind::Good));
+  EXPECT_EQ(told.size(), 5U);
+}
+
+TEST_F(AFleet, RunsAsManyAtATimeAsItMay) {
+  limits.jobs = 3;
+  for (int i = 0; i != 9; ++i) {
+    // Each leaves a trace of how many ran with it.
+    Add("cd " + folder.Path() + "; : >run.$$; ls run.* | wc -l; sleep 0.1; ls run.* | wc -l >seen.$$; rm run.$$");
+  }
+  EXPECT_THAT(Run(), Each(Kind::Good));
+  std::size_t most = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
+    most = std::max(most, static_cast<std::size_t>(std::stoul(testsupport::ScratchFolder::ReadFile(entry.path()))));
+  }
+  EXPECT_EQ(most, 3U);
+}
+
+TEST_F(AFleet, RunsOneAtATimeOfThoseThatShareSomething) {
+  for (int i = 0; i != 4; ++i) {
+    Add("mkdir " + folder.Path("taken") + " && sleep 0.05 && rmdir " + folder.Path("taken"));
+    tasks.back().alone = "state";
+  }
+  EXPECT_THAT(Run(), Each(Kind::Good));
+}
+
+TEST_F(AFleet, StopsAfterAWaveInWhichOneHasFailed) {
+  for (const char* const script : {":", "exit 2", ":", ":"}) {
+    Add(script);
+  }
+  limits.waves = {1, 3, 4};
+  EXPECT_THAT(Run(), ElementsAre(Kind::Good, Kind::Failed, Kind::Good, Kind::NotStarted));
+  EXPECT_THAT(told, UnorderedElementsAre(std::pair(0U, 1U), std::pair(1U, 2U), std::pair(2U, 2U)));
+}
+
+TEST_F(AFleet, GoesOnAfterAWaveInWhichSomethingWasFound) {
+  Add("exit 1");
+  Add(":");
+  limits.waves = {1, 2};
+  EXPECT_THAT(Run(), ElementsAre(Kind::Differs, Kind::Good));
+}
+
+TEST_F(AFleet, LeavesOutWhatIsDone) {
+  Add(": >" + folder.Path("ran"));
+  tasks.back().isDone = true;
+  EXPECT_THAT(Run(), ElementsAre(Kind::Good));
+  EXPECT_EQ(outcome.results[0].verdict, "done-before");
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("ran")));
+}
+
+TEST_F(AFleet, EndsAProgramAtItsDeadline) {
+  Add("exec sleep 1000");
+  Add(":");
+  limits.deadline = std::chrono::milliseconds(300);
+  EXPECT_THAT(Run(), ElementsAre(Kind::Failed, Kind::Good));
+}
+
+TEST_F(AFleet, SaysThatAProgramCannotBeStarted) {
+  FleetTask task;
+  task.words = {"/proc/none/program"};
+  tasks.push_back(task);
+  EXPECT_THAT(Run(), ElementsAre(Kind::Failed));
+  EXPECT_EQ(outcome.results[0].reason, "cannot be started: No such file or directory");
+}
+
+TEST_F(AFleet, EndsEverythingAtASignalAndSaysWhatWasNotDone) {
+  Add(":");
+  // Sends the signal once the one beside it runs.
+  Add("until [ -e " + folder.Path("runs") + " ]; do sleep 0.01; done; kill -TERM " + std::to_string(::getpid()) +
+      "; exec sleep 1000");
+  Add(": >" + folder.Path("runs") + "; exec sleep 1000");
+  Add(":");
+  limits.waves = {1, 3, 4};
+  EXPECT_THAT(Run(), ElementsAre(Kind::Good, Kind::Interrupted, Kind::Interrupted, Kind::NotStarted));
+  EXPECT_EQ(outcome.signal, SIGTERM);
+  // The process has not got it, and gets the next one as ever.
+  struct sigaction action = {};
+  ::sigaction(SIGTERM, nullptr, &action);
+  EXPECT_EQ(action.sa_handler, SIG_DFL);
+  sigset_t blocked;
+  ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+  EXPECT_EQ(::sigismember(&blocked, SIGTERM), 0);
+}
+
+TEST_F(AFleet, EndsEverythingWhenNobodyCanBeTold) {
+  Add(":");
+  Add("exec sleep 1000");
+  limits.waves = {2};
+  EXPECT_THROW(RunFleet(tasks, limits, &Judge,
+                        [](std::size_t, std::size_t, const FleetResult&) { throw std::runtime_error("full"); }),
+               std::runtime_error);
+}
+
+}  // namespace
+}  // namespace devhost
