@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck disable=SC2034  # used by the commands
 {
   BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev libre2-dev nlohmann-json3-dev
-    libssh-dev googletest)
+    libssh-dev libsnmp-dev googletest)
   PRODUCT_PACKAGES=(g++ cmake make libboost-dev)
   RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils make pkg-config openssh-server openssh-client libnss-wrapper busybox bash-completion zsh

@@ -9,10 +9,11 @@
 #include <system_error>
 #include <utility>
 
+#include "devhost/snmp/Discovery.h"
 #include "drivers/localsnmpd/DaemonConfiguration.h"
 #include "drivers/localsnmpd/DaemonLog.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
-#include "drivers/localsnmpd/SnmpProbe.h"
+#include "drivers/localsnmpd/UdpPort.h"
 
 namespace drivers {
 
@@ -187,11 +188,12 @@ int Daemon::Launch(const std::string& program) {
 }
 
 int Daemon::WaitUntilReady() {
-  const SnmpProbe probe(m_options.port);
+  const sockaddr_in address = LocalAddress(m_options.port);
+  const devhost::Discovery discovery(reinterpret_cast<const sockaddr*>(&address), sizeof address);
   const Clock::time_point deadline = Clock::now() + m_options.startDeadline;
   while (!m_process->WaitForEnd(kNobodyThere)) {
     // Any SNMP engine answers; ours is the one whose process has the port.
-    if (probe.Ask(kAskAgain) && !m_process->WaitForEnd(milliseconds(0))) {
+    if (discovery.Ask(kAskAgain) == devhost::UdpEnd::Answered && !m_process->WaitForEnd(milliseconds(0))) {
       return OwnsUdpPort(m_process->Pid(), m_options.port) ? 0 : StopFailed(kPortTaken);
     }
     if (Clock::now() >= deadline) {

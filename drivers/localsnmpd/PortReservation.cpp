@@ -8,7 +8,7 @@
 #include <random>
 #include <string>
 
-#include "drivers/localsnmpd/SnmpProbe.h"
+#include "drivers/localsnmpd/UdpPort.h"
 
 namespace drivers {
 

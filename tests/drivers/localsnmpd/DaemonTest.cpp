@@ -19,7 +19,7 @@
 
 #include "drivers/localsnmpd/DaemonStatus.h"
 #include "drivers/localsnmpd/PortReservation.h"
-#include "drivers/localsnmpd/SnmpProbe.h"
+#include "drivers/localsnmpd/UdpPort.h"
 #include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/Processes.h"
 #include "tests/drivers/support/SnmpResponder.h"

@@ -20,7 +20,7 @@
 #include "drivers/common/FileStatus.h"
 #include "drivers/common/OffLineStatus.h"
 #include "drivers/localsnmpd/DaemonStatus.h"
-#include "drivers/localsnmpd/SnmpProbe.h"
+#include "drivers/localsnmpd/UdpPort.h"
 #include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/FakeHost.h"
 #include "tests/drivers/support/Processes.h"
