@@ -32,6 +32,8 @@ const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
       MakeRun(),   MakeCheck(),  MakeAdvise(),    MakeValidate(), MakePreview(), MakeApply(), MakeHistory(),   MakeUndo(),
       MakeDrift(), MakeModule(), MakeNewDriver(), MakeConform(),  MakeFleet(),   MakeTrust(), MakeCompletion()};
+      MakeRun(),   MakeCheck(), MakeAdvise(), MakeValidate(),  MakePreview(), MakeApply(), MakeHistory(),   MakeUndo(),
+      MakeDrift(), MakeProbe(), MakeModule(), MakeNewDriver(), MakeConform(), MakeTrust(), MakeCompletion()};
   return commands;
 }
 

@@ -18,6 +18,7 @@ Command MakeApply();
 Command MakeHistory();
 Command MakeUndo();
 Command MakeDrift();
+Command MakeProbe();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();

@@ -110,12 +110,12 @@ TEST(Version, IsOneLine) {
 }
 
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
-  EXPECT_EQ(
-      Parse({"blub"}).text,
-      "devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, apply, history, undo, drift, "
-      "module, new-driver, conform, trust, completion\nTry "
-      "\"devhost "
-      "--help\".\n");
+  EXPECT_EQ(Parse({"blub"}).text,
+            "devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, apply, history, undo, "
+            "drift, probe, "
+            "module, new-driver, conform, trust, completion\nTry "
+            "\"devhost "
+            "--help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,
             "devhost: The following argument was not expected: b; allowed: devhost run [options] [script]\n"
             "Try \"devhost run --help\".\n");

@@ -1,0 +1,85 @@
+#include "devhost/commands/ProbeOutput.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+using nlohmann::ordered_json;
+using Verdict = ProbeItem::Verdict;
+
+const char* NameOf(ProbeReport::Verdict verdict) {
+  return verdict == ProbeReport::Verdict::AsConfigured ? "as-configured"
+         : verdict == ProbeReport::Verdict::Differs    ? "differs"
+                                                       : "unknown";
+}
+
+const char* NameOf(Verdict verdict) {
+  return verdict == Verdict::Good ? "good" : verdict == Verdict::Differs ? "differs" : "not-asked";
+}
+
+bool IsText(const ProbeItem& item) {
+  return item.name == "contact" || item.name == "name" || item.name == "location";
+}
+
+// What was found, in words. Of a text that is as configured, one value says it all.
+std::string FoundText(const ProbeItem& item) {
+  if (!IsText(item)) {
+    const bool isSocket = item.name == "AgentX socket" && !item.configured.empty();
+    return (isSocket ? item.configured + ": " : "") + OneLine(item.served);
+  }
+  if (item.verdict == Verdict::Good) {
+    return Quoted(item.served);
+  }
+  return (item.configured.empty() ? "not set" : "configured " + Quoted(item.configured)) + ", served " + Quoted(item.served);
+}
+
+}  // namespace
+
+std::string ProbeText(const ProbeReport& report, const std::string& device) {
+  std::size_t width = 0;
+  std::string differing;
+  for (const ProbeItem& item : report.items) {
+    width = std::max(width, item.name.size());
+    if (item.verdict == Verdict::Differs) {
+      differing += (differing.empty() ? "" : ", ") + item.name;
+    }
+  }
+  std::string text;
+  for (const ProbeItem& item : report.items) {
+    const char* const mark = item.verdict == Verdict::Good      ? "ok      "
+                             : item.verdict == Verdict::Differs ? "DIFFERS "
+                                                                : "-       ";
+    text += mark + OneLine(item.name) + std::string(width - item.name.size() + 2, ' ') + FoundText(item) +
+            (item.reason.empty() ? "" : "; " + OneLine(item.reason)) + "\n";
+  }
+  if (report.verdict != ProbeReport::Verdict::Unknown) {
+    text += device + " at " + report.address +
+            (differing.empty() ? " is as configured\n" : " differs: " + OneLine(differing) + "\n");
+  }
+  return text;
+}
+
+ordered_json ProbeObject(const ProbeReport& report) {
+  ordered_json items = ordered_json::array();
+  for (const ProbeItem& item : report.items) {
+    items.push_back({{"name", item.name},
+                     {"verdict", NameOf(item.verdict)},
+                     {"configured", item.configured},
+                     {"served", item.served},
+                     {"reason", item.reason}});
+  }
+  return {{"address", report.address}, {"verdict", NameOf(report.verdict)}, {"items", items}, {"messages", report.messages}};
+}
+
+ExitStatus StatusOf(ProbeReport::Verdict verdict) {
+  return verdict == ProbeReport::Verdict::AsConfigured ? ExitStatus::Good
+         : verdict == ProbeReport::Verdict::Differs    ? ExitStatus::Failed
+                                                       : ExitStatus::Wrong;
+}
+
+}  // namespace devhost

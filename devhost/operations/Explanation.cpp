@@ -1,0 +1,47 @@
+#include "devhost/operations/Explanation.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "devhost/check/CheckFile.h"
+#include "devhost/check/ConfigText.h"
+#include "devhost/operations/Overridden.h"
+
+namespace devhost {
+
+Explanation::Explanation(const std::string& file, bool showSecrets) {
+  const std::vector<Finding> overriding = OverridingLines(file, "", showSecrets);
+  CheckMeans means;
+  means.showSecrets = showSecrets;
+  const std::vector<Finding> findings = CheckText(file, "", means).findings;
+  ForEachLine(file, [&](const ConfigLine& line) {
+    if (!line.setting) {
+      return;
+    }
+    const auto isHere = [&line](const Finding& finding) {
+      return finding.line == line.number && finding.severity == Severity::Error;
+    };
+    Line known = {line.setting->keyword, line.setting->rest, {}};
+    if (std::any_of(overriding.begin(), overriding.end(), isHere)) {
+      known.problem = "shadowed by line " + std::to_string(line.number) + " of the foreign text";
+    } else if (const auto found = std::find_if(findings.begin(), findings.end(), isHere); found != findings.end()) {
+      known.problem = "line " + std::to_string(line.number) + ": " + found->reason;
+    }
+    m_lines.push_back(std::move(known));
+  });
+}
+
+std::string Explanation::Of(std::string_view keyword) const {
+  const auto last = std::find_if(m_lines.rbegin(), m_lines.rend(),
+                                 [keyword](const Line& line) { return line.keyword == keyword && !line.problem.empty(); });
+  return last == m_lines.rend() ? "" : last->problem;
+}
+
+std::string Explanation::LastValue(std::string_view keyword) const {
+  const auto last =
+      std::find_if(m_lines.rbegin(), m_lines.rend(), [keyword](const Line& line) { return line.keyword == keyword; });
+  return last == m_lines.rend() ? "" : last->value;
+}
+
+}  // namespace devhost

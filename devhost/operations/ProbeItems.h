@@ -1,0 +1,50 @@
+#ifndef DEVHOST_OPERATIONS_PROBE_ITEMS_H
+#define DEVHOST_OPERATIONS_PROBE_ITEMS_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devhost/operations/Explanation.h"
+#include "devhost/operations/Probe.h"
+#include "devhost/secrets/Masker.h"
+#include "devhost/xml/XmlReader.h"
+
+namespace devhost {
+
+// What the questions of a probe have in common.
+struct Question {
+  const SocketAddress& daemon;
+  const XmlElement& settings;  // a device settings element
+  const XmlElement& shown;     // the same as it may be shown
+  const Explanation& file;
+  const Patience& patience;
+  Masker& masker;
+};
+
+// The text of a setting; "" when it is missing.
+std::string SettingText(const XmlElement& settings, std::string_view name);
+
+// The community as the agent writes it and the daemon reads it: quotes around one with a space are not part of it.
+std::string AskedCommunity(const std::string& text);
+
+// Whether a community is set, without which nobody can ask.
+bool HasCommunity(const XmlElement& settings);
+
+// Whether the daemon lets somebody read with the community. Throws SnmpError, as all of these.
+bool LetsRead(const SocketAddress& daemon, const std::string& community, const Patience& patience);
+// Whether it would let somebody write.
+bool LetsWrite(const SocketAddress& daemon, const std::string& community, const Patience& patience);
+
+// Contact, name and location, read with the first community that works.
+std::vector<ProbeItem> ProbeTexts(const Question& question);
+// The communities that are configured.
+std::vector<ProbeItem> ProbeCommunities(const Question& question);
+// The AgentX socket that the file names, by the daemon's own list of what listens on its machine.
+ProbeItem ProbeAgentX(const Question& question);
+// A test trap to each target.
+std::vector<ProbeItem> ProbeTargets(const Question& question);
+
+}  // namespace devhost
+
+#endif
