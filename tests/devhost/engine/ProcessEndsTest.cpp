@@ -11,6 +11,7 @@ namespace devhost {
 namespace {
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -54,8 +55,10 @@ TEST(ADriverThatEndsTheProcessWhileTheHostIsIdle, IsNamedAndNeverSucceeds) {
 
 TEST(ADriverThatMakesTheProcessADaemon, IsNamedAndNeverSucceeds) {
   const ProgramResult result = EndBy("Daemon");
+  // The copy says so itself, unless the process that watches from outside has killed it before.
   EXPECT_THAT(result.output,
-              AllOf(HasSubstr("was copied by fork during command \"Daemon\" of driver 5 \"deadly5\""),
+              AllOf(AnyOf(HasSubstr("was copied by fork during command \"Daemon\" of driver 5 \"deadly5\""),
+                          HasSubstr("was ended behind the host's back")),
                     HasSubstr(" during command \"Daemon\" of driver 5 \"deadly5\"; drivers return from every call\n"),
                     Not(HasSubstr("still here"))));
   EXPECT_EQ(result.exitStatus, 1);
