@@ -83,7 +83,7 @@ Command MakeApply() {
   return {"apply",
           "Give settings to a device through the agent, and keep what was there",
           {kDeviceUnlessFile, kSettingsOfTarget, kProjectUnlessFile, kModuleFolder, kDeviceState, kFile, kSnapshots, kAccept,
-           kDryRun, kDiff, kYes, kRestart, kChangeJson, kShowSecrets},
+           kDryRun, kDiff, kYes, kRestart, kNoProbe, kChangeJson, kShowSecrets},
           kFooter,
           &Apply};
 }

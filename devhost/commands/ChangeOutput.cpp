@@ -10,7 +10,9 @@
 #include <stdexcept>
 
 #include "devhost/commands/Console.h"
+#include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/Findings.h"
+#include "devhost/commands/ProbeOutput.h"
 #include "devhost/engine/EndWatch.h"
 #include "devhost/text/Words.h"
 
@@ -74,9 +76,37 @@ struct Stop {
   std::string reason;
 };
 
-// `applied` and `stop` may be null.
-void PrintJson(const std::string& device, const Plan& plan, const Applied* applied, const Stop* stop,
-               const std::vector<std::string>& messages, Output& out) {
+// What the daemon serves after a change; no address where it was not to be asked, or nobody knows where it is, as with a
+// file without a project.
+ProbeReport ProbeAfter(const Change& change, const Applied& applied, const Arguments& arguments) {
+  ProbeReport report;
+  if (applied.verdict == Applied::Verdict::Done && change.target.file.empty() && !arguments.Has(kNoProbe)) {
+    ProbeMeans means;
+    means.address = arguments.Text(kAddress);
+    means.sendsTraps = false;
+    try {
+      report = ProbeDevice(change.target, means);
+    } catch (const std::exception& error) {
+      report.messages = {error.what()};
+    }
+  }
+  return report;
+}
+
+void PrintProbe(const ProbeReport& report, const std::string& device, Console& console) {
+  const std::string text = ProbeText(report, device);
+  if (report.verdict == ProbeReport::Verdict::Differs) {
+    console.Out().Write(text);
+  } else if (report.verdict == ProbeReport::Verdict::AsConfigured) {
+    console.Out().Write(text.substr(text.rfind('\n', text.size() - 2) + 1));
+  } else if (!report.address.empty()) {
+    console.Out().Write("not probed: " + OneLine(report.messages.back()) + "\n");
+  }
+}
+
+// `applied`, `probe` and `stop` may be null.
+void PrintJson(const std::string& device, const Plan& plan, const Applied* applied, const ProbeReport* probe,
+               const Stop* stop, const std::vector<std::string>& messages, Output& out) {
   ordered_json findings = ordered_json::array();
   for (const Finding& finding : plan.findings) {
     findings.push_back(FindingObject(finding));
@@ -90,6 +120,9 @@ void PrintJson(const std::string& device, const Plan& plan, const Applied* appli
                          {"settings", SettingObjects(plan.settings)},
                          {"findings", findings},
                          {"messages", messages}};
+  if (probe != nullptr && !probe->address.empty()) {
+    object["probe"] = ProbeObject(*probe);
+  }
   if (stop != nullptr) {
     object["stage"] = NameOf(stop->stage);
     object["reason"] = stop->reason;
@@ -206,8 +239,8 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   if (plan.verdict != Plan::Verdict::Change || arguments.Has(kDryRun)) {
     if (json) {
       const Stop stop{Stage::Plan, LastOf(plan.messages)};
-      PrintJson(change.target.chosen.device.name, plan, nullptr, plan.verdict == Plan::Verdict::Stop ? &stop : nullptr,
-                messages, console.Out());
+      PrintJson(change.target.chosen.device.name, plan, nullptr, nullptr,
+                plan.verdict == Plan::Verdict::Stop ? &stop : nullptr, messages, console.Out());
     } else if (plan.verdict != Plan::Verdict::Stop) {
       console.Out().Write(SummaryOf(plan, device) + "\n");
     }
@@ -222,15 +255,18 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   const Applied applied = ApplyChange(change, plan, std::time(nullptr));
   const Outcome outcome = OutcomeOf(applied.verdict);
   const bool failed = outcome.status != ExitStatus::Good;
+  const ProbeReport probe = ProbeAfter(change, applied, arguments);
+  const ExitStatus status = probe.verdict == ProbeReport::Verdict::Differs ? ExitStatus::Failed : outcome.status;
   if (json) {
     messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());
     const Stop stop{StageOf(applied.verdict), Joined(applied.messages)};
-    PrintJson(change.target.chosen.device.name, plan, &applied, failed ? &stop : nullptr, messages, console.Out());
-    return outcome.status;
+    PrintJson(change.target.chosen.device.name, plan, &applied, &probe, failed ? &stop : nullptr, messages, console.Out());
+    return status;
   }
   PrintLines(applied.messages, failed, console);
   PrintLines({SummaryOf(applied, device)}, failed, console);
-  return outcome.status;
+  PrintProbe(probe, device, console);
+  return status;
 }
 
 ExitStatus GuardStops(const Arguments& arguments, Console& console, const PrintStop& printStop,
@@ -256,7 +292,7 @@ ExitStatus GuardStops(const Arguments& arguments, Console& console, const PrintS
 PrintStop PrintStopOfChange(const std::string& name, Console& console) {
   return [name, &console](Stage stage, const std::string& reason) {
     const Stop stop{stage, reason};
-    PrintJson(name, Plan(), nullptr, &stop, {reason}, console.Out());
+    PrintJson(name, Plan(), nullptr, nullptr, &stop, {reason}, console.Out());
   };
 }
 

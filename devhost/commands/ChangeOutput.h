@@ -23,6 +23,7 @@ inline const CommandOption kYes{"--yes", "", "Do not ask before the change"};
 inline const CommandOption kRestart{"--restart-command", "WORDS",
                                     "Run this program, without a shell, when the file was changed",
                                     CommandOption::Takes::Text};
+inline const CommandOption kNoProbe{"--no-probe", "", "Do not ask the daemon afterwards what it serves"};
 inline const CommandOption kChangeJson{
     "--json", "", "Print one JSON object: device, verdict, changed, snapshot, difference, settings, findings, messages"};
 

@@ -34,6 +34,10 @@ const std::vector<Command>& Commands() {
       MakeDrift(), MakeModule(), MakeNewDriver(), MakeConform(),  MakeFleet(),   MakeTrust(), MakeCompletion()};
       MakeRun(),   MakeCheck(), MakeAdvise(), MakeValidate(),  MakePreview(), MakeApply(), MakeHistory(),   MakeUndo(),
       MakeDrift(), MakeProbe(), MakeModule(), MakeNewDriver(), MakeConform(), MakeTrust(), MakeCompletion()};
+  static const std::vector<Command> commands = {MakeRun(),       MakeCheck(),   MakeAdvise(),  MakeValidate(),
+                                                MakePreview(),   MakeApply(),   MakeHistory(), MakeUndo(),
+                                                MakeDrift(),     MakeProbe(),   MakeRotate(),  MakeModule(),
+                                                MakeNewDriver(), MakeConform(), MakeTrust(),   MakeCompletion()};
   return commands;
 }
 

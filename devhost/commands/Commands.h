@@ -19,6 +19,7 @@ Command MakeHistory();
 Command MakeUndo();
 Command MakeDrift();
 Command MakeProbe();
+Command MakeRotate();
 Command MakeModule();
 Command MakeNewDriver();
 Command MakeConform();

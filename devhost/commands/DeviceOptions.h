@@ -22,6 +22,8 @@ inline const CommandOption kDeviceState{
 inline const CommandOption kSnapshots{"--snapshots", "DIR",
                                       "Where snapshots lie (default: beside the project or file, FILE.snapshots)",
                                       CommandOption::Takes::Folder};
+inline const CommandOption kAddress{"--address", "HOST:PORT", "Where the daemon is (default: what the project says)",
+                                    CommandOption::Takes::Text};
 
 // For commands that take one file of this machine in place of a device of a project. With --file there is no device on the
 // line, so the argument that stands first is the next one.

@@ -15,8 +15,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-const CommandOption kAddress{"--address", "HOST:PORT", "Where the daemon is (default: what the project says)",
-                             CommandOption::Takes::Text};
 const CommandOption kNoTraps{"--no-traps", "", "Send no test traps"};
 const CommandOption kProbeJson{"--json", "", "Print one JSON object: device, address, verdict, items, messages"};
 

@@ -69,7 +69,7 @@ Command MakeUndo() {
   return {"undo",
           "Put the settings of a device back as they were before a change",
           {kDeviceUnlessFile, kNumber, kProjectUnlessFile, kModuleFolder, kDeviceState, kFile, kSnapshots, kAccept, kDryRun,
-           kDiff, kYes, kRestart, kChangeJson, kShowSecrets},
+           kDiff, kYes, kNoProbe, kRestart, kChangeJson, kShowSecrets},
           kFooter,
           &Undo};
 }

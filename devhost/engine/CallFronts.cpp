@@ -73,7 +73,16 @@ class DeviceFront final : public ISupportSNMP {
   OPERATION(void, AddTrapTargetSetting, (std::string target, std::string community, std::string port),
             (std::move(target), std::move(community), std::move(port)))
   OPERATION(void, AgentAvailable, (), ())
-  OPERATION(int, CopyFrom, (const std::string& path, std::string& config), (path, config))
+  int CopyFrom(const std::string& path, std::string& config) override {
+    const auto call = [&]() __attribute__((no_sanitize("vptr"))) {
+      return m_device.CopyFrom(path, config);
+    };
+    const int status = PassOn(m_watch, &m_device, "CopyFrom", call);
+    if (m_watch.editCopies) {
+      m_watch.editCopies(config);
+    }
+    return status;
+  }
   OPERATION(int, CopyTo, (const std::string& path, const std::string& config), (path, config))
   OPERATION(int, RebootController, (), ())
   OPERATION(int, StopMasterAgent, (), ())

@@ -2,6 +2,7 @@
 #define DEVHOST_ENGINE_CALL_WATCH_H
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -34,6 +35,8 @@ class CallWatch {
   explicit CallWatch(HostCore& core) : m_core(core) {}
   CallWatch(const CallWatch&) = delete;
   CallWatch& operator=(const CallWatch&) = delete;
+
+  std::function<void(std::string&)> editCopies;  // what agents get of a device's file goes through it, unless it is empty
 
   // The driver has published this instance, and lives; or it has withdrawn what it had published.
   void NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance);

@@ -167,6 +167,10 @@ std::string Host::Command(const std::string& name, const Parameters& parameters)
   return m_impl->core.FindByCommand(name)->Command(name, parameters);
 }
 
+void Host::EditCopies(std::function<void(std::string&)> edit) {
+  m_impl->core.calls.editCopies = std::move(edit);
+}
+
 void Host::SendEvent(const std::string& name, const Parameters& parameters) {
   const HostCall call = m_impl->Begin(SystemEventTitle(name));
   const unsigned int eventId = SystemEventIdOf(name);

@@ -2,6 +2,7 @@
 #define DEVHOST_ENGINE_HOST_H
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -55,6 +56,10 @@ class Host {
   // The same to the one driver that has registered the command. Throws HostError, naming the candidates, when none or
   // several have.
   std::string Command(const std::string& name, const Parameters& parameters);
+
+  // From now on, agents get the file of each device as `edit` has changed it: what an agent then writes has both changes in
+  // one step. The device itself knows the text that it has given.
+  void EditCopies(std::function<void(std::string&)> edit);
 
   // Sends a system event, by its name, to the listeners of its id, in the order of registration. Throws HostError for a name
   // that no id is known for. A listener that throws does not keep the others from hearing it; the first exception is thrown

@@ -66,6 +66,7 @@ PreviewInput InputOf(const Change& change) {
   input.showSecrets = target.showSecrets;
   input.listsFirst = true;
   input.file = FileNameOf(target);
+  input.edit = change.edit;
   std::error_code ignored;
   if (!target.stateFolder.empty() && std::filesystem::exists(target.stateFolder, ignored)) {
     input.state = LookIntoStateFolder(target.stateFolder, input.device.id);
@@ -138,6 +139,7 @@ std::string LetAgentChange(const Change& change, StateStore* states, Listener& l
   const ChosenDevice& chosen = change.target.chosen;
   try {
     Host host(listener, states);
+    host.EditCopies(change.edit);
     host.Load(chosen.agent);
     host.Load(chosen.device);
     host.Command(chosen.agent.id, "GetDeviceList", {});

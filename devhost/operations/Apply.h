@@ -2,6 +2,7 @@
 #define DEVHOST_OPERATIONS_APPLY_H
 
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -30,6 +31,8 @@ struct Change {
   std::set<std::string> accepted;  // rules whose errors do not stop the change
   std::string operation = "apply";
   std::vector<std::string> restartCommand = {};  // run when the change is in the file; none to run nothing
+  // Changes text of others below the section in the same step, unless it is empty. Doing it twice is doing it once.
+  std::function<void(std::string&)> edit = nullptr;
 };
 
 // What messages call the snmpd.conf of a target.

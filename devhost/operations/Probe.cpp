@@ -39,21 +39,50 @@ void Miss(const char* what, const DaemonAddress& found, ProbeReport& report) {
   report.messages.push_back("the daemon at " + report.address + " cannot be asked: " + what);
 }
 
-void AskEverything(const Question& question, const DaemonAddress& found, const ProbeMeans& means, ProbeReport& report) {
+void AskEverything(const Question& question, bool hasOwnAgentX, bool sendsTraps, ProbeReport& report) {
   Append(ProbeTexts(question), report.items);
   Append(ProbeCommunities(question), report.items);
-  if (!found.hasOwnAgentX) {
+  if (!hasOwnAgentX) {
     report.items.push_back(ProbeAgentX(question));
   }
-  if (means.sendsTraps) {
+  if (sendsTraps) {
     Append(ProbeTargets(question), report.items);
   }
+  Conclude(report);
+}
+
+}  // namespace
+
+std::optional<ReachedDaemon> Reach(const Target& target, const ProbeMeans& means, const std::string& file,
+                                   ProbeReport& report) {
+  DaemonAddress found = FindDaemonAddress(target.chosen.device, file);
+  if (!means.address.empty()) {
+    found.udp = ReadDaemonAddress(means.address);
+    found.remark.clear();
+  }
+  if (!found.udp) {
+    report.messages.push_back(found.remark);
+    return std::nullopt;
+  }
+  report.address = TextOf(*found.udp);
+  const auto daemon = Resolve(*found.udp);
+  if (!daemon) {
+    Miss("name not found", found, report);
+    return std::nullopt;
+  }
+  const UdpEnd end = AskWhetherItIsThere(*daemon, means.patience);
+  if (end != UdpEnd::Answered) {
+    Miss(Describe(end), found, report);
+    return std::nullopt;
+  }
+  return ReachedDaemon{*daemon, found.hasOwnAgentX};
+}
+
+void Conclude(ProbeReport& report) {
   const auto differs = [](const ProbeItem& item) { return item.verdict == ProbeItem::Verdict::Differs; };
   const bool isAsConfigured = std::none_of(report.items.begin(), report.items.end(), differs);
   report.verdict = isAsConfigured ? ProbeReport::Verdict::AsConfigured : ProbeReport::Verdict::Differs;
 }
-
-}  // namespace
 
 ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means) {
   ProbeReport report;
@@ -63,24 +92,8 @@ ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means) {
     report.messages.push_back(look.problem);
     return report;
   }
-  DaemonAddress found = FindDaemonAddress(target.chosen.device, look.now.file);
-  if (!means.address.empty()) {
-    found.udp = ReadDaemonAddress(means.address);
-    found.remark.clear();
-  }
-  if (!found.udp) {
-    report.messages.push_back(found.remark);
-    return report;
-  }
-  report.address = TextOf(*found.udp);
-  const auto daemon = Resolve(*found.udp);
+  const auto daemon = Reach(target, means, look.now.file, report);
   if (!daemon) {
-    Miss("name not found", found, report);
-    return report;
-  }
-  const UdpEnd end = AskWhetherItIsThere(*daemon, means.patience);
-  if (end != UdpEnd::Answered) {
-    Miss(Describe(end), found, report);
     return report;
   }
   Masker masker(target.showSecrets);
@@ -92,7 +105,8 @@ ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means) {
   }
   const Explanation file(look.now.file, target.showSecrets);
   const XmlElement shown = ReadXml(masker.Xml(look.now.settings));
-  AskEverything({*daemon, settings, shown, file, means.patience, masker}, found, means, report);
+  AskEverything({daemon->address, settings, shown, file, means.patience, masker}, daemon->hasOwnAgentX, means.sendsTraps,
+                report);
   return report;
 }
 

@@ -1,6 +1,7 @@
 #ifndef DEVHOST_OPERATIONS_PROBE_ITEMS_H
 #define DEVHOST_OPERATIONS_PROBE_ITEMS_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,20 @@ struct Question {
   const Patience& patience;
   Masker& masker;
 };
+
+// A daemon that has answered.
+struct ReachedDaemon {
+  SocketAddress address;
+  bool hasOwnAgentX = false;
+};
+
+// Finds the daemon of a device with that file and sees whether it answers. Nothing when it does not; the messages of the
+// report then say why. Throws SnmpError for a wrong address.
+std::optional<ReachedDaemon> Reach(const Target& target, const ProbeMeans& means, const std::string& file,
+                                   ProbeReport& report);
+
+// Fills the verdict of a report by those of its items.
+void Conclude(ProbeReport& report);
 
 // The text of a setting; "" when it is missing.
 std::string SettingText(const XmlElement& settings, std::string_view name);

@@ -90,6 +90,7 @@ struct Trial {
   Verdict verdict = Verdict::Failed;
   DeviceAnswers before;
   DeviceAnswers after;
+  std::string edited;   // the file that the agent gets
   std::string problem;  // why `after` is not what the device would become, or ""
 };
 
@@ -100,6 +101,10 @@ void Try(const PreviewInput& input, const std::string& file, Complaints& complai
     return;
   }
   trial.after = trial.before;
+  if (input.edit) {
+    input.edit(trial.after.file);
+  }
+  trial.edited = trial.after.file;
   const std::string reply = LetAgentChange(input, trial.after, complaints);
   if (reply != "<Success/>") {
     const int status = trial.before.copyStatus;
@@ -119,7 +124,7 @@ void Show(const PreviewInput& input, const Trial& trial, Masker& masker, Preview
       FileDifference({result.file, trial.before.file}, {result.file + " after SetDeviceState", trial.after.file}, masker);
   if (!result.difference.empty()) {
     result.verdict = Verdict::Changed;
-    result.losses = LossesOf(trial.before.file, trial.after.file, result.file, input.showSecrets);
+    result.losses = LossesOf(trial.edited, trial.after.file, result.file, input.showSecrets);
   }
   if (trial.before.copyStatus == kCannotBeReached) {
     result.messages.push_back(input.device.name +

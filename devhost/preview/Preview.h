@@ -1,6 +1,7 @@
 #ifndef DEVHOST_PREVIEW_PREVIEW_H
 #define DEVHOST_PREVIEW_PREVIEW_H
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -29,6 +30,7 @@ struct PreviewInput {
   // Whether the agent is asked for its devices before, as a configuration tool does: the device then holds what its file
   // has, and a setting that is emptied counts as erased, so that the agent does not fill it from the file again.
   bool listsFirst = false;
+  std::function<void(std::string&)> edit;  // what the agent gets of the file goes through it, as with Host::EditCopies
 };
 
 // What the change would make of the device's snmpd.conf.

@@ -112,7 +112,7 @@ TEST(Version, IsOneLine) {
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   EXPECT_EQ(Parse({"blub"}).text,
             "devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, apply, history, undo, "
-            "drift, probe, "
+            "drift, probe, rotate, "
             "module, new-driver, conform, trust, completion\nTry "
             "\"devhost "
             "--help\".\n");

@@ -61,7 +61,7 @@ TEST_F(TheProgram, AnswersWrongUsageOnStandardError) {
   EXPECT_EQ(outcome.out, "");
   EXPECT_THAT(outcome.errors,
               StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, "
-                         "apply, history, undo, drift, probe, module, new-driver, conform, trust, completion\n"));
+                         "apply, history, undo, drift, probe, rotate, module, new-driver, conform, trust, completion\n"));
 }
 
 TEST_F(TheProgram, EndsWithTwoWhenAFileIsMissingOrWrong) {

@@ -101,6 +101,15 @@ TEST_F(AFront, PassesEveryOperationOnAndItsResultBack) {
   EXPECT_THAT(m_journal.Take(), ElementsAre("7.ClearTrapTargetSetting", "7.AddTrapTargetSetting 10.0.0.5|public|162"));
 }
 
+TEST_F(AFront, GivesTheFileAsTheHostHasChangedIt) {
+  m_device.file = "sysName box\n";
+  m_core.calls.editCopies = [](std::string& config) { config += "sysContact Ada\n"; };
+  std::string text;
+  EXPECT_EQ(m_front->CopyFrom("path", text), 0);
+  EXPECT_EQ(text, "sysName box\nsysContact Ada\n");
+  EXPECT_EQ(m_device.file, "sysName box\n");
+}
+
 TEST_F(AFront, LetsAnExceptionPass) {
   m_journal.SetHook([](const std::string&) { throw std::out_of_range("not today"); });
   EXPECT_THROW(m_front->GetSysNameSetting(), std::out_of_range);

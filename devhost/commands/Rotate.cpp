@@ -1,0 +1,151 @@
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "devhost/commands/ChangeOutput.h"
+#include "devhost/commands/Commands.h"
+#include "devhost/commands/CommonOptions.h"
+#include "devhost/commands/DeviceOptions.h"
+#include "devhost/commands/ProbeOutput.h"
+#include "devhost/operations/Rotation.h"
+#include "devhost/text/Words.h"
+
+namespace devhost {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+const CommandOption kRead{"--read", "FILE", "File with the new read community, - for standard input",
+                          CommandOption::Takes::Path};
+const CommandOption kWrite{"--write", "FILE", "File with the new write community, - for standard input",
+                           CommandOption::Takes::Path};
+const CommandOption kStatus{"--status",
+                            "",
+                            "Say whether a rotation is open and which communities work",
+                            CommandOption::Takes::Nothing,
+                            false,
+                            {},
+                            {"--read", "--write"}};
+const CommandOption kFinish{"--finish", "", "End the rotation: the old communities go", CommandOption::Takes::Nothing,
+                            false,      {}, {"--read", "--write", "--status"}};
+const CommandOption kAbort{"--abort",
+                           "",
+                           "Put the old communities back",
+                           CommandOption::Takes::Nothing,
+                           false,
+                           {},
+                           {"--read", "--write", "--status", "--finish"}};
+
+constexpr char kFooter[] =
+    "A new community with an overlap. --read and --write give the device new ones through the\n"
+    "agent, as \"devhost apply\" does; the old ones stay valid, in lines of their own below the\n"
+    "section of the agent. --status asks the daemon whether all of them work. --finish takes the\n"
+    "old ones away when the daemon answers to the new ones; with --no-probe, without asking it.\n"
+    "--abort puts the old ones back. A community is read from a file, without its last line\n"
+    "feed, and never from the command line, which others can see.\n"
+    "\n"
+    "Exit status: 0 done; 1 the change has failed, the daemon does not answer to a community, or,\n"
+    "with --dry-run, something would change; 2 nothing was changed: wrong usage, a rotation that\n"
+    "cannot be started or ended, a new community that is not proven, or nobody said yes.\n"
+    "\n"
+    "Example: give the kitchen the read community in the file new, and end that a week later.\n"
+    "\n"
+    "  devhost rotate --project project.xml kitchen --read new --yes\n"
+    "  devhost rotate --project project.xml kitchen --finish --yes";
+
+ProbeMeans MeansOf(const Arguments& arguments) {
+  ProbeMeans means;
+  means.address = arguments.Text(kAddress);
+  return means;
+}
+
+// The community in the file that the option names; "" when it was not given.
+std::string ReadCommunity(const Arguments& arguments, const CommandOption& option) {
+  if (!arguments.Has(option)) {
+    return "";
+  }
+  std::string text = ReadNamedText(arguments.Text(option)).text;
+  if (!text.empty() && text.back() == '\n') {
+    text.pop_back();
+  }
+  if (text.empty() || text.find_first_of(std::string("\r\n\0", 3)) != std::string::npos) {
+    throw std::runtime_error(std::string(option.name) + ": the file does not hold one line with a community");
+  }
+  return text;
+}
+
+ExitStatus ShowStatus(const Target& target, const Arguments& arguments, Console& console) {
+  const std::string device = OneLine(target.chosen.device.name);
+  const RotationLook look = LookAtRotation(target, MeansOf(arguments));
+  if (arguments.Has(kChangeJson)) {
+    ordered_json object = {{"device", target.chosen.device.name}, {"open", look.isOpen}};
+    object.update(ProbeObject(look.probe));
+    PrintObject(object, console.Out());
+    return StatusOf(look.probe.verdict);
+  }
+  console.Out().Write(look.isOpen ? "a rotation is open on " + device + "\n" : "no rotation is open on " + device + "\n");
+  for (const std::string& message : look.probe.messages) {
+    console.Complain(message);
+  }
+  console.Out().Write(ProbeText(look.probe, device));
+  return StatusOf(look.probe.verdict);
+}
+
+// Throws RotationError unless the daemon answers to the communities that are to stay.
+void RequireProof(const Target& target, const Arguments& arguments) {
+  const RotationLook look = LookAtRotation(target, MeansOf(arguments));
+  if (look.isOpen && look.probe.verdict == ProbeReport::Verdict::Unknown) {
+    throw RotationError("nobody knows whether the new community works: " +
+                        (look.probe.messages.empty() ? "" : look.probe.messages.back()) + "; allowed: --no-probe");
+  }
+  for (const ProbeItem& item : look.probe.items) {
+    if (item.verdict == ProbeItem::Verdict::Differs && item.name.compare(0, 4, "old ") != 0) {
+      throw RotationError("the daemon at " + look.probe.address + " does not answer to the new " + item.name +
+                          "; allowed: --no-probe");
+    }
+  }
+}
+
+Change ChangeOf(const Target& target, const Arguments& arguments) {
+  if (arguments.Has(kFinish)) {
+    if (!arguments.Has(kNoProbe)) {
+      RequireProof(target, arguments);
+    }
+    return FinishRotation(target);
+  }
+  if (arguments.Has(kAbort)) {
+    return AbortRotation(target);
+  }
+  if (!arguments.Has(kRead) && !arguments.Has(kWrite)) {
+    throw std::runtime_error("nothing to do; allowed: --read FILE, --write FILE, --status, --finish, --abort");
+  }
+  return StartRotation(target, {ReadCommunity(arguments, kRead), ReadCommunity(arguments, kWrite)});
+}
+
+ExitStatus Rotate(const Arguments& arguments, Console& console) {
+  return GuardStops(arguments, console, PrintStopOfChange(TargetName(arguments), console), [&](Stage& stage) {
+    const Target target = ReadTarget(arguments);
+    if (arguments.Has(kStatus)) {
+      stage = Stage::Plan;
+      return ShowStatus(target, arguments, console);
+    }
+    RequireAnswer(arguments, console);
+    Change change = ChangeOf(target, arguments);
+    change.accepted = AcceptedRules(arguments);
+    return MakeChange(
+        change, [](const Plan&) { return std::vector<std::string>(); }, arguments, console, stage);
+  });
+}
+
+}  // namespace
+
+Command MakeRotate() {
+  return {"rotate",
+          "Give a device a new community, and keep the old one valid for a while",
+          {kDevice, kDeviceProject, kModuleFolder, kDeviceState, kSnapshots, kRead, kWrite, kStatus, kFinish, kAbort,
+           kAddress, kAccept, kDryRun, kDiff, kYes, kNoProbe, kChangeJson, kShowSecrets},
+          kFooter,
+          &Rotate};
+}
+
+}  // namespace devhost

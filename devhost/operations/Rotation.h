@@ -1,0 +1,54 @@
+#ifndef DEVHOST_OPERATIONS_ROTATION_H
+#define DEVHOST_OPERATIONS_ROTATION_H
+
+#include <stdexcept>
+#include <string>
+
+#include "devhost/operations/Apply.h"
+#include "devhost/operations/Probe.h"
+
+// New communities with an overlap: the section of the agent gets the new ones, and the old ones stay valid below it, between
+// two comments, until somebody says that nobody needs them any more. The file alone says how far that has come, so nothing
+// is lost when a command is killed.
+namespace devhost {
+
+// A rotation that cannot be started, finished or aborted: why and what is allowed, in one line.
+class RotationError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Communities, "" where there is none or it stays. They are secrets.
+struct Communities {
+  std::string read;
+  std::string write;
+
+  bool AreNone() const { return read.empty() && write.empty(); }
+};
+
+// The old communities that a file keeps valid; none when no rotation is open. Throws RotationError when somebody has changed
+// the lines around them.
+Communities OldCommunities(const std::string& file);
+
+// The changes of a rotation, which are planned and made like any other. Each asks the device how it is now, and throws what
+// PlanChange throws, and RotationError.
+
+// Gives the device new communities and keeps the old ones valid.
+Change StartRotation(const Target& target, const Communities& communities);
+// Ends it: the old ones are no longer valid.
+Change FinishRotation(const Target& target);
+// Gives the old ones back to the device: the new ones are no longer valid.
+Change AbortRotation(const Target& target);
+
+// A rotation as the daemon knows it.
+struct RotationLook {
+  bool isOpen = false;
+  ProbeReport probe;  // of the communities of the section, then of the old ones
+};
+
+// Asks the daemon of a device whether the communities work. Throws what ProbeDevice throws, and RotationError.
+RotationLook LookAtRotation(const Target& target, const ProbeMeans& means);
+
+}  // namespace devhost
+
+#endif
