@@ -38,6 +38,8 @@ const std::vector<Command>& Commands() {
                                                 MakePreview(),   MakeApply(),   MakeHistory(), MakeUndo(),
                                                 MakeDrift(),     MakeProbe(),   MakeRotate(),  MakeModule(),
                                                 MakeNewDriver(), MakeConform(), MakeTrust(),   MakeCompletion()};
+      MakeRun(),  MakeShell(), MakeCheck(),  MakeAdvise(),    MakeValidate(), MakePreview(), MakeApply(),     MakeHistory(),
+      MakeUndo(), MakeDrift(), MakeModule(), MakeNewDriver(), MakeConform(),  MakeTrust(),   MakeCompletion()};
   return commands;
 }
 

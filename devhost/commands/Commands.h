@@ -10,6 +10,7 @@ namespace devhost {
 
 // Each is in the file of its name, with its options and its help.
 Command MakeRun();
+Command MakeShell();
 Command MakeCheck();
 Command MakeAdvise();
 Command MakeValidate();

@@ -1,23 +1,17 @@
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
+#include "devhost/commands/Playing.h"
 #include "devhost/engine/HostError.h"
 #include "devhost/project/DriverNames.h"
-#include "devhost/project/Project.h"
-#include "devhost/report/JsonWriter.h"
-#include "devhost/report/TextWriter.h"
 #include "devhost/script/ScriptActions.h"
 #include "devhost/script/ScriptReader.h"
 #include "devhost/script/ScriptRunner.h"
-#include "devhost/state/StateFolder.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -28,18 +22,6 @@ using Takes = CommandOption::Takes;
 
 const CommandOption kScript{
     "script", "", "The script, - for standard input; without one, the drivers are loaded and unloaded", Takes::Path};
-const CommandOption kProject{"--project", "FILE", "Project file; without one, the agent alone is loaded as driver 1",
-                             Takes::Path};
-const CommandOption kState{"--state", "DIR", "Keep the drivers' states in this folder, which is made when missing",
-                           Takes::Folder};
-const CommandOption kJsonLines{"--json", "", "Print one JSON object for each thing that happens, on a line of its own"};
-const CommandOption kPretty{
-    "--pretty",     "",    "Print XML indented, on several lines, where one line would be longer than 100 characters",
-    Takes::Nothing, false, {},
-    {"--json"}};
-const CommandOption kColor{"--color",     "WHEN", "Colour the first words: auto (on a terminal), always, never",
-                           Takes::Choice, false,  {"auto", "always", "never"},
-                           {"--json"}};
 
 constexpr char kFooter[] =
     "DRIVER is the name or id of a driver in the project. Words are quoted as in a shell, #\n"
@@ -91,16 +73,6 @@ std::string Table(const char* title, const Forms& forms) {
   return table + "\n";
 }
 
-// `when` is "" when it was not given.
-bool WantsColor(const std::string& when, int descriptor) {
-  if (when == "always" || when == "never") {
-    return when == "always";
-  }
-  const char* const terminal = std::getenv("TERM");
-  return ::isatty(descriptor) == 1 && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
-         std::string(terminal) != "dumb";
-}
-
 // One line for people who look at the end of the output only.
 std::string Summary(const ScriptRunner::Result& result) {
   struct Part {
@@ -123,31 +95,14 @@ std::string Summary(const ScriptRunner::Result& result) {
   return text + "; first: " + result.first;
 }
 
-// Without a folder, states live as long as the program does.
-std::unique_ptr<StateStore> OpenStates(const std::string& folder) {
-  if (folder.empty()) {
-    return std::make_unique<StateMemory>();
-  }
-  return std::make_unique<StateFolder>(folder);
-}
-
-std::unique_ptr<Reporter> MakeReporter(const Arguments& arguments, Output& output) {
-  if (arguments.Has(kJsonLines)) {
-    return std::make_unique<JsonWriter>(output);
-  }
-  const bool color = WantsColor(arguments.Text(kColor), output.Descriptor());
-  return std::make_unique<TextWriter>(output, TextStyle{arguments.Has(kPretty), color});
-}
-
 ExitStatus Run(const Arguments& arguments, Console& console) {
   Masker secrets(arguments.Has(kShowSecrets));
   const std::unique_ptr<Reporter> reporter = MakeReporter(arguments, console.Out());
-  const std::string modules = ModuleFolder(arguments);
-  const Project project = arguments.Has(kProject) ? ReadProject(arguments.Text(kProject), modules) : AgentAlone(modules);
+  const Project project = PlayedProject(arguments);
   const DriverNames names(project.drivers);
   const Script script = arguments.Has(kScript) ? LoadScript(arguments.Text(kScript)) : Script();
   CheckScript(script, names);
-  const std::unique_ptr<StateStore> states = OpenStates(arguments.Text(kState));
+  const std::unique_ptr<StateStore> states = OpenStates(arguments);
   ScriptRunner runner(project, names, *states, *reporter, secrets);
   try {
     runner.Start();
@@ -169,7 +124,7 @@ ExitStatus Run(const Arguments& arguments, Console& console) {
 Command MakeRun() {
   return {"run",
           "Load the drivers of a project, play a script, unload the drivers",
-          {kScript, kProject, kModuleFolder, kState, kJsonLines, kPretty, kColor, kShowSecrets},
+          {kScript, kPlayedProject, kModuleFolder, kPlayedStates, kJsonLines, kPretty, kColor, kShowSecrets},
           Table("Actions of a script, one on each line:\n", ActionForms()) +
               Table("SUBJECT is one of these:\n", SubjectForms()) + kFooter,
           &Run};

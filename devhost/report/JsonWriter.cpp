@@ -35,7 +35,7 @@ Names NamesOf(ScriptOccurrence::Kind kind) {
       {Kind::File, {"file", "text"}},   {Kind::Settings, {"settings", ""}}, {Kind::Counts, {"counts", ""}},
       {Kind::Daemon, {"daemon", ""}},   {Kind::State, {"state", "xml"}},    {Kind::Variables, {"variables", ""}},
       {Kind::Run, {"run", "text"}},     {Kind::Output, {"output", "text"}}, {Kind::Print, {"print", "text"}},
-      {Kind::Error, {"error", "text"}}, {Kind::Expect, {"expect", "text"}}};
+      {Kind::Error, {"error", "text"}}, {Kind::Expect, {"expect", "text"}}, {Kind::Done, {"done", ""}}};
   return kNames.at(kind);
 }
 
@@ -159,6 +159,8 @@ void JsonWriter::Report(const ScriptOccurrence& occurrence, const Where& where) 
     AddDaemon(line, occurrence.daemon);
   } else if (occurrence.kind == Kind::Expect) {
     line["details"] = occurrence.details;
+  } else if (occurrence.kind == Kind::Done) {
+    line["good"] = occurrence.good;
   }
   Write(m_output, line);
 }

@@ -26,7 +26,8 @@ struct ScriptOccurrence {
     Output,     // text: all that the program wrote
     Print,      // text: a line of the script's own
     Error,      // an action failed; text: why; call
-    Expect      // an expectation is not met; text: what is wrong; details: what was expected and found
+    Expect,     // an expectation is not met; text: what is wrong; details: what was expected and found
+    Done        // all that comes of the start, or of a line, of a session has been reported; good
   };
   Kind kind;
   unsigned long driverId = 0;  // of the driver concerned; 0 when driverName is empty
@@ -40,6 +41,7 @@ struct ScriptOccurrence {
   std::vector<OperationCount> counts = {};
   DaemonState daemon = {};
   std::vector<std::string> details = {};
+  bool good = false;      // nothing went wrong in it
   std::string call = {};  // what was under way; empty when that is not known
 };
 

@@ -126,6 +126,9 @@ void TextWriter::Report(const ScriptOccurrence& occurrence, const Where& where) 
       for (const std::string& detail : occurrence.details) {
         Line("expect", "  " + detail);
       }
+      return;
+    case ScriptOccurrence::Kind::Done:
+      return;  // people see that themselves
   }
 }
 

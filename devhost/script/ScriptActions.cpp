@@ -1,10 +1,13 @@
 #include "devhost/script/ScriptActions.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/split.hpp>
 #include <limits>
 #include <map>
+#include <set>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "devhost/driver/EventListeners.h"
 #include "devhost/script/ScriptForm.h"
@@ -248,10 +251,51 @@ const std::vector<SubjectForm>& SubjectForms() {
   return kForms;
 }
 
+namespace {
+
+const std::vector<ScriptForm>& LineForms() {
+  static const std::vector<ScriptForm> forms = FormsOfLines();
+  return forms;
+}
+
+// What a place of a form offers: words that stand for themselves, or the drivers.
+std::vector<std::string> Offered(const std::string& place, const std::vector<std::string>& drivers) {
+  if (place == "DRIVER") {
+    return drivers;
+  }
+  std::vector<std::string> words;
+  if (!place.empty() && place.front() >= 'a' && place.front() <= 'z') {
+    boost::split(words, place, [](char byte) { return byte == '|'; });
+  }
+  return words;
+}
+
+}  // namespace
+
 Action ParseAction(const std::vector<std::string>& words, const std::string& folder, const DriverNames& names) {
-  static const std::vector<ScriptForm> kForms = FormsOfLines();
-  const ScriptForm& form = FindForm(kForms, words);
+  const ScriptForm& form = FindForm(LineForms(), words);
   return form.Action().make({words, form, folder, names}, form.Action().argument);
+}
+
+std::vector<std::string> NextWords(const std::string& line, const std::vector<std::string>& drivers) {
+  const std::size_t begin = line.find_last_of(" \t") + 1;  // 0 when there is none
+  std::set<std::string> next;
+  try {
+    const std::vector<std::string> before = SplitWords(std::string_view(line).substr(0, begin));
+    for (const ScriptForm& form : LineForms()) {
+      if (form.Fit(before).first != before.size()) {
+        continue;
+      }
+      for (std::string& word : Offered(form.Place(before.size()), drivers)) {
+        if (line.compare(begin, std::string::npos, word, 0, line.size() - begin) == 0) {
+          next.insert(std::move(word));
+        }
+      }
+    }
+  } catch (const WordError&) {
+    // The line ends in quotes, where anything can stand.
+  }
+  return {next.begin(), next.end()};
 }
 
 }  // namespace devhost

@@ -21,7 +21,9 @@ class ScriptError : public std::runtime_error {
 // script is checked by reading it once to its end. Script and names must outlive the reader.
 class ScriptReader {
  public:
-  ScriptReader(const Script& script, const DriverNames& names) : m_script(script), m_names(names) {}
+  // `firstLine` is the number of the script's first line, for messages.
+  ScriptReader(const Script& script, const DriverNames& names, std::size_t firstLine = 1)
+      : m_script(script), m_names(names), m_line(firstLine - 1) {}
 
   // Reads on to the next action; false at the end of the script. Throws ScriptError for a line that is wrong, also when it
   // names a file that cannot be read.
@@ -34,7 +36,7 @@ class ScriptReader {
   const Script& m_script;
   const DriverNames& m_names;
   std::size_t m_at = 0;
-  std::size_t m_line = 0;
+  std::size_t m_line;
 };
 
 // Reads the whole script and throws the first ScriptError in it. Returns how many actions it holds.

@@ -94,6 +94,20 @@ void ScriptRunner::Start(const std::vector<VariableEntry>& variables) {
 
 void ScriptRunner::Play(const Script& script) {
   ScriptReader reader(script, m_names);
+  Play(reader);
+}
+
+bool ScriptRunner::PlayLine(const Script& line, std::size_t number) {
+  const std::size_t before = m_result.Sum();
+  ScriptReader reader(line, m_names, number);
+  Play(reader);
+  ScriptOccurrence done{Kind::Done};
+  done.good = m_result.Sum() == before;
+  m_reporter.Report(done, {line.name + ":" + std::to_string(number), number});
+  return done.good;
+}
+
+void ScriptRunner::Play(ScriptReader& reader) {
   Action action;
   bool more = true;
   while (more && !m_givenUp && !m_reporter.Failed()) {
@@ -107,7 +121,7 @@ void ScriptRunner::Play(const Script& script) {
         std::visit([this](const auto& what) { Do(what); }, action);
       }
     } catch (const ScriptError& error) {
-      // The script was right when it was checked: a file that it names has gone since.
+      // A script was right when it was checked, so a file that it names has gone since. A line of a session is not checked.
       m_where = reader.Place();
       ReportFailure(std::runtime_error(std::string(error.what()).substr(m_where.text.size() + 2)));
     } catch (const std::exception& error) {

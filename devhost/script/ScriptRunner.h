@@ -32,6 +32,11 @@ class ScriptRunner : private HostObserver {
   void Start() { Start(m_project.variables); }
   // Plays a script that CheckScript has passed. Gives up early when a restart fails or nobody sees the report any more.
   void Play(const Script& script);
+  // Plays one line of a session, which nobody has checked, as the line with that number, and reports that it is done. Returns
+  // whether it went well. A line without an action does.
+  bool PlayLine(const Script& line, std::size_t number);
+  // Whether there is nothing more to play to, because a restart has failed.
+  bool HasGivenUp() const { return m_givenUp; }
   // Unloads the drivers.
   void Stop();
 
@@ -43,12 +48,14 @@ class ScriptRunner : private HostObserver {
     std::size_t driversFailed = 0;
     std::string first;  // where the first of them was
     bool Good() const { return first.empty(); }
+    std::size_t Sum() const { return actionsFailed + expectationsFailed + badManners + stateProblems + driversFailed; }
   };
   const Result& GetResult() const { return m_result; }
 
  private:
   void OnOccurrence(const Occurrence& occurrence) override;
   void Start(const std::vector<VariableEntry>& variables);
+  void Play(ScriptReader& reader);
 
   // One action each. Whatever it throws makes it a failed action.
   void Do(const CommandAction& action);

@@ -42,7 +42,7 @@ std::vector<std::string> Environment() {
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string text = *variable;
     if (text.compare(0, 5, "PATH=") == 0) {
-      variables.push_back("PATH=" PROGRAM_FOLDER ":" + text.substr(5));
+      variables.push_back("PATH=" PROGRAM_FOLDER ":" SOURCE_FOLDER "/examples/tool:" + text.substr(5));
     } else if (text.compare(0, 3, "LC_") != 0 && text.compare(0, 5, "LANG=") != 0) {
       variables.push_back(text);
     }

@@ -113,6 +113,8 @@ TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   EXPECT_EQ(Parse({"blub"}).text,
             "devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, apply, history, undo, "
             "drift, probe, rotate, "
+            "devhost: there is no command \"blub\"; allowed: run, shell, check, advise, validate, preview, apply, history, "
+            "undo, drift, "
             "module, new-driver, conform, trust, completion\nTry "
             "\"devhost "
             "--help\".\n");

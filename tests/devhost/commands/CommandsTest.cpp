@@ -62,6 +62,8 @@ TEST_F(TheProgram, AnswersWrongUsageOnStandardError) {
   EXPECT_THAT(outcome.errors,
               StartsWith("devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, "
                          "apply, history, undo, drift, probe, rotate, module, new-driver, conform, trust, completion\n"));
+              StartsWith("devhost: there is no command \"blub\"; allowed: run, shell, check, advise, validate, preview, "
+                         "apply, history, undo, drift, module, new-driver, conform, trust, completion\n"));
 }
 
 TEST_F(TheProgram, EndsWithTwoWhenAFileIsMissingOrWrong) {

@@ -42,6 +42,13 @@ TEST(JsonLines, AreNumberedAndNameTheScriptsLine) {
             "{\"n\":2,\"line\":3,\"kind\":\"restart\"}\n");
 }
 
+TEST(JsonLines, SayThatALineOfASessionIsDone) {
+  ScriptOccurrence done{Kind::Done};
+  EXPECT_EQ(Line(done), "{\"kind\":\"done\",\"good\":false}");
+  done.good = true;
+  EXPECT_EQ(Line(done), "{\"kind\":\"done\",\"good\":true}");
+}
+
 TEST(JsonLines, DescribeDriversThatComeAndGo) {
   EXPECT_EQ(Line(Host(Occurrence::Kind::Load, "/a.so")),
             std::string("{\"kind\":\"load\",") + kKitchen + ",\"module\":\"/a.so\"}");

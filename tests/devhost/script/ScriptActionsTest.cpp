@@ -35,6 +35,24 @@ Kind Only(const std::string& line, const std::string& folder = ".") {
   return std::get<Kind>(ParseAction(SplitWords(line), folder, Names()));
 }
 
+TEST(TheNextWord, IsOneOfTheLanguageOrADriver) {
+  const auto next = [](const std::string& line) { return NextWords(line, {"agent", "kitchen"}); };
+  using Words = std::vector<std::string>;
+  EXPECT_EQ(next("re"), (Words{"restart"}));
+  EXPECT_EQ(next("device "), (Words{"agent", "kitchen"}));
+  EXPECT_EQ(next("device ki"), (Words{"kitchen"}));
+  EXPECT_EQ(next("device kitchen off"), (Words{"offline"}));
+  EXPECT_EQ(next("device 'kitchen'  show "), (Words{"counts", "daemon", "file", "settings"}));
+  EXPECT_EQ(next("expect fi"), (Words{"file"}));
+  EXPECT_EQ(next("expect file kitchen "), (Words{"golden", "is", "matches"}));
+  EXPECT_EQ(next("flag 5 7 t"), (Words{"true"}));
+  EXPECT_EQ(next("command GetD"), Words());
+  EXPECT_EQ(next("nonsense "), Words());
+  EXPECT_EQ(next("restart "), Words());
+  EXPECT_EQ(next("print 'device "), Words());
+  EXPECT_THAT(next(""), testing::IsSupersetOf({"command", "device", "expect"}));
+}
+
 TEST(ACommand, GoesToWhoeverHasRegisteredIt) {
   const CommandAction action = Only<CommandAction>("command GetDeviceList a=1 b= 'c d=e f' g==");
   EXPECT_EQ(action.driverId, std::nullopt);

@@ -65,6 +65,29 @@ class APlayedScript : public testing::Test {
   std::function<void()> beforePlay;
 };
 
+TEST_F(APlayedScript, CanBePlayedLineByLine) {
+  const DriverNames names(project.drivers);
+  ScriptRunner runner(project, names, states, reporter, secrets);
+  runner.Start();
+  const auto play = [&runner](const std::string& text, std::size_t number) {
+    return runner.PlayLine({"standard input", ".", text}, number);
+  };
+  EXPECT_TRUE(play("print a", 1));
+  EXPECT_TRUE(play("", 2));
+  EXPECT_FALSE(play("nonsense", 3));
+  EXPECT_FALSE(play("expect log is x", 4));
+  EXPECT_TRUE(play("print b", 5));
+  EXPECT_FALSE(runner.HasGivenUp());
+  runner.Stop();
+  std::vector<bool> good;
+  for (const ScriptOccurrence& done : reporter.Of(Kind::Done)) {
+    good.push_back(done.good);
+  }
+  EXPECT_THAT(good, ElementsAre(true, true, false, false, true));
+  EXPECT_THAT(reporter.lines, ElementsAre(1U, 1U, 2U, 3U, 3U, 4U, 4U, 5U, 5U));
+  EXPECT_THAT(Only(Kind::Error).text, HasSubstr("unknown action"));
+}
+
 TEST_F(APlayedScript, ReportsACommandWithItsParametersAndAsItIsWritten) {
   folder.Write("name", "kitchen north");
   Play("command to kitchen SetSetting name=sysName value=@name\ncommand SetSetting name=sysName value=@@home\n");
