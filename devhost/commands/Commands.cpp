@@ -40,6 +40,9 @@ const std::vector<Command>& Commands() {
                                                 MakeNewDriver(), MakeConform(), MakeTrust(),   MakeCompletion()};
       MakeRun(),  MakeShell(), MakeCheck(),  MakeAdvise(),    MakeValidate(), MakePreview(), MakeApply(),     MakeHistory(),
       MakeUndo(), MakeDrift(), MakeModule(), MakeNewDriver(), MakeConform(),  MakeTrust(),   MakeCompletion()};
+  static const std::vector<Command> commands = {MakeRun(),       MakeCheck(),   MakeAdvise(), MakePreview(),   MakeAdopt(),
+                                                MakeApply(),     MakeHistory(), MakeUndo(),   MakeDrift(),     MakeModule(),
+                                                MakeNewDriver(), MakeConform(), MakeTrust(),  MakeCompletion()};
   return commands;
 }
 

@@ -12,6 +12,7 @@ namespace devhost {
 Command MakeRun();
 Command MakeShell();
 Command MakeCheck();
+Command MakeAdopt();
 Command MakeAdvise();
 Command MakeValidate();
 Command MakePreview();

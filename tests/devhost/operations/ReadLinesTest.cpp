@@ -1,0 +1,39 @@
+#include "devhost/operations/ReadLines.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/support/ScratchFolder.h"
+
+namespace devhost {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(TheLinesThatADaemonReads, AreThoseOfIncludedFilesInTheirPlace) {
+  const testsupport::ScratchFolder folder;
+  const std::string inner = folder.Write("inner.conf", "# a comment\nsysContact Ada\n");
+  const std::string outer = folder.Write("outer.conf", "includeFile " + inner + "\nsysName outer\n");
+  std::vector<std::string> places;
+  std::vector<bool> included;
+  for (const ReadLine& line :
+       ReadLinesOf("sysName first\nincludeFile " + outer + "\n\nsysName last\n", folder.Path("snmpd.conf"))) {
+    places.push_back(line.place + " " + line.setting.keyword);
+    included.push_back(line.isIncluded);
+  }
+  EXPECT_THAT(places, ElementsAre("line 1 sysname", "line 2 includefile", outer + ":1 includefile", inner + ":2 syscontact",
+                                  outer + ":2 sysname", "line 4 sysname"));
+  EXPECT_THAT(included, ElementsAre(false, false, true, true, true, false));
+}
+
+TEST(TheLinesThatADaemonReads, SayWhichCommunityTheyGiveSomethingTo) {
+  std::vector<std::string> communities;
+  for (const ReadLine& line : ReadLinesOf("rocommunity one\nrwcommunity6 'one' ::1\ncom2sec name default two\n"
+                                          "com2sec6 -Cn context name ::1 three\ncom2sec name\nsysName x\n",
+                                          "/nowhere/snmpd.conf")) {
+    communities.push_back(line.community);
+  }
+  EXPECT_THAT(communities, ElementsAre("4 one", "6 one", "4 two", "6 three", "", ""));
+}
+
+}  // namespace
+}  // namespace devhost
