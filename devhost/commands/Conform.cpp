@@ -10,7 +10,6 @@
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/ConformReport.h"
 #include "devhost/engine/EndWatch.h"
-#include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -227,19 +226,6 @@ void WriteReport(const std::string& path, const std::string& text) {
   }
 }
 
-// Of the file, as the program sha256sum prints it; "" where that is not installed.
-std::string Sha256Of(const std::string& path) {
-  const std::string program = FindProgram("sha256sum");
-  if (program.empty()) {
-    return "";
-  }
-  ProgramRun run;
-  run.words = {program, "--", path};
-  const ProgramResult result = RunProgram(run);
-  // A backslash in front says that the name stands there in another form.
-  return result.exitStatus == 0 ? result.output.substr(result.output.find_first_not_of('\\'), 64) : "";
-}
-
 ExitStatus Judge(const Arguments& arguments, Console& console) {
   ConformRun run;
   run.module = arguments.Text(kModule);
@@ -253,7 +239,7 @@ ExitStatus Judge(const Arguments& arguments, Console& console) {
     RunCheckHere(conformance, GetCheck(arguments.Text(kRunCheck)));
     return ExitStatus::Good;
   }
-  run.sha256 = Sha256Of(conformance.module);
+  DescribeModule(conformance.module, run);
   const std::string format = arguments.Has(kFormat) ? arguments.Text(kFormat) : "text";
   const bool printsText = format == "text" || arguments.Has(kOutput);
   const auto tell = [&](const Outcome& outcome) { console.Out().Write(printsText ? OutcomeText(outcome, run) : ""); };

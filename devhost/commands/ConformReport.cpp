@@ -6,6 +6,10 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "devhost/driver/DriverModule.h"
+#include "devhost/driver/ModuleNote.h"
+#include "devhost/system/FileText.h"
+#include "devhost/system/RunProgram.h"
 #include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
@@ -122,7 +126,31 @@ XmlElement TestSuite(const std::string& group, const std::vector<Outcome>& outco
   return suite;
 }
 
+// Of the file, as the program sha256sum prints it; "" where that is not installed.
+std::string Sha256Of(const std::string& path) {
+  const std::string program = FindProgram("sha256sum");
+  if (program.empty()) {
+    return "";
+  }
+  ProgramRun run;
+  run.words = {program, "--", path};
+  const ProgramResult result = RunProgram(run);
+  // A backslash in front says that the name stands there in another form.
+  return result.exitStatus == 0 ? result.output.substr(result.output.find_first_not_of('\\'), 64) : "";
+}
+
 }  // namespace
+
+void DescribeModule(const std::string& path, ConformRun& run) {
+  run.sha256 = Sha256Of(path);
+  try {
+    const ModuleNote note = ReadModuleNote(ReadRegularFile(path), path);
+    run.version = note.version;
+    run.contract = note.contract;
+  } catch (const ModuleError&) {
+    // It was not built with the kit.
+  }
+}
 
 std::string OutcomeText(const Outcome& outcome, const ConformRun& run) {
   std::string status = NameOf(outcome.status);
@@ -177,8 +205,16 @@ std::string ConformJson(const std::vector<Outcome>& outcomes, const ConformRun& 
                       {"log", outcome.log},
                       {"script", outcome.script}});
   }
-  const Json object = {{"format", 1},        {"module", run.module},           {"sha256", run.sha256}, {"seed", run.seed},
-                       {"level", run.level}, {"verdict", NameOf(run.verdict)}, {"tally", tally},       {"checks", checks}};
+  const Json object = {{"format", 1},
+                       {"module", run.module},
+                       {"sha256", run.sha256},
+                       {"version", run.version},
+                       {"contract", run.contract},
+                       {"seed", run.seed},
+                       {"level", run.level},
+                       {"verdict", NameOf(run.verdict)},
+                       {"tally", tally},
+                       {"checks", checks}};
   return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

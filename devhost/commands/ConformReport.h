@@ -15,8 +15,13 @@ struct ConformRun {
   std::string seed;
   std::string level;
   Verdict verdict = Verdict::Incomplete;
-  std::string sha256 = {};  // of the module's file, "" where it is not known
+  std::string sha256 = {};   // of the module's file, "" where it is not known
+  std::string version = {};  // of the module, and the number of its contract, as its note says; "" without one
+  std::string contract = {};
 };
+
+// Fills in what is known of the module's file. Throws FileError when it cannot be read.
+void DescribeModule(const std::string& path, ConformRun& run);
 
 // One outcome for a person: status and check, then what went wrong, in which operation, how to find out more and how to make
 // this check again. Each line ends in a line feed. "" for one that is unjudged: see VerdictText.
@@ -26,7 +31,7 @@ std::string OutcomeText(const Outcome& outcome, const ConformRun& run);
 // many checks had which status, and the seed.
 std::string VerdictText(const std::vector<Outcome>& outcomes, const ConformRun& run);
 
-// All of it as one JSON object on one line: format, module, sha256, seed, level, verdict, tally, checks.
+// All of it as one JSON object on one line: format, module, sha256, version, contract, seed, level, verdict, tally, checks.
 std::string ConformJson(const std::vector<Outcome>& outcomes, const ConformRun& run);
 
 // All of it as JUnit's XML: a test suite for each group of checks, a test case for each check.

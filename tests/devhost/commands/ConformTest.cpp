@@ -85,7 +85,8 @@ TEST_F(ConformCommand, WritesItsReportIntoAFileAndPrintsTheText) {
       RunReal({"--only", "traps-add", "--format", "json", "--output", folder.Path("r.json"), kDevice});
   EXPECT_THAT(result.output, StartsWith("pass      traps-add\nincomplete: 1 pass"));
   EXPECT_THAT(folder.Read("r.json"), StartsWith(R"({"format":1,"module":)"));
-  EXPECT_THAT(folder.Read("r.json"), testing::ContainsRegex(R"("sha256":"[0-9a-f]{64}","seed")"));
+  EXPECT_THAT(folder.Read("r.json"),
+              testing::ContainsRegex(R"("sha256":"[0-9a-f]{64}","version":"[0-9.]+","contract":"1","seed")"));
   EXPECT_EQ(RunReal({"--only", "traps-add", "--output", "/nowhere/r.json", kDevice}).exitStatus, 2);
 }
 
