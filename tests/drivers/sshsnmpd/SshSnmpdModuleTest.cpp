@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -34,10 +35,13 @@ class TheModule : public testing::Test, private devhost::HostObserver {
     m_host.reset();
     m_host = std::make_unique<devhost::Host>(static_cast<devhost::HostObserver&>(*this), &m_states);
     Load(1, "agent", FAKE_AGENT_MODULE, "<config/>");
-    Load(12, "kitchen", SSH_SNMPD_MODULE,
-         "<config host='127.0.0.1' port='" + std::to_string(m_server.Port()) + "' user='controller' key=\"" +
-             m_server.Key() + "\" knownHosts=\"" + m_server.KnownHosts(m_server.Port()) + "\" file=\"" +
-             m_server.Files().Path("snmpd.conf") + "\"/>");
+    Load(12, "kitchen", SSH_SNMPD_MODULE, Config());
+  }
+
+  std::string Config() const {
+    return "<config host='127.0.0.1' port='" + std::to_string(m_server.Port()) + "' user='controller' key=\"" +
+           m_server.Key() + "\" knownHosts=\"" + m_server.KnownHosts(m_server.Port()) + "\" file=\"" +
+           m_server.Files().Path("snmpd.conf") + "\"/>";
   }
 
   std::string CopyFrom() { return m_host->Command(1, "CopyFrom", {{"id", "12"}}); }
@@ -70,6 +74,17 @@ TEST_F(TheModule, ReadsAndReplacesTheFileOfAController) {
   EXPECT_EQ("<status value=\"0\">first</status>", CopyFrom());
   EXPECT_EQ("<status value=\"0\"/>", CopyTo("second"));
   EXPECT_EQ("second", m_server.Files().Read("snmpd.conf"));
+}
+
+TEST_F(TheModule, KeepsTheContractOfDrivers) {
+  const TemporaryFolder folder;
+  folder.Write("profile.xml", "<conform>" + Config() +
+                                  "<claim name='keeps-state'/><claim name='goes-off-line'/>"
+                                  "<claim name='withdraws' out='Withdraw' back='Announce'/></conform>");
+  const char* const level = std::getenv("CONFORM_LEVEL");
+  const ShellResult result = RunInShell("'" DEVHOST_PROGRAM "' conform --profile '" + folder.Path("profile.xml") +
+                                        "' --level " + (level == nullptr ? "basic" : level) + " '" SSH_SNMPD_MODULE "'");
+  EXPECT_EQ(0, result.status) << result.output;
 }
 
 TEST_F(TheModule, FindsItsStateAgainInTheNextHost) {
