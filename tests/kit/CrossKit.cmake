@@ -7,10 +7,15 @@ endfunction()
 
 file(REMOVE_RECURSE "${FOLDER}")
 run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${FOLDER}/kit")
-file(COPY "${SOURCE}/examples/driver" DESTINATION "${FOLDER}")
-run("${CMAKE_COMMAND}" -S "${FOLDER}/driver" -B "${FOLDER}/build" -DCMAKE_BUILD_TYPE=Release "-DCMAKE_PREFIX_PATH=${FOLDER}/kit"
-    -DCMAKE_SYSTEM_NAME=Linux "-DCMAKE_SYSTEM_PROCESSOR=${PROCESSOR}" "-DCMAKE_CXX_COMPILER=${COMPILER}"
-    "-DCMAKE_CROSSCOMPILING_EMULATOR=${EMULATOR}")
-run("${CMAKE_COMMAND}" --build "${FOLDER}/build")
-run("${CMAKE_CTEST_COMMAND}" --test-dir "${FOLDER}/build" --output-on-failure --no-tests=error)
+
+# From the base library, and straight from host/.
+file(COPY "${SOURCE}/examples/driver" "${SOURCE}/tests/kit/straight" DESTINATION "${FOLDER}")
+foreach(driver driver straight)
+  run("${CMAKE_COMMAND}" -S "${FOLDER}/${driver}" -B "${FOLDER}/${driver}/build" -DCMAKE_BUILD_TYPE=Release
+      "-DCMAKE_PREFIX_PATH=${FOLDER}/kit" -DCMAKE_SYSTEM_NAME=Linux "-DCMAKE_SYSTEM_PROCESSOR=${PROCESSOR}"
+      "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_CROSSCOMPILING_EMULATOR=${EMULATOR}")
+  run("${CMAKE_COMMAND}" --build "${FOLDER}/${driver}/build")
+endforeach()
+run("${CMAKE_CTEST_COMMAND}" --test-dir "${FOLDER}/driver/build" --output-on-failure --no-tests=error)
+run(${EMULATOR} "${FOLDER}/kit/bin/devhost" conform --runner "${EMULATOR}" "${FOLDER}/straight/build/straight_device.so")
 file(REMOVE_RECURSE "${FOLDER}")

@@ -41,19 +41,19 @@ TEST(ADriverThatHangs, IsKilledAtTheDeadlineAndNamed) {
 
 TEST(ADriverThatIsSlow, DoesNotHangAsLongAsEachCallComesBack) {
   Conformance conformance = SkeletonConformance("is-slow");
-  // Each of two calls takes 0.6 seconds.
-  conformance.deadline = std::chrono::seconds(1);
+  // Each of about 40 calls takes 0.1 seconds.
+  conformance.deadline = std::chrono::seconds(3);
   const Outcome outcome = OutcomeOf(conformance, "settings-kept");
   EXPECT_EQ(outcome.status, Status::Pass) << outcome.message;
-  EXPECT_GT(outcome.milliseconds, 1000);
+  EXPECT_GT(outcome.milliseconds, 3000);
 }
 
 TEST(ADriverThatIsSlow, IsUnjudgedWhereTheCheckTakesTooLong) {
   Conformance conformance = SkeletonConformance("is-slow");
-  conformance.longest = std::chrono::seconds(1);
+  conformance.longest = std::chrono::seconds(3);
   const Outcome outcome = OutcomeOf(conformance, "settings-kept");
   EXPECT_EQ(outcome.status, Status::Unjudged);
-  EXPECT_THAT(outcome.message, testing::StartsWith("the check was not over after 1 second; the last call was "));
+  EXPECT_THAT(outcome.message, testing::StartsWith("the check was not over after 3 seconds; the last call was "));
 }
 
 // Every check that needs a driver says the same, and nothing waits for what hangs or crashes again.
@@ -80,7 +80,7 @@ TEST(ADriverThatEndsTheProcessInInitialize, IsOneFinding) {
 
 TEST(ADriverThatHangsInInitialize, IsOneFinding) {
   Conformance conformance = SkeletonConformance("hangs-in-initialize");
-  conformance.deadline = std::chrono::seconds(2);
+  conformance.deadline = std::chrono::seconds(5);
   ExpectOneFindingInInitialize(conformance, Status::Hang);
 }
 

@@ -24,6 +24,9 @@ inline Conformance ConformanceOf(const std::string& module, const std::string& p
   conformance.module = module;
   conformance.agent = MODULE_FOLDER "/snmp_configuration_agent.so";
   conformance.program = DEVHOST_PROGRAM;
+#ifdef CONFORM_EMULATOR
+  conformance.runner = {CONFORM_EMULATOR};
+#endif
   conformance.profileFile = Profiles().Write("profile.xml", profile);
   conformance.profile = ReadProfile(ReadNamedText(conformance.profileFile));
   conformance.seed = 7;

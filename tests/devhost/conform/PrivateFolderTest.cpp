@@ -73,8 +73,13 @@ TEST_P(ASignal, ThatEndsTheProgramLeavesNoFolder) {
   const pid_t program = ::fork();
   ASSERT_GE(program, 0);
   if (program == 0) {
+#ifdef CONFORM_EMULATOR
+    ::execlp(CONFORM_EMULATOR, CONFORM_EMULATOR, DEVHOST_PROGRAM, "conform", "--runner", CONFORM_EMULATOR, "--only",
+             "settings-kept", "--output", "/dev/null", module.c_str(), static_cast<char*>(nullptr));
+#else
     ::execl(DEVHOST_PROGRAM, DEVHOST_PROGRAM, "conform", "--only", "settings-kept", "--output", "/dev/null", module.c_str(),
             static_cast<char*>(nullptr));
+#endif
     ::_exit(127);
   }
   const bool hasFolder = files.Become(false);

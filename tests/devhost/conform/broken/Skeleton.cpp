@@ -207,7 +207,12 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     m_location.Set(Breaks("settings-bytes") ? location.substr(0, 255) : location, "SysLocation");
   }
   bool GetWasSysLocationSettingErased() override { return m_location.erased; }
-  bool GetUseProjectOwnerAddressSetting() override { return m_usesAddress; }
+  bool GetUseProjectOwnerAddressSetting() override {
+    if (Breaks("nothing: is-slow")) {
+      ::usleep(100000);
+    }
+    return m_usesAddress;
+  }
   void SetUseProjectOwnerAddressSetting(bool use) override {
     if (Breaks("nothing: crashes")) {
       std::abort();
@@ -219,9 +224,6 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
       const std::string text(1U << 20U, 'x');
       LogXMessage(1, "%s", text.c_str());
       throw std::runtime_error(text);
-    }
-    if (Breaks("nothing: is-slow")) {
-      ::usleep(600000);
     }
     if (Breaks("nothing: throws")) {
       throw 1;
