@@ -11,6 +11,7 @@
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
+#include "devhost/secrets/KnownSecrets.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -48,6 +49,15 @@ std::string TextOf(std::int64_t time, const char* format, std::tm* (*convert)(co
   return text;
 }
 
+// Snapshots are files that a user can edit: an operation that is not one of ours may say anything.
+std::string ShownOperation(const Snapshot& snapshot, bool showSecrets) {
+  const std::string& operation = snapshot.operation;
+  constexpr std::string_view kUndo = "undo ";
+  const bool isUndo = operation.compare(0, kUndo.size(), kUndo) == 0 &&
+                      operation.find_first_not_of("0123456789", kUndo.size()) == std::string::npos;
+  return showSecrets || operation == "apply" || isUndo ? operation : kMask;
+}
+
 // The names of the settings that the operation has changed.
 std::vector<std::string> ChangedBy(const Snapshot& snapshot, bool showSecrets) {
   std::vector<std::string> names;
@@ -61,9 +71,9 @@ std::vector<std::string> ChangedBy(const Snapshot& snapshot, bool showSecrets) {
   return names;
 }
 
-std::string LineOf(const Snapshot& snapshot, const std::vector<std::string>& changed) {
+std::string LineOf(const Snapshot& snapshot, const std::string& operation, const std::vector<std::string>& changed) {
   std::string line = std::to_string(snapshot.number) + "  " + TextOf(snapshot.time, "%Y-%m-%d %H:%M:%S", &::localtime_r) +
-                     "  " + OneLine(snapshot.operation);
+                     "  " + OneLine(operation);
   std::string separator = "  ";
   for (const std::string& name : changed) {
     line += separator + name;
@@ -72,10 +82,10 @@ std::string LineOf(const Snapshot& snapshot, const std::vector<std::string>& cha
   return line + (snapshot.after ? "" : "  (did not finish)") + "\n";
 }
 
-std::string JsonOf(const Snapshot& snapshot, const std::vector<std::string>& changed) {
+std::string JsonOf(const Snapshot& snapshot, const std::string& operation, const std::vector<std::string>& changed) {
   const ordered_json object = {{"snapshot", snapshot.number},
                                {"time", TextOf(snapshot.time, "%Y-%m-%dT%H:%M:%SZ", &::gmtime_r)},
-                               {"operation", snapshot.operation},
+                               {"operation", operation},
                                {"finished", snapshot.after.has_value()},
                                {"settings", changed}};
   return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
@@ -93,7 +103,8 @@ ExitStatus List(const SnapshotList& list, const Target& target, bool json, Conso
   std::map<unsigned long, std::string> lines;
   for (const Snapshot& snapshot : list.snapshots) {
     const std::vector<std::string> changed = ChangedBy(snapshot, target.showSecrets);
-    lines[snapshot.number] = json ? JsonOf(snapshot, changed) : LineOf(snapshot, changed);
+    const std::string operation = ShownOperation(snapshot, target.showSecrets);
+    lines[snapshot.number] = json ? JsonOf(snapshot, operation, changed) : LineOf(snapshot, operation, changed);
   }
   for (const DamagedSnapshot& damaged : list.damaged) {
     lines[damaged.number] = LineOf(damaged, json);

@@ -132,9 +132,11 @@ std::vector<SettingChange> CompareSettings(const std::string& before, const std:
   const XmlElement shownYoung = ReadXml(masker.Xml(after));
   const XmlElement shownOld = ReadXml(masker.Xml(before));
   std::vector<SettingChange> changes;
-  for (const XmlElement& setting : young.children) {
+  for (std::size_t i = 0; i != young.children.size(); ++i) {
+    const XmlElement& setting = young.children[i];
     if (!AreEqual(Child(old, setting.name), setting)) {
-      changes.push_back({setting.name, TextOf(Child(shownOld, setting.name)), TextOf(Child(shownYoung, setting.name))});
+      changes.push_back(
+          {shownYoung.children[i].name, TextOf(Child(shownOld, setting.name)), TextOf(Child(shownYoung, setting.name))});
     }
   }
   return changes;

@@ -94,8 +94,9 @@ std::optional<ScriptOccurrence> ScriptExpectations::Compare(const ExpectAction& 
   if (found == expected) {
     return std::nullopt;
   }
-  std::vector<std::string> details =
-      ExplainDifference(expected, found, [&](const std::string& text) { return Shown(action, text); });
+  std::vector<std::string> details = ExplainDifference(
+      expected, found, [&](const std::string& text) { return golden ? Shown(action, text) : ShownExpected(action); },
+      [&](const std::string& text) { return Shown(action, text); });
   for (std::string& detail : details) {
     detail.erase(0, 2);  // the indentation that each has
   }
@@ -165,11 +166,19 @@ std::string ScriptExpectations::ShownExpected(const ExpectAction& action) const 
   if (action.comparison == Comparison::Golden) {
     return "the text of " + Quoted(action.text);
   }
-  // A pattern is part of a text: it does not say where a secret stands in it.
-  const bool isPart = action.comparison == Comparison::Matches &&
-                      (action.subject == Subject::Reply || action.subject == Subject::Notification ||
-                       action.subject == Subject::State || action.subject == Subject::File);
-  return isPart ? m_secrets.Pattern(action.text) : Shown(action, action.text);
+  // A pattern is part of a text, and free text says nothing of its parts: neither says where a secret stands.
+  const bool isPart = action.comparison == Comparison::Matches;
+  switch (action.subject) {
+    case Subject::Setting:
+      return Shown(action, action.text);
+    case Subject::File:
+    case Subject::Reply:
+    case Subject::Notification:
+    case Subject::State:
+      return isPart ? m_secrets.Pattern(action.text) : Shown(action, action.text);
+    default:
+      return isPart ? m_secrets.Pattern(action.text) : m_secrets.Expected(action.text);
+  }
 }
 
 }  // namespace devhost

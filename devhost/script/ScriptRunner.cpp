@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <boost/algorithm/string/replace.hpp>
 #include <utility>
 
 #include "devhost/script/DeviceReplies.h"
@@ -10,6 +11,7 @@
 #include "devhost/state/StateStore.h"
 #include "devhost/system/FileText.h"
 #include "devhost/system/RunProgram.h"
+#include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
 namespace devhost {
@@ -166,11 +168,16 @@ void ScriptRunner::OnOccurrence(const Occurrence& occurrence) {
 
 void ScriptRunner::ReportFailure(const std::exception& error) {
   Count(m_result.actionsFailed);
-  ScriptOccurrence failure{Kind::Error, 0, "", m_secrets.Text(error.what())};
+  // A command that was not sent has no driver: nobody knows what the author of the script has written there.
+  const bool isUnknown = m_sending != nullptr && !m_sending->mustSucceed;
+  const auto shown = [&](const std::string& text) {
+    return m_secrets.Text(isUnknown ? boost::replace_all_copy(text, Quoted(m_sending->name), Quoted(kMask)) : text);
+  };
+  ScriptOccurrence failure{Kind::Error, 0, "", shown(error.what())};
   if (const HostError* const concerned = dynamic_cast<const HostError*>(&error)) {
     failure.driverId = concerned->driverId;
     failure.driverName = concerned->driverName;
-    failure.call = m_secrets.Text(concerned->call);
+    failure.call = shown(concerned->call);
   }
   Report(failure);
 }

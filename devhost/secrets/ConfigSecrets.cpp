@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "devhost/secrets/Explanation.h"
 #include "devhost/snmpd/DirectiveNames.h"
 #include "devhost/xml/XmlCharacters.h"
 
@@ -99,7 +100,8 @@ SecretPlace FindSecretPlace(std::string_view line, WrittenBy author, bool isComm
     const std::string_view rest = line.substr(at + word.size());
     const bool isDirective = known.follows == Follows::Anything && isFirst &&
                              (isComment || (word.size() >= kShortestName && known.spelling == KnownName::Spelling::Exact));
-    const bool isNamed = author == WrittenBy::Others && known.follows == Follows::SecretOrText;
+    const bool isNamed =
+        author == WrittenBy::Others && (known.follows == Follows::SecretOrText || (isComment && TellsOfSecret(word)));
     const bool isMarked = HasSign(word, rest, known.follows) || TakesOptions(word, rest);
     if (known.follows == Follows::Secret || isDirective || isNamed || isMarked) {
       // What is not quite a name may have the secret in it.
@@ -113,10 +115,16 @@ SecretPlace FindSecretPlace(std::string_view line, WrittenBy author, bool isComm
 }
 
 std::size_t ShownLengthOfComment(std::string_view line) {
+  if (IsStockComment(line)) {
+    return line.size();
+  }
   const SecretPlace place = FindSecretPlace(line, WrittenBy::Others, true);
+  if (place.word == npos) {
+    return LengthOfExplanation(line);
+  }
   // What stands in front of the directive may be about the secret, too.
   const auto first = static_cast<std::size_t>(std::find_if(line.begin(), line.end(), IsWordByte) - line.begin());
-  return place.word == npos || place.isFirst ? place.secret : first;
+  return place.isFirst ? place.secret : first;
 }
 
 }  // namespace
@@ -131,6 +139,15 @@ std::string WhyNotPlain(std::string_view text) {
 std::string_view NameAt(std::string_view text) {
   const auto end = std::find_if_not(text.begin(), text.end(), IsNameByte);
   return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
+std::size_t LengthOfKeyword(std::string_view line) {
+  std::size_t begin = 0;
+  while (begin < line.size() && NameAt(line.substr(begin)).empty()) {
+    ++begin;
+  }
+  const std::string_view name = NameAt(line.substr(begin));
+  return FindDirectiveName(name).spelling == KnownName::Spelling::Near ? 0 : begin + name.size();
 }
 
 bool IsComment(std::string_view line) {
@@ -150,7 +167,7 @@ std::size_t ShownLength(std::string_view line) {
   const KnownName known = FindDirectiveName(name);
   const bool isExact = known.spelling == KnownName::Spelling::Exact;
   if (begin == line.size() || (isExact && known.follows == Follows::Harmless && isWord && isUnderstood)) {
-    return isUnderstood ? ShownLengthOfFreeText(line) : 0;
+    return isUnderstood ? ShownLengthOfFreeText(line, WrittenBy::Others) : 0;
   }
   return known.spelling != KnownName::Spelling::Near ? end : 0;
 }

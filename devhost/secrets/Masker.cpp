@@ -4,7 +4,10 @@
 #include <utility>
 
 #include "devhost/secrets/ConfigSecrets.h"
+#include "devhost/secrets/Explanation.h"
 #include "devhost/secrets/Fields.h"
+#include "devhost/secrets/LineSecrets.h"
+#include "devhost/secrets/ProgramLine.h"
 #include "devhost/secrets/Readings.h"
 #include "devhost/snmpd/DirectiveNames.h"
 #include "devhost/snmpd/LineCutter.h"
@@ -16,6 +19,8 @@ namespace devhost {
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
+// Too short for a secret.
+constexpr std::size_t kLongestHarmless = 3;
 
 // The setting that an element is about, where it says so.
 std::string_view SettingOf(const XmlElement& element) {
@@ -54,50 +59,12 @@ std::string WithMask(std::string_view shown) {
   return std::string(shown) + (needsBlank ? " " : "") + kMask;
 }
 
-// How many bytes at the front of a line are the name of a directive and the marks before it; 0 for other lines.
-std::size_t LengthOfKeyword(std::string_view line) {
-  std::size_t begin = 0;
-  while (begin < line.size() && NameAt(line.substr(begin)).empty()) {
-    ++begin;
-  }
-  const std::string_view name = NameAt(line.substr(begin));
-  return FindDirectiveName(name).spelling == KnownName::Spelling::Near ? 0 : begin + name.size();
-}
-
-// An address or an object identifier in numbers.
-bool IsNumeric(std::string_view word) {
-  for (const std::string_view transport : {"udp:", "tcp:"}) {
-    word.remove_prefix(word.substr(0, transport.size()) == transport ? transport.size() : 0);
-  }
-  return word.find_first_not_of("0123456789.:") == npos && std::count(word.begin(), word.end(), '.') > 1;
-}
-
 bool IsSwitch(std::string_view word) {
   return word == "true" || word == "false" || (word.size() <= 11 && word.find_first_not_of("-0123456789") == npos);
 }
 
 bool IsPort(std::string_view word) {
   return word.size() <= 5 && word.find_first_not_of("0123456789") == npos;
-}
-
-// An SNMP program, also in a shell's command; not a file such as snmpd.conf.
-bool NamesSnmpProgram(std::string_view word) {
-  for (std::size_t at = word.find("snmp"); at != npos; at = word.find("snmp", at + 1)) {
-    const std::size_t end = at + NameAt(word.substr(at)).size();
-    if ((at == 0 || NameAt(word.substr(at - 1, 1)).empty()) && word.substr(end, 5) != ".conf") {
-      return true;
-    }
-  }
-  return false;
-}
-
-bool IsOption(std::string_view word) {
-  return word.size() > 1 && word.front() == '-';
-}
-
-// An option of the SNMP programs whose value is harmless.
-bool IsHarmlessOption(std::string_view option) {
-  return IsOption(option) && std::string_view("trmMOvlax").find(option[1]) != npos;
 }
 
 // A text without what looks like a secret's place, line by line.
@@ -110,7 +77,6 @@ std::string WithoutPlaces(std::string_view text, WrittenBy author) {
   });
 }
 
-// Whether a word of a pattern says nothing about a value.
 bool IsKnownWord(std::string_view word) {
   return word == "true" || word == "false" || (word.size() < 4 && IsSwitch(word)) || FindField(word) != Field::Unknown ||
          FindSetting(word) != Setting::Unknown || IsOperation(word) ||
@@ -125,23 +91,6 @@ std::string Masker::Secret(std::string_view text) {
   }
   m_known.Learn(text);
   return kMask;
-}
-
-void Masker::LearnLine(std::string_view rest) {
-  // What follows -V names a view.
-  if (rest.find("-V") == npos) {
-    m_known.Learn(rest);
-  }
-  std::string_view before;
-  for (WordCutter cutter(rest); !cutter.AtLineEnd();) {
-    const DirectiveWord word = cutter.Next();
-    const std::string_view written = rest.substr(word.begin, word.end - word.begin);
-    if (before != "-V") {
-      m_known.Learn(word.text);
-      m_known.Learn(written);
-    }
-    before = written;
-  }
 }
 
 std::string Masker::SettingValue(std::string_view name, std::string_view value) {
@@ -177,7 +126,7 @@ std::string Masker::FieldValue(std::string_view name, const std::string& value, 
       isShown = IsSwitch(value);
       break;
     case Field::Address:
-      isShown = IsNumeric(value);
+      isShown = IsNumericAddress(value);
       break;
     case Field::Port:
       isShown = IsPort(value) || value == "auto";
@@ -281,7 +230,7 @@ std::string Masker::ConfigLine(std::string_view line, bool continues) {
   const std::string_view rest = line.substr(length);
   const bool isWhole = IsBlankText(rest);
   if (!isWhole && !IsComment(line)) {
-    LearnLine(rest);
+    LearnSecretsOfLine(line, continues, [this](std::string_view secret) { m_known.Learn(secret); });
   }
   const std::string_view shown = isWhole ? line : line.substr(0, length);
   const std::size_t keyword = LengthOfKeyword(shown);
@@ -310,36 +259,14 @@ std::string Masker::Config(std::string_view text) {
   return "(" + Counted(text.size(), "byte") + ", not shown: " + reason + ")";
 }
 
-std::string Masker::CommandWord(std::string_view word, std::string_view before) {
-  const bool isValue = IsOption(before) && before.size() == 2;
-  const bool isSecret =
-      (isValue && !IsHarmlessOption(before)) || (IsOption(word) && word.size() > 2 && !IsHarmlessOption(word));
-  if (isSecret) {
-    m_known.Learn(IsOption(word) ? word.substr(2) : word);
-  }
-  const bool isShown = isValue ? !isSecret : (IsOption(word) && !isSecret) || IsNumeric(word) || NamesSnmpProgram(word);
-  return isShown || word.empty() ? std::string(word) : kMask;
-}
-
 std::string Masker::CommandLine(const std::vector<std::string>& words) {
+  const ProgramLine shown = m_showSecrets ? ProgramLine{words, {}} : ShownProgramLine(words);
+  for (const std::string& secret : shown.secrets) {
+    m_known.Learn(secret);
+  }
   std::string line;
-  std::string before;
-  bool isSnmp = false;
-  for (const std::string& word : words) {
-    isSnmp = isSnmp || NamesSnmpProgram(word);
-    std::string shown;
-    if (m_showSecrets || !isSnmp) {
-      shown = Text(word);
-    } else {
-      for (std::size_t at = 0; at <= word.size();) {
-        const std::size_t end = std::min(word.find_first_of(" \t\r\n", at), word.size());
-        const std::string piece = word.substr(at, end - at);
-        shown += (at == 0 ? "" : " ") + CommandWord(piece, before);
-        before = piece;
-        at = end + 1;
-      }
-    }
-    line += (line.empty() ? "" : " ") + AsWord(shown);
+  for (const std::string& word : shown.words) {
+    line += (line.empty() ? "" : " ") + AsWord(word);
   }
   return m_showSecrets ? line : m_known.Mask(line);
 }
@@ -354,6 +281,13 @@ std::string Masker::Pattern(const std::string& pattern) const {
     at += rest.front() == '\\' ? 2 : std::max<std::size_t>(length, 1);
   }
   return isKnown || m_showSecrets ? pattern : kMask;
+}
+
+std::string Masker::Expected(const std::string& text) const {
+  const std::string pattern = Pattern(text);
+  const std::size_t length = text.size() <= kLongestHarmless ? text.size() : LengthOfExplanation(text);
+  const std::string shown = Text(std::string_view(text).substr(0, length), WrittenBy::Others);
+  return pattern != kMask ? pattern : length == text.size() ? shown : WithMask(shown);
 }
 
 std::string Masker::Text(std::string_view text, WrittenBy author) const {

@@ -34,16 +34,17 @@ class Masker {
   // An snmpd.conf, line by line (ConfigSecrets.h). Of what is not plain text, its size and why: "(12 bytes, not shown:
   // ...)".
   std::string Config(std::string_view text);
-  // A program's command line, as a script writes it. Of the words that follow the name of an SNMP program only options,
-  // numbers and addresses are shown.
+  // A program's command line, as a script writes it: the program, options of one letter, short words and addresses.
   std::string CommandLine(const std::vector<std::string>& words);
 
   // Free text: a message, a log line, a reason, what a program wrote. Hides what is remembered, and the rest of a line
   // behind what looks like a secret's place. Learns nothing.
   std::string Text(std::string_view text, WrittenBy author = WrittenBy::Us) const;
-  // A pattern that a text with secrets is compared with: shown when all words in it are names of fields, settings and
-  // directives. Learns nothing.
+  // A pattern that a text is compared with: shown when all words in it are names of fields, settings and directives. Learns
+  // nothing.
   std::string Pattern(const std::string& pattern) const;
+  // A text that free text is compared with: shown like a pattern, or as far as it explains in plain words. Learns nothing.
+  std::string Expected(const std::string& text) const;
 
  private:
   struct FieldPlace {
@@ -52,14 +53,11 @@ class Masker {
     bool isText;               // of the element, not of an attribute
   };
 
-  // What is hidden of a line, whole and as the words that the daemon cuts it into.
-  void LearnLine(std::string_view rest);
   std::string FieldValue(std::string_view name, const std::string& value, const FieldPlace& place);
   void LearnFrom(const XmlElement& element);
   void LearnFromDamaged(std::string_view xml);
   void HideIn(XmlElement& element, bool isKnown);
   std::string ConfigLine(std::string_view line, bool continues);
-  std::string CommandWord(std::string_view word, std::string_view before);
 
   bool m_showSecrets;
   KnownSecrets m_known;

@@ -97,9 +97,10 @@ std::vector<std::string> Explain(const std::string& expected, const std::string&
 
 }  // namespace
 
-std::vector<std::string> ExplainDifference(const std::string& expected, const std::string& found, const Mask& mask) {
-  const std::string shownExpected = mask(expected);
-  const std::string shownFound = mask(found);
+std::vector<std::string> ExplainDifference(const std::string& expected, const std::string& found, const Mask& maskExpected,
+                                           const Mask& maskFound) {
+  const std::string shownExpected = maskExpected(expected);
+  const std::string shownFound = maskFound(found);
   const std::size_t line = FirstDifference(expected, found).line;
   const std::string where = "  line " + std::to_string(line) + " differs in what is masked";
   if (shownExpected == shownFound) {

@@ -125,7 +125,14 @@ std::string HostileSecrets::Line() {
                            "#~community~{}",
                            "#~the~passphrase~{}",
                            "#~was:~rocommunity~{}",
-                           "#~{}~is~the~community"});
+                           "#~{}~is~the~community",
+                           "#~it~is~the~token~{}",
+                           "#~RO:~{}",
+                           "#~./x.sh~-c~{}",
+                           "#~authkey={}",
+                           "#~net-snmp-create-v3-user~-A~{}~bob",
+                           "#rocomm~{}",
+                           "#com2~sec~me~default~{}"});
   const std::string keyword = line.substr(0, line.find('~'));
   // One letter of it is wrong, or two, or letters of another script look like its own.
   const std::size_t wrong = keyword.size() < 5 || !OneOf(4) ? 0 : keyword.size() < 6 ? 1 : 1 + m_choose(2);

@@ -62,7 +62,7 @@ TEST(AHarmlessConfiguration, IsShownAsItIs) {
                                           "view all included .1",
                                           "   ",
                                           "sysLocation \"Kitchen\" # 12",
-                                          "# caf\xC3\xA9",
+                                          "# our caf\xC3\xA9",
                                           "agentAddress udp:161"};
   for (int i = 0; i != 1000; ++i) {
     std::string text;

@@ -8,7 +8,8 @@ namespace devhost {
 namespace {
 
 std::vector<std::string> Explained(const std::string& expected, const std::string& found) {
-  return ExplainDifference(expected, found, [](const std::string& text) { return text; });
+  const Mask whole = [](const std::string& text) { return text; };
+  return ExplainDifference(expected, found, whole, whole);
 }
 
 using testing::Each;
@@ -76,8 +77,14 @@ TEST(ADifference, MarksTheColumnAlsoBehindCharactersThatAreShownAsSeveral) {
 
 // Masks what stands in brackets.
 std::vector<std::string> Masked(const std::string& expected, const std::string& found) {
-  return ExplainDifference(expected, found,
-                           [](const std::string& text) { return std::regex_replace(text, std::regex("<[^>]*>"), "*"); });
+  const Mask mask = [](const std::string& text) { return std::regex_replace(text, std::regex("<[^>]*>"), "*"); };
+  return ExplainDifference(expected, found, mask, mask);
+}
+
+TEST(ADifference, ShowsEachTextThroughAMaskOfItsOwn) {
+  EXPECT_THAT(ExplainDifference(
+                  "one", "two", [](const std::string&) { return "1"; }, [](const std::string&) { return "2"; }),
+              ElementsAre("  expected: 1", "  found:    2"));
 }
 
 TEST(ADifferenceInWhatIsMasked, IsToldWithoutShowingIt) {
