@@ -171,7 +171,12 @@ void ScriptRunner::ReportFailure(const std::exception& error) {
   // A command that was not sent has no driver: nobody knows what the author of the script has written there.
   const bool isUnknown = m_sending != nullptr && !m_sending->mustSucceed;
   const auto shown = [&](const std::string& text) {
-    return m_secrets.Text(isUnknown ? boost::replace_all_copy(text, Quoted(m_sending->name), Quoted(kMask)) : text);
+    std::string known = text;
+    if (isUnknown) {
+      boost::replace_all(known, Quoted(m_sending->name), Quoted(kMask));
+      boost::replace_all(known, '"' + m_sending->name + '"', Quoted(kMask));
+    }
+    return m_secrets.Text(known);
   };
   ScriptOccurrence failure{Kind::Error, 0, "", shown(error.what())};
   if (const HostError* const concerned = dynamic_cast<const HostError*>(&error)) {

@@ -54,6 +54,15 @@ TEST_F(HistoryCommand, PrintsAJsonObjectWhereItStops) {
             "device; allowed: 1 to 2\"}\n");
 }
 
+TEST_F(HistoryCommand, HidesNamesInSnapshotsThatSomebodyHasEdited) {
+  const std::string snapshot = "project.xml.snapshots/driver-12/2/";
+  folder.Write(snapshot + "about.xml", "<snapshot format='1' time='1' operation='apply geheim' device='kitchen'/>");
+  folder.Write(snapshot + "after.xml", "<managedDevice><geheim>x</geheim></managedDevice>");
+  const std::string listed = Do("history").out + Do("history", {"--json"}).out;
+  EXPECT_THAT(listed, AllOf(HasSubstr("  *****  "), HasSubstr("\"operation\":\"*****\""), Not(HasSubstr("geheim"))));
+  EXPECT_THAT(Do("history", {"--show-secrets"}).out, HasSubstr("  apply geheim  geheim\n"));
+}
+
 TEST_F(HistoryCommand, SaysThatThereIsNothing) {
   EXPECT_EQ(Do("history", {"--snapshots", folder.Path("nowhere")}).out, "no snapshots of kitchen\n");
 }
