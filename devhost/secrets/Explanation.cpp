@@ -17,6 +17,8 @@ constexpr char kDigits[] = "0123456789";
 // Longer numbers may be secrets.
 constexpr std::size_t kMostDigits = 3;
 constexpr std::size_t kFewestWords = 2;
+// Nothing that short is a secret.
+constexpr std::size_t kTooShort = 3;
 
 // What LengthOfExplanation does not take for plain words, without the marks in front of it.
 constexpr std::string_view kStock[] = {
@@ -151,6 +153,9 @@ bool IsTimeStamp(std::string_view text) {
 
 std::size_t LengthOfExplanation(std::string_view text) {
   const std::size_t begin = std::min(text.find_first_not_of(" \t#-*;"), text.size());
+  if (text.size() - begin <= kTooShort) {
+    return text.size();
+  }
   const bool isComment = text.find('#') < begin;
   Token token = TokenAt(text, begin);
   const bool isDirective = IsHarmlessName(token.text);

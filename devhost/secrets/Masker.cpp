@@ -19,8 +19,6 @@ namespace devhost {
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
-// Too short for a secret.
-constexpr std::size_t kLongestHarmless = 3;
 
 // The setting that an element is about, where it says so.
 std::string_view SettingOf(const XmlElement& element) {
@@ -285,7 +283,7 @@ std::string Masker::Pattern(const std::string& pattern) const {
 
 std::string Masker::Expected(const std::string& text) const {
   const std::string pattern = Pattern(text);
-  const std::size_t length = text.size() <= kLongestHarmless ? text.size() : LengthOfExplanation(text);
+  const std::size_t length = LengthOfExplanation(text);
   const std::string shown = Text(std::string_view(text).substr(0, length), WrittenBy::Others);
   return pattern != kMask ? pattern : length == text.size() ? shown : WithMask(shown);
 }

@@ -21,12 +21,12 @@ std::string Difference(const std::string& before, const std::string& after, bool
 }
 
 TEST(ADifference, IsAUnifiedDiffWithTheFileInItsHead) {
-  EXPECT_EQ(Difference("#one\n#two\n#three\n", "#one\n#2\n#three\n"), kHead +
-                                                                          "@@ -1,3 +1,3 @@\n"
-                                                                          " #one\n"
-                                                                          "-#two\n"
-                                                                          "+#2\n"
-                                                                          " #three\n");
+  EXPECT_EQ(Difference("#one\n#two\n#3\n", "#one\n#2\n#3\n"), kHead +
+                                                                  "@@ -1,3 +1,3 @@\n"
+                                                                  " #one\n"
+                                                                  "-#two\n"
+                                                                  "+#2\n"
+                                                                  " #3\n");
 }
 
 TEST(ADifference, OfEqualTextsIsEmpty) {
