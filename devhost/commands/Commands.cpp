@@ -29,20 +29,10 @@ bool IsWrongInput(const std::exception& error) {
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {
-      MakeRun(),   MakeCheck(),  MakeAdvise(),    MakeValidate(), MakePreview(), MakeApply(), MakeHistory(),   MakeUndo(),
-      MakeDrift(), MakeModule(), MakeNewDriver(), MakeConform(),  MakeFleet(),   MakeTrust(), MakeCompletion()};
-      MakeRun(),   MakeCheck(), MakeAdvise(), MakeValidate(),  MakePreview(), MakeApply(), MakeHistory(),   MakeUndo(),
-      MakeDrift(), MakeProbe(), MakeModule(), MakeNewDriver(), MakeConform(), MakeTrust(), MakeCompletion()};
-  static const std::vector<Command> commands = {MakeRun(),       MakeCheck(),   MakeAdvise(),  MakeValidate(),
-                                                MakePreview(),   MakeApply(),   MakeHistory(), MakeUndo(),
-                                                MakeDrift(),     MakeProbe(),   MakeRotate(),  MakeModule(),
-                                                MakeNewDriver(), MakeConform(), MakeTrust(),   MakeCompletion()};
-      MakeRun(),  MakeShell(), MakeCheck(),  MakeAdvise(),    MakeValidate(), MakePreview(), MakeApply(),     MakeHistory(),
-      MakeUndo(), MakeDrift(), MakeModule(), MakeNewDriver(), MakeConform(),  MakeTrust(),   MakeCompletion()};
-  static const std::vector<Command> commands = {MakeRun(),       MakeCheck(),   MakeAdvise(), MakePreview(),   MakeAdopt(),
-                                                MakeApply(),     MakeHistory(), MakeUndo(),   MakeDrift(),     MakeModule(),
-                                                MakeNewDriver(), MakeConform(), MakeTrust(),  MakeCompletion()};
+  static const std::vector<Command> commands = {MakeRun(),     MakeShell(), MakeCheck(),  MakeAdvise(),    MakeValidate(),
+                                                MakePreview(), MakeAdopt(), MakeApply(),  MakeHistory(),   MakeUndo(),
+                                                MakeDrift(),   MakeProbe(), MakeRotate(), MakeModule(),    MakeNewDriver(),
+                                                MakeConform(), MakeFleet(), MakeTrust(),  MakeCompletion()};
   return commands;
 }
 

@@ -37,8 +37,8 @@ const std::vector<SubjectForm>& SubjectForms();
 // std::runtime_error, which says what is wrong and what is allowed, without the place.
 Action ParseAction(const std::vector<std::string>& words, const std::string& folder, const DriverNames& names);
 
-// The words that can stand where a line ends, for completion: those of the language and the names of `drivers`, as far as they
-// begin with what the line has of the last word. In alphabetical order; none where anything can stand.
+// The words that can stand where a line ends, for completion: those of the language and the names of `drivers`, as far as
+// they begin with what the line has of the last word. In alphabetical order; none where anything can stand.
 std::vector<std::string> NextWords(const std::string& line, const std::vector<std::string>& drivers);
 
 }  // namespace devhost

@@ -32,8 +32,8 @@ class ScriptRunner : private HostObserver {
   void Start() { Start(m_project.variables); }
   // Plays a script that CheckScript has passed. Gives up early when a restart fails or nobody sees the report any more.
   void Play(const Script& script);
-  // Plays one line of a session, which nobody has checked, as the line with that number, and reports that it is done. Returns
-  // whether it went well. A line without an action does.
+  // Plays one line of a session, which nobody has checked, as the line with that number, and reports that it is done.
+  // Returns whether it went well. A line without an action does.
   bool PlayLine(const Script& line, std::size_t number);
   // Whether there is nothing more to play to, because a restart has failed.
   bool HasGivenUp() const { return m_givenUp; }

@@ -15,9 +15,9 @@ class LineInput {
   // The descriptor is borrowed; `name` is for messages.
   LineInput(int descriptor, std::string name);
 
-  // Waits for the next line and returns it without its line feed; nothing at the end of the input. The last line needs no line
-  // feed. Throws FileError when the input cannot be read, or for a line of more than kLongestLine bytes; there is nothing to
-  // read after that.
+  // Waits for the next line and returns it without its line feed; nothing at the end of the input. The last line needs no
+  // line feed. Throws FileError when the input cannot be read, or for a line of more than kLongestLine bytes; there is
+  // nothing to read after that.
   std::optional<std::string> Next();
 
  private:
@@ -26,8 +26,8 @@ class LineInput {
 
   int m_descriptor;
   std::string m_name;
-  std::string m_read;        // but not returned yet
-  std::size_t m_seen = 0;    // so much of it holds no line feed
+  std::string m_read;      // but not returned yet
+  std::size_t m_seen = 0;  // so much of it holds no line feed
 };
 
 }  // namespace devhost

@@ -111,13 +111,9 @@ TEST(Version, IsOneLine) {
 
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   EXPECT_EQ(Parse({"blub"}).text,
-            "devhost: there is no command \"blub\"; allowed: run, check, advise, validate, preview, apply, history, undo, "
-            "drift, probe, rotate, "
-            "devhost: there is no command \"blub\"; allowed: run, shell, check, advise, validate, preview, apply, history, "
-            "undo, drift, "
-            "module, new-driver, conform, trust, completion\nTry "
-            "\"devhost "
-            "--help\".\n");
+            "devhost: there is no command \"blub\"; allowed: run, shell, check, advise, validate, preview, adopt, apply, "
+            "history, undo, drift, "
+            "probe, rotate, module, new-driver, conform, fleet, trust, completion\nTry \"devhost --help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,
             "devhost: The following argument was not expected: b; allowed: devhost run [options] [script]\n"
             "Try \"devhost run --help\".\n");
