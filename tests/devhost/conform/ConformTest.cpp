@@ -179,6 +179,7 @@ TEST(WhatTheProfileDoesNotClaim, IsSkippedWithTheNameOfTheClaim) {
 TEST(AProgramThatCannotBeStarted, SaysNothingAboutTheDriver) {
   Conformance conformance = SkeletonConformance("none");
   conformance.program = "/nowhere/devhost";
+  conformance.runner.clear();
   EXPECT_EQ(OutcomeOf(conformance, "traps-add").status, Status::Broken);
 }
 

@@ -90,7 +90,9 @@ class AScriptOfARandomSession : public AToolSession {
                      "name='device' module='" +
                          SkeletonModule(fault) + "'><config folder='{project}/device'/></driver></project>");
     ProgramRun run;
-    run.words = {DEVHOST_PROGRAM, "run", "--project", project, folder.Write("session.devhost", script)};
+    run.words = SkeletonConformance("none").runner;
+    run.words.insert(run.words.end(),
+                     {DEVHOST_PROGRAM, "run", "--project", project, folder.Write("session.devhost", script)});
     return RunProgram(run);
   }
 };
