@@ -1,3 +1,5 @@
+#include <arpa/inet.h>
+
 #include "devhost/check/Rules.h"
 
 // The operands of lines about access, and the names that lead from one to another.
@@ -78,14 +80,63 @@ void JudgePowerless(const Sight& sight, Report& report) {
   }
 }
 
+// Four numbers of at most three digits, without a mask.
+bool IsBareAddress(std::string_view text) {
+  in_addr address = {};
+  return ::inet_pton(AF_INET, std::string(text).c_str(), &address) == 1;
+}
+
+void JudgeSourceMisread(const Sight& sight, Report& report) {
+  const AccessLine* const access = JudgedAccess(sight);
+  if (access == nullptr || !access->problem.empty() || access->kind != AccessLine::Kind::Community) {
+    return;
+  }
+  const std::vector<DirectiveWord>& words = sight.line.setting->words;
+  const std::size_t source = sight.Keyword() == "authcommunity" ? 2 : 1;
+  if (words.size() > source && words[source].text == "0.0.0.0") {
+    report.Add("0.0.0.0 is the address of one host that nobody has: the line lets nobody in",
+               "write default, or 0.0.0.0/0, for everybody");
+  }
+  if (words.size() > source + 1 && IsBareAddress(words[source + 1].text)) {
+    report.Add("a second address: the daemon takes it for a subtree of that number, in which nothing is",
+               "write a line of its own for each address");
+  }
+}
+
+const char* ReasonOf(UserNames::Mismatch what) {
+  switch (what) {
+    case UserNames::Mismatch::Again:
+      return "the user is made a second time: the daemon uses this line, and the passphrase of the first is wrong";
+    case UserNames::Mismatch::Case:
+      return "createUser makes a user whose name differs in capitals: the daemon takes them for two users";
+    case UserNames::Mismatch::NoPrivacy:
+      return "the line demands encryption, but createUser gives this user no key for it: the user is let in by no means";
+  }
+  return "";
+}
+
+void JudgeUsers(const Sight& sight, Report& report) {
+  if (!KnowsAllNames(sight)) {
+    return;
+  }
+  for (const UserNames::Found& found : sight.above.users.Mismatches()) {
+    report.Begin(kUserRule, Severity::Error, found.line);
+    report.Add(ReasonOf(found.what), "let createUser and rouser or rwuser say the same");
+  }
+}
+
 }  // namespace
 
 std::vector<Rule> AccessRules() {
   using S = Severity;
   return {
-      {"access-rejected", S::Error, JudgeRejected},    {"object-by-name", S::Warning, JudgeObjectName},
-      {"source-by-name", S::Warning, JudgeSourceName}, {kNotDefinedRule, S::Error, JudgeNotDefined},
+      {"access-rejected", S::Error, JudgeRejected},
+      {"object-by-name", S::Warning, JudgeObjectName},
+      {"source-by-name", S::Warning, JudgeSourceName},
+      {kNotDefinedRule, S::Error, JudgeNotDefined},
       {kNoRightsRule, S::Warning, JudgePowerless},
+      {"source-misread", S::Error, JudgeSourceMisread},
+      {kUserRule, S::Error, JudgeUsers},
   };
 }
 

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <iterator>
+
 #include "devhost/check/Rules.h"
 #include "devhost/check/UserLine.h"
 
@@ -80,14 +83,45 @@ void JudgeEqualsSign(const Sight& sight, Report& report) {
   }
 }
 
+void JudgeUnknownSection(const Sight& sight, Report& report) {
+  const std::string_view text = TrimmedView(sight.line.text);
+  if (sight.line.setting || sight.line.elsewhere || text.substr(0, 1) != "[" || text.back() != ']') {
+    return;
+  }
+  if (text != "[snmpd]" && text != "[snmp]" && text != "[agentx]") {
+    report.Add("the daemon does not know this section: the lines below belong to the section above it",
+               "write [snmpd] or [snmp], in lower case, or remove the line");
+  }
+}
+
+void JudgeTypographicQuote(const Sight& sight, Report& report) {
+  constexpr std::string_view kQuotes[] = {"\xE2\x80\x9C", "\xE2\x80\x9D", "\xE2\x80\x9E", "\xE2\x80\x98",
+                                          "\xE2\x80\x99", "\xE2\x80\x9A", "\xC2\xAB",     "\xC2\xBB"};
+  if (!sight.line.setting || IsSystemText(sight.Keyword())) {
+    return;
+  }
+  for (const DirectiveWord& word : sight.line.setting->words) {
+    const bool isQuoted = static_cast<unsigned char>(word.text.empty() ? '\0' : word.text.front()) >= 0x80 &&
+                          std::any_of(std::begin(kQuotes), std::end(kQuotes), [&word](std::string_view quote) {
+                            return word.text.compare(0, quote.size(), quote) == 0;
+                          });
+    if (isQuoted) {
+      report.Add("a quote of a word processor: the daemon takes it for a part of the word",
+                 "write the quote of the keyboard, or none");
+      return;
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<Rule> DirectiveRules() {
   using S = Severity;
   return {
-      {"unknown-directive", S::Error, JudgeUnknown},        {"other-section", S::Error, JudgeOtherSection},
-      {"sign-behind-directive", S::Error, JudgeEqualsSign}, {"user-rejected", S::Error, JudgeUser},
-      {"plain-passphrase", S::Warning, JudgePassphrase},
+      {"unknown-directive", S::Error, JudgeUnknown},          {"other-section", S::Error, JudgeOtherSection},
+      {"sign-behind-directive", S::Error, JudgeEqualsSign},   {"user-rejected", S::Error, JudgeUser},
+      {"plain-passphrase", S::Warning, JudgePassphrase},      {"unknown-section", S::Error, JudgeUnknownSection},
+      {"typographic-quote", S::Error, JudgeTypographicQuote},
   };
 }
 

@@ -23,8 +23,8 @@ bool IsSectionSetting(std::string_view keyword) {
 
 // Directives of which the rules look at more than the name.
 bool IsJudged(std::string_view keyword) {
-  constexpr std::string_view kOthers[] = {"agentxretries", "trapsink",        "trap2sink", "informsink",
-                                          "trapsess",      "includealldisks", "createuser"};
+  constexpr std::string_view kOthers[] = {"agentxretries",   "trapsink",   "trap2sink", "informsink",  "trapsess",
+                                          "includealldisks", "createuser", "sysdescr",  "engineidtype"};
   return IsSectionSetting(keyword) || IsAccess(keyword) || IsPlainValue(keyword) || IsInclude(keyword) ||
          std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
@@ -43,6 +43,9 @@ void Remember(const Sight& sight, History& history) {
   const bool leadsToUnread = IsInclude(setting.keyword) && (sight.included == nullptr || !sight.included->problem.empty());
   history.hasUnread = history.hasUnread || leadsToUnread;
   history.hasAccess = history.hasAccess || LetsIn(sight);
+  if (setting.keyword == "createuser" || (sight.access && sight.access->problem.empty())) {
+    history.users.Add(setting, line.number);
+  }
   if (sight.access) {
     history.names.Add(*sight.access, line.number);
   }

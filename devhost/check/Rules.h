@@ -17,6 +17,7 @@
 #include "devhost/check/ReadBack.h"
 #include "devhost/check/Report.h"
 #include "devhost/check/TrapSession.h"
+#include "devhost/check/UserNames.h"
 #include "devhost/snmpd/DirectiveNames.h"
 
 // The rules that an snmpd.conf is judged by. docs/check-rules.md describes each of them.
@@ -51,6 +52,7 @@ struct History {
   std::unordered_map<std::string, std::size_t> sinks;  // by host and port: the first line
   std::size_t firstText = 0;                           // the first line that is not blank
   AccessNames names;                                   // which views, groups and security names there are
+  UserNames users;                                     // which users lines make, and let in
   bool hasAccess = false;                              // a community or a user has access by a line of its own
   bool hasUnread = false;                              // a file that is not known may say more
   bool hasNul = false;
@@ -121,6 +123,7 @@ inline constexpr char kSettingMissingRule[] = "setting-missing";
 inline constexpr char kLostRule[] = "line-lost";  // what a preview finds beside the rules
 inline constexpr char kNotDefinedRule[] = "name-not-defined";
 inline constexpr char kNoRightsRule[] = "no-rights";
+inline constexpr char kUserRule[] = "user-mismatch";
 inline constexpr char kDaemonRule[] = "daemon";  // whatever the daemon's parser complains of
 
 // Looks at who may read and change a file. `line` is the line for what concerns the whole file.

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "devhost/check/Rules.h"
+#include "devhost/check/Subtree.h"
 
 // Values that the daemon rejects or takes for something else.
 namespace devhost {
@@ -62,7 +63,7 @@ void JudgeMissingValue(const Sight& sight, Report& report) {
 }
 
 void JudgeTextLength(const Sight& sight, Report& report) {
-  if (IsSystemText(sight.Keyword()) && sight.line.setting->rest.size() > kLongestText) {
+  if ((IsSystemText(sight.Keyword()) || sight.Keyword() == "sysdescr") && sight.line.setting->rest.size() > kLongestText) {
     report.Add("the text is longer than 255 bytes: the daemon rejects the line and serves its default",
                "choose a text of at most 255 bytes; a letter outside ASCII has two bytes or more");
   }
@@ -120,10 +121,34 @@ bool IsWholeNumber(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+// As the daemon takes one for itself, without MIB files.
+bool IsObjectId(std::string_view text) {
+  return text.find('"') == std::string_view::npos && JudgeSubtree(text) == Subtree::Good;
+}
+
 const PlainValue* FindPlainValue(std::string_view keyword) {
   const auto* const found = std::find_if(std::begin(kPlainValues), std::end(kPlainValues),
                                          [keyword](const PlainValue& value) { return value.keyword == keyword; });
   return found == std::end(kPlainValues) ? nullptr : found;
+}
+
+// The values of the system group that are not texts, and the kind of the engine's id.
+void JudgeSystemValue(const Sight& sight, Report& report) {
+  const std::string_view keyword = sight.Keyword();
+  if ((keyword != "sysobjectid" && keyword != "sysservices" && keyword != "engineidtype") ||
+      sight.line.setting->words.empty() || sight.line.setting->rest.front() == '#') {
+    return;
+  }
+  const std::string_view word = FirstWord(sight.line.setting->rest);
+  if (keyword == "sysobjectid" && !IsObjectId(sight.line.setting->rest)) {
+    report.Add("sysObjectID is not an object identifier in numbers: the daemon rejects the line",
+               "write numbers, for example .1.3.6.1.4.1.8072.3.2.10, without quotes");
+  } else if (keyword == "sysservices" && !IsWholeNumber(word)) {
+    report.Add("sysServices is not a whole number: the daemon serves the number in front, or 0",
+               "write a number, for example 72");
+  } else if (keyword == "engineidtype" && word != "1" && word != "2" && word != "3") {
+    report.Add("the daemon knows 1 (IPv4), 2 (IPv6) and 3 (the address of the network card): it takes 1", "write 1, 2 or 3");
+  }
 }
 
 void JudgePlainValue(const Sight& sight, Report& report) {
@@ -154,7 +179,8 @@ bool IsPlainValue(std::string_view keyword) {
 bool IsRejected(const Directive& setting) {
   return setting.rest.empty() || setting.rest.front() == '#' ||
          (IsSystemText(setting.keyword) && setting.rest.size() > kLongestText) ||
-         (setting.keyword == "agentxtimeout" && !IsTime(setting.rest));
+         (setting.keyword == "agentxtimeout" && !IsTime(setting.rest)) ||
+         (setting.keyword == "sysobjectid" && !IsObjectId(setting.rest));
 }
 
 std::vector<Rule> ValueRules() {
@@ -162,7 +188,7 @@ std::vector<Rule> ValueRules() {
   return {
       {"value-begins-with-hash", S::Error, JudgeHash}, {"value-missing", S::Error, JudgeMissingValue},
       {"text-too-long", S::Error, JudgeTextLength},    {"agentx-timeout", S::Error, JudgeAgentXTimeout},
-      {"value-wrong", S::Error, JudgePlainValue},
+      {"value-wrong", S::Error, JudgePlainValue},      {"system-value-wrong", S::Error, JudgeSystemValue},
   };
 }
 

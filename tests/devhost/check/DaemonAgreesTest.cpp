@@ -251,6 +251,38 @@ TEST(TheDaemon, RejectsALongText) {
   EXPECT_EQ(ServedFile(NearMiss("text-too-long")).Value(e2e::kSysContact), std::string(255, 'x'));
 }
 
+TEST(TheDaemon, RejectsALongDescription) {
+  const std::string text = "sysDescr  " + std::string(256, 'x') + "\n";
+  EXPECT_EQ(LinesFound("text-too-long", text), std::vector<std::size_t>{1});
+  EXPECT_TRUE(ServedFile(text).Says("line 1: Error: sysDescr token too long"));
+}
+
+TEST(TheDaemon, RejectsAnObjectIdByNameAndServesZeroServices) {
+  const ServedFile daemon(Example("system-value-wrong"));
+  EXPECT_TRUE(daemon.Says("line 1: Error: sysobjectid token not a parsable OID")) << daemon.Log();
+  EXPECT_EQ(daemon.Value(".1.3.6.1.2.1.1.7.0"), "0");
+  EXPECT_TRUE(daemon.Says("line 3: Error: Unsupported")) << daemon.Log();
+  const ServedFile other(NearMiss("system-value-wrong"));
+  EXPECT_FALSE(other.Says("Error")) << other.Log();
+  EXPECT_EQ(other.Value(".1.3.6.1.2.1.1.7.0"), "72");
+}
+
+TEST(TheDaemon, LetsNobodyInFromNoHostAndTakesASecondAddressForASubtree) {
+  const ServedFile daemon(Example("source-misread"));
+  EXPECT_TRUE(daemon.ShutsOut("nobody"));
+  EXPECT_FALSE(daemon.LetsIn("half"));
+  const ServedFile other(NearMiss("source-misread"));
+  EXPECT_TRUE(other.LetsIn("nobody"));
+  EXPECT_TRUE(other.LetsIn("half"));
+}
+
+TEST(TheDaemon, TakesATypographicQuoteForALetter) {
+  const ServedFile daemon(Example("typographic-quote"));
+  EXPECT_TRUE(daemon.ShutsOut("reader"));
+  EXPECT_TRUE(daemon.LetsIn("\xE2\x80\x9Creader\xE2\x80\x9D"));
+  EXPECT_TRUE(ServedFile(NearMiss("typographic-quote")).LetsIn("reader"));
+}
+
 TEST(TheDaemon, RejectsATimeoutWithoutNumber) {
   const ServedFile daemon(Example("agentx-timeout"));
   EXPECT_TRUE(daemon.Says("line 2: Error: Blank line following agentXTimeout token")) << daemon.Log();
@@ -364,6 +396,14 @@ TEST(TheDaemon, DoesNotChangeTheSectionForAnUnknownName) {
   EXPECT_TRUE(daemon.LetsIn("reader"));
   EXPECT_EQ(daemon.Value(e2e::kSysName), "box");
   EXPECT_NE(daemon.Value(e2e::kSysContact), "Ada");
+}
+
+TEST(TheDaemon, IgnoresASectionThatItDoesNotKnow) {
+  const ServedFile daemon(Example("unknown-section"));
+  EXPECT_TRUE(daemon.Says("line 2: Error: No handlers")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 3: Error: No handlers")) << daemon.Log();
+  EXPECT_TRUE(daemon.ShutsOut("reader"));
+  EXPECT_TRUE(ServedFile(NearMiss("unknown-section")).LetsIn("reader"));
 }
 
 TEST(TheDaemon, LeavesAPassphraseInTheFileAndKeepsAKey) {
