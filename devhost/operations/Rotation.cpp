@@ -14,8 +14,8 @@ namespace devhost {
 
 namespace {
 
-constexpr std::string_view kBegin = "# devhost rotate: what follows stays valid until the rotation is finished";
-constexpr std::string_view kEnd = "# devhost rotate: end";
+constexpr std::string_view kBegin = "# What follows stays valid until devhost rotate is finished";
+constexpr std::string_view kEnd = "# Here ends what devhost rotate has kept";
 
 // Where the old communities stand: [begin, end) with the comments around them and the empty line in front.
 struct Block {
