@@ -153,7 +153,7 @@ UdpEnd SnmpClient::SendTrap(const Oid& trap, const std::vector<std::pair<Oid, st
   if (::snmp_sess_send(session.Handle(), request.get()) == 0) {
     return errno == 0 ? UdpEnd::Failed : EndOf(errno);
   }
-  request.release();  // the library frees what it has sent
+  static_cast<void>(request.release());  // the library frees what it has sent
   pollfd ready = {session.Socket(), 0, 0};
   ::poll(&ready, 1, static_cast<int>(objection.count()));
   int error = 0;
