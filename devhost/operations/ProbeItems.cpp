@@ -1,6 +1,7 @@
 #include "devhost/operations/ProbeItems.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "devhost/text/Words.h"
 
@@ -143,11 +144,13 @@ bool HasCommunity(const XmlElement& settings) {
 
 std::vector<ProbeItem> ProbeTexts(const Question& question) {
   std::vector<Oid> objects;
+  objects.reserve(std::size(kSystemTexts));
   for (const SystemText& text : kSystemTexts) {
     objects.push_back(text.object);
   }
   const SnmpReply reply = GetWithAny(question, objects);
   std::vector<ProbeItem> items;
+  items.reserve(objects.size());
   for (std::size_t at = 0; at < objects.size(); ++at) {
     const SystemText& text = kSystemTexts[at];
     const std::string configured = SettingText(question.settings, text.setting);
@@ -218,6 +221,7 @@ std::vector<ProbeItem> ProbeTargets(const Question& question) {
   const XmlElement* const targets = Child(question.settings, "snmpTrapTargets");
   const XmlElement* const shown = Child(question.shown, "snmpTrapTargets");
   std::vector<ProbeItem> items;
+  items.reserve(targets == nullptr ? 0 : targets->children.size());
   for (std::size_t at = 0; targets != nullptr && at < targets->children.size(); ++at) {
     const bool isThere = shown != nullptr && at < shown->children.size();
     items.push_back(ProbeTarget(question, targets->children[at], isThere ? shown->children[at] : none, at + 1));
