@@ -28,8 +28,8 @@ namespace {
 
 using Takes = CommandOption::Takes;
 
-const CommandOption kOperation{"operation",   "",   "What is done with each device: apply, preview, drift, check",
-                               Takes::Choice, true, {"apply", "preview", "drift", "check"}};
+const CommandOption kOperation{"operation",   "",   "What is done with each device: apply, preview, drift, probe, check",
+                               Takes::Choice, true, {"apply", "preview", "drift", "probe", "check"}};
 const CommandOption kInventory{"inventory", "", "File that lists the devices", Takes::Path, true};
 const CommandOption kJobs{"--jobs", "N", "How many devices at a time (default: 8)", Takes::Text};
 const CommandOption kWave{"--wave", "LIST", "Waves, as in 1,10%,100%: how many devices have had their turn after each",
@@ -40,8 +40,8 @@ const CommandOption kResume{"--resume", "", "Go on where the run of the record h
 const CommandOption kFleetJson{"--json", "", "Print one JSON object for each device, and one at the end"};
 
 constexpr char kFooter[] =
-    "Runs \"devhost apply\", \"preview\", \"drift\" or \"check\" for each device of the inventory, in a\n"
-    "process of its own. docs/fleet.md describes the inventory. In a settings file, {deviceId}\n"
+    "Runs \"devhost apply\", \"preview\", \"drift\", \"probe\" or \"check\" for each device of the\n"
+    "inventory, in a process of its own. docs/fleet.md describes the inventory. In a settings file, {deviceId}\n"
     "stands for the id of the device, so several devices can share one. All files of settings\n"
     "are read before the first device is touched.\n"
     "\n"

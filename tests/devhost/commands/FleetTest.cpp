@@ -111,6 +111,12 @@ TEST_F(AFleetOfDevices, ShowsDrift) {
   EXPECT_EQ(result.exitStatus, 1);
 }
 
+TEST_F(AFleetOfDevices, CannotBeProbedWhereNobodyKnowsTheDaemons) {
+  const ProgramResult result = Fleet({"probe", "fleet.xml"});
+  EXPECT_THAT(result.output, AllOf(HasSubstr("house.xml d11  unknown "), HasSubstr("5 devices: 5 unknown\n")));
+  EXPECT_EQ(result.exitStatus, 2);
+}
+
 TEST_F(AFleetOfDevices, HasItsFilesChecked) {
   folder.Write("fleet.xml", "<fleet><project file='barn.xml'><device name='d15' file='d15/snmpd.conf'/></project></fleet>");
   folder.Write("d15/snmpd.conf", "rocommunity public\n");
@@ -188,7 +194,7 @@ TEST_F(AFleetOfDevices, IsNotTouchedWhenSomethingIsWrong) {
       {{"apply", "fleet.xml", "--yes", "--wave", "2"}, "the last wave leaves out 3 devices"},
       {{"apply", "nowhere.xml", "--yes"}, "nowhere.xml"},
       {{"check", "fleet.xml"}, "fleet.xml:1: d11 of house.xml has no file that could be checked; write file=\"FILE\""},
-      {{"restart", "fleet.xml"}, "\"restart\" is unknown; allowed: apply, preview, drift, check"}};
+      {{"restart", "fleet.xml"}, "\"restart\" is unknown; allowed: apply, preview, drift, probe, check"}};
   for (const auto& [words, problem] : wrong) {
     const ProgramResult result = Fleet(words);
     EXPECT_THAT(result.output, HasSubstr(problem));
