@@ -12,7 +12,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
   PRODUCT_PACKAGES=(g++ cmake make libboost-dev)
   RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
   TEST_PACKAGES=(clang libclang-rt-14-dev binutils make patch pkg-config openssh-server openssh-client libnss-wrapper busybox
-    bash-completion zsh fish libxml2-utils python3)
+    bash-completion zsh fish libxml2-utils python3 ansible-core)
   I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386 libre2-dev:i386)
   ARMHF_PACKAGES=(g++-arm-linux-gnueabihf libpugixml-dev:armhf libre2-dev:armhf qemu-user)
   ABI_PACKAGES=(clang libboost-dev g++ g++-i686-linux-gnu)
