@@ -41,7 +41,8 @@ class Editor {
     ::el_set(m_editor.get(), EL_EDITOR, "emacs");
     ::el_set(m_editor.get(), EL_SIGNAL, 1);
     ::el_set(m_editor.get(), EL_HIST, &::history, m_history.get());
-    ::el_set(m_editor.get(), EL_ADDFN, "suggest", "offer words", &Editor::Suggest);
+    // Given narrow texts, the library copies them and never frees the copies.
+    ::el_wset(m_editor.get(), EL_ADDFN, L"suggest", L"offer words", &Editor::Suggest);
     ::el_set(m_editor.get(), EL_BIND, "^I", "suggest", nullptr);
     // While a line is edited, the terminal sends no signals, so Ctrl-C is a key like any other.
     ::el_set(m_editor.get(), EL_SETTY, "-d", "-isig", nullptr);
