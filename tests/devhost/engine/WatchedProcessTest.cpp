@@ -178,7 +178,8 @@ TEST(AWatchedProcess, StopsAndGoesOnTogetherWithTheOneThatWatches) {
   const pid_t watcher = ::fork();
   if (watcher == 0) {
     WatchedProcess::Begin();
-    ::raise(SIGTSTP);
+    // The system ignores what a terminal sends to stop a process in a session that has no shell.
+    ::raise(SIGSTOP);
     WatchedProcess::TellEnd(0);
     std::_Exit(0);
   }
