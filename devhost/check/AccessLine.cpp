@@ -49,6 +49,7 @@ constexpr char kAnyModel[] = "any is not a security model here, but the name is 
 constexpr char kNoLevel[] = "it knows no such security level; noauth, auth and priv are those that it knows";
 constexpr char kNoType[] = "it knows no such type of access; read, write and notify are some";
 constexpr char kNoSubtree[] = "the subtree is not an object identifier such as .1.3.6.1";
+constexpr char kZeroPrefix[] = "it takes 0 for exact, and asks for exact or prefix";
 constexpr char kNoPrefix[] = "it takes exact or prefix for the context, in lower case, and nothing else";
 
 // Reads the words of one line in turn. The first problem counts.
@@ -138,7 +139,8 @@ class Reader {
     const std::string prefix = Next(kMissing);
     Check(IsModel(model, true), kNoModel);
     Check(IsLevel(level), kNoLevel);
-    Check(prefix == "exact" || prefix == "prefix", kNoPrefix);
+    m_line.isTakenAnyway = prefix == "0" && m_line.problem.empty();
+    Check(prefix == "exact" || prefix == "prefix", prefix == "0" ? kZeroPrefix : kNoPrefix);
     if (m_setting.keyword == "setaccess") {
       Check(IsViewType(Next("the type of access is missing")), kNoType);
       Use(Next("the view is missing"));
@@ -194,10 +196,12 @@ class Reader {
   }
   void ReadAddress() {
     if (HasMore()) {
-      const Source source = *ReadSource(m_setting);
-      const std::string problem = WhyNoSource(source);
-      Check(problem.empty(), problem);
-      m_line.hasHostName = IsLookedUp(source);
+      // com2secunix has the path of a socket instead.
+      if (const std::optional<Source> source = ReadSource(m_setting)) {
+        const std::string problem = WhyNoSource(*source);
+        Check(problem.empty(), problem);
+        m_line.hasHostName = IsLookedUp(*source);
+      }
       ++m_at;
     }
   }
@@ -243,6 +247,7 @@ const std::map<std::string_view, Read>& Readers() {
       {"rwuser", user},
       {"com2sec", name},
       {"com2sec6", name},
+      {"com2secunix", name},
       {"group", [](const Directive& line) { return Reader(line, Kind::Member, false).ReadMember(); }},
       {"access", rights},
       {"setaccess", rights},

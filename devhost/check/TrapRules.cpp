@@ -33,7 +33,16 @@ std::string_view WithoutTransport(std::string_view target) {
   return known ? target.substr(colon + 1) : target;
 }
 
+// What follows the colon of these is a path or a name.
+bool HasNoPort(std::string_view target) {
+  return target.substr(0, 5) == "unix:" || target.substr(0, 6) == "alias:";
+}
+
 void ReadTarget(std::string_view target, Sink& sink) {
+  if (HasNoPort(target)) {
+    sink.host = target;
+    return;
+  }
   target = WithoutTransport(target);
   const std::size_t bracket = target.rfind(']');
   const std::size_t from = bracket == std::string_view::npos ? 0 : bracket;

@@ -34,8 +34,8 @@ std::string WhyNoValue(char option, const std::string& value) {
   if (option == 'l' && kLevels.count(lower) == 0) {
     return "there is no such security level; noAuthNoPriv, authNoPriv and authPriv are those that it knows";
   }
-  if ((option == 'r' || option == 't') && !IsNumber(value)) {
-    return "the number of retries or the time-out is not a number";
+  if (option == 'r' && !IsNumber(value)) {
+    return "the number of retries is not a number";
   }
   if (option == 'a' ? AuthKeyLength(value) == 0 : option == 'x' && PrivacyKeyLength(value) == 0) {
     return "there is no such authentication or encryption; SHA and AES are some";
@@ -54,6 +54,8 @@ class SessionReader {
       const std::string& word = m_at->text;
       if (word == "-profile" || word == "-name" || word == "-tag") {
         m_at += m_at + 1 != m_end ? 1 : 0;
+      } else if (word.compare(0, 2, "--") == 0) {
+        TakeSetting(word);
       } else if (word.size() > 1 && word.front() == '-') {
         ReadOptions(word);
       } else if (m_session.target.empty()) {
@@ -83,6 +85,13 @@ class SessionReader {
       }
       return;
     }
+  }
+
+  // A directive of snmp.conf. The daemon complains of one that it does not know, and adds the target all the same.
+  void TakeSetting(const std::string& word) {
+    const std::string name = InLowerCase(word.substr(0, word.find('=')));
+    m_hasUser = m_hasUser || name == "--defsecurityname";
+    m_hasCommunity = m_hasCommunity || name == "--defcommunity";
   }
 
   void Take(char option, const std::string& value) {

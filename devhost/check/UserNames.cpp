@@ -23,10 +23,11 @@ void UserNames::Add(const Directive& setting, std::size_t line) {
       return;
     }
     const std::size_t privacy = user.words.size() > 2 && IsKeyOption(user.words[2]) ? 4 : 3;
-    const bool isNew = m_users.insert_or_assign(user.words.front(), user.words.size() > privacy).second;
-    if (!isNew) {
+    const auto [known, isNew] = m_users.emplace(user.words.front(), User{false, setting.rest});
+    if (!isNew && known->second.line != setting.rest) {
       m_again.push_back({line, Mismatch::Again});
     }
+    known->second = {user.words.size() > privacy, setting.rest};
   } else if ((setting.keyword == "rouser" || setting.keyword == "rwuser") && !setting.words.empty() &&
              setting.words.front().text != "-s") {
     const std::string level = setting.words.size() > 1 ? InLowerCase(setting.words[1].text) : "";
@@ -44,7 +45,7 @@ std::vector<UserNames::Found> UserNames::Mismatches() const {
     const auto user = m_users.find(use.name);
     if (user == m_users.end() && inLowerCase.count(InLowerCase(use.name)) != 0) {
       found.push_back({use.line, Mismatch::Case});
-    } else if (user != m_users.end() && use.needsPrivacy && !user->second) {
+    } else if (user != m_users.end() && use.needsPrivacy && !user->second.hasPrivacy) {
       found.push_back({use.line, Mismatch::NoPrivacy});
     }
   }

@@ -36,7 +36,12 @@ class UserNames {
     bool needsPrivacy = false;
   };
 
-  std::map<std::string, bool> m_users;  // whether each has a key for encryption
+  struct User {
+    bool hasPrivacy;   // a key for encryption
+    std::string line;  // that made it, behind the directive
+  };
+
+  std::map<std::string, User> m_users;
   std::vector<Use> m_uses;
   std::vector<Found> m_again;
 };

@@ -117,7 +117,7 @@ bool IsYesOrNo(std::string_view text) {
 }
 
 bool IsWholeNumber(std::string_view text) {
-  text.remove_prefix(text.substr(0, 1) == "-" ? 1 : 0);
+  text.remove_prefix(text.substr(0, 1) == "-" || text.substr(0, 1) == "+" ? 1 : 0);
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 

@@ -17,6 +17,22 @@ TEST(ALineAboutAccess, IsNotJudgedAsOneInTheSection) {
   EXPECT_THAT(LinesFound("community-of-several-words", inside), ElementsAre(2));
 }
 
+TEST(ALineAboutAccess, CountsWhereTheDaemonTakesItWithAComplaint) {
+  const std::string users = "createUser  ada  SHA  \"some words\"\ngroup  g  usm  ada\nview  all  included  .1\n";
+  const std::string file = users + "access  g  \"\"  any  auth  0  all  none  none\n";
+  EXPECT_THAT(LinesFound("access-rejected", file), ElementsAre(4));
+  EXPECT_THAT(LinesFound("no-rights", file), IsEmpty());
+  EXPECT_THAT(LinesFound("no-access", file), IsEmpty());
+  EXPECT_THAT(LinesFound("no-rights", users + "access  g  \"\"  any  auth  1  all  none  none\n"), ElementsAre(2));
+}
+
+TEST(NamesForCommunities, MayComeFromAnAddressOfThisMachine) {
+  const std::string use =
+      "group  g  v2c  reader\nview  all  included  .1\naccess  g  \"\"  any  noauth  exact  all  none  none\n";
+  EXPECT_THAT(LinesFound("name-not-defined", use), ElementsAre(1));
+  EXPECT_THAT(LinesFound("name-not-defined", use + "com2secunix  reader  default  community\n"), IsEmpty());
+}
+
 TEST(NamesOfViews, AreNotJudgedWhenAFileThatIsNotKnownMayDefineThem) {
   const std::string use = "rocommunity  reader  default  -V  mine\n";
   EXPECT_THAT(LinesFound("name-not-defined", use), ElementsAre(1));

@@ -205,6 +205,14 @@ TEST(TheDaemon, SendsNothingToAPortWithALeadingZero) {
   EXPECT_THAT(TrapCommunities("trap2sink  127.0.0.1  trapper  010162\n"), IsEmpty());
 }
 
+TEST(TheDaemon, AsksForNoPortBehindAPathOrAnAlias) {
+  for (const char* const line : {"trap2sink  unix:/nonexistent/socket  trapper\n", "trap2sink  alias:mine  trapper\n"}) {
+    EXPECT_THAT(LinesFound("trap-port-wrong", line), IsEmpty()) << line;
+  }
+  const ServedFile daemon("[snmp]  alias  mine  udp:127.0.0.1:9\ntrap2sink  alias:mine  trapper\n");
+  EXPECT_FALSE(daemon.Says("cannot create sink")) << daemon.Log();
+}
+
 TEST(TheDaemon, SendsNothingToATargetWithTwoPorts) {
   std::string log;
   EXPECT_THAT(TrapCommunities(Example("trap-port-twice"), &log), IsEmpty());

@@ -37,6 +37,7 @@ TEST(Users, FitTogether) {
   EXPECT_TRUE(Found({"createUser bob SHA \"some words\" AES", "rouser bob priv", "rouser bob"}).empty());
   EXPECT_TRUE(Found({"createUser Bob", "createUser bob", "rouser bob noauth", "rouser Bob noauth"}).empty());
   EXPECT_TRUE(Found({"createUser bob SHA short", "createUser bob"}).empty()) << "the daemon does not make the first";
+  EXPECT_TRUE(Found({"createUser bob SHA \"some words\"", "createUser bob SHA \"some words\""}).empty()) << "the same line";
   EXPECT_TRUE(Found({"createUser -e 0x8000 bob", "createUser bob"}).empty()) << "users of two engines";
 }
 
