@@ -87,7 +87,9 @@ class Judge {
                                       [&attribute](const AttributeShape& one) { return attribute.name == one.name; });
       const std::string title = "the attribute " + Quoted(attribute.name) + " of <" + element.name + ">";
       if (known == shape.attributes.end()) {
-        Add(Kind::UnknownAttribute, element, element.name, title + " is not known",
+        Add(Kind::UnknownAttribute, element, element.name,
+            (Meant(shape.attributes, attribute.name).empty() ? "an attribute of <" + element.name + ">" : title) +
+                " is not known",
             Instead(shape.attributes, attribute.name));
       } else if (!IsOfKind(known->kind, attribute.value)) {
         Add(Kind::WrongValue, element, element.name, title + " has a value that is not allowed",
@@ -123,8 +125,7 @@ class Judge {
     for (const XmlElement& child : element.children) {
       const ElementShape* const known = shape.FindChild(child.name);
       if (known == nullptr) {
-        Add(Kind::UnknownElement, child, child.name, "<" + element.name + "> has no child <" + child.name + ">",
-            Instead(shape.children, child.name));
+        Unknown(child, element.name, shape);
         continue;
       }
       if (++counts[child.name] > known->most) {
@@ -140,6 +141,14 @@ class Judge {
         Missing(element, child);
       }
     }
+  }
+
+  // A name that is not near to a known one may be a part of a value that was not escaped, so it is not repeated.
+  void Unknown(const XmlElement& child, const std::string& parent, const ElementShape& shape) {
+    const bool isNear = !Meant(shape.children, child.name).empty();
+    Add(Kind::UnknownElement, child, isNear ? child.name : parent,
+        "<" + parent + (isNear ? "> has no child <" + child.name + ">" : "> has a child that is not allowed"),
+        Instead(shape.children, child.name));
   }
 
   void Order(const XmlElement& child, const ElementShape& shape, std::size_t itsPlace, std::size_t& place) {
@@ -237,12 +246,11 @@ std::vector<Mismatch> ValidateDocument(const std::string& text, bool asReply) {
   try {
     const XmlElement root = ReadXml(text);
     if (const auto problem = FindMarkupProblem(text)) {
-      return {{Kind::NotXml, problem->line, root.name, problem->reason, problem->remedy}};
+      return {{Kind::NotXml, problem->line, "", problem->reason, problem->remedy}};
     }
     const DocumentShape* const document = FindDocument(root.name, asReply);
     if (document == nullptr) {
-      return {{Kind::UnknownRoot, root.line, root.name, "no document has the root element <" + root.name + ">",
-               "allowed: " + RootNames()}};
+      return {{Kind::UnknownRoot, root.line, "", "no document has this root element", "allowed: " + RootNames()}};
     }
     return Validate(root, document->root);
   } catch (const XmlError& error) {
