@@ -20,7 +20,8 @@ ShellResult ConfigureIn(const testsupport::ScratchFolder& build, const std::stri
 ShellResult Configure(const std::string& number) {
   return ConfigureIn(
       testsupport::ScratchFolder(),
-      "-DAGENT_TESTS=OFF -DAGENT_SSH_DRIVER=OFF -DAGENT_SNMP_CLIENT=OFF '-DSNMP_ENTERPRISE_NUMBER=" + number + "'");
+      "-DAGENT_TESTS=OFF -DAGENT_SSH_DRIVER=OFF -DAGENT_SNMP_CLIENT=OFF -DAGENT_LINE_EDITOR=OFF '-DSNMP_ENTERPRISE_NUMBER=" +
+          number + "'");
 }
 
 TEST(AnEnterpriseNumberThatIsNotDecimal, IsRefusedWhenTheBuildIsConfigured) {
