@@ -1,6 +1,8 @@
 #include "devhost/operations/Rotation.h"
 
+#include <algorithm>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -17,62 +19,76 @@ namespace {
 constexpr std::string_view kBegin = "# What follows stays valid until devhost rotate is finished";
 constexpr std::string_view kEnd = "# Here ends what devhost rotate has kept";
 
-// Where the old communities stand: [begin, end) with the comments around them and the empty line in front.
-struct Block {
-  std::size_t begin = 0;
-  std::size_t end = 0;
-};
-
-// The place of that whole line at or behind `from`; npos when there is none.
-std::size_t FindLine(const std::string& text, std::string_view line, std::size_t from) {
-  for (std::size_t at = text.find(line, from); at != std::string::npos; at = text.find(line, at + 1)) {
-    const std::size_t end = at + line.size();
-    if ((at == 0 || text[at - 1] == '\n') && (end == text.size() || text[end] == '\n')) {
-      return at;
-    }
-  }
-  return std::string::npos;
+bool IsCommunityLine(const ConfigLine& line) {
+  return line.setting && !line.setting->words.empty() &&
+         (line.setting->keyword == "rocommunity" || line.setting->keyword == "rwcommunity");
 }
 
+// Which of the two is meant by a line for which IsCommunityLine holds.
+std::string& MemberOf(Communities& communities, const ConfigLine& line) {
+  return line.setting->keyword == "rocommunity" ? communities.read : communities.write;
+}
+
+// What a rotation has put into the file. Others may have put lines of theirs between those.
+struct Block {
+  std::set<std::size_t> lines;  // the numbers of the two comments, of what they enclose, and of the empty line in front
+  Communities old;
+};
+
 std::optional<Block> FindBlock(const std::string& file) {
-  const std::size_t begin = FindLine(file, kBegin, 0);
-  const std::size_t end = FindLine(file, kEnd, begin == std::string::npos ? 0 : begin);
-  if (begin == std::string::npos && end == std::string::npos) {
+  Block block;
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  bool isWhole = true;
+  bool isBelowEmpty = false;
+  ForEachLine(file, [&](const ConfigLine& line) {
+    const std::string_view text = line.text;
+    if (text == kBegin) {
+      isWhole = isWhole && begin == 0;
+      begin = line.number;
+      block.lines.insert(isBelowEmpty ? begin - 1 : begin);
+      block.lines.insert(begin);
+    } else if (text == kEnd) {
+      isWhole = isWhole && begin != 0 && end == 0;
+      end = line.number;
+      block.lines.insert(end);
+    } else if (begin != 0 && end == 0 && !line.IsInside() && IsCommunityLine(line)) {
+      std::string& community = MemberOf(block.old, line);
+      isWhole = isWhole && community.empty();  // nobody knows which of two is the old one
+      community = AnsweredCommunity(*line.setting);
+      block.lines.insert(line.number);
+    }
+    isBelowEmpty = text.empty();
+  });
+  if (begin == 0 && end == 0) {
     return std::nullopt;
   }
-  if (begin == std::string::npos || end == std::string::npos || FindLine(file, kBegin, begin + 1) != std::string::npos) {
+  if (!isWhole || end == 0) {
     throw RotationError("somebody has changed the lines of \"devhost rotate\" in the file; correct it by hand: \"" +
                         std::string(kBegin) + "\", the old communities, \"" + std::string(kEnd) + "\"");
   }
-  const bool hasEmptyLine = begin >= 2 && file.compare(begin - 2, 2, "\n\n") == 0;
-  const std::size_t after = end + kEnd.size();
-  return Block{begin - (hasEmptyLine ? 1 : 0), after == file.size() ? after : after + 1};
+  return block;
 }
 
-// The lines of the file about a community that `isWanted` wants, by what they allow.
+// The lines of the section about communities.
 struct CommunityLines {
   Communities communities;
-  std::string text;  // the lines as they stand in the file
+  std::string text;     // the lines as they stand in the file
+  bool hasTwo = false;  // for the same purpose
 };
 
-template <class IsWanted>
-CommunityLines LinesOf(const std::string& file, IsWanted isWanted) {
+// Those that allow what one of `wanted` is to allow.
+CommunityLines SectionLines(const std::string& file, Communities wanted) {
   CommunityLines lines;
   ForEachLine(file, [&](const ConfigLine& line) {
-    const bool reads = line.setting && line.setting->keyword == "rocommunity";
-    const bool writes = line.setting && line.setting->keyword == "rwcommunity";
-    if ((reads || writes) && isWanted(line) && !line.setting->words.empty()) {
-      (reads ? lines.communities.read : lines.communities.write) = AnsweredCommunity(*line.setting);
+    if (line.IsInside() && IsCommunityLine(line) && !MemberOf(wanted, line).empty()) {
+      std::string& community = MemberOf(lines.communities, line);
+      lines.hasTwo = lines.hasTwo || !community.empty();
+      community = AnsweredCommunity(*line.setting);
       lines.text += std::string(line.text) + "\n";
     }
   });
   return lines;
-}
-
-CommunityLines SectionLines(const std::string& file, const Communities& wanted) {
-  return LinesOf(file, [&wanted](const ConfigLine& line) {
-    return line.IsInside() && !(line.setting->keyword == "rocommunity" ? wanted.read : wanted.write).empty();
-  });
 }
 
 std::string WithBlock(const std::string& file, const std::string& lines) {
@@ -80,10 +96,20 @@ std::string WithBlock(const std::string& file, const std::string& lines) {
   return file + lineFeed + "\n" + std::string(kBegin) + "\n" + lines + std::string(kEnd) + "\n";
 }
 
+// Leaves what others have put between the lines of the block.
 void RemoveBlock(std::string& file) {
-  if (const auto block = FindBlock(file)) {
-    file.erase(block->begin, block->end - block->begin);
+  const auto block = FindBlock(file);
+  if (!block) {
+    return;
   }
+  std::string rest;
+  std::size_t number = 0;
+  for (std::size_t at = 0; at < file.size();) {
+    const std::size_t end = std::min(file.find('\n', at), file.size() - 1) + 1;
+    rest += block->lines.count(++number) != 0 ? "" : file.substr(at, end - at);
+    at = end;
+  }
+  file = std::move(rest);
 }
 
 // The device as it is now. Throws RotationError when it does not answer.
@@ -141,10 +167,7 @@ ProbeItem ItemOf(const std::string& name, bool works) {
 
 Communities OldCommunities(const std::string& file) {
   const auto block = FindBlock(file);
-  if (!block) {
-    return {};
-  }
-  return LinesOf(file.substr(block->begin, block->end - block->begin), [](const ConfigLine&) { return true; }).communities;
+  return block ? block->old : Communities();
 }
 
 Change StartRotation(const Target& target, const Communities& communities) {
@@ -155,13 +178,16 @@ Change StartRotation(const Target& target, const Communities& communities) {
   const Communities all = SectionLines(now.file, {"x", "x"}).communities;
   RequireNew("read", communities.read, all.read, all.write);
   RequireNew("write", communities.write, all.write, all.read);
-  const std::string lines = SectionLines(now.file, communities).text;
-  const std::string seen = LinesOf(WithBlock(now.file, lines), [](const ConfigLine& line) { return !line.IsInside(); }).text;
-  if (seen.size() < lines.size() || seen.compare(seen.size() - lines.size(), lines.size(), lines) != 0) {
+  const CommunityLines kept = SectionLines(now.file, communities);
+  if (kept.hasTwo) {
+    throw RotationError("the section of the file has more than one such community; set one with \"devhost apply\"");
+  }
+  const Communities seen = OldCommunities(WithBlock(now.file, kept.text));
+  if (seen.read != kept.communities.read || seen.write != kept.communities.write) {
     throw RotationError("the daemon would not read a line at the end of the file, which ends in a part for other programs");
   }
   Change change = MakeChangeOf(target, WithCommunities(now.settings, communities), "");
-  change.edit = [lines](std::string& file) {
+  change.edit = [lines = kept.text](std::string& file) {
     if (!FindBlock(file)) {
       file = WithBlock(file, lines);
     }

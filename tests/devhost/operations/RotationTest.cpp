@@ -121,6 +121,30 @@ TEST_F(ARotation, KeepsForeignTextOnBothSidesOfItsLines) {
   EXPECT_THAT(File(), EndsWith("\n# by hand\nview x included .1\n"));
 }
 
+TEST_F(ARotation, KeepsForeignTextBetweenItsLines) {
+  const std::string foreign = "rouser ada\n# by hand, too\n\ntrap2sink 192.0.2.5\n";
+  for (const bool finishes : {true, false}) {
+    Start("hidden3");
+    std::string file = File();
+    file.insert(file.find("rocommunity  hidden1\n"), "view x included .1\n");
+    file.insert(file.find("# Here ends"), foreign);
+    folder.Write("kitchen/snmpd.conf", file);
+    ASSERT_EQ(Make((finishes ? FinishRotation : AbortRotation)(change.target)).verdict, Applied::Verdict::Done);
+    EXPECT_THAT(File(), AllOf(EndsWith("# by hand\nview x included .1\n" + foreign), Not(HasSubstr("devhost rotate"))));
+    folder.Write("kitchen/snmpd.conf", "# by hand\n");
+    ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  }
+}
+
+TEST_F(ARotation, StopsWhereNobodyKnowsWhichCommunityIsTheOldOne) {
+  Start("hidden3");
+  std::string file = File();
+  file.insert(file.find("# Here ends"), "rocommunity foreign\n");
+  folder.Write("kitchen/snmpd.conf", file);
+  EXPECT_THAT(WhyNot([&] { FinishRotation(change.target); }), HasSubstr("somebody has changed the lines"));
+  EXPECT_THAT(WhyNot([&] { AbortRotation(change.target); }), HasSubstr("somebody has changed the lines"));
+}
+
 TEST_F(ARotation, EndsALineThatHasNoEnd) {
   AddToFile("view x included .1");
   Start("hidden3");
@@ -144,6 +168,13 @@ TEST_F(ARotation, NeedsAnOldCommunity) {
   EXPECT_THAT(WhyNoStart("", "hidden3"), HasSubstr("no write community that could stay valid"));
   folder.Write("kitchen/snmpd.conf", "rocommunity hidden1\n");
   EXPECT_THAT(WhyNoStart("hidden3"), HasSubstr("no read community that could stay valid"));
+}
+
+TEST_F(ARotation, NeedsASectionWithOneOldCommunity) {
+  std::string file = File();
+  file.insert(file.find("rocommunity"), "rocommunity hidden4\n");
+  folder.Write("kitchen/snmpd.conf", file);
+  EXPECT_THAT(WhyNoStart("hidden3"), HasSubstr("has more than one such community"));
 }
 
 TEST_F(ARotation, NeedsAFileWhoseEndTheDaemonReads) {
