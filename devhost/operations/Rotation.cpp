@@ -35,6 +35,7 @@ struct Block {
   Communities old;
 };
 
+// Editors may change the white space at the end of every line, so the comments are compared without it.
 std::optional<Block> FindBlock(const std::string& file) {
   Block block;
   std::size_t begin = 0;
@@ -42,7 +43,7 @@ std::optional<Block> FindBlock(const std::string& file) {
   bool isWhole = true;
   bool isBelowEmpty = false;
   ForEachLine(file, [&](const ConfigLine& line) {
-    const std::string_view text = line.text;
+    const std::string_view text = TrimmedView(line.text);
     if (text == kBegin) {
       isWhole = isWhole && begin == 0;
       begin = line.number;
@@ -152,11 +153,11 @@ void RequireNew(const std::string& name, const std::string& wanted, const std::s
 }
 
 Communities RequireOpen(const std::string& file) {
-  Communities old = OldCommunities(file);
-  if (old.AreNone()) {
+  const auto block = FindBlock(file);
+  if (!block) {
     throw RotationError("no rotation is open; allowed: --read FILE and --write FILE start one");
   }
-  return old;
+  return block->old;
 }
 
 ProbeItem ItemOf(const std::string& name, bool works) {
@@ -209,7 +210,11 @@ Change FinishRotation(const Target& target) {
 
 Change AbortRotation(const Target& target) {
   const DeviceCopy now = Look(target);
-  Change change = MakeChangeOf(target, WithCommunities(now.settings, RequireOpen(now.file)), " abort");
+  const Communities old = RequireOpen(now.file);
+  if (old.AreNone()) {
+    throw RotationError("the file has no old community to put back; allowed: --finish");
+  }
+  Change change = MakeChangeOf(target, WithCommunities(now.settings, old), " abort");
   change.edit = RemoveBlock;
   return change;
 }
@@ -217,8 +222,9 @@ Change AbortRotation(const Target& target) {
 RotationLook LookAtRotation(const Target& target, const ProbeMeans& means) {
   RotationLook look;
   const DeviceCopy now = Look(target);
-  const Communities old = OldCommunities(now.file);
-  look.isOpen = !old.AreNone();
+  const auto block = FindBlock(now.file);
+  const Communities old = block ? block->old : Communities();
+  look.isOpen = block.has_value();
   const auto daemon = Reach(target, means, now.file, look.probe);
   if (!daemon) {
     return look;

@@ -26,8 +26,8 @@ struct Communities {
   bool AreNone() const { return read.empty() && write.empty(); }
 };
 
-// The old communities that a file keeps valid; none when no rotation is open. Throws RotationError when somebody has changed
-// the lines around them.
+// The old communities that a file keeps valid; none when no rotation is open, or when somebody has taken them out. Throws
+// RotationError when the lines around them were changed.
 Communities OldCommunities(const std::string& file);
 
 // The changes of a rotation, which are planned and made like any other. Each asks the device how it is now, and throws what

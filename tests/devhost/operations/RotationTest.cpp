@@ -151,6 +151,33 @@ TEST_F(ARotation, EndsALineThatHasNoEnd) {
   EXPECT_THAT(File(), EndsWith("view x included .1\n" + std::string(kBlock)));
 }
 
+TEST_F(ARotation, IsOpenWhateverWhiteSpaceAnEditorHasLeft) {
+  for (const std::string& more : {std::string("\r"), std::string(" \t")}) {
+    Start("hidden3");
+    std::string file = File();
+    for (std::size_t at = file.find("# by hand"); (at = file.find('\n', at)) != std::string::npos; at += 1 + more.size()) {
+      file.insert(at, more);
+    }
+    folder.Write("kitchen/snmpd.conf", file);
+    EXPECT_EQ(OldCommunities(File()).read, "hidden1");
+    EXPECT_THAT(WhyNoStart("hidden4"), HasSubstr("a rotation is open already"));
+    ASSERT_EQ(Make(AbortRotation(change.target)).verdict, Applied::Verdict::Done);
+    EXPECT_THAT(File(), Not(HasSubstr("devhost rotate")));
+  }
+}
+
+TEST_F(ARotation, IsOpenEvenWhenItsOldCommunityIsCommentedOut) {
+  Start("hidden3");
+  std::string file = File();
+  file.insert(file.find("rocommunity  hidden1"), "#");
+  folder.Write("kitchen/snmpd.conf", file);
+  EXPECT_TRUE(LookAtRotation(change.target, {}).isOpen);
+  EXPECT_THAT(WhyNoStart("hidden4"), HasSubstr("a rotation is open already"));
+  EXPECT_THAT(WhyNot([&] { AbortRotation(change.target); }), HasSubstr("no old community to put back; allowed: --finish"));
+  ASSERT_EQ(Make(FinishRotation(change.target)).verdict, Applied::Verdict::Done);
+  EXPECT_THAT(File(), AllOf(HasSubstr("\nrocommunity  hidden3\n"), EndsWith("# by hand\n#rocommunity  hidden1\n")));
+}
+
 TEST_F(ARotation, IsNotStartedTwice) {
   Start("hidden3");
   EXPECT_THAT(WhyNoStart("hidden4"), HasSubstr("a rotation is open already"));
