@@ -78,7 +78,8 @@ struct Stop {
 
 // What the daemon serves after a change; no address where it was not to be asked, or nobody knows where it is, as with a
 // file without a project.
-ProbeReport ProbeAfter(const Change& change, const Applied& applied, const Arguments& arguments) {
+ProbeReport ProbeAfter(const Change& change, const Applied& applied, const ProbeMore& probeMore,
+                       const Arguments& arguments) {
   ProbeReport report;
   if (applied.verdict == Applied::Verdict::Done && change.target.file.empty() && !arguments.Has(kNoProbe)) {
     ProbeMeans means;
@@ -86,6 +87,9 @@ ProbeReport ProbeAfter(const Change& change, const Applied& applied, const Argum
     means.sendsTraps = false;
     try {
       report = ProbeDevice(change.target, means);
+      if (probeMore && report.verdict != ProbeReport::Verdict::Unknown) {
+        probeMore(report);
+      }
     } catch (const std::exception& error) {
       report.messages = {error.what()};
     }
@@ -223,7 +227,7 @@ void RequireAnswer(const Arguments& arguments, Console& console) {
 }
 
 ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Arguments& arguments, Console& console,
-                      Stage& stage) {
+                      Stage& stage, const ProbeMore& probeMore) {
   const bool json = arguments.Has(kChangeJson);
   const bool asks = !arguments.Has(kYes) && !arguments.Has(kDryRun);
   const std::string device = OneLine(change.target.chosen.device.name);
@@ -255,7 +259,7 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   const Applied applied = ApplyChange(change, plan, std::time(nullptr));
   const Outcome outcome = OutcomeOf(applied.verdict);
   const bool failed = outcome.status != ExitStatus::Good;
-  const ProbeReport probe = ProbeAfter(change, applied, arguments);
+  const ProbeReport probe = ProbeAfter(change, applied, probeMore, arguments);
   const ExitStatus status = probe.verdict == ProbeReport::Verdict::Differs ? ExitStatus::Failed : outcome.status;
   if (json) {
     messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());

@@ -14,6 +14,7 @@
 namespace devhost {
 
 class Output;
+struct ProbeReport;
 
 inline const CommandOption kAccept{
     "--accept", "RULES", "Rules whose errors do not stop the change, with commas between them", CommandOption::Takes::Text};
@@ -49,10 +50,13 @@ void RequireAnswer(const Arguments& arguments, Console& console);
 // What else a command says about a plan, a line each.
 using Remarks = std::function<std::vector<std::string>(const Plan&)>;
 
+// What else a command asks a daemon that was probed after the change: adds it to the report.
+using ProbeMore = std::function<void(ProbeReport&)>;
+
 // Plans the change, asks for it where it has to, makes it, and prints all of that as the options say. Throws what PlanChange
 // and ApplyChange throw, before anything is changed; `stage` then says how far it has come.
 ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Arguments& arguments, Console& console,
-                      Stage& stage);
+                      Stage& stage, const ProbeMore& probeMore = nullptr);
 
 // Runs what may throw before anything is changed: prints the error then, and the status is Wrong. A driver that ends the
 // process gives that status, too. `run` keeps the stage up to date, which begins with Input. With `kChangeJson` in the

@@ -41,11 +41,13 @@ constexpr char kFooter[] =
     "agent, as \"devhost apply\" does; the old ones stay valid, in lines of their own below the\n"
     "section of the agent. --status asks the daemon whether all of them work. --finish takes the\n"
     "old ones away when the daemon answers to the new ones; with --no-probe, without asking it.\n"
-    "--abort puts the old ones back. A community is read from a file, without its last line\n"
-    "feed, and never from the command line, which others can see.\n"
+    "--abort puts the old ones back. Both then ask the daemon whether it still lets somebody in by\n"
+    "those that have gone. A community is read from a file, without its last line feed, and never\n"
+    "from the command line, which others can see.\n"
     "\n"
-    "Exit status: 0 done; 1 the change has failed, the daemon does not answer to a community, or,\n"
-    "with --dry-run, something would change; 2 nothing was changed: wrong usage, a rotation that\n"
+    "Exit status: 0 done; 1 the change has failed, the daemon does not answer to a community, or\n"
+    "still answers to one that has gone, or, with --dry-run, something would change; 2 nothing was changed: wrong usage, a "
+    "rotation that\n"
     "cannot be started or ended, a new community that is not proven, or nobody said yes.\n"
     "\n"
     "Example: give the kitchen the read community in the file new, and end that a week later.\n"
@@ -122,6 +124,17 @@ Change ChangeOf(const Target& target, const Arguments& arguments) {
   return StartRotation(target, {ReadCommunity(arguments, kRead), ReadCommunity(arguments, kWrite)});
 }
 
+// Asks whether the communities that leave with the end of a rotation have left, too.
+ProbeMore ProbeMoreOf(const Target& target, const Arguments& arguments) {
+  if (!arguments.Has(kFinish) && !arguments.Has(kAbort)) {
+    return nullptr;
+  }
+  const RotationEnd end = arguments.Has(kFinish) ? RotationEnd::Finish : RotationEnd::Abort;
+  return [target, end, left = LeavingCommunities(target, end), means = MeansOf(arguments)](ProbeReport& report) {
+    ProbeLeft(target, means, left, end, report);
+  };
+}
+
 ExitStatus Rotate(const Arguments& arguments, Console& console) {
   return GuardStops(arguments, console, PrintStopOfChange(TargetName(arguments), console), [&](Stage& stage) {
     const Target target = ReadTarget(arguments);
@@ -133,7 +146,8 @@ ExitStatus Rotate(const Arguments& arguments, Console& console) {
     Change change = ChangeOf(target, arguments);
     change.accepted = AcceptedRules(arguments);
     return MakeChange(
-        change, [](const Plan&) { return std::vector<std::string>(); }, arguments, console, stage);
+        change, [](const Plan&) { return std::vector<std::string>(); }, arguments, console, stage,
+        ProbeMoreOf(target, arguments));
   });
 }
 

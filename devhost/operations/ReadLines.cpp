@@ -7,15 +7,6 @@ namespace devhost {
 
 namespace {
 
-std::string CommunityOf(const Directive& setting) {
-  if (setting.keyword != "com2sec" && setting.keyword != "com2sec6") {
-    return GrantKey(setting);
-  }
-  const std::size_t first = !setting.words.empty() && setting.words.front().text == "-Cn" ? 2 : 0;
-  const bool hasOne = setting.words.size() > first + 2;
-  return hasOne ? (setting.keyword.back() == '6' ? "6 " : "4 ") + setting.words[first + 2].text : "";
-}
-
 class Walk {
  public:
   void File(const std::string& text, const std::string& path, int depth) {
@@ -40,6 +31,15 @@ class Walk {
 };
 
 }  // namespace
+
+std::string CommunityOf(const Directive& setting) {
+  if (setting.keyword != "com2sec" && setting.keyword != "com2sec6") {
+    return GrantKey(setting);
+  }
+  const std::size_t first = !setting.words.empty() && setting.words.front().text == "-Cn" ? 2 : 0;
+  const bool hasOne = setting.words.size() > first + 2;
+  return hasOne ? (setting.keyword.back() == '6' ? "6 " : "4 ") + setting.words[first + 2].text : "";
+}
 
 std::vector<ReadLine> ReadLinesOf(const std::string& text, const std::string& path) {
   Walk walk;

@@ -10,6 +10,7 @@
 #include "devhost/check/Rules.h"
 #include "devhost/operations/History.h"
 #include "devhost/operations/ProbeItems.h"
+#include "devhost/operations/ReadLines.h"
 #include "devhost/xml/XmlReader.h"
 
 namespace devhost {
@@ -160,6 +161,18 @@ Communities RequireOpen(const std::string& file) {
   return block->old;
 }
 
+// The number of the first line outside the section that lets somebody in by the community; 0 when there is none.
+std::size_t LineWith(const std::string& file, const std::string& community) {
+  std::size_t number = 0;
+  ForEachLine(file, [&](const ConfigLine& line) {
+    const std::string key = line.setting && !line.IsInside() ? CommunityOf(*line.setting) : "";
+    if (number == 0 && key.size() > 2 && key.substr(2) == community) {
+      number = line.number;
+    }
+  });
+  return number;
+}
+
 ProbeItem ItemOf(const std::string& name, bool works) {
   return {name, works ? ProbeItem::Verdict::Good : ProbeItem::Verdict::Differs, "", works ? "works" : "does not work", ""};
 }
@@ -217,6 +230,49 @@ Change AbortRotation(const Target& target) {
   Change change = MakeChangeOf(target, WithCommunities(now.settings, old), " abort");
   change.edit = RemoveBlock;
   return change;
+}
+
+Communities LeavingCommunities(const Target& target, RotationEnd end) {
+  const std::string file = Look(target).file;
+  const Communities old = RequireOpen(file);
+  const bool finishes = end == RotationEnd::Finish;
+  Communities staying = SectionLines(file, {"x", "x"}).communities;
+  Communities leaving = finishes ? old : SectionLines(file, old).communities;
+  if (!finishes) {
+    staying.read = old.read.empty() ? staying.read : old.read;
+    staying.write = old.write.empty() ? staying.write : old.write;
+  }
+  // Whoever may write may read, too.
+  if (leaving.read == staying.read || leaving.read == staying.write) {
+    leaving.read.clear();
+  }
+  if (leaving.write == staying.write) {
+    leaving.write.clear();
+  }
+  return leaving;
+}
+
+void ProbeLeft(const Target& target, const ProbeMeans& means, const Communities& left, RotationEnd end,
+               ProbeReport& report) {
+  const std::string file = Look(target).file;
+  ProbeReport again;
+  const auto daemon = Reach(target, means, file, again);
+  if (!daemon) {
+    report = std::move(again);
+    return;
+  }
+  const std::string age = end == RotationEnd::Finish ? "old" : "new";
+  const auto ask = [&](const std::string& name, const std::string& community, bool writes) {
+    if (!community.empty() && (writes ? LetsWrite : LetsRead)(daemon->address, community, means.patience)) {
+      const std::size_t line = LineWith(file, community);
+      const std::string reason =
+          line == 0 ? "the daemon has not read the file" : "line " + std::to_string(line) + " of the file lets it in";
+      report.items.push_back({age + " " + name + " community", ProbeItem::Verdict::Differs, "", "still works", reason});
+    }
+  };
+  ask("read", left.read, false);
+  ask("write", left.write, true);
+  Conclude(report);
 }
 
 RotationLook LookAtRotation(const Target& target, const ProbeMeans& means) {

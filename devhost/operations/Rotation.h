@@ -40,6 +40,17 @@ Change FinishRotation(const Target& target);
 // Gives the old ones back to the device: the new ones are no longer valid.
 Change AbortRotation(const Target& target);
 
+// How a rotation ends.
+enum class RotationEnd { Finish, Abort };
+
+// The communities that nobody is let in by any more when the open rotation has ended like that. Throws what the changes
+// throw.
+Communities LeavingCommunities(const Target& target, RotationEnd end);
+
+// Asks the daemon whether it still lets somebody in by communities that have left with that end, and adds what it finds to
+// the report; a daemon that has not read the file does. Throws what ProbeDevice throws, and RotationError.
+void ProbeLeft(const Target& target, const ProbeMeans& means, const Communities& left, RotationEnd end, ProbeReport& report);
+
 // A rotation as the daemon knows it.
 struct RotationLook {
   bool isOpen = false;

@@ -1,6 +1,7 @@
 // With the distribution's snmpd.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -32,10 +33,40 @@ TEST_F(RotateCommand, StartsAndFinishesARotation) {
   EXPECT_EQ(start.status, ExitStatus::Good) << start.errors;
   EXPECT_THAT(start.out, EndsWith("kitchen is changed; snapshot 3 has what was there before\n"));
   EXPECT_THAT(Conf(), AllOf(HasSubstr("\nrocommunity  newCommunity\n"), HasSubstr("\nrocommunity  hidden\n")));
-  const SnmpDaemon daemon(Conf());
+  const SnmpDaemon daemon("rocommunity newCommunity\nsysName attic\n");  // it has read the file as it will be
   const Outcome finish = Do("rotate", {"--finish", "--yes", "--address", daemon.Address()});
-  EXPECT_EQ(finish.status, ExitStatus::Good) << finish.errors;
+  EXPECT_EQ(finish.status, ExitStatus::Good) << finish.out << finish.errors;
+  EXPECT_THAT(finish.out, EndsWith("kitchen at " + daemon.Address() + " is as configured\n"));
   EXPECT_THAT(Conf(), AllOf(HasSubstr("\nrocommunity  newCommunity\n"), Not(HasSubstr("hidden"))));
+}
+
+TEST_F(RotateCommand, FailsWhenTheOldCommunityWorksAfterItsEnd) {
+  Start();
+  const SnmpDaemon daemon(Conf());  // it knows both, and does not read the file again
+  const Outcome finish = Do("rotate", {"--finish", "--yes", "--address", daemon.Address()});
+  EXPECT_EQ(finish.status, ExitStatus::Failed);
+  EXPECT_THAT(finish.out, AllOf(HasSubstr("old read community  still works; the daemon has not read the file\n"),
+                                EndsWith(" differs: old read community\n")));
+  EXPECT_THAT(Conf(), Not(HasSubstr("hidden")));
+}
+
+TEST_F(RotateCommand, NamesTheLineByWhichTheOldCommunityWorksAfterItsEnd) {
+  Start();
+  File("kitchen/snmpd.conf", Conf() + "com2sec name default hidden\n");
+  const SnmpDaemon daemon(Conf());
+  const Outcome finish = Do("rotate", {"--finish", "--yes", "--address", daemon.Address(), "--json"});
+  EXPECT_EQ(finish.status, ExitStatus::Failed);
+  const std::string text = Conf();
+  const auto line = std::count(text.begin(), text.end(), '\n');
+  EXPECT_THAT(finish.out, HasSubstr("\"reason\":\"line " + std::to_string(line) + " of the file lets it in\""));
+}
+
+TEST_F(RotateCommand, FailsWhenTheNewCommunityWorksAfterItWasAborted) {
+  Start();
+  const SnmpDaemon daemon(Conf());
+  const Outcome outcome = Do("rotate", {"--abort", "--yes", "--address", daemon.Address()});
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_THAT(outcome.out, HasSubstr("new read community  still works; the daemon has not read the file\n"));
 }
 
 TEST_F(RotateCommand, ReadsTheCommunityFromStandardInput) {
