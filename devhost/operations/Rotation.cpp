@@ -142,6 +142,27 @@ Change MakeChangeOf(const Target& target, const std::string& settings, const std
   return change;
 }
 
+// The number of the first line outside the section that lets somebody in by the community; 0 when there is none.
+std::size_t LineWith(const std::string& file, const std::string& community) {
+  std::size_t number = 0;
+  ForEachLine(file, [&](const ConfigLine& line) {
+    const std::string key = line.setting && !line.IsInside() ? CommunityOf(*line.setting) : "";
+    if (number == 0 && key.size() > 2 && key.substr(2) == community) {
+      number = line.number;
+    }
+  });
+  return number;
+}
+
+// Stops a rotation in which another line of the file has the community: it would decide who gets in, and stay at the end.
+void RequireNowhereElse(const std::string& file, const std::string& name, const std::string& community) {
+  const std::size_t line = LineWith(file, community);
+  if (line != 0) {
+    throw RotationError("line " + std::to_string(line) + " of the file, outside the section, has the " + name +
+                        " community, too; remove that line first");
+  }
+}
+
 // Stops a rotation that nobody could tell from no rotation.
 void RequireNew(const std::string& name, const std::string& wanted, const std::string& old, const std::string& other) {
   if (!wanted.empty() && old.empty()) {
@@ -159,18 +180,6 @@ Communities RequireOpen(const std::string& file) {
     throw RotationError("no rotation is open; allowed: --read FILE and --write FILE start one");
   }
   return block->old;
-}
-
-// The number of the first line outside the section that lets somebody in by the community; 0 when there is none.
-std::size_t LineWith(const std::string& file, const std::string& community) {
-  std::size_t number = 0;
-  ForEachLine(file, [&](const ConfigLine& line) {
-    const std::string key = line.setting && !line.IsInside() ? CommunityOf(*line.setting) : "";
-    if (number == 0 && key.size() > 2 && key.substr(2) == community) {
-      number = line.number;
-    }
-  });
-  return number;
 }
 
 ProbeItem ItemOf(const std::string& name, bool works) {
@@ -193,6 +202,10 @@ Change StartRotation(const Target& target, const Communities& communities) {
   RequireNew("read", communities.read, all.read, all.write);
   RequireNew("write", communities.write, all.write, all.read);
   const CommunityLines kept = SectionLines(now.file, communities);
+  RequireNowhereElse(now.file, "old read", kept.communities.read);
+  RequireNowhereElse(now.file, "old write", kept.communities.write);
+  RequireNowhereElse(now.file, "new read", communities.read);
+  RequireNowhereElse(now.file, "new write", communities.write);
   if (kept.hasTwo) {
     throw RotationError("the section of the file has more than one such community; set one with \"devhost apply\"");
   }

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "devhost/operations/History.h"
 #include "tests/devhost/operations/Kitchen.h"
 
@@ -195,6 +197,25 @@ TEST_F(ARotation, NeedsAnOldCommunity) {
   EXPECT_THAT(WhyNoStart("", "hidden3"), HasSubstr("no write community that could stay valid"));
   folder.Write("kitchen/snmpd.conf", "rocommunity hidden1\n");
   EXPECT_THAT(WhyNoStart("hidden3"), HasSubstr("no read community that could stay valid"));
+}
+
+TEST_F(ARotation, NeedsCommunitiesThatNoOtherLineHas) {
+  const std::string before = File();
+  const std::string number = std::to_string(std::count(before.begin(), before.end(), '\n') + 1);
+  const auto why = [&](const char* line) {
+    folder.Write("kitchen/snmpd.conf", before + line + "\n");
+    return WhyNoStart("hidden3");
+  };
+  const std::string place = "line " + number + " of the file, outside the section, has the ";
+  EXPECT_THAT(why("rocommunity hidden1 default -V systemonly"), HasSubstr(place + "old read community"));
+  EXPECT_THAT(why("rwcommunity6 'hidden1'"), HasSubstr(place + "old read community"));
+  EXPECT_THAT(why("com2sec name default hidden3"), HasSubstr(place + "new read community"));
+  EXPECT_EQ(why("rocommunity hidden2"), "");  // this one stays as it is
+  EXPECT_EQ(why("# rocommunity hidden1"), "");
+  folder.Write("kitchen/snmpd.conf", before + "rwcommunity hidden2\n");
+  EXPECT_THAT(WhyNoStart("", "hidden4"), HasSubstr(place + "old write community"));
+  folder.Write("kitchen/snmpd.conf", before + "rwcommunity hidden4\n");
+  EXPECT_THAT(WhyNoStart("", "hidden4"), HasSubstr(place + "new write community"));
 }
 
 TEST_F(ARotation, NeedsASectionWithOneOldCommunity) {
