@@ -7,6 +7,15 @@ namespace devhost {
 
 namespace {
 
+std::string CommunityOf(const Directive& setting) {
+  if (setting.keyword != "com2sec" && setting.keyword != "com2sec6") {
+    return GrantKey(setting);
+  }
+  const std::size_t first = !setting.words.empty() && setting.words.front().text == "-Cn" ? 2 : 0;
+  const bool hasOne = setting.words.size() > first + 2;
+  return hasOne ? (setting.keyword.back() == '6' ? "6 " : "4 ") + setting.words[first + 2].text : "";
+}
+
 class Walk {
  public:
   void File(const std::string& text, const std::string& path, int depth) {
@@ -32,19 +41,21 @@ class Walk {
 
 }  // namespace
 
-std::string CommunityOf(const Directive& setting) {
-  if (setting.keyword != "com2sec" && setting.keyword != "com2sec6") {
-    return GrantKey(setting);
-  }
-  const std::size_t first = !setting.words.empty() && setting.words.front().text == "-Cn" ? 2 : 0;
-  const bool hasOne = setting.words.size() > first + 2;
-  return hasOne ? (setting.keyword.back() == '6' ? "6 " : "4 ") + setting.words[first + 2].text : "";
-}
-
 std::vector<ReadLine> ReadLinesOf(const std::string& text, const std::string& path) {
   Walk walk;
   walk.File(text, path, 0);
   return std::move(walk.lines);
+}
+
+std::size_t LineOfCommunity(const std::string& text, const std::string& community) {
+  std::size_t number = 0;
+  ForEachLine(text, [&](const ConfigLine& line) {
+    const std::string key = line.setting && !line.IsInside() ? CommunityOf(*line.setting) : "";
+    if (number == 0 && key.size() > 2 && key.substr(2) == community) {
+      number = line.number;
+    }
+  });
+  return number;
 }
 
 }  // namespace devhost

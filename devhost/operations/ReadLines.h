@@ -16,16 +16,17 @@ struct ReadLine {
   bool isIncluded = false;
   std::string place;  // how people find it: "line 12", or "FILE:3" in an included file
   Directive setting;
-  std::string community;  // see CommunityOf
+  // Of a line that gives something to a community: the family of addresses, and the text that the daemon answers to; or "".
+  std::string community;
 };
-
-// Of a directive that gives something to a community: the family of addresses ("4 " or "6 "), and the text that the daemon
-// answers to; "" for other directives.
-std::string CommunityOf(const Directive& setting);
 
 // The directives of a file, and of the files that it includes, in the order in which the daemon reads them. `path` says
 // where the file is, absolute. Files that cannot be read are left out, as the daemon does.
 std::vector<ReadLine> ReadLinesOf(const std::string& text, const std::string& path);
+
+// The number of the first line of the file outside the agent's sections that gives something to the community, of either
+// family; 0 when there is none. Files that it includes are not searched: nobody knows on which machine they are.
+std::size_t LineOfCommunity(const std::string& text, const std::string& community);
 
 }  // namespace devhost
 

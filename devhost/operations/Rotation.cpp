@@ -142,21 +142,9 @@ Change MakeChangeOf(const Target& target, const std::string& settings, const std
   return change;
 }
 
-// The number of the first line outside the section that lets somebody in by the community; 0 when there is none.
-std::size_t LineWith(const std::string& file, const std::string& community) {
-  std::size_t number = 0;
-  ForEachLine(file, [&](const ConfigLine& line) {
-    const std::string key = line.setting && !line.IsInside() ? CommunityOf(*line.setting) : "";
-    if (number == 0 && key.size() > 2 && key.substr(2) == community) {
-      number = line.number;
-    }
-  });
-  return number;
-}
-
 // Stops a rotation in which another line of the file has the community: it would decide who gets in, and stay at the end.
 void RequireNowhereElse(const std::string& file, const std::string& name, const std::string& community) {
-  const std::size_t line = LineWith(file, community);
+  const std::size_t line = LineOfCommunity(file, community);
   if (line != 0) {
     throw RotationError("line " + std::to_string(line) + " of the file, outside the section, has the " + name +
                         " community, too; remove that line first");
@@ -250,19 +238,15 @@ Communities LeavingCommunities(const Target& target, RotationEnd end) {
   const Communities old = RequireOpen(file);
   const bool finishes = end == RotationEnd::Finish;
   Communities staying = SectionLines(file, {"x", "x"}).communities;
-  Communities leaving = finishes ? old : SectionLines(file, old).communities;
+  const Communities leaving = finishes ? old : SectionLines(file, old).communities;
   if (!finishes) {
     staying.read = old.read.empty() ? staying.read : old.read;
     staying.write = old.write.empty() ? staying.write : old.write;
   }
   // Whoever may write may read, too.
-  if (leaving.read == staying.read || leaving.read == staying.write) {
-    leaving.read.clear();
-  }
-  if (leaving.write == staying.write) {
-    leaving.write.clear();
-  }
-  return leaving;
+  const bool staysRead = leaving.read == staying.read || leaving.read == staying.write;
+  const bool staysWrite = leaving.write == staying.write;
+  return {staysRead ? "" : leaving.read, staysWrite ? "" : leaving.write};
 }
 
 void ProbeLeft(const Target& target, const ProbeMeans& means, const Communities& left, RotationEnd end,
@@ -277,7 +261,7 @@ void ProbeLeft(const Target& target, const ProbeMeans& means, const Communities&
   const std::string age = end == RotationEnd::Finish ? "old" : "new";
   const auto ask = [&](const std::string& name, const std::string& community, bool writes) {
     if (!community.empty() && (writes ? LetsWrite : LetsRead)(daemon->address, community, means.patience)) {
-      const std::size_t line = LineWith(file, community);
+      const std::size_t line = LineOfCommunity(file, community);
       const std::string reason =
           line == 0 ? "the daemon has not read the file" : "line " + std::to_string(line) + " of the file lets it in";
       report.items.push_back({age + " " + name + " community", ProbeItem::Verdict::Differs, "", "still works", reason});

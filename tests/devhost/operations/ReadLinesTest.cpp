@@ -35,5 +35,15 @@ TEST(TheLinesThatADaemonReads, SayWhichCommunityTheyGiveSomethingTo) {
   EXPECT_THAT(communities, ElementsAre("4 one", "6 one", "4 two", "6 three", "", ""));
 }
 
+TEST(TheLineOfACommunity, IsTheFirstOneOutsideTheSection) {
+  const std::string text =
+      "# Halvoren Section Start\nrocommunity one\n# Halvoren Section End\n# rocommunity one\n"
+      "rocommunity6 'one' ::1\nrwcommunity one\ncom2sec name default two\n[snmp]\nrocommunity three\n";
+  EXPECT_EQ(LineOfCommunity(text, "one"), 5U);
+  EXPECT_EQ(LineOfCommunity(text, "two"), 7U);
+  EXPECT_EQ(LineOfCommunity(text, "three"), 0U);
+  EXPECT_EQ(LineOfCommunity(text, ""), 0U);
+}
+
 }  // namespace
 }  // namespace devhost
