@@ -8,6 +8,7 @@
 #include <set>
 #include <utility>
 
+#include "devhost/check/Advice.h"
 #include "devhost/check/ReadBack.h"
 #include "devhost/check/Rules.h"
 #include "devhost/engine/Host.h"
@@ -55,7 +56,17 @@ bool ComesBack(const std::string& keyword, const std::string& value) {
   return ReadXml(XmlText(element, XmlStyle::Compact)).text == value && ReadLineBack(keyword + "  " + value).value == value;
 }
 
-// Makes settings of lines, one subject after the other.
+// The first error that stops a change to these settings, or "".
+std::string WhyRefused(const DeviceAnswers& answers) {
+  for (const Finding& finding : Advise(SettingsElement(answers, kFileDeviceId), "settings", false)) {
+    if (finding.severity == Severity::Error) {
+      return finding.reason;
+    }
+  }
+  return "";
+}
+
+// Makes settings of lines, one subject after the other. What a change to the settings would be refused for stays a line.
 class Adopter {
  public:
   explicit Adopter(const std::vector<ReadLine>& lines) : m_lines(lines) {
@@ -75,6 +86,10 @@ class Adopter {
       return Stay(setters, "the agent would not read the value back as it is");
     }
     value.value = last.setting.rest;
+    if (const std::string reason = WhyRefused(answers); !reason.empty()) {
+      value.value.clear();
+      return Stay(setters, reason);
+    }
     Become(last, setting);
     Go({setters.begin(), setters.end() - 1}, "no effect, since the last one wins: " + last.place);
   }
@@ -97,6 +112,11 @@ class Adopter {
         continue;
       }
       value = line->setting.words.front().text;
+      if (const std::string refusal = WhyRefused(answers); !refusal.empty()) {
+        value.clear();
+        Stay({line}, refusal);
+        continue;
+      }
       Become(*line, writes ? "snmpCommunityWriteSetting" : "snmpCommunityReadSetting");
       Go({same.begin() + 1, same.end()}, "no effect, since the first line of a community wins: " + line->place);
     }
@@ -122,7 +142,14 @@ class Adopter {
         Stay({line}, isSame ? "its community is the one of trapcommunity" : "it is more than target, community and port");
         continue;
       }
-      answers.trapTargets.value.push_back({words[0], words[1], words[2]});
+      // Alone, since judging all of them for each one takes long where there are many.
+      DeviceAnswers alone = answers;
+      alone.trapTargets.value = {{words[0], words[1], words[2]}};
+      if (const std::string refusal = WhyRefused(alone); !refusal.empty()) {
+        Stay({line}, refusal);
+        continue;
+      }
+      answers.trapTargets.value.push_back(alone.trapTargets.value.front());
       Become(*line, "snmpTrapTargets");
     }
   }

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "devhost/check/Advice.h"
 #include "devhost/project/Project.h"
 #include "devhost/xml/XmlReader.h"
 #include "tests/support/ScratchFolder.h"
@@ -107,6 +108,35 @@ TEST_F(AHandWrittenFile, KeepsTrapTargetsThatAreMoreThanThreeWords) {
   EXPECT_THAT(adoption.staying, ElementsAre("line 2: trap2sink: its community is the one of trapcommunity",
                                             "line 3: trap2sink: it is more than target, community and port",
                                             "trapcommunity: line 1", "trapsink: line 4"));
+}
+
+// Once the lines are taken out of the file, settings that are refused would leave a daemon that knows nobody.
+TEST_F(AHandWrittenFile, KeepsWhatAChangeWouldBeRefusedFor) {
+  const std::vector<std::string> lines = {"rocommunity it's",
+                                          "rwcommunity a\\\\b",
+                                          "rocommunity " + std::string(256, 'c'),
+                                          "trap2sink 127.0.0.1 c 70000",
+                                          "trap2sink 127.0.0.1:162 c 162",
+                                          "trap2sink 127.0.0.1 162",
+                                          "sysLocation # attic"};
+  for (const std::string& line : lines) {
+    const Adoption adoption = Adopted("sysName box\n" + line + "\n");
+    EXPECT_EQ(adoption.text, line + "\n");
+    EXPECT_EQ(adoption.staying.size(), 1U) << line;
+    for (const Finding& finding : Advise(adoption.settings, "settings", false)) {
+      EXPECT_NE(finding.severity, Severity::Error) << line << ": " << finding.rule;
+    }
+  }
+  EXPECT_THAT(
+      Adopted("trap2sink 127.0.0.1 c 70000\n").staying,
+      ElementsAre("line 1: trap2sink: snmpTrapTargets: the trap port is not a number from 1 to 65535: no traps reach "
+                  "this target"));
+}
+
+TEST_F(AHandWrittenFile, GivesTheNextCommunityWhereOneWouldBeRefused) {
+  const Adoption adoption = Adopted("rocommunity it's\nrocommunity reader\n");
+  EXPECT_EQ(Setting(adoption, "snmpCommunityReadSetting"), "reader");
+  EXPECT_EQ(adoption.text, "rocommunity it's\n");
 }
 
 TEST_F(AHandWrittenFile, KeepsWhatAnIncludedFileSetsAgain) {
