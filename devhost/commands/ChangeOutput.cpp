@@ -63,6 +63,8 @@ Outcome OutcomeOf(Applied::Verdict verdict) {
       return {"waits", ExitStatus::Good};
     case Applied::Verdict::Stopped:
       return {"stopped", ExitStatus::Wrong};
+    case Applied::Verdict::Restarted:
+      return {"unchanged", ExitStatus::Good};
     case Applied::Verdict::NotRestarted:
     case Applied::Verdict::Failed:
       break;
@@ -181,7 +183,10 @@ std::string SummaryOf(const Plan& plan, const std::string& device) {
 
 std::string SummaryOf(const Applied& applied, const std::string& device) {
   const std::string kept = "; snapshot " + std::to_string(applied.snapshot) + " has what was there before";
-  return applied.verdict == Applied::Verdict::Done           ? device + " is changed" + kept
+  const bool onlyRestarts =
+      applied.verdict == Applied::Verdict::Restarted || applied.verdict == Applied::Verdict::NotRestarted;
+  return onlyRestarts && applied.snapshot == 0               ? "nothing to change on " + device
+         : applied.verdict == Applied::Verdict::Done         ? device + " is changed" + kept
          : applied.verdict == Applied::Verdict::Waits        ? device + " gets the change when it is back" + kept
          : applied.verdict == Applied::Verdict::NotRestarted ? device + " is changed" + kept
          : applied.snapshot == 0                             ? "nothing was changed"
@@ -233,14 +238,18 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   const std::string device = OneLine(change.target.chosen.device.name);
   stage = Stage::Plan;
   const Plan plan = PlanChange(change);
+  const bool restartsLate = plan.restartDue != 0 && !arguments.Has(kDryRun);
   std::vector<std::string> messages = remarks(plan);
+  if (plan.restartDue != 0 && !restartsLate) {
+    messages.push_back("the restart of the change of snapshot " + std::to_string(plan.restartDue) + " is due");
+  }
   if (!json) {
     PrintPlan(plan, asks || arguments.Has(kDiff), console);
     PrintLines(messages, false, console);
     PrintLines(plan.messages, plan.verdict == Plan::Verdict::Stop, console);
   }
   messages.insert(messages.end(), plan.messages.begin(), plan.messages.end());
-  if (plan.verdict != Plan::Verdict::Change || arguments.Has(kDryRun)) {
+  if (!restartsLate && (plan.verdict != Plan::Verdict::Change || arguments.Has(kDryRun))) {
     if (json) {
       const Stop stop{Stage::Plan, LastOf(plan.messages)};
       PrintJson(change.target.chosen.device.name, plan, nullptr, nullptr,
@@ -250,7 +259,7 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
     }
     return OutcomeOf(plan.verdict).status;
   }
-  if (asks && !Ask(device, console)) {
+  if (asks && !restartsLate && !Ask(device, console)) {
     return Decline(console);
   }
   // A driver that ends the process may leave the device changed from here on.

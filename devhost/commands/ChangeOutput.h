@@ -34,7 +34,7 @@ enum class Stage {
   Plan,     // the device was asked, and the change tried on a scratch device
   Prepare,  // the locks were taken and a snapshot kept; nothing is changed up to here
   Change,
-  Restart  // the change is made, and the restart command was run
+  Restart  // the change is made, now or earlier, and the daemon was to be told
 };
 const char* NameOf(Stage stage);
 

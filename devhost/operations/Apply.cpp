@@ -172,31 +172,55 @@ std::string NamesOf(const std::vector<SettingChange>& changes) {
   return names;
 }
 
-// Looks at the device once more, and keeps in the snapshot what is there now.
-void LookAgain(const Change& change, SnapshotFolder& snapshots, Applied& applied) {
+// Looks at the device once more, and keeps in the snapshot what is there now. Returns whether the change is in the file.
+bool LookAgain(const Change& change, SnapshotFolder& snapshots, Applied& applied) {
   try {
     const Plan found = PlanChange(change);
     if (found.verdict == Plan::Verdict::Stop || !found.difference.empty()) {
       applied.messages.insert(applied.messages.end(), found.messages.begin(), found.messages.end());
       applied.messages.push_back("the " + found.file + " is not as it was planned: the same change would change it again");
-      return;
+      return false;
     }
     if (!found.settings.empty()) {
       applied.messages.push_back("the driver does not keep these settings after its end: " + NamesOf(found.settings));
     }
-    snapshots.Finish(applied.snapshot, found.before);
-    applied.verdict = found.isReachable ? Applied::Verdict::Done : Applied::Verdict::Waits;
+    try {
+      snapshots.Finish(applied.snapshot, found.before);
+      applied.verdict = found.isReachable ? Applied::Verdict::Done : Applied::Verdict::Waits;
+    } catch (const SnapshotError& error) {
+      applied.messages.push_back(std::string("the change is made, but its snapshot is not finished: ") + error.what());
+    }
+    return found.isReachable;
   } catch (const std::exception& error) {
     applied.messages.push_back(std::string("what is there now is not known: ") + error.what());
+    return false;
   }
 }
 
-// Has the daemon read its file, now that the change is in there.
-void Restart(const Change& change, const Plan& plan, Applied& applied) {
+// Has the daemon read its file, now that the change of snapshot `number` is in there. Returns whether it did.
+bool Restart(const Change& change, const Plan& plan, unsigned long number, SnapshotFolder& snapshots, Applied& applied) {
   const std::string problem = RunRestartCommand(change.restartCommand);
   if (!problem.empty()) {
     Say(change, plan, {"the file is changed, but the restart command has failed: " + problem}, applied);
-    applied.verdict = Applied::Verdict::NotRestarted;
+    return false;
+  }
+  try {
+    snapshots.EndRestart(number);
+  } catch (const SnapshotError& error) {
+    applied.messages.push_back(std::string("the next call will restart again: ") + error.what());
+  }
+  return true;
+}
+
+// Does what is left of an earlier change.
+void RestartLate(const Change& change, const Plan& plan, SnapshotFolder& snapshots, Applied& applied) {
+  const std::string of = " of the change of snapshot " + std::to_string(plan.restartDue);
+  applied.verdict = Applied::Verdict::NotRestarted;
+  if (change.restartCommand.empty()) {
+    applied.messages = {"the daemon has not been told" + of + ": its restart command has not succeeded; give one again"};
+  } else if (Restart(change, plan, plan.restartDue, snapshots, applied)) {
+    applied.verdict = Applied::Verdict::Restarted;
+    applied.messages.push_back("the restart" + of + " was due, and the restart command was run now");
   }
 }
 
@@ -218,6 +242,9 @@ Plan PlanChange(const Change& change) {
     Compare(change, input, preview, plan);
   } else {
     Judge(change, preview, plan);
+  }
+  if (plan.verdict == Plan::Verdict::Nothing && plan.isReachable) {
+    plan.restartDue = RestartDue(change.target.snapshotFolder, change.target.chosen.device.id);
   }
   return plan;
 }
@@ -242,11 +269,16 @@ Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time) {
     applied.messages = {device.name + " was changed since the plan was made; look at it again"};
     return applied;
   }
+  if (again.restartDue != 0) {
+    RestartLate(change, again, snapshots, applied);
+    return applied;
+  }
   if (again.verdict == Plan::Verdict::Nothing) {
     applied.messages = {"there is nothing to change on " + device.name};
     return applied;
   }
-  applied.snapshot = snapshots.Begin(change.operation, device.name, again.before, time);
+  const bool restarts = !change.restartCommand.empty();
+  applied.snapshot = snapshots.Begin(change.operation, device.name, again.before, time, restarts);
   applied.verdict = Applied::Verdict::Failed;
   Listener listener;
   const std::string problem = LetAgentChange(change, states ? &*states : nullptr, listener);
@@ -254,11 +286,10 @@ Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time) {
     listener.lines.push_back(problem);
   }
   Say(change, again, listener.lines, applied);
-  if (problem.empty() && !listener.losesState) {
-    LookAgain(change, snapshots, applied);
-  }
-  if (applied.verdict == Applied::Verdict::Done && !change.restartCommand.empty()) {
-    Restart(change, again, applied);
+  const bool isInFile = problem.empty() && !listener.losesState && LookAgain(change, snapshots, applied);
+  if (isInFile && restarts && !Restart(change, again, applied.snapshot, snapshots, applied) &&
+      applied.verdict == Applied::Verdict::Done) {
+    applied.verdict = Applied::Verdict::NotRestarted;
   }
   return applied;
 }

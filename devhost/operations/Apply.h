@@ -56,8 +56,11 @@ struct Plan {
   std::vector<Finding> findings;
   std::vector<std::string> messages;  // what else there is to say, a line each; the last one is why it stops
   bool isReachable = true;            // false: the device gave what it last knew, and keeps what it gets for later
-  DeviceCopy before;                  // with secrets, as the next
-  DeviceCopy after;                   // valid unless nobody can tell
+  // With the verdict Nothing: the snapshot of a change that the daemon has not been told of, because its restart command was
+  // not run or has failed; 0 when there is none.
+  unsigned long restartDue = 0;
+  DeviceCopy before;  // with secrets, as the next
+  DeviceCopy after;   // valid unless nobody can tell
 };
 
 // Judges the settings by the rules of "devhost advise" and previews the change. An error of a rule that is not accepted
@@ -75,7 +78,8 @@ struct Applied {
     Done,
     Waits,         // the device cannot be reached; its driver has accepted the change for later
     Stopped,       // nothing was changed
-    NotRestarted,  // done, but the restart command has failed
+    Restarted,     // nothing was changed; the restart command of an earlier change was run
+    NotRestarted,  // done, or nothing to change, but the restart command has failed, or an earlier one and there is none now
     Failed         // something may have been changed; the snapshot has what was there
   };
 
@@ -86,8 +90,9 @@ struct Applied {
 
 // Makes a change that was planned: keeps a snapshot, has the agent of the project do "SetDeviceState" with the device's own
 // driver, keeps the device's state, and looks at the device again. Stops before anything is changed when device or file are
-// not as the plan has found them. The restart command runs at the end, unless the change waits. `time` is now, in seconds
-// since 1970.
+// not as the plan has found them. The restart command runs at the end, unless the change waits; until it has succeeded, the
+// snapshot has a mark. Where nothing is to be changed and the plan says that a restart is due, only that is done. `time` is
+// now, in seconds since 1970.
 //
 // Throws what PlanChange throws, SnapshotError and StateError, all before anything is changed.
 Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time);

@@ -28,6 +28,7 @@ constexpr char kFileBefore[] = "before.conf";
 constexpr char kSettingsBefore[] = "before.xml";
 constexpr char kFileAfter[] = "after.conf";
 constexpr char kSettingsAfter[] = "after.xml";
+constexpr char kRestartDue[] = "restart-due";
 constexpr char kUnfinished[] = ".new";
 
 [[noreturn]] void Fail(const std::string& path, const std::string& reason) {
@@ -179,7 +180,20 @@ struct Unfinished {
   const std::string path;
 };
 
+bool HasRestartDue(const std::string& snapshot) {
+  std::error_code ignored;
+  return fs::exists(fs::symlink_status(snapshot + "/" + kRestartDue, ignored));
+}
+
 }  // namespace
+
+unsigned long RestartDue(const std::string& folder, unsigned long deviceId) {
+  const std::string path = DeviceFolder(folder, deviceId);
+  std::error_code error;
+  fs::directory_iterator(path, error);
+  const std::vector<unsigned long> numbers = error ? std::vector<unsigned long>() : NumbersIn(path);
+  return !numbers.empty() && HasRestartDue(path + "/" + std::to_string(numbers.back())) ? numbers.back() : 0;
+}
 
 SnapshotList ReadSnapshots(const std::string& folder, unsigned long deviceId) {
   const std::string path = DeviceFolder(folder, deviceId);
@@ -210,7 +224,7 @@ SnapshotFolder::SnapshotFolder(const std::string& folder, unsigned long deviceId
 }
 
 unsigned long SnapshotFolder::Begin(const std::string& operation, const std::string& deviceName, const DeviceCopy& before,
-                                    std::int64_t time) {
+                                    std::int64_t time, bool restarts) {
   const std::vector<unsigned long> numbers = NumbersIn(m_folder);
   const unsigned long number = numbers.empty() ? 1 : numbers.back() + 1;
   const std::string path = PathOf(number);
@@ -221,6 +235,9 @@ unsigned long SnapshotFolder::Begin(const std::string& operation, const std::str
       ReplaceStateFile(folder.Get(), kFileBefore, before.file);
       ReplaceStateFile(folder.Get(), kSettingsBefore, before.settings);
       ReplaceStateFile(folder.Get(), kAbout, About(operation, deviceName, time));
+      if (restarts || (!numbers.empty() && HasRestartDue(PathOf(numbers.back())))) {
+        ReplaceStateFile(folder.Get(), kRestartDue, "");
+      }
     }
     fs::rename(unfinished.path, path);
     if (::fsync(OpenPrivate(m_folder).Get()) != 0) {
@@ -241,6 +258,15 @@ void SnapshotFolder::Finish(unsigned long number, const DeviceCopy& after) {
   try {
     ReplaceStateFile(folder.Get(), kFileAfter, after.file);
     ReplaceStateFile(folder.Get(), kSettingsAfter, after.settings);
+  } catch (const StateError& error) {
+    Fail(path, error.what());
+  }
+}
+
+void SnapshotFolder::EndRestart(unsigned long number) {
+  const std::string path = PathOf(number);
+  try {
+    RemoveStateFile(OpenPrivate(path).Get(), kRestartDue);
   } catch (const StateError& error) {
     Fail(path, error.what());
   }

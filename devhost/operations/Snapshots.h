@@ -56,6 +56,10 @@ struct SnapshotList {
 // Throws SnapshotError for a folder of another user and one that others can look into.
 SnapshotList ReadSnapshots(const std::string& folder, unsigned long deviceId);
 
+// The number of the youngest snapshot when it has the mark that the restart after its operation is due; 0 when it has none,
+// and when the folder cannot be looked into. Changes and locks nothing.
+unsigned long RestartDue(const std::string& folder, unsigned long deviceId);
+
 // Keeps snapshots of one device in a folder: FOLDER/driver-ID/NUMBER/ has a file for each text of a snapshot. Folders have
 // mode 0700, files 0600.
 class SnapshotFolder {
@@ -65,11 +69,14 @@ class SnapshotFolder {
   SnapshotFolder(const std::string& folder, unsigned long deviceId, const SnapshotLimits& limits = {});
 
   // Keeps what an operation has found, on the disk when this returns, and removes what is beyond the limits. `time` is now.
+  // The snapshot has the mark of RestartDue when `restarts` is set, and when the youngest one before it has it.
   // Returns the snapshot's number. Throws SnapshotError; a new snapshot is then not there.
   unsigned long Begin(const std::string& operation, const std::string& deviceName, const DeviceCopy& before,
-                      std::int64_t time);
+                      std::int64_t time, bool restarts = false);
   // Adds what the operation has left. Throws SnapshotError.
   void Finish(unsigned long number, const DeviceCopy& after);
+  // Takes the mark of RestartDue away, now that the restart is done. Throws SnapshotError.
+  void EndRestart(unsigned long number);
 
  private:
   void RemoveOld(unsigned long youngest, std::int64_t now);

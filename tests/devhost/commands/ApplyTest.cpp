@@ -270,6 +270,27 @@ TEST_F(ApplyToAFile, RestartsOnlyAfterAChangeAndSaysWhenThatFails) {
                                           "has failed: it has ended with status 4\"}")));
 }
 
+TEST_F(ApplyToAFile, MakesUpForARestartThatIsDue) {
+  const std::string restarted = folder.Path("restarted");
+  EXPECT_EQ(Do({"apply", Settings("kitchen"), "--yes", "--restart-command", "false"}).status, ExitStatus::Failed);
+
+  const Outcome dry = Do({"apply", Settings("kitchen"), "--dry-run", "--restart-command", "touch " + restarted});
+  EXPECT_EQ(dry.out, "the restart of the change of snapshot 1 is due\nnothing to change on " + file + "\n");
+  EXPECT_FALSE(fs::exists(restarted));
+
+  const Outcome untold = Do({"apply", Settings("kitchen"), "--yes", "--json"});
+  EXPECT_EQ(untold.status, ExitStatus::Failed);
+  EXPECT_THAT(untold.out, AllOf(HasSubstr("\"verdict\":\"failed\",\"changed\":false,\"snapshot\":null,"),
+                                HasSubstr("\"stage\":\"restart\",\"reason\":\"the daemon has not been told")));
+
+  const Outcome late = Do({"apply", Settings("kitchen"), "--yes", "--restart-command", "touch " + restarted});
+  EXPECT_EQ(late.status, ExitStatus::Good);
+  EXPECT_EQ(late.out,
+            "the restart of the change of snapshot 1 was due, and the restart command was run now\nnothing to change on " +
+                file + "\n");
+  EXPECT_TRUE(fs::exists(restarted));
+}
+
 TEST_F(ApplyToAFile, SaysWhatIsWrongWithTheLine) {
   const std::string settings = Settings("kitchen");
   EXPECT_THAT(Do({"apply", "--yes"}).errors, HasSubstr("the settings are missing; allowed: "));

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "devhost/operations/Drift.h"
 #include "devhost/project/Project.h"
@@ -38,6 +39,10 @@ class AFile : public testing::Test {
   Applied ApplyNow() {
     change.target = Of("etc/snmpd.conf");
     return ApplyChange(change, PlanChange(change), kNow);
+  }
+  // A restart command that adds a line to a file.
+  std::vector<std::string> Noting(const std::string& name) const {
+    return {"sh", "-c", "echo x >> '" + folder.Path(name) + "'"};
   }
   std::string Refusal(const std::string& name) const {
     try {
@@ -126,7 +131,7 @@ TEST_F(AFile, StaysAsItWasOnAFullDisk) {
 }
 
 TEST_F(AFile, IsFollowedByTheRestartCommandWhenItHasChanged) {
-  change.restartCommand = {"sh", "-c", "echo x >> '" + folder.Path("restarts") + "'"};
+  change.restartCommand = Noting("restarts");
   ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
   EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Stopped);  // nothing to change
   EXPECT_EQ(folder.Read("restarts"), "x\n");
@@ -141,6 +146,72 @@ TEST_F(AFile, IsFollowedByTheRestartCommandWhenItHasChanged) {
               AllOf(HasSubstr("the file is changed, but the restart command has failed: it has ended with status 3: "),
                     Not(HasSubstr("hidden"))));
   EXPECT_THAT(folder.Read("etc/snmpd.conf"), HasSubstr("\nsysName  attic\n"));
+}
+
+TEST_F(AFile, GetsTheRestartThatIsDueWhenThereIsNothingToChange) {
+  change.restartCommand = {"false"};
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::NotRestarted);
+  EXPECT_EQ(PlanChange(change).restartDue, 1U);
+
+  change.restartCommand = {};
+  const Applied untold = ApplyNow();
+  EXPECT_EQ(untold.verdict, Applied::Verdict::NotRestarted);
+  EXPECT_THAT(untold.messages,
+              ElementsAre("the daemon has not been told of the change of snapshot 1: its restart command has "
+                          "not succeeded; give one again"));
+
+  change.restartCommand = Noting("restarts");
+  const Applied late = ApplyNow();
+  EXPECT_EQ(late.verdict, Applied::Verdict::Restarted);
+  EXPECT_EQ(late.snapshot, 0U);
+  EXPECT_EQ(folder.Read("restarts"), "x\n");
+  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Stopped);
+  EXPECT_EQ(folder.Read("restarts"), "x\n");
+}
+
+TEST_F(AFile, GetsTheRestartThatIsDueAfterAnotherChange) {
+  change.restartCommand = {"false"};
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::NotRestarted);
+  Name("attic");
+  change.restartCommand = {};
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::NotRestarted);
+}
+
+TEST_F(AFile, IsNotSaidToNeedARestartThatNobodyAskedFor) {
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  change.restartCommand = Noting("restarts");
+  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Stopped);
+  EXPECT_FALSE(fs::exists(folder.Path("restarts")));
+}
+
+TEST_F(AFile, GetsTheRestartThatAKilledProcessOwesIt) {
+  Child child([this] {
+    change.restartCommand = {"sh", "-c", "kill -9 $PPID"};
+    ApplyNow();
+    return 0;
+  });
+  ASSERT_EQ(child.Result(), std::nullopt);
+  ASSERT_THAT(folder.Read("etc/snmpd.conf"), HasSubstr("\nsysName  kitchen\n"));
+  change.restartCommand = Noting("restarts");
+  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Restarted);
+  EXPECT_EQ(folder.Read("restarts"), "x\n");
+}
+
+TEST_F(AFile, IsFollowedByTheRestartCommandWhenItsSnapshotCannotBeFinished) {
+  const std::string snapshot = path + ".snapshots/driver-1/1";
+  change.restartCommand = Noting("restarts");
+  change.edit = [&snapshot](std::string&) {
+    if (fs::exists(snapshot)) {
+      fs::create_directories(snapshot + "/after.conf/in-the-way");
+    }
+  };
+  const Applied applied = ApplyNow();
+  EXPECT_EQ(applied.verdict, Applied::Verdict::Failed);
+  EXPECT_THAT(applied.messages,
+              ElementsAre(HasSubstr("the change is made, but its snapshot is not finished: cannot use the snapshots in")));
+  EXPECT_EQ(folder.Read("restarts"), "x\n");
+  EXPECT_EQ(PlanChange(change).restartDue, 0U);
 }
 
 }  // namespace
