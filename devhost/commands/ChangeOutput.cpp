@@ -14,6 +14,7 @@
 #include "devhost/commands/Findings.h"
 #include "devhost/commands/ProbeOutput.h"
 #include "devhost/engine/EndWatch.h"
+#include "devhost/operations/RestartCommand.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -215,6 +216,9 @@ std::vector<std::string> RestartWords(const Arguments& arguments) {
   std::vector<std::string> words = SplitWords(arguments.Text(kRestart));
   if (arguments.Has(kRestart) && words.empty()) {
     throw std::runtime_error("--restart-command is empty; allowed: a program and its arguments");
+  }
+  if (const std::string reason = words.empty() ? "" : WhyNotRunnable(words); !reason.empty()) {
+    throw std::runtime_error("--restart-command: " + reason + "; allowed: a program that is there");
   }
   return words;
 }

@@ -41,7 +41,8 @@ const char* NameOf(Stage stage);
 // The rules that `kAccept` names.
 std::set<std::string> AcceptedRules(const Arguments& arguments);
 
-// The words of `kRestart`, cut as in a script. Throws WordError, and std::runtime_error for no words.
+// The words of `kRestart`, cut as in a script. Throws WordError, and std::runtime_error for no words and
+// for a program that is not there.
 std::vector<std::string> RestartWords(const Arguments& arguments);
 
 // Throws std::runtime_error when the command would have to ask a question that nobody could answer.

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -104,13 +105,28 @@ std::string Printed(int output) {
   return text;
 }
 
+std::string PathOf(const std::string& name) {
+  return name.find('/') == std::string::npos ? FindProgram(name) : name;
+}
+
 }  // namespace
 
-std::string RunRestartCommand(const std::vector<std::string>& words, std::chrono::milliseconds deadline) {
-  const std::string& name = words.front();
-  const std::string program = name.find('/') == std::string::npos ? FindProgram(name) : name;
+std::string WhyNotRunnable(const std::vector<std::string>& words) {
+  const std::string program = PathOf(words.front());
   if (program.empty()) {
-    return Quoted(name) + " is not in PATH";
+    return Quoted(words.front()) + " is not in PATH";
+  }
+  struct stat status = {};
+  if (::stat(program.c_str(), &status) != 0 || ::access(program.c_str(), X_OK) != 0) {
+    return Quoted(program) + " cannot be started: " + Reason(errno);
+  }
+  return S_ISREG(status.st_mode) ? "" : Quoted(program) + " cannot be started: it is not a program";
+}
+
+std::string RunRestartCommand(const std::vector<std::string>& words, std::chrono::milliseconds deadline) {
+  const std::string program = PathOf(words.front());
+  if (program.empty()) {
+    return Quoted(words.front()) + " is not in PATH";
   }
   // Not a pipe: a daemon that keeps it open would be waited for.
   const FileDescriptor output(::memfd_create("restart", MFD_CLOEXEC));

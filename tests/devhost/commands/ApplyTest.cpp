@@ -291,6 +291,16 @@ TEST_F(ApplyToAFile, MakesUpForARestartThatIsDue) {
   EXPECT_TRUE(fs::exists(restarted));
 }
 
+TEST_F(ApplyToAFile, IsNotChangedWhenTheRestartCommandIsNotThere) {
+  const std::string plain = File("plain", "");
+  for (const std::string& program : {std::string("no-such-program"), folder.Path("nowhere"), plain, folder.Path("etc")}) {
+    const Outcome outcome = Do({"apply", Settings("kitchen"), "--yes", "--json", "--restart-command", program});
+    EXPECT_EQ(outcome.status, ExitStatus::Wrong) << program;
+    EXPECT_THAT(outcome.out, AllOf(HasSubstr("\"stage\":\"input\""), HasSubstr("--restart-command: ")));
+    EXPECT_EQ(folder.Read("etc/snmpd.conf"), "# by hand\n");
+  }
+}
+
 TEST_F(ApplyToAFile, SaysWhatIsWrongWithTheLine) {
   const std::string settings = Settings("kitchen");
   EXPECT_THAT(Do({"apply", "--yes"}).errors, HasSubstr("the settings are missing; allowed: "));
