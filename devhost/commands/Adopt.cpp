@@ -14,8 +14,8 @@
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/Console.h"
 #include "devhost/commands/Findings.h"
+#include "devhost/operations/FileTarget.h"
 #include "devhost/preview/FileDifference.h"
-#include "devhost/project/Project.h"
 #include "devhost/secrets/Masker.h"
 #include "devhost/system/FileDescriptor.h"
 #include "devhost/text/Words.h"
@@ -47,7 +47,8 @@ constexpr char kFooter[] =
     "\n"
     "  devhost adopt /etc/snmp/snmpd.conf --write adopted\n"
     "  patch /etc/snmp/snmpd.conf adopted/snmpd.conf.patch\n"
-    "  devhost apply --file /etc/snmp/snmpd.conf adopted/settings.xml --yes";
+    "  devhost apply --file /etc/snmp/snmpd.conf adopted/settings.xml --yes \\\n"
+    "    --restart-command 'systemctl restart snmpd'";
 
 void WriteNew(const std::string& path, const std::string& text) {
   const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -98,6 +99,19 @@ void PrintList(const char* title, const std::vector<std::string>& lines, Output&
   }
 }
 
+// A path as one word of a shell.
+std::string ForShell(const std::string& path) {
+  constexpr char kBare[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./:,+@%-";
+  if (path.find_first_not_of(kBare) == std::string::npos) {
+    return path;
+  }
+  std::string word = "'";
+  for (const char letter : path) {
+    word += letter == '\'' ? "'\\''" : std::string(1, letter);
+  }
+  return word + "'";
+}
+
 void PrintText(const Adoption& adoption, const std::string& file, const std::string& written, Output& out) {
   PrintList("goes into the section of the agent", adoption.becoming, out);
   PrintList("goes", adoption.going, out);
@@ -110,10 +124,11 @@ void PrintText(const Adoption& adoption, const std::string& file, const std::str
     out.Write(FindingText(finding));
   }
   if (!written.empty()) {
-    const std::string folder = AsWord(written) + "/";
+    const std::string folder = written + "/";
     out.Write("next:\n");
-    out.Write(adoption.patch.empty() ? "" : "  patch " + AsWord(file) + " " + folder + kPatchFile + "\n");
-    out.Write("  devhost apply --file " + AsWord(file) + " " + folder + kSettingsFile + "\n");
+    out.Write(adoption.patch.empty() ? "" : "  patch " + ForShell(file) + " " + ForShell(folder + kPatchFile) + "\n");
+    out.Write("  devhost apply --file " + ForShell(file) + " " + ForShell(folder + kSettingsFile) +
+              " --restart-command 'systemctl restart snmpd'\n");
   }
 }
 
@@ -124,7 +139,8 @@ ExitStatus AdoptFile(const Arguments& arguments, Console& console) {
   };
   return GuardStops(arguments, console, printStop, [&](Stage&) {
     const NamedText text{file, ReadFileText(file)};
-    const DriverEntry agent = AgentAlone(ModuleFolder(arguments)).drivers.front();
+    // Refuses what "devhost apply --file" would refuse when the lines are gone.
+    const DriverEntry agent = TargetOfFile(file, ModuleFolder(arguments)).chosen.agent;
     const Adoption adoption = Adopt(text, std::filesystem::absolute(file).string(), agent);
     Masker masker(arguments.Has(kShowSecrets));
     masker.Xml(adoption.settings);

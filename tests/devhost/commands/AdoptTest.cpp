@@ -43,7 +43,7 @@ TEST_F(AdoptCommand, WritesSettingsAndAPatchForThisUserAlone) {
   const std::string made = folder.Path("adopted");
   EXPECT_THAT(Adopt({"--write", made}).out,
               HasSubstr("next:\n  patch " + file + " " + made + "/snmpd.conf.patch\n  devhost apply --file " + file + " " +
-                        made + "/settings.xml\n"));
+                        made + "/settings.xml --restart-command 'systemctl restart snmpd'\n"));
   EXPECT_EQ(fs::status(made).permissions(), fs::perms::owner_all);
   for (const char* const name : {"settings.xml", "snmpd.conf.patch"}) {
     EXPECT_EQ(fs::status(made + "/" + name).permissions(), fs::perms::owner_read | fs::perms::owner_write);
@@ -65,6 +65,25 @@ TEST_F(AdoptCommand, PrintsOneJsonObject) {
   EXPECT_THAT(missing.out,
               AllOf(StartsWith("{\"file\":\"" + file + "\",\"verdict\":\"stopped\",\"stage\":\"input\",\"reason\":"),
                     HasSubstr("cannot read")));
+}
+
+TEST_F(AdoptCommand, QuotesPathsForAShell) {
+  const std::string made = folder.Path("it's new");
+  EXPECT_THAT(Adopt({"--write", made}).out,
+              AllOf(HasSubstr("\n  patch " + file + " '" + folder.Path("it'\\''s new/snmpd.conf.patch") + "'\n"),
+                    HasSubstr(" '" + folder.Path("it'\\''s new/settings.xml") + "' --restart-command ")));
+}
+
+TEST_F(AdoptCommand, RefusesWhatApplyWouldRefuse) {
+  const Outcome named = Run({"adopt", "--module-dir", MODULE_FOLDER, File("etc/other.conf", "rocommunity hidden\n")});
+  EXPECT_EQ(named.status, ExitStatus::Wrong);
+  EXPECT_THAT(named.errors, HasSubstr("allowed: snmpd.conf"));
+  fs::rename(file, folder.Path("etc/real.conf"));
+  fs::create_symlink("real.conf", file);
+  const Outcome linked = Adopt({"--write", folder.Path("adopted")});
+  EXPECT_EQ(linked.status, ExitStatus::Wrong);
+  EXPECT_THAT(linked.errors, HasSubstr("it is a symbolic link"));
+  EXPECT_FALSE(fs::exists(folder.Path("adopted")));
 }
 
 TEST_F(AdoptCommand, RefusesAFileWithASection) {
