@@ -15,16 +15,19 @@ Setting MakeSwitch(const std::string& name, bool (D::*getter)(), void (D::*sette
           "Set" + name,
           [=](Device& device) { return device.Call("Get" + name, getter) ? std::string("true") : std::string("false"); },
           [=](Device& device, const std::string& value) { device.Call("Set" + name, setter, value == "true"); },
-          nullptr};
+          nullptr,
+          ""};
 }
 
-Setting MakeText(const std::string& name, std::string (D::*getter)(), void (D::*setter)(std::string), bool (D::*erased)()) {
+Setting MakeText(const std::string& name, std::string (D::*getter)(), void (D::*setter)(std::string), bool (D::*erased)(),
+                 const std::string& ownSwitch = "") {
   return {name,
           Setting::Kind::Text,
           "Set" + name + "Setting",
           [=](Device& device) { return device.Call("Get" + name + "Setting", getter); },
           [=](Device& device, const std::string& value) { device.Call("Set" + name + "Setting", setter, value); },
-          [=](Device& device) { return device.Call("GetWas" + name + "SettingErased", erased); }};
+          [=](Device& device) { return device.Call("GetWas" + name + "SettingErased", erased); },
+          ownSwitch};
 }
 
 Setting MakeList() {
@@ -35,7 +38,8 @@ Setting MakeList() {
           [](Device& device, const std::string& value) {
             device.SetTraps(value.empty() ? std::vector<TrapTarget>() : std::vector<TrapTarget>{{value, "c", "162"}});
           },
-          [](Device& device) { return device.Call("GetWasTrapTargetsSettingErased", &D::GetWasTrapTargetsSettingErased); }};
+          [](Device& device) { return device.Call("GetWasTrapTargetsSettingErased", &D::GetWasTrapTargetsSettingErased); },
+          ""};
 }
 
 }  // namespace
@@ -65,12 +69,15 @@ const std::vector<Setting>& Settings() {
                &D::GetWasCommunityReadSettingErased),
       MakeText("CommunityWrite", &D::GetCommunityWriteSetting, &D::SetCommunityWriteSetting,
                &D::GetWasCommunityWriteSettingErased),
-      MakeText("SysContact", &D::GetSysContactSetting, &D::SetSysContactSetting, &D::GetWasSysContactSettingErased),
+      MakeText("SysContact", &D::GetSysContactSetting, &D::SetSysContactSetting, &D::GetWasSysContactSettingErased,
+               "UsePrimaryContactSetting"),
       MakeSwitch("UsePrimaryContactSetting", &D::GetUsePrimaryContactSetting, &D::SetUsePrimaryContactSetting),
-      MakeText("SysLocation", &D::GetSysLocationSetting, &D::SetSysLocationSetting, &D::GetWasSysLocationSettingErased),
+      MakeText("SysLocation", &D::GetSysLocationSetting, &D::SetSysLocationSetting, &D::GetWasSysLocationSettingErased,
+               "UseProjectOwnerAddressSetting"),
       MakeSwitch("UseProjectOwnerAddressSetting", &D::GetUseProjectOwnerAddressSetting,
                  &D::SetUseProjectOwnerAddressSetting),
-      MakeText("SysName", &D::GetSysNameSetting, &D::SetSysNameSetting, &D::GetWasSysNameSettingErased),
+      MakeText("SysName", &D::GetSysNameSetting, &D::SetSysNameSetting, &D::GetWasSysNameSettingErased,
+               "UseRoomDeviceSetting"),
       MakeSwitch("UseRoomDeviceSetting", &D::GetUseRoomDeviceSetting, &D::SetUseRoomDeviceSetting),
       MakeList(),
   };

@@ -58,6 +58,7 @@ struct Setting {
   // A text sets the list to one target with that name, an empty one to no target.
   std::function<void(Device&, const std::string&)> set;
   std::function<bool(Device&)> wasErased;  // none for a switch
+  std::string ownSwitch;                   // of a text that the project gives while this switch is on; "" for none
 };
 
 // All of them, in the order of the slots.

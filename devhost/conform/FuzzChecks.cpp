@@ -132,6 +132,9 @@ std::string ScriptOf(const Steps& steps) {
       script += "command GetDeviceList\n";
       for (const auto& values : {last.switches, last.texts}) {
         for (const auto& [name, value] : values) {
+          if (IsFromProject(last, name)) {
+            continue;
+          }
           std::string element = "<";
           element.append(name).append(">").append(value).append("</").append(name).append(">");
           script += "expect reply matches " + AsWord(element) + "\n";

@@ -21,21 +21,34 @@ std::vector<std::string> ReadAll(Device& device) {
   return values;
 }
 
-// A device may count a change of a setting as a reason to be dirty.
-bool MayFollow(const Setting& setting) {
-  return setting.name == "IsConfigDirty";
+// A device may count a change of a setting as a reason to be dirty, and a switch may let the project give its text.
+bool MayFollow(const Setting& setting, const Setting& wasSet) {
+  return setting.name == "IsConfigDirty" || setting.ownSwitch == wasSet.name;
+}
+
+const Setting* SwitchOf(const Setting& text) {
+  const auto found = std::find_if(Settings().begin(), Settings().end(),
+                                  [&text](const Setting& setting) { return setting.name == text.ownSwitch; });
+  return found == Settings().end() ? nullptr : &*found;
+}
+
+// Whether the text need not read as it was set.
+bool IsFromProject(Device& device, const Setting& text) {
+  const Setting* const ownSwitch = SwitchOf(text);
+  return ownSwitch != nullptr && ownSwitch->get(device) == "true";
 }
 
 void SetAndCompare(Device& device, const Setting& setting, const std::string& value) {
   const std::vector<std::string> before = ReadAll(device);
+  const bool isFromProject = IsFromProject(device, setting);
   setting.set(device, value);
   const std::vector<std::string> after = ReadAll(device);
   for (std::size_t i = 0; i != Settings().size(); ++i) {
     const Setting& other = Settings()[i];
     if (other.name == setting.name) {
-      Expect(after[i] == value, other.name + " reads as " + Quoted(after[i]) + " after it was set to " + Quoted(value),
-             setting.setter);
-    } else if (!MayFollow(other)) {
+      Expect(after[i] == value || isFromProject,
+             other.name + " reads as " + Quoted(after[i]) + " after it was set to " + Quoted(value), setting.setter);
+    } else if (!MayFollow(other, setting)) {
       Expect(after[i] == before[i], other.name + " has changed when " + setting.name + " was set", setting.setter);
     }
   }
@@ -64,6 +77,9 @@ void KeepsEveryByte(Trial& trial) {
         "a b\tc",       "\"quoted\" 'text' # \\", "  blanks around it  ", "k\xC3\xBChl",
         "line\nfeed\r", std::string("a\0b", 3),   std::string(256, 'x'),  trial.RandomText(65536)};
     for (const Setting& setting : Settings()) {
+      if (IsFromProject(device, setting)) {
+        SwitchOf(setting)->set(device, "false");
+      }
       for (const std::string& text : texts) {
         if (setting.kind == Setting::Kind::Text) {
           setting.set(device, text);
@@ -123,10 +139,11 @@ void LosesNoMemory(Trial& trial) {
 std::vector<Check> SettingsChecks() {
   return {
       {"settings-kept", Severity::Contract, Level::Basic, "",
-       "Each switch and text reads as it was set, and no other setting moves.",
+       "Each switch and text reads as it was set, unless the project gives the text, and no other setting moves.",
        "Only the device holds its settings: the agent sets what the tool has sent, asks again for each line that it "
        "writes,\n"
-       "and keeps no copy.",
+       "and keeps no copy. SysContact may be another text while UsePrimaryContactSetting is on, SysLocation while\n"
+       "UseProjectOwnerAddressSetting is, and SysName while UseRoomDeviceSetting is.",
        &KeepsWhatIsSet},
       {"settings-bytes", Severity::Practice, Level::Full, "", "Texts are kept to the byte, up to 64 KiB.",
        "People enter places and names in all languages, and tools send line feeds by mistake. A device that has to change "

@@ -83,6 +83,14 @@ ToolSettings RandomToolSettings(Trial& trial, std::size_t targets) {
   return settings;
 }
 
+bool IsFromProject(const ToolSettings& settings, const std::string& text) {
+  return std::any_of(Settings().begin(), Settings().end(), [&](const Setting& setting) {
+    const std::pair<std::string, std::string> isOn("snmp" + setting.ownSwitch, "true");
+    return "snmp" + setting.name + "Setting" == text &&
+           std::find(settings.switches.begin(), settings.switches.end(), isOn) != settings.switches.end();
+  });
+}
+
 std::string ElementOf(const ToolSettings& settings) {
   XmlElement element = Leaf("managedDevice", "");
   for (const auto& [name, value] : settings.switches) {
@@ -154,7 +162,9 @@ void ToolSession::ExpectList() {
   if (m_hasSettings) {
     for (const auto& values : {m_settings.switches, m_settings.texts}) {
       for (const auto& [name, value] : values) {
-        expect(name, Leaf(name, value));
+        if (!IsFromProject(m_settings, name)) {
+          expect(name, Leaf(name, value));
+        }
       }
     }
     expect("snmpTrapTargets", TargetsOf(m_settings));

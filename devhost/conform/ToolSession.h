@@ -18,6 +18,9 @@ struct ToolSettings {
 
 ToolSettings RandomToolSettings(Trial& trial, std::size_t targets);
 
+// Whether the switch of that text is on: then the device may have the project's text instead of the one that was sent.
+bool IsFromProject(const ToolSettings& settings, const std::string& text);
+
 // The settings as the element that the tool sends for the device.
 std::string ElementOf(const ToolSettings& settings);
 

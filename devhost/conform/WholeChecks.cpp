@@ -12,7 +12,13 @@ void WorksWithTheAgent(Trial& trial) {
   Bench bench(trial);
   ToolSession session(bench);
   // One target, since the order of several is what other checks are about.
-  const ToolSettings settings = RandomToolSettings(trial, 1);
+  session.Set(RandomToolSettings(trial, 1));
+  session.ExpectList();
+  // Once more with the device's own texts, which the file has to hold.
+  ToolSettings settings = RandomToolSettings(trial, 1);
+  for (auto& [name, value] : settings.switches) {
+    value = name.find("Use") != std::string::npos ? "false" : value;
+  }
   session.Set(settings);
   session.ExpectList();
   bench.Act([&] {

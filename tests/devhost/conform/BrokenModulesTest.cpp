@@ -129,6 +129,13 @@ TEST(ADeviceWithoutAFileAtFirst, PassesEveryCheck) {
   }
 }
 
+// The tool's users may leave contact, place and name to the project.
+TEST(ADeviceThatFollowsItsSwitches, PassesEveryCheck) {
+  for (const Outcome& outcome : OutcomesOf(SkeletonConformance("follows-its-switches"))) {
+    EXPECT_EQ(outcome.status, Status::Pass) << Said(outcome);
+  }
+}
+
 void ExpectToConform(const std::string& module, const std::string& profile) {
   const std::vector<Outcome> outcomes = OutcomesOf(ConformanceOf(MODULE_FOLDER "/" + module, profile));
   for (const Outcome& outcome : outcomes) {

@@ -192,7 +192,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   void SetCommunityWriteSetting(std::string community) override { m_write.Set(community, "CommunityWrite"); }
   bool GetWasCommunityWriteSettingErased() override { return m_write.erased; }
 
-  std::string GetSysContactSetting() override { return m_contact.value; }
+  std::string GetSysContactSetting() override { return OwnOr(m_contact.value, m_usesContact); }
   void SetSysContactSetting(std::string contact) override {
     if (!Breaks("nothing: ignored-setters")) {
       m_contact.Set(contact, "SysContact");
@@ -202,7 +202,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   bool GetUsePrimaryContactSetting() override { return m_usesContact; }
   void SetUsePrimaryContactSetting(bool use) override { m_usesContact = use; }
 
-  std::string GetSysLocationSetting() override { return m_location.value; }
+  std::string GetSysLocationSetting() override { return OwnOr(m_location.value, m_usesAddress); }
   void SetSysLocationSetting(std::string location) override {
     m_location.Set(Breaks("settings-bytes") ? location.substr(0, 255) : location, "SysLocation");
   }
@@ -238,7 +238,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     if (Breaks("calls-nested") && m_isAnnouncing) {
       throw std::runtime_error("the device is busy");
     }
-    return Breaks("whole-two") ? s_name : m_name.value;
+    return Breaks("whole-two") ? s_name : OwnOr(m_name.value, m_usesRoom);
   }
   void SetSysNameSetting(std::string name) override {
     m_contact.erased = m_contact.erased || (Breaks("erased-own") && name.empty());
@@ -334,6 +334,10 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   bool IsSNMPVersionValid(const std::string& version) override { return version == "1.0.0"; }
 
  private:
+  static std::string OwnOr(const std::string& own, bool usesProject) {
+    return Breaks("nothing: follows-its-switches") && usesProject ? "a text of the project" : own;
+  }
+
   std::string Read() const {
     std::ifstream file(m_path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
