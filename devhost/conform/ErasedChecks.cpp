@@ -42,6 +42,10 @@ void OnlyTheDeviceSetsFlags(Trial& trial) {
                erasable[i]->setter);
       }
     }
+    // All are erased now, since a flag that is false cannot be seen to be cleared.
+    for (const Setting* const setting : erasable) {
+      setting->set(device, "");
+    }
     const std::vector<bool> before = Flags(device);
     for (const Setting& setting : Settings()) {
       setting.get(device);

@@ -93,6 +93,7 @@ const Mistake kMistakes[] = {
     {"forgets DeleteSNMPDevice", "life-withdraws", "life-withdraws"},
     {"publishes another pointer than that to the interface", "life-publish", "life-publish"},
     {"has an erased flag the wrong way round", "inverted-flags", "erased-cleared"},
+    {"clears an erased flag in CopyFrom", "forgets-what-was-erased", "erased-own"},
     {"ignores a setter", "ignored-setters", "settings-kept"},
     {"leaves the text of CopyFrom as it is", "unfilled-copy-from", "file-round"},
     {"has the old std::string", "old-string", "module-needs"},

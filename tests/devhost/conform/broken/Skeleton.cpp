@@ -290,6 +290,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   }
 
   int CopyFrom(const std::string&, std::string& config) override {
+    m_name.erased = m_name.erased && !Breaks("nothing: forgets-what-was-erased");
     if (Breaks("threads-host")) {
       std::thread([this] { DmInvalidateState(); }).join();
     }
