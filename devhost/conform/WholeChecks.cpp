@@ -33,6 +33,26 @@ void WorksWithTheAgent(Trial& trial) {
   session.ExpectList();
 }
 
+// A configuration of the profile may name one controller, which both devices have then.
+bool HasFilesApart(const Profile& profile) {
+  return profile.claims.count("local-file") != 0 || profile.config == Profile().config;
+}
+
+void SharesNoFile(Trial& trial, Device& one, Device& other) {
+  for (Device* const device : {&one, &other}) {
+    const std::string problem = GiveAFile(*device);
+    if (!problem.empty()) {
+      throw Blocked(problem + ": see file-round");
+    }
+  }
+  const std::string text = "sysName " + trial.RandomText() + "\n";
+  Expect(one.CopyTo(text) == 0, "CopyTo failed for one device when another one had got its file", "CopyTo");
+  std::string found;
+  Expect(other.CopyFrom(found) == 0 && found == kOrdinaryText,
+         "the file of one device has changed when CopyTo was called on another one", "CopyTo");
+  Expect(one.CopyFrom(found) == 0 && found == text, "a device does not have the file that CopyTo has given it", "CopyFrom");
+}
+
 void SharesNothing(Trial& trial) {
   Bench bench(trial);
   bench.Load(Bench::kDevice + 1);
@@ -49,6 +69,9 @@ void SharesNothing(Trial& trial) {
       Expect(setting.get(other) == before, setting.name + " of one device has changed when that of another one was set",
              setting.setter);
     }
+    if (HasFilesApart(trial.profile)) {
+      SharesNoFile(trial, device, other);
+    }
   });
 }
 
@@ -62,8 +85,12 @@ std::vector<Check> WholeChecks() {
        "device\n"
        "has to accept the agent's section in its file.",
        &WorksWithTheAgent},
-      {"whole-two", Severity::Contract, Level::Basic, "", "Two devices of one module share no setting.",
-       "A project has many devices of one kind. Static variables of a module are shared by all.", &SharesNothing},
+      {"whole-two", Severity::Contract, Level::Basic, "", "Two devices of one module share no setting and no file.",
+       "A project has many devices of one kind. Static variables of a module are shared by all, and so is a path that is "
+       "not\n"
+       "made from the configuration. Files are compared when the profile claims local-file or has no configuration of its "
+       "own.",
+       &SharesNothing},
   };
 }
 

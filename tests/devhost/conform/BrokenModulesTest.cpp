@@ -94,6 +94,7 @@ const Mistake kMistakes[] = {
     {"publishes another pointer than that to the interface", "life-publish", "life-publish"},
     {"has an erased flag the wrong way round", "inverted-flags", "erased-cleared"},
     {"clears an erased flag in CopyFrom", "forgets-what-was-erased", "erased-own"},
+    {"has one file for all devices", "shares-a-file", "whole-two"},
     {"ignores a setter", "ignored-setters", "settings-kept"},
     {"leaves the text of CopyFrom as it is", "unfilled-copy-from", "file-round"},
     {"has the old std::string", "old-string", "module-needs"},

@@ -113,7 +113,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
       static_cast<void>(::chdir("/") == 0);
     }
     m_id = driverId;
-    m_path = config.GetNamedString("folder") + "/snmpd.conf";
+    m_path = config.GetNamedString("folder") + (Breaks("nothing: shares-a-file") ? "/../snmpd.conf" : "/snmpd.conf");
     if (config.GetNamedString("folder").empty()) {
       if (!Breaks("life-wrong-config")) {
         LogXMessage(3, "device %lu has no folder", driverId);
