@@ -87,6 +87,11 @@ void AnnouncesItselfToAnAgentThatIsThere(Trial& trial) {
                          " with the driver's id during Initialize, with an agent there; allowed: once");
   Expect(bench.Agent().calls.front().device == device.Get(),
          "AddSNMPDevice was called with another device than the one that is published");
+  // One that no smaller type than the id's own can hold.
+  constexpr unsigned long kLargeId = 1000001;
+  bench.Load(kLargeId);
+  Expect(bench.CountOf("AddSNMPDevice", kLargeId) == 1,
+         "AddSNMPDevice was not called once with the driver's id, which is " + std::to_string(kLargeId));
 }
 
 void AnnouncesItselfToAnAgentThatComes(Trial& trial) {
@@ -226,7 +231,9 @@ std::vector<Check> LifeChecks() {
        "The device announces itself once in Initialize when the agent is already there.",
        "An agent calls AgentAvailable when it starts. A device that starts later has to look for it: Query the identifier "
        "of\n"
-       "ISNMPConfigurationAgent and call AddSNMPDevice with the driver's id.",
+       "ISNMPConfigurationAgent and call AddSNMPDevice with the driver's id, an unsigned long. Tried with a small and a "
+       "large "
+       "one.",
        &AnnouncesItselfToAnAgentThatIsThere},
       {"life-device-first", Severity::Contract, Level::Basic, "",
        "The device announces itself once each time an agent calls AgentAvailable.",

@@ -95,6 +95,7 @@ const Mistake kMistakes[] = {
     {"has an erased flag the wrong way round", "inverted-flags", "erased-cleared"},
     {"clears an erased flag in CopyFrom", "forgets-what-was-erased", "erased-own"},
     {"has one file for all devices", "shares-a-file", "whole-two"},
+    {"keeps 16 bits of its id", "has-short-ids", "life-agent-first"},
     {"ignores a setter", "ignored-setters", "settings-kept"},
     {"leaves the text of CopyFrom as it is", "unfilled-copy-from", "file-round"},
     {"has the old std::string", "old-string", "module-needs"},

@@ -379,7 +379,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     }
     m_isAnnounced = true;
     m_isAnnouncing = true;
-    FindAgent()->AddSNMPDevice(m_id, this);
+    FindAgent()->AddSNMPDevice(Breaks("nothing: has-short-ids") ? m_id & 0xFFFFU : m_id, this);
     m_isAnnouncing = false;
     if (Breaks("calls-withdrawn-inside") && !m_isAnnounced) {
       throw std::runtime_error("the device was withdrawn");
