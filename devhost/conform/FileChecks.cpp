@@ -189,28 +189,53 @@ void LeavesTheOldFileWhenItFails(Trial& trial) {
   });
 }
 
+// The file of the device, which holds an ordinary text. Throws Blocked where there is none in the folder.
+std::string FindOrdinaryFile(const std::string& folder) {
+  for (const auto& [name, text] : FilesIn(folder)) {
+    if (text == kOrdinaryText) {
+      return folder + "/" + name;
+    }
+  }
+  throw Blocked("no file in the folder of the device holds what CopyTo has installed, and the profile claims local-file");
+}
+
 void KeepsTheModeOfItsFile(Trial& trial) {
   using std::filesystem::perms;
   Bench bench(trial);
   bench.ActOnDevice([&](Device& device) {
     NeedsAFile(device);
     const std::string folder = bench.FolderOf(Bench::kDevice);
-    for (const auto& [name, text] : FilesIn(folder)) {
-      if (text != kOrdinaryText) {
-        continue;
-      }
-      const std::filesystem::path file = folder + "/" + name;
-      const auto mode = [&file] { return std::filesystem::status(file).permissions() & perms::mask; };
-      Expect((mode() & ~perms(0640)) == perms::none, "the file is open to everybody", "CopyTo");
-      for (const perms old : {perms(0600), perms(0640)}) {
-        std::filesystem::permissions(file, old);
-        Install(device, kOrdinaryText);
-        Expect(mode() == old, "CopyTo has changed the mode of the file", "CopyTo");
-      }
-      return;
+    const std::filesystem::path file = FindOrdinaryFile(folder);
+    const auto mode = [&file] { return std::filesystem::status(file).permissions() & perms::mask; };
+    Expect((mode() & ~perms(0640)) == perms::none, "the file is open to everybody", "CopyTo");
+    for (const perms old : {perms(0600), perms(0640)}) {
+      std::filesystem::permissions(file, old);
+      Install(device, kOrdinaryText);
+      Expect(mode() == old, "CopyTo has changed the mode of the file", "CopyTo");
     }
-    throw Blocked("no file in the folder of the device holds what CopyTo has installed, and the profile claims local-file");
   });
+}
+
+void LeavesTheFileToOthers(Trial& trial) {
+  const std::string text = "# by hand\nsysName " + trial.RandomText(64) + "\n";
+  std::string file;
+  const auto holdsText = [&] {
+    std::ifstream stream(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()) == text;
+  };
+  {
+    Bench bench(trial);
+    bench.ActOnDevice([&](Device& device) {
+      NeedsAFile(device);
+      file = FindOrdinaryFile(bench.FolderOf(Bench::kDevice));
+      std::ofstream(file, std::ios::binary) << text;
+      Expect(CopyOut(device) == text, "CopyFrom does not give what somebody else has written into the file", "CopyFrom");
+    });
+  }
+  Expect(holdsText(), "the file has changed when the driver was destroyed", "destructor");
+  Bench bench(trial);
+  bench.Load();
+  Expect(holdsText(), "the file has changed when the next driver was initialised", "Initialize");
 }
 
 }  // namespace
@@ -239,6 +264,11 @@ std::vector<Check> FileChecks() {
       {"file-mode", Severity::Practice, Level::Full, "local-file",
        "The file is not open to everybody, and keeps the mode that somebody has given it.",
        "It holds communities. 0600 and 0640 are good modes for a new one.", &KeepsTheModeOfItsFile},
+      {"file-kept", Severity::Contract, Level::Full, "local-file",
+       "CopyFrom reads the file as it is, and only CopyTo changes it.",
+       "People edit it, too, and the agent keeps what they wrote. Keep no copy of it, and leave it alone when the driver\n"
+       "starts and ends.",
+       &LeavesTheFileToOthers},
   };
 }
 

@@ -83,6 +83,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
     if (Breaks("nothing: withdraws-twice") && FindAgent() != nullptr) {
       FindAgent()->DeleteSNMPDevice(m_id);
     }
+    if (Breaks("file-kept")) {
+      std::remove(m_path.c_str());
+    }
     if (Breaks("threads-left")) {
       std::thread(&::pause).detach();
     }
@@ -119,6 +122,9 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
         LogXMessage(3, "device %lu has no folder", driverId);
       }
       return 1;
+    }
+    if (Breaks("nothing: empties-its-file")) {
+      std::ofstream(m_path, std::ios::trunc).close();
     }
     if (Breaks("state-hostile") && persisted != nullptr && persisted->GetName() != "State") {
       throw std::runtime_error("the state is damaged");
@@ -304,12 +310,19 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
       throw std::runtime_error("the file is gone");
     }
     if (!Breaks("nothing: unfilled-copy-from")) {
-      config = Breaks("file-text-borrowed") && m_lent != nullptr ? *m_lent : m_isWaiting ? m_waiting : Read();
+      config = m_isWaiting ? m_waiting : Read();
+      if (Breaks("file-text-borrowed") && m_lent != nullptr && m_lent->size() == config.size()) {
+        config = *m_lent;
+      }
+      if (Breaks("nothing: caches-its-file") && !m_cached.empty()) {
+        config = m_cached;
+      }
     }
     return m_isOnline ? 0 : -9;
   }
   int CopyTo(const std::string&, const std::string& config) override {
     m_lent = &config;
+    m_cached = config;
     if (Breaks("whole-agent") && config.find("Section Start") != std::string::npos) {
       return -1;
     }
@@ -410,6 +423,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
   std::vector<std::string> m_lost;
   std::thread m_late;
   const std::string* m_lent = nullptr;
+  std::string m_cached;
 };
 
 IDriver* Create(IInstanceManager& instanceManager) {
