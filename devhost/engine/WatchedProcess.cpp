@@ -75,7 +75,7 @@ class Child {
     }
   }
 
-  // Whether this process has got the signal, too: from whoever wanted to end the program.
+  // Whether somebody else than the child has sent the signal to this process: whoever wanted to end the program.
   bool IsForBoth(int signal) const { return ::sigismember(&m_got, signal) == 1; }
 
  private:
@@ -91,9 +91,11 @@ class Child {
     return false;
   }
 
-  // A terminal sends its signals to both.
+  // A terminal sends its signals to both. A driver may send one to the group of its process, which this process is in.
   void PassOn(int signal, const siginfo_t& info) {
-    ::sigaddset(&m_got, signal);
+    if (info.si_code > 0 || info.si_pid != m_id) {
+      ::sigaddset(&m_got, signal);
+    }
     if (info.si_code <= 0) {
       ::kill(m_id, signal);
     }

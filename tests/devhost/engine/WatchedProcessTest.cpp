@@ -130,12 +130,40 @@ TEST(AWatchedProcess, EndsByTheSignalThatIsSentToIt) {
       {
         const pid_t watcher = ::getpid();
         WatchedProcess::Begin();
-        ::kill(watcher, SIGTERM);
+        if (::fork() == 0) {
+          ::kill(watcher, SIGTERM);  // as somebody else than the process that is watched
+          std::_Exit(0);
+        }
         for (;;) {
           ::pause();
         }
       },
       KilledBySignal(SIGTERM), "^$");
+}
+
+TEST(AWatchedProcess, SaysItsEndByASignalThatItSendsToItsGroup) {
+  EXPECT_EXIT(
+      {
+        ::setpgid(0, 0);
+        WatchedProcess::Begin();
+        ::kill(0, SIGTERM);
+        for (;;) {
+          ::pause();
+        }
+      },
+      KilledBySignal(SIGTERM), "the process was ended by SIGTERM, outside of any call");
+}
+
+TEST(AWatchedProcess, SaysItsEndByASignalThatItSendsToTheOneThatWatches) {
+  EXPECT_EXIT(
+      {
+        WatchedProcess::Begin();
+        ::kill(::getppid(), SIGTERM);
+        for (;;) {
+          ::pause();
+        }
+      },
+      KilledBySignal(SIGTERM), "the process was ended by SIGTERM, outside of any call");
 }
 
 TEST(AWatchedProcess, GetsTheSignalsThatAreSentToIt) {
