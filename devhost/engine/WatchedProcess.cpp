@@ -69,7 +69,7 @@ class Child {
         if (HasEnded(status)) {
           return status;
         }
-      } else if (signal > 0) {
+      } else if (signal > 0 && !IsNewsOfTheChild(signal, info)) {
         PassOn(signal, info);
       }
     }
@@ -91,6 +91,9 @@ class Child {
     return false;
   }
 
+  // The child goes on and says so: LetParentGoOn. It would say so again, for ever, if it got that back.
+  bool IsNewsOfTheChild(int signal, const siginfo_t& info) const { return signal == SIGCONT && info.si_pid == m_id; }
+
   // A terminal sends its signals to both. A driver may send one to the group of its process, which this process is in.
   void PassOn(int signal, const siginfo_t& info) {
     if (info.si_code > 0 || info.si_pid != m_id) {
@@ -104,6 +107,29 @@ class Child {
   const pid_t m_id;
   sigset_t m_got = {};
 };
+
+// The process that is watched, and the one that watches it.
+pid_t s_child = 0;
+pid_t s_parent = 0;
+
+// Somebody may stop the child by its id, and let it go on. Its parent has stopped itself since then. A forked copy of the
+// child leaves it alone.
+void LetParentGoOn(int) {
+  const int before = errno;
+  if (::getpid() == s_child) {
+    ::kill(s_parent, SIGCONT);
+  }
+  errno = before;
+}
+
+void TellParentToGoOn(pid_t parent) {
+  s_child = ::getpid();
+  s_parent = parent;
+  struct sigaction action = {};
+  action.sa_handler = &LetParentGoOn;
+  action.sa_flags = SA_RESTART;
+  ::sigaction(SIGCONT, &action, nullptr);
+}
 
 void Say(int status, bool isForBoth) {
   EndRecord& record = EndRecord::OfProcess();
@@ -171,6 +197,7 @@ void WatchedProcess::Begin() noexcept {
     if (::getppid() != parent) {
       ::raise(SIGKILL);
     }
+    TellParentToGoOn(parent);
     EndRecord::KeepFromChildren();
   }
 }

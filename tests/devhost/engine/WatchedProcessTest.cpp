@@ -10,7 +10,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -217,6 +220,55 @@ TEST(AWatchedProcess, StopsAndGoesOnTogetherWithTheOneThatWatches) {
   ::kill(watcher, SIGCONT);
   ASSERT_EQ(::waitpid(watcher, &status, 0), watcher);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+// The state of a process, as the system shows it: 'T' for one that is stopped.
+char StateOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  const std::size_t end = text.rfind(") ");
+  return end == std::string::npos ? '?' : text[end + 2];
+}
+
+// Whether the process comes into that state, or out of it, in the time that a busy machine needs.
+bool Becomes(pid_t process, char state, bool isIn = true) {
+  for (int i = 0; i != 1000; ++i) {
+    if ((StateOf(process) == state) == isIn) {
+      return true;
+    }
+    ::usleep(10000);
+  }
+  return false;
+}
+
+TEST(AWatchedProcess, LetsTheOneThatWatchesGoOnWhenItIsStoppedByItsId) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  const pid_t watcher = ::fork();
+  if (watcher == 0) {
+    WatchedProcess::Begin();
+    const pid_t self = ::getpid();
+    static_cast<void>(::write(ends[1], &self, sizeof self) == sizeof self);
+    for (;;) {
+      ::pause();
+    }
+  }
+  pid_t watched = 0;
+  ASSERT_EQ(::read(ends[0], &watched, sizeof watched), static_cast<ssize_t>(sizeof watched));
+  for (int i = 0; i != 2; ++i) {
+    ::kill(watched, SIGSTOP);
+    EXPECT_TRUE(Becomes(watcher, 'T'));
+    ::kill(watched, SIGCONT);
+    EXPECT_TRUE(Becomes(watcher, 'T', false));
+  }
+  EXPECT_TRUE(Becomes(watched, 'S') && Becomes(watcher, 'S')) << "they wake each other";
+  ::kill(watcher, SIGTERM);
+  ::kill(watcher, SIGCONT);
+  int status = 0;
+  ASSERT_EQ(::waitpid(watcher, &status, 0), watcher);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+  ::close(ends[0]);
+  ::close(ends[1]);
 }
 
 TEST(AWatchedProcess, LearnsTheEndWhereEndsOfChildrenAreIgnored) {
