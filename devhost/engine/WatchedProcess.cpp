@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -51,6 +52,26 @@ void Restore(const Signals& before) {
   ::sigaction(SIGCHLD, &before.onChild, nullptr);
   ::pthread_sigmask(SIG_SETMASK, &before.mask, nullptr);
 }
+
+// The modes of the terminal at the start. A line editor switches off echo and signals, and a child that ends at its prompt
+// leaves them off.
+class TerminalModes {
+ public:
+  TerminalModes() : m_isKnown(IsOurs() && ::tcgetattr(STDIN_FILENO, &m_modes) == 0) {}
+
+  void Restore() const {
+    if (m_isKnown && IsOurs()) {
+      ::tcsetattr(STDIN_FILENO, TCSANOW, &m_modes);
+    }
+  }
+
+ private:
+  // In the background, the modes are those of the program in the foreground.
+  static bool IsOurs() { return ::tcgetpgrp(STDIN_FILENO) == ::getpgrp(); }
+
+  struct termios m_modes = {};
+  const bool m_isKnown;
+};
 
 // The child, as its parent sees it.
 class Child {
@@ -179,6 +200,7 @@ void WatchedProcess::Begin() noexcept {
     return;
   }
   const pid_t parent = ::getpid();
+  const TerminalModes modes;
   EndRecord::Share();
   const Signals before = BlockAll();
   const pid_t id = ::fork();
@@ -188,6 +210,9 @@ void WatchedProcess::Begin() noexcept {
     EndLine::KeepOutputs();
     Child child(id);
     const int status = child.Await();
+    if (!EndRecord::OfProcess().isTold) {
+      modes.Restore();
+    }
     Say(status, WIFSIGNALED(status) && child.IsForBoth(WTERMSIG(status)));
     EndAs(status);
   }

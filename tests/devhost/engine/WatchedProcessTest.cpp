@@ -3,11 +3,13 @@
 
 #include <gmock/gmock.h>
 #include <pthread.h>
+#include <pty.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -269,6 +271,48 @@ TEST(AWatchedProcess, LetsTheOneThatWatchesGoOnWhenItIsStoppedByItsId) {
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
   ::close(ends[0]);
   ::close(ends[1]);
+}
+
+bool HasEcho() {
+  struct termios modes = {};
+  return ::tcgetattr(STDIN_FILENO, &modes) == 0 && (modes.c_lflag & ECHO) != 0;
+}
+
+// How a terminal is left by a watched process that switches echo off. 0 stands for "with echo".
+int StatusAfterEchoIsOff(bool isTold) {
+  int terminal = -1;
+  const pid_t session = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (session == 0) {
+    // A terminal whose session ends is of no use, so this process looks at it and another one is watched.
+    const pid_t watcher = ::fork();
+    if (watcher == 0) {
+      WatchedProcess::Begin();
+      struct termios modes = {};
+      ::tcgetattr(STDIN_FILENO, &modes);
+      modes.c_lflag &= ~static_cast<tcflag_t>(ECHO | ICANON | ISIG);
+      ::tcsetattr(STDIN_FILENO, TCSANOW, &modes);
+      if (isTold) {
+        WatchedProcess::TellEnd(0);
+      }
+      ::syscall(SYS_exit_group, HasEcho() ? 9 : 0);
+    }
+    int status = 0;
+    const bool hasEnded = ::waitpid(watcher, &status, 0) == watcher && WIFEXITED(status);
+    const bool isRight = hasEnded && WEXITSTATUS(status) == (isTold ? 0 : 1);
+    ::syscall(SYS_exit_group, !isRight ? 2 : HasEcho() ? 0 : 1);
+  }
+  int status = 0;
+  EXPECT_EQ(::waitpid(session, &status, 0), session);
+  ::close(terminal);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(AWatchedProcess, LeavesTheTerminalAsItWasWhenItEndsEarly) {
+  EXPECT_EQ(StatusAfterEchoIsOff(false), 0);
+}
+
+TEST(AWatchedProcess, LeavesTheTerminalAsItHasSetItWhenItsWorkIsDone) {
+  EXPECT_EQ(StatusAfterEchoIsOff(true), 1);
 }
 
 TEST(AWatchedProcess, LearnsTheEndWhereEndsOfChildrenAreIgnored) {
