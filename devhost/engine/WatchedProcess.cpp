@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 
 #include "devhost/engine/EndLine.h"
 #include "devhost/engine/EndRecord.h"
@@ -107,7 +108,15 @@ class Child {
       }
       // A shell that waits for this process sees the stop. Whoever lets this process go on lets both go on.
       ::raise(SIGSTOP);
-      ::kill(m_id, SIGCONT);
+      sigset_t goOn;
+      ::sigemptyset(&goOn);
+      ::sigaddset(&goOn, SIGCONT);
+      siginfo_t info = {};
+      const timespec now = {};
+      // A child that goes on already may have been stopped again since.
+      if (::sigtimedwait(&goOn, &info, &now) != SIGCONT || !IsNewsOfTheChild(SIGCONT, info)) {
+        ::kill(m_id, SIGCONT);
+      }
     }
     return false;
   }
