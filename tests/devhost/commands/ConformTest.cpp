@@ -72,7 +72,7 @@ TEST_F(ConformCommand, PrintsXmlForJUnit) {
   ASSERT_EQ(suites.children.size(), 1U);
   const XmlElement& suite = suites.children[0];
   EXPECT_EQ(*suite.FindAttribute("name"), "file");
-  EXPECT_EQ(*suite.FindAttribute("tests"), "5");
+  EXPECT_EQ(*suite.FindAttribute("tests"), "6");
   EXPECT_EQ(*suite.FindAttribute("failures"), "1");
   EXPECT_EQ(*suite.FindAttribute("errors"), "1");
   EXPECT_TRUE(suite.children[0].children.empty());
