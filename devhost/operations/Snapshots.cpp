@@ -190,7 +190,7 @@ bool HasRestartDue(const std::string& snapshot) {
 unsigned long RestartDue(const std::string& folder, unsigned long deviceId) {
   const std::string path = DeviceFolder(folder, deviceId);
   std::error_code error;
-  fs::directory_iterator(path, error);
+  const fs::directory_iterator opened(path, error);
   const std::vector<unsigned long> numbers = error ? std::vector<unsigned long>() : NumbersIn(path);
   return !numbers.empty() && HasRestartDue(path + "/" + std::to_string(numbers.back())) ? numbers.back() : 0;
 }
