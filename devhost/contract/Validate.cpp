@@ -5,9 +5,9 @@
 #include <map>
 #include <utility>
 
-#include "devhost/contract/Markup.h"
 #include "devhost/snmpd/NearName.h"
 #include "devhost/text/Words.h"
+#include "devhost/xml/StrictXml.h"
 
 namespace devhost {
 
@@ -83,6 +83,9 @@ class Judge {
 
   void Attributes(const XmlElement& element, const ElementShape& shape) {
     for (const XmlAttribute& attribute : element.attributes) {
+      if (IsFull()) {
+        return;
+      }
       const auto known = std::find_if(shape.attributes.begin(), shape.attributes.end(),
                                       [&attribute](const AttributeShape& one) { return attribute.name == one.name; });
       const std::string title = "the attribute " + Quoted(attribute.name) + " of <" + element.name + ">";
@@ -123,6 +126,9 @@ class Judge {
     std::map<std::string, std::size_t> counts;
     std::size_t place = 0;  // in an order, of the last child that stood right
     for (const XmlElement& child : element.children) {
+      if (IsFull()) {
+        return;
+      }
       const ElementShape* const known = shape.FindChild(child.name);
       if (known == nullptr) {
         Unknown(child, element.name, shape);
@@ -244,18 +250,15 @@ std::vector<Mismatch> Validate(const XmlElement& element, const ElementShape& sh
 
 std::vector<Mismatch> ValidateDocument(const std::string& text, bool asReply) {
   try {
-    const XmlElement root = ReadXml(text);
-    if (const auto problem = FindMarkupProblem(text)) {
-      return {{Kind::NotXml, problem->line, "", problem->reason, problem->remedy}};
-    }
+    const XmlElement root = ReadStrictXml(text);
     const DocumentShape* const document = FindDocument(root.name, asReply);
     if (document == nullptr) {
       return {{Kind::UnknownRoot, root.line, "", "no document has this root element", "allowed: " + RootNames()}};
     }
     return Validate(root, document->root);
   } catch (const XmlError& error) {
-    return {{Kind::NotXml, error.Line(), "",
-             "not well-formed XML, column " + std::to_string(error.Column()) + ": " + error.what(), "correct the markup"}};
+    return {{Kind::NotXml, error.Line(), "", "column " + std::to_string(error.Column()) + ": " + error.what(),
+             "correct the markup"}};
   }
 }
 

@@ -108,17 +108,17 @@ std::string ReadDescriptorText(int descriptor, const std::string& name, std::siz
   }
 }
 
-std::string ReadFileText(const std::string& path) {
+std::string ReadFileText(const std::string& path, std::size_t maximumSize) {
   const FileDescriptor file(Open(AT_FDCWD, path, 0));
   const std::string begun = BeginPipe(file.Get(), path);
-  std::string text = ReadDescriptorText(file.Get(), path);
+  std::string text = ReadDescriptorText(file.Get(), path, maximumSize);
   text.insert(0, begun);
   return text;
 }
 
-NamedText ReadNamedText(const std::string& path) {
+NamedText ReadNamedText(const std::string& path, std::size_t maximumSize) {
   NamedText read{path == "-" ? "standard input" : path, ""};
-  read.text = path == "-" ? ReadDescriptorText(STDIN_FILENO, read.name) : ReadFileText(path);
+  read.text = path == "-" ? ReadDescriptorText(STDIN_FILENO, read.name, maximumSize) : ReadFileText(path, maximumSize);
   constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
   if (StartsWith(read.text, kByteOrderMark)) {
     read.text.erase(0, 3);

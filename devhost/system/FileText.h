@@ -23,9 +23,9 @@ class FileError : public std::runtime_error {
 inline constexpr std::size_t kMaximumFileSize = std::size_t{256} * 1024 * 1024;
 
 // The whole content of a file, byte for byte. Throws FileError when it is missing, a folder, unreadable or larger than
-// kMaximumFileSize, or a pipe that nobody writes into: one without a writer is waited for five seconds, one with a writer
+// `maximumSize`, or a pipe that nobody writes into: one without a writer is waited for five seconds, one with a writer
 // as long as it takes.
-std::string ReadFileText(const std::string& path);
+std::string ReadFileText(const std::string& path, std::size_t maximumSize = kMaximumFileSize);
 
 // The same for an open file descriptor, which stays open; `name` is for messages.
 std::string ReadDescriptorText(int descriptor, const std::string& name, std::size_t maximumSize = kMaximumFileSize);
@@ -37,7 +37,7 @@ struct NamedText {
 };
 
 // Reads a file, as ReadFileText does, or standard input for "-". Throws FileError.
-NamedText ReadNamedText(const std::string& path);
+NamedText ReadNamedText(const std::string& path, std::size_t maximumSize = kMaximumFileSize);
 
 // As ReadFileText for what has to be a regular file: anything else is refused at once, a pipe too, which may keep its reader
 // waiting for ever.

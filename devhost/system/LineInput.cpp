@@ -7,8 +7,6 @@
 #include <system_error>
 #include <utility>
 
-#include "devhost/system/FileText.h"
-
 namespace devhost {
 
 LineInput::LineInput(int descriptor, std::string name) : m_descriptor(descriptor), m_name(std::move(name)) {}
@@ -17,7 +15,8 @@ std::optional<std::string> LineInput::Next() {
   for (;;) {
     const std::size_t feed = m_read.find('\n', m_seen);
     if (std::min(feed, m_read.size()) > kLongestLine) {
-      throw FileError(m_name, "a line has more than " + std::to_string(kLongestLine) + " bytes");
+      Skip();
+      throw LineTooLong(m_name, "a line has more than " + std::to_string(kLongestLine) + " bytes");
     }
     if (feed != std::string::npos) {
       std::string line = m_read.substr(0, feed);
@@ -31,6 +30,19 @@ std::optional<std::string> LineInput::Next() {
       return m_read.empty() ? std::nullopt : std::optional<std::string>(std::exchange(m_read, ""));
     }
   }
+}
+
+void LineInput::Skip() {
+  std::size_t feed = m_read.find('\n');
+  while (feed == std::string::npos) {
+    m_read.clear();
+    if (!Fill()) {
+      break;
+    }
+    feed = m_read.find('\n');
+  }
+  m_read.erase(0, feed == std::string::npos ? feed : feed + 1);
+  m_seen = 0;
 }
 
 bool LineInput::Fill() {

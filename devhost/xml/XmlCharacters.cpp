@@ -4,12 +4,10 @@
 #include <cstdint>
 
 #include "devhost/text/Words.h"
+#include "devhost/xml/XmlReader.h"
 
 namespace devhost {
 namespace {
-
-// An element takes many times its size in the text.
-constexpr std::size_t kMostElements = 4000000;
 
 // Whether XML 1.0 may carry the character at all.
 bool IsXmlCharacter(std::uint32_t character) {
@@ -59,18 +57,6 @@ bool IsKnownReference(std::string_view reference) {
   return result.ec == std::errc() && result.ptr == end && IsXmlCharacter(character);
 }
 
-std::size_t FindBadCharacter(std::string_view text) {
-  for (std::size_t i = 0; i < text.size();) {
-    const unsigned char byte = static_cast<unsigned char>(text[i]);
-    const std::size_t length = byte >= 0x20 && byte < 0x80 ? 1 : XmlCharacterLength(text.substr(i, 4));
-    if (length == 0) {
-      return i;
-    }
-    i += length;
-  }
-  return std::string_view::npos;
-}
-
 // Also finds the first element too many.
 std::size_t FindBadMarkup(std::string_view text, std::string& problem) {
   std::size_t elements = 0;
@@ -78,8 +64,8 @@ std::size_t FindBadMarkup(std::string_view text, std::string& problem) {
     if (text[i] == '<') {
       const std::size_t behind = PassOver(text, i);
       elements += behind == i && text.substr(i + 1, 1) != "/" ? 1U : 0U;
-      if (elements > kMostElements) {
-        problem = "more than " + std::to_string(kMostElements) + " elements; allowed: at most this many";
+      if (elements > kMostXmlElements) {
+        problem = "more than " + std::to_string(kMostXmlElements) + " elements; allowed: at most this many";
         return i;
       }
       i = behind == i ? i + 1 : behind;
@@ -122,6 +108,18 @@ std::size_t XmlCharacterLength(std::string_view text) noexcept {
   return character >= kSmallest[length] && IsXmlCharacter(character) ? length : 0;
 }
 
+std::size_t FindBadXmlCharacter(std::string_view text) noexcept {
+  for (std::size_t i = 0; i < text.size();) {
+    const unsigned char byte = static_cast<unsigned char>(text[i]);
+    const std::size_t length = byte >= 0x20 && byte < 0x80 ? 1 : XmlCharacterLength(text.substr(i, 4));
+    if (length == 0) {
+      return i;
+    }
+    i += length;
+  }
+  return std::string_view::npos;
+}
+
 bool IsXmlNameByte(char byte, bool first) noexcept {
   const unsigned char code = static_cast<unsigned char>(byte);
   if (code >= 0x80 || byte == '_' || byte == ':' || (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z')) {
@@ -131,7 +129,7 @@ bool IsXmlNameByte(char byte, bool first) noexcept {
 }
 
 std::size_t FindXmlProblem(std::string_view text, std::string& problem) {
-  const std::size_t badCharacter = FindBadCharacter(text);
+  const std::size_t badCharacter = FindBadXmlCharacter(text);
   if (badCharacter != std::string_view::npos) {
     problem = "a character that XML does not allow, or that is not UTF-8";
     return badCharacter;

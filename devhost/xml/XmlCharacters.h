@@ -10,6 +10,9 @@ namespace devhost {
 // How many bytes the UTF-8 character at the front of `text` has; 0 when there is none, or none that XML may carry.
 std::size_t XmlCharacterLength(std::string_view text) noexcept;
 
+// Where the first byte stands that begins no such character; npos when there is none.
+std::size_t FindBadXmlCharacter(std::string_view text) noexcept;
+
 // Whether an XML name may contain this byte, at its start or later. Bytes of characters beyond ASCII pass.
 bool IsXmlNameByte(char byte, bool first) noexcept;
 

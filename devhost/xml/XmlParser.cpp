@@ -1,7 +1,6 @@
 #include "devhost/xml/XmlParser.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <new>
 #include <pugixml.hpp>
@@ -9,48 +8,10 @@
 #include <string_view>
 
 #include "devhost/xml/XmlCharacters.h"
+#include "devhost/xml/XmlPlaces.h"
 
 namespace devhost {
 namespace {
-
-// As many as the elements that a large project and its states have, with a few attributes each.
-constexpr std::size_t kMostAttributes = 10000000;
-
-// Turns rising offsets into lines and columns in one walk over the text.
-class Places {
- public:
-  explicit Places(const std::string& text) : m_text(text) {}
-
-  void MoveTo(std::size_t offset) {
-    while (m_lineEnd < offset) {
-      const void* const found = std::memchr(m_text.data() + m_lineEnd, '\n', offset - m_lineEnd);
-      if (found == nullptr) {
-        break;
-      }
-      m_lineEnd = static_cast<std::size_t>(static_cast<const char*>(found) - m_text.data()) + 1;
-      m_lineStart = m_lineEnd;
-      ++m_line;
-    }
-    m_lineEnd = std::max(m_lineEnd, offset);
-    m_column = offset - m_lineStart + 1;
-  }
-
-  std::size_t Line() const { return m_line; }
-  std::size_t Column() const { return m_column; }
-
- private:
-  const std::string& m_text;
-  std::size_t m_line = 1;
-  std::size_t m_column = 1;
-  std::size_t m_lineStart = 0;
-  std::size_t m_lineEnd = 0;  // everything before it has been searched
-};
-
-[[noreturn]] void Fail(const std::string& text, std::size_t offset, const std::string& problem) {
-  Places places(text);
-  places.MoveTo(std::min(offset, text.size()));
-  throw XmlError(problem, places.Line(), places.Column());
-}
 
 // Where the start tag stands: the library knows where its name stands.
 std::size_t OffsetOf(pugi::xml_node element) {
@@ -83,34 +44,35 @@ pugi::xml_node CheckedRoot(const pugi::xml_document& document, const std::string
   pugi::xml_node root;
   for (const pugi::xml_node node : document.children()) {
     if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata) {
-      Fail(text, root ? OffsetOf(root) : 0, "text outside of the root element");
+      ThrowXmlError(text, root ? OffsetOf(root) : 0, "text outside of the root element");
     }
     if (node.type() == pugi::node_element && root) {
-      Fail(text, OffsetOf(node), std::string("a second root element <") + node.name() + ">; only one is allowed");
+      ThrowXmlError(text, OffsetOf(node), std::string("a second root element <") + node.name() + ">; only one is allowed");
     }
     if (node.type() == pugi::node_element) {
       root = node;
     }
   }
   if (!root) {
-    Fail(text, text.size(), "no root element");
+    ThrowXmlError(text, text.size(), "no root element");
   }
   std::size_t attributes = 0;
   for (pugi::xml_node node = root; node; node = Following(node, root)) {
     const auto all = node.attributes();
     attributes += static_cast<std::size_t>(std::distance(all.begin(), all.end()));
-    if (attributes > kMostAttributes) {
-      Fail(text, OffsetOf(node), "more than " + std::to_string(kMostAttributes) + " attributes; allowed: at most this many");
+    if (attributes > kMostXmlAttributes) {
+      ThrowXmlError(text, OffsetOf(node),
+                    "more than " + std::to_string(kMostXmlAttributes) + " attributes; allowed: at most this many");
     }
     // One attribute alone, the usual case, costs nothing.
     if (node.first_attribute() != node.last_attribute() && HasTwiceTheSameAttribute(node)) {
-      Fail(text, OffsetOf(node), std::string("element <") + node.name() + "> has one attribute twice");
+      ThrowXmlError(text, OffsetOf(node), std::string("element <") + node.name() + "> has one attribute twice");
     }
   }
   return root;
 }
 
-void Open(pugi::xml_node element, Places& places, XmlBuilder& builder) {
+void Open(pugi::xml_node element, XmlPlaces& places, XmlBuilder& builder) {
   places.MoveTo(OffsetOf(element));
   builder.Open(places.Line(), places.Column());
   XmlContent& content = builder.Current();
@@ -121,7 +83,7 @@ void Open(pugi::xml_node element, Places& places, XmlBuilder& builder) {
 }
 
 // Without recursion, because documents may be deeper than the stack.
-void Build(pugi::xml_node root, Places& places, XmlBuilder& builder) {
+void Build(pugi::xml_node root, XmlPlaces& places, XmlBuilder& builder) {
   Open(root, places, builder);
   pugi::xml_node parent = root;
   pugi::xml_node node = root.first_child();
@@ -148,7 +110,7 @@ void ParseXml(const std::string& text, XmlBuilder& builder) {
   std::string problem;
   const std::size_t bad = FindXmlProblem(text, problem);
   if (bad != std::string::npos) {
-    Fail(text, bad, problem);
+    ThrowXmlError(text, bad, problem);
   }
   // White space beside child elements is layout; alone in an element it is text. Fragments are let in so that what stands
   // outside of the root can be seen and refused.
@@ -160,10 +122,10 @@ void ParseXml(const std::string& text, XmlBuilder& builder) {
     throw std::bad_alloc();
   }
   if (!result) {
-    Fail(text, static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0)), result.description());
+    ThrowXmlError(text, static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0)), result.description());
   }
   const pugi::xml_node root = CheckedRoot(document, text);
-  Places places(text);
+  XmlPlaces places(text);
   Build(root, places, builder);
 }
 

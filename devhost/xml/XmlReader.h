@@ -51,9 +51,13 @@ class XmlError : public std::runtime_error {
   std::size_t m_column;
 };
 
+// An element takes many times its size in the text. As many as a large project and its states have.
+inline constexpr std::size_t kMostXmlElements = 4000000;
+inline constexpr std::size_t kMostXmlAttributes = 10000000;
+
 // Reads a whole document (UTF-8, a byte order mark is skipped) and returns its root element. Comments, processing
 // instructions and the document type are passed over. Throws XmlError, also for elements nested more than 1000 deep and
-// for more than 4000000 elements or 10000000 attributes.
+// for more than kMostXmlElements or kMostXmlAttributes. What passes here may not be XML to other programs: StrictXml.h.
 XmlElement ReadXml(const std::string& text);
 
 // The same as a node for a driver; never an empty handle. Any depth.

@@ -119,13 +119,14 @@ TEST(TheConfigOfADriver, MayHoldAnything) {
 }
 
 TEST(ADocumentThatIsNotXml, IsAMismatch) {
-  EXPECT_THAT(ValidateDocument("<a>\n<b>\n</a>", false), ElementsAre(Is(Kind::NotXml, 3, "not well-formed XML", "")));
-  EXPECT_THAT(ValidateDocument("", false), ElementsAre(Is(Kind::NotXml, 1, "not well-formed XML", "")));
+  EXPECT_THAT(ValidateDocument("<a>\n<b>\n</a>", false),
+              ElementsAre(Is(Kind::NotXml, 3, "column 3: expected the end tag of the element in line 2", "")));
+  EXPECT_THAT(ValidateDocument("", false), ElementsAre(Is(Kind::NotXml, 1, "column 1: no root element", "")));
 }
 
 TEST(MarkupThatOthersRefuse, IsAMismatch) {
   EXPECT_THAT(ValidateDocument("<!DOCTYPE Fail><Fail/>", false),
-              ElementsAre(Is(Kind::NotXml, 1, "a document type", "remove")));
+              ElementsAre(Is(Kind::NotXml, 1, "a document type can change what the document says; remove it", "correct")));
 }
 
 TEST(AnUnknownRoot, IsAMismatchThatNamesTheKnownOnes) {

@@ -24,6 +24,19 @@ std::string ErrorOf(Reader read, const Arguments&... arguments) {
   return "";
 }
 
+void ReadWhole(const std::string& path) {
+  ReadFileText(path);
+}
+
+TEST(AFile, IsReadUpToTheSizeThatIsAllowed) {
+  const testsupport::ScratchFolder folder;
+  const std::string path = folder.Write("a", "12345");
+  EXPECT_EQ(ReadNamedText(path, 5).text, "12345");
+  EXPECT_THAT(ErrorOf(ReadNamedText, path, std::size_t{4}), HasSubstr("it is larger than the 4 bytes that are allowed"));
+  EXPECT_THAT(ErrorOf(ReadNamedText, std::string("/dev/zero"), std::size_t{4}),
+              HasSubstr("it is larger than the 4 bytes that are allowed"));
+}
+
 TEST(AFile, IsReadByteForByte) {
   const testsupport::ScratchFolder folder;
   const std::string text("a\0\r\n\xff", 5);
@@ -63,8 +76,8 @@ TEST(ANamedText, IsStandardInputForADash) {
 
 TEST(AFileThatCannotBeRead, IsNamedWithTheReason) {
   const testsupport::ScratchFolder folder;
-  EXPECT_EQ(ErrorOf(ReadFileText, "/no/such/file"), "cannot read \"/no/such/file\": No such file or directory");
-  EXPECT_EQ(ErrorOf(ReadFileText, folder.Path()), "cannot read \"" + folder.Path() + "\": Is a directory");
+  EXPECT_EQ(ErrorOf(ReadWhole, "/no/such/file"), "cannot read \"/no/such/file\": No such file or directory");
+  EXPECT_EQ(ErrorOf(ReadWhole, folder.Path()), "cannot read \"" + folder.Path() + "\": Is a directory");
 }
 
 TEST(AFileThatNeverEnds, IsRefused) {
@@ -113,7 +126,7 @@ TEST(ASymbolicLink, IsFollowedOnlyWhereItMayBe) {
 TEST(APathWithANulByte, IsRefused) {
   const testsupport::ScratchFolder folder;
   const std::string path = folder.Write("a", "text") + std::string("\0b", 2);
-  EXPECT_THAT(ErrorOf(ReadFileText, path), HasSubstr("the name holds a NUL byte"));
+  EXPECT_THAT(ErrorOf(ReadWhole, path), HasSubstr("the name holds a NUL byte"));
   EXPECT_THAT(ErrorOf(ReadRegularFile, path), HasSubstr("the name holds a NUL byte"));
   EXPECT_EQ(WhyUnreadable(path), "the name holds a NUL byte");
 }

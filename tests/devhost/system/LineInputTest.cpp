@@ -61,8 +61,26 @@ TEST_F(Lines, AreBounded) {
   try {
     Of("a\n" + longest + "x\n");
     FAIL() << "the line was read";
-  } catch (const FileError& error) {
+  } catch (const LineTooLong& error) {
     EXPECT_THAT(error.what(), HasSubstr("a line has more than 16777216 bytes"));
+  }
+}
+
+TEST_F(Lines, BehindOneThatIsTooLongAreRead) {
+  const std::string longest(LineInput::kLongestLine, 'x');
+  for (const std::size_t more : {std::size_t{1}, std::size_t{100000}, LineInput::kLongestLine}) {
+    for (const std::string end : {"\nb\nc", ""}) {
+      const std::string text = "a\n" + longest + std::string(more, 'y') + end;
+      const FileDescriptor file(::open(folder.Write("input", text).c_str(), O_RDONLY | O_CLOEXEC));
+      LineInput input(file.Get(), "the input");
+      EXPECT_EQ(input.Next(), "a");
+      EXPECT_THROW(input.Next(), LineTooLong);
+      if (!end.empty()) {
+        EXPECT_EQ(input.Next(), "b");
+        EXPECT_EQ(input.Next(), "c");
+      }
+      EXPECT_EQ(input.Next(), std::nullopt);
+    }
   }
 }
 
