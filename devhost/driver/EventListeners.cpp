@@ -1,6 +1,7 @@
 #include "devhost/driver/EventListeners.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/join.hpp>
 
 #include "host/SystemEventId.h"
 
@@ -93,12 +94,16 @@ std::string SystemEventTitle(unsigned int eventId) {
   return "system event " + std::to_string(eventId);
 }
 
-std::string SystemEventNames() {
-  std::string names;
+std::vector<std::string> SystemEventList() {
+  std::vector<std::string> names;
   for (const NamedEvent& event : kEvents) {
-    names += (names.empty() ? "" : ", ") + std::string(event.name);
+    names.emplace_back(event.name);
   }
   return names;
+}
+
+std::string SystemEventNames() {
+  return boost::join(SystemEventList(), ", ");
 }
 
 }  // namespace devhost

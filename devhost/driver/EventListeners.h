@@ -45,7 +45,8 @@ unsigned int SystemEventIdOf(const std::string& name);
 // How messages name an event: event "OnItemRemoved", or system event 99 when the id is not known.
 std::string SystemEventTitle(const std::string& name);
 std::string SystemEventTitle(unsigned int eventId);
-// The known names, for messages.
+// The known names, one by one and for messages.
+std::vector<std::string> SystemEventList();
 std::string SystemEventNames();
 
 }  // namespace devhost

@@ -69,6 +69,18 @@ std::vector<void*> InstanceDirectory::List(const std::string& iid) const {
   return instances;
 }
 
+std::vector<unsigned long> InstanceDirectory::Publishers(const std::string& iid) const {
+  std::vector<unsigned long> ids;
+  const auto found = m_publications.find(iid);
+  if (found != m_publications.end()) {
+    for (const Publication& publication : found->second) {
+      ids.push_back(publication.driverId);
+    }
+  }
+  std::sort(ids.begin(), ids.end());
+  return ids;
+}
+
 bool InstanceManager::RegisterQuery(const char* iid, void* instance) {
   const ServiceCall call(m_check, "RegisterQuery", ServiceCheck::From::Initialize);
   if (!call.IsAllowed() || iid == nullptr || instance == nullptr || std::string(iid) == DriverServices_IID ||

@@ -27,6 +27,8 @@ class InstanceDirectory {
 
   // All that is published under `iid`, ordered by driver id.
   std::vector<void*> List(const std::string& iid) const;
+  // The drivers that have published it, in the same order.
+  std::vector<unsigned long> Publishers(const std::string& iid) const;
 
  private:
   struct Publication {

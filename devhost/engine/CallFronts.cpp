@@ -78,10 +78,7 @@ class DeviceFront final : public ISupportSNMP {
       return m_device.CopyFrom(path, config);
     };
     const int status = PassOn(m_watch, &m_device, "CopyFrom", call);
-    if (m_watch.editCopies) {
-      m_watch.editCopies(config);
-    }
-    return status;
+    return m_watch.editCopies ? m_watch.editCopies(m_watch.OwnersId(&m_device), status, config) : status;
   }
   OPERATION(int, CopyTo, (const std::string& path, const std::string& config), (path, config))
   OPERATION(int, RebootController, (), ())

@@ -79,7 +79,8 @@ void* CallWatch::Shown(const LoadedDriver& driver, const std::string& iid, void*
     const auto owner = m_owners.find(agent.first);
     return owner != m_owners.end() && owner->second.driver == &driver;
   });
-  return isAgents && iid == ISupportSNMP_IID ? FrontOf(*static_cast<ISupportSNMP*>(instance)) : instance;
+  const bool calls = isAgents || driver.GetsFronts();
+  return calls && iid == ISupportSNMP_IID ? FrontOf(*static_cast<ISupportSNMP*>(instance)) : instance;
 }
 
 ISupportSNMP* CallWatch::FrontOf(ISupportSNMP& device) {
@@ -203,6 +204,11 @@ const LoadedDriver* CallWatch::OwnerOf(const void* instance) const {
   const std::lock_guard<std::mutex> lock(m_mutex);
   const auto found = m_owners.find(instance);
   return found == m_owners.end() ? nullptr : found->second.driver;
+}
+
+unsigned long CallWatch::OwnersId(const void* instance) const {
+  const LoadedDriver* const owner = OwnerOf(instance);
+  return owner == nullptr ? 0 : owner->Entry().id;
 }
 
 const LoadedDriver* CallWatch::DriverOf(const Announced& announced) const {

@@ -27,8 +27,8 @@ class LoadedDriver;
 // what comes out of such a call is blamed on the driver that was called, a call from a second thread on the one that made
 // it, and a device that its driver leaves with the agent is withdrawn before the agent can call it.
 //
-// It sees the calls through fronts (CallFronts.h): drivers get the front of an agent, and agents get those of devices. A
-// front lives as long as the watch, so that nobody holds one that has gone.
+// It sees the calls through fronts (CallFronts.h): drivers get the front of an agent, and agents and drivers that
+// ask for them get those of devices. A front lives as long as the watch, so that nobody holds one that has gone.
 class CallWatch {
  public:
   // `core` outlives it.
@@ -36,7 +36,8 @@ class CallWatch {
   CallWatch(const CallWatch&) = delete;
   CallWatch& operator=(const CallWatch&) = delete;
 
-  std::function<void(std::string&)> editCopies;  // what agents get of a device's file goes through it, unless it is empty
+  // What agents get of a device's file goes through it, unless it is empty; see Host::EditCopies.
+  std::function<int(unsigned long driverId, int status, std::string& text)> editCopies;
 
   // The driver has published this instance, and lives; or it has withdrawn what it had published.
   void NotePublished(const LoadedDriver& driver, const std::string& iid, void* instance);
@@ -56,6 +57,9 @@ class CallWatch {
   // and must not go on. It is the work of the driver whose code `caller` is. Where that is nobody's, because a driver's last
   // act was a jump, or the code of several, it is the driver of the device that the call is about.
   bool Allows(ISNMPConfigurationAgent& agent, const char* operation, unsigned long deviceId, const void* caller) noexcept;
+
+  // The id of the driver whose instance it is; 0 when nobody knows.
+  unsigned long OwnersId(const void* instance) const;
 
   // Where the exception that is being handled came from; nothing when it came out of no call between drivers.
   struct Origin {

@@ -59,10 +59,24 @@ class HostCall {
 class Host::Impl {
  public:
   Impl(HostObserver& observer, StateStore* store)
-      : core(observer), states(core, store), variables(core.variables), watch(core) {}
-  ~Impl() { StopAll(); }
+      : core(observer), states(core, store), variables(core.variables), watch(core), endWatch(std::in_place) {}
+  // The end of the process is watched by the host around this one already.
+  Impl(HostObserver& observer, Impl& outer)
+      : core(observer), states(core, nullptr), variables(core.variables), watch(core, &outer.watch), around(&outer) {
+    around->rests = true;
+  }
+  ~Impl() {
+    StopAll();
+    if (around != nullptr) {
+      around->rests = false;
+    }
+  }
 
-  HostCall Begin(const std::string& call) { return HostCall(core, states, call); }
+  HostCall Begin(const std::string& call) {
+    RefuseRest(call);
+    return HostCall(core, states, call);
+  }
+  void RefuseRest(const std::string& call) const;
   void CheckEntry(const DriverEntry& entry) const;
   void Start(LoadedDriver& driver, H7XML::INode& config);
   void StopAll() noexcept;
@@ -72,9 +86,17 @@ class Host::Impl {
   StateKeeper states;
   HostVariables variables;
   ModuleWatch watch;
-  EndWatch endWatch;
+  std::optional<EndWatch> endWatch;
+  Impl* around = nullptr;
+  bool rests = false;  // while a host lives inside this one
   bool stopping = false;
 };
+
+void Host::Impl::RefuseRest(const std::string& call) const {
+  if (rests) {
+    throw HostError("the host rests while another one lives inside it", call);
+  }
+}
 
 void Host::Impl::CheckEntry(const DriverEntry& entry) const {
   if (stopping) {
@@ -123,16 +145,24 @@ void Host::Impl::Unload(std::shared_ptr<LoadedDriver> driver, bool wasLoaded) {
 
 Host::Host(HostObserver& observer, StateStore* states) : m_impl(std::make_unique<Impl>(observer, states)) {}
 
+Host::Host(HostObserver& observer, Host& around) {
+  around.m_impl->RefuseRest("a host inside");
+  if (around.m_impl->core.gate.IsInside()) {
+    throw HostError("no host can live inside " + around.m_impl->core.gate.Innermost().Description(), "a host inside");
+  }
+  m_impl = std::make_unique<Impl>(observer, *around.m_impl);
+}
+
 Host::~Host() = default;
 
-void Host::Load(const DriverEntry& entry, const DriverFactory& create) {
+void Host::Load(const DriverEntry& entry, const DriverFactory& create, Devices devices) {
   const HostCall call = m_impl->Begin("loading of driver \"" + entry.name + "\"");
   m_impl->CheckEntry(entry);
   const h7::auto_com<H7XML::INode> config = ConfigNode(entry);
   const std::uint64_t mark = XmlMark();
   std::shared_ptr<LoadedDriver> driver;
   try {
-    driver = std::make_shared<LoadedDriver>(m_impl->core, entry, create);
+    driver = std::make_shared<LoadedDriver>(m_impl->core, entry, create, devices == Devices::Watched);
   } catch (const ModuleError& error) {
     throw HostError(TitleOf(entry) + ": " + error.what(), &entry, kLoading, error.what());
   }
@@ -152,9 +182,24 @@ void Host::Stop() {
   if (m_impl->core.gate.IsInside()) {
     throw HostError("the host cannot be stopped from inside " + m_impl->core.gate.Innermost().Description(), "stop");
   }
+  m_impl->RefuseRest("stop");
   const CallScope scope(m_impl->core, nullptr, "stop");
   m_impl->states.SaveAll();
   m_impl->StopAll();
+}
+
+void Host::Unload(unsigned long driverId) {
+  constexpr char kUnloading[] = "unloading";
+  if (m_impl->core.gate.IsInside()) {
+    throw HostError("no driver can be unloaded from inside " + m_impl->core.gate.Innermost().Description(), kUnloading);
+  }
+  m_impl->RefuseRest(kUnloading);
+  const CallScope scope(m_impl->core, nullptr, kUnloading);
+  std::shared_ptr<LoadedDriver> driver = m_impl->core.Get(driverId, kUnloading);
+  m_impl->states.SaveOf(*driver);
+  driver->Destroy();
+  m_impl->watch.ReportLiveXmlOf(*driver);
+  m_impl->Unload(std::move(driver), true);
 }
 
 std::string Host::Command(unsigned long driverId, const std::string& name, const Parameters& parameters) {
@@ -167,7 +212,7 @@ std::string Host::Command(const std::string& name, const Parameters& parameters)
   return m_impl->core.FindByCommand(name)->Command(name, parameters);
 }
 
-void Host::EditCopies(std::function<void(std::string&)> edit) {
+void Host::EditCopies(std::function<int(unsigned long driverId, int status, std::string& text)> edit) {
   m_impl->core.calls.editCopies = std::move(edit);
 }
 
@@ -233,6 +278,14 @@ std::vector<VariableEntry> Host::Variables(Flags flags) const {
   return m_impl->variables.List(flags);
 }
 
+std::map<std::string, std::vector<std::string>> Host::Commands() const {
+  std::map<std::string, std::vector<std::string>> commands;
+  for (const std::shared_ptr<LoadedDriver>& driver : m_impl->core.Snapshot()) {
+    commands[driver->Entry().name] = driver->Commands().Names();
+  }
+  return commands;
+}
+
 std::vector<DriverEntry> Host::Drivers() const {
   std::vector<DriverEntry> entries;
   for (const std::shared_ptr<LoadedDriver>& driver : m_impl->core.Snapshot()) {
@@ -243,6 +296,10 @@ std::vector<DriverEntry> Host::Drivers() const {
 
 std::vector<std::string> Host::Commands(unsigned long driverId) const {
   return m_impl->core.Get(driverId, "")->Commands().Names();
+}
+
+std::vector<unsigned long> Host::Publishers(const std::string& iid) const {
+  return m_impl->core.directory.Publishers(iid);
 }
 
 std::size_t Host::MannersCount() const {

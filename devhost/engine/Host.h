@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,7 +21,7 @@ namespace devhost {
 class StateStore;
 
 // One life of a development host: drivers are loaded, called and unloaded. This is the facade that the program, tests,
-// benchmarks and fuzzers share. One host at a time in a process: see ModuleWatch.
+// benchmarks and fuzzers share. One host at a time works in a process: see ModuleWatch.
 //
 // Calls into drivers never overlap. A call from a second thread while one is under way is refused with HostError and
 // reported as Manners; nested calls pass. A driver's exception becomes a HostError that names the driver, the call and the
@@ -30,9 +31,16 @@ class StateStore;
 // state as soon as the outermost call of this class has returned from the drivers. All drivers are asked before a stop.
 class Host {
  public:
+  // How a driver of the program finds the devices of others. Agents find all devices watched.
+  enum class Devices { AsPublished, Watched };
+
   // `observer` and `states` must outlive the host. Without a store (null) no state is kept. Throws HostError when there is a
   // host in the process.
   explicit Host(HostObserver& observer, StateStore* states = nullptr);
+  // A host, without states, inside the life of another one. `around` keeps its drivers and rests until this host is gone: it
+  // refuses every call with HostError, and its drivers and those of this host do not see each other. `around` outlives this
+  // host. Throws HostError while a call of `around` is under way, or when it rests already.
+  Host(HostObserver& observer, Host& around);
   // Destroys and unloads the drivers that a stop has left. They are not asked for their states.
   ~Host();
   Host(const Host&) = delete;
@@ -42,13 +50,17 @@ class Host {
   // HostError, with nothing left loaded, when the id is taken, the file is missing or is not a module, lacks
   // `GetCreationFunc` or `versionString`, or the driver throws meanwhile. A driver whose Initialize fails stays loaded.
   // With `create` the driver is part of the program: no module is loaded, and the entry's module is only a name for
-  // messages.
-  void Load(const DriverEntry& entry, const DriverFactory& create = nullptr);
+  // messages. What comes out of calls of `Devices::Watched` is blamed on the device that was called, as it is for an agent.
+  void Load(const DriverEntry& entry, const DriverFactory& create = nullptr, Devices devices = Devices::AsPublished);
 
   // Asks the drivers for their states, destroys them in the reverse order of loading, checks what each left behind, then
   // unloads the modules. States that are invalidated meanwhile are not asked for. Throws HostError from inside a call. The
   // host may be used again afterwards.
   void Stop();
+
+  // Ends the life of one driver, as Stop does for all of them. Throws HostError when there is no such driver, and from
+  // inside a call.
+  void Unload(unsigned long driverId);
 
   // Sends a command to the driver with that id and returns the reply as compact XML ("" when the driver returned no node).
   // Throws HostError when there is no such driver, it has not registered the command, or it throws.
@@ -57,9 +69,13 @@ class Host {
   // several have.
   std::string Command(const std::string& name, const Parameters& parameters);
 
+  // The names of the commands that each driver has registered, by its own name.
+  std::map<std::string, std::vector<std::string>> Commands() const;
+
   // From now on, agents get the file of each device as `edit` has changed it: what an agent then writes has both changes in
-  // one step. The device itself knows the text that it has given.
-  void EditCopies(std::function<void(std::string&)> edit);
+  // one step. The device itself knows the text that it has given. `edit` gets the id of the device's driver (0 when nobody
+  // knows) and the status of its CopyFrom, and returns the one that the agent gets. Empty: no copy is changed.
+  void EditCopies(std::function<int(unsigned long driverId, int status, std::string& text)> edit);
 
   // Sends a system event, by its name, to the listeners of its id, in the order of registration. Throws HostError for a name
   // that no id is known for. A listener that throws does not keep the others from hearing it; the first exception is thrown
@@ -96,6 +112,8 @@ class Host {
   std::vector<DriverEntry> Drivers() const;
   // The commands that a driver has registered, in the order of registration. Throws HostError when there is no such driver.
   std::vector<std::string> Commands(unsigned long driverId) const;
+  // The ids of the drivers that have published something under the identifier `iid`, ascending.
+  std::vector<unsigned long> Publishers(const std::string& iid) const;
   // How often drivers have broken the rules since the host was made.
   std::size_t MannersCount() const;
 

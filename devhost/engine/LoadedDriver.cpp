@@ -15,11 +15,12 @@
 #include "host/SystemEventId.h"
 
 namespace devhost {
-LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create)
+LoadedDriver::LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create, bool getsFronts)
     : m_core(core),
       m_entry(entry),
       m_moduleNote(std::in_place, "loading", TitleOf(entry)),
       m_module(create ? DriverModule(create) : DriverModule(entry.module)),
+      m_getsFronts(getsFronts),
       m_commands(*this),
       m_instances(core.directory, *this, entry.id, static_cast<DriverServices*>(this)) {
   m_code.emplace(m_module, TitleOf(entry));

@@ -26,7 +26,7 @@ class HostCore;
 class LoadedDriver : public DriverServices, private ServiceCheck {
  public:
   // Loads the module, unless `create` makes the driver. Throws ModuleError. `core` outlives the driver.
-  LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create = nullptr);
+  LoadedDriver(HostCore& core, const DriverEntry& entry, const DriverFactory& create = nullptr, bool getsFronts = false);
   // The driver has been destroyed; unloads the module.
   ~LoadedDriver() override;
   LoadedDriver(const LoadedDriver&) = delete;
@@ -34,6 +34,8 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
 
   const DriverEntry& Entry() const { return m_entry; }
   std::string Title() const { return TitleOf(m_entry); }
+  // Whether it gets fronts of devices, like an agent.
+  bool GetsFronts() const { return m_getsFronts; }
   bool OwnsCode(const CodePlace& code) const { return m_module.Contains(code); }
   const CommandTable& Commands() const { return m_commands; }
 
@@ -94,6 +96,7 @@ class LoadedDriver : public DriverServices, private ServiceCheck {
   std::optional<EndNote> m_moduleNote;
   std::optional<DriverCode> m_code;
   const DriverModule m_module;
+  const bool m_getsFronts;
   CommandTable m_commands;
   InstanceManager m_instances;
   IDriver* m_driver = nullptr;

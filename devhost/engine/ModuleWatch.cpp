@@ -31,9 +31,23 @@ std::string Summary(std::vector<std::string> descriptions) {
 
 }  // namespace
 
-ModuleWatch::ModuleWatch(HostCore& core) : m_core(core), m_mark(XmlMark()) {
+// By module: its drivers, and what they have left alive.
+struct ModuleWatch::Culprits {
+  struct Culprit {
+    HostCore::Drivers owners;
+    std::vector<std::string> objects;
+  };
+  std::map<std::string, Culprit> byModule;
+
+  static void Report(HostCore& core, const std::string& module, const Culprit& culprit) {
+    core.Report(culprit.owners.size() == 1 ? culprit.owners.front().get() : nullptr,
+                Summary(culprit.objects) + ByModule(module), culprit.owners);
+  }
+};
+
+ModuleWatch::ModuleWatch(HostCore& core, ModuleWatch* around) : m_core(core), m_around(around), m_mark(XmlMark()) {
   LogSink* const other = SetLogSink(this);
-  if (other != nullptr) {
+  if (other != m_around) {
     SetLogSink(other);
     throw HostError("there is a host in this process already; only one at a time is possible");
   }
@@ -42,35 +56,52 @@ ModuleWatch::ModuleWatch(HostCore& core) : m_core(core), m_mark(XmlMark()) {
 
 ModuleWatch::~ModuleWatch() {
   SetXmlMisuseSink(m_outerMisuse);
-  SetLogSink(nullptr);
+  SetLogSink(m_around);
 }
 
 // Objects that no driver's code holds (the program's own, say) are nobody's fault.
-void ModuleWatch::ReportLiveXml(std::uint64_t mark) {
-  struct Culprit {
-    HostCore::Drivers owners;  // of the module
-    std::vector<std::string> objects;
-  };
-  std::map<std::string, Culprit> culprits;  // by module
+ModuleWatch::Culprits ModuleWatch::CulpritsSince(std::uint64_t mark) const {
+  Culprits culprits;
   for (const LiveXmlObject& object : LiveXmlObjectsSince(mark)) {
     for (const void* const code : {object.creator, object.lastHolder}) {
       const HostCore::Drivers owners = m_core.OwnersOf(code);
       if (!owners.empty()) {
-        Culprit& culprit = culprits[owners.front()->Entry().module];
+        Culprits::Culprit& culprit = culprits.byModule[owners.front()->Entry().module];
         culprit.owners = owners;
         culprit.objects.push_back(object.description);
         break;
       }
     }
   }
-  for (const auto& [module, culprit] : culprits) {
-    m_core.Report(culprit.owners.size() == 1 ? culprit.owners.front().get() : nullptr,
-                  Summary(culprit.objects) + ByModule(module), culprit.owners);
+  return culprits;
+}
+
+void ModuleWatch::ReportLiveXml(std::uint64_t mark) {
+  const Culprits culprits = CulpritsSince(mark);
+  for (const auto& [module, culprit] : culprits.byModule) {
+    Culprits::Report(m_core, module, culprit);
   }
+}
+
+// Where drivers share its module, another one may hold what is alive.
+void ModuleWatch::ReportLiveXmlOf(const LoadedDriver& driver) {
+  const Culprits culprits = CulpritsSince(m_mark);
+  const auto found = culprits.byModule.find(driver.Entry().module);
+  if (found != culprits.byModule.end() && found->second.owners.size() == 1) {
+    Culprits::Report(m_core, found->first, found->second);
+  }
+}
+
+bool ModuleWatch::IsOfAround(const void* code) const {
+  return m_around != nullptr && m_core.OwnersOf(code).empty() && !m_around->m_core.OwnersOf(code).empty();
 }
 
 void ModuleWatch::Log(unsigned int level, const char* line, const void* caller) noexcept {
   try {
+    if (IsOfAround(caller)) {
+      m_around->Log(level, line, caller);
+      return;
+    }
     const std::shared_ptr<LoadedDriver> driver = m_core.DriverOf(caller);
     Occurrence occurrence{Occurrence::Kind::Log, 0, "", "", line};
     occurrence.level = level;
@@ -81,6 +112,10 @@ void ModuleWatch::Log(unsigned int level, const char* line, const void* caller) 
 }
 
 void ModuleWatch::OnXmlMisuse(const std::string& what, const void* code) {
+  if (IsOfAround(code)) {
+    m_around->OnXmlMisuse(what, code);
+    return;
+  }
   const HostCore::Drivers owners = m_core.OwnersOf(code);
   // Where several drivers share the module, the one that is being called need not be the one that did it.
   const std::shared_ptr<LoadedDriver> culprit = owners.size() > 1 ? nullptr : m_core.DriverOf(code);

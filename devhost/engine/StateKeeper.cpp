@@ -41,13 +41,14 @@ void StateKeeper::SaveInvalid() noexcept {
 }
 
 void StateKeeper::SaveAll() noexcept {
-  if (!Asks()) {
-    return;
-  }
   for (const std::shared_ptr<LoadedDriver>& driver : m_core.Snapshot()) {
-    if (driver->MayGiveState()) {
-      Save(*driver);
-    }
+    SaveOf(*driver);
+  }
+}
+
+void StateKeeper::SaveOf(LoadedDriver& driver) noexcept {
+  if (Asks() && driver.MayGiveState()) {
+    Save(driver);
   }
 }
 

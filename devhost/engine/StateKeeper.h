@@ -31,6 +31,8 @@ class StateKeeper {
   void SaveInvalid() noexcept;
   // Asks all drivers.
   void SaveAll() noexcept;
+  // Asks one driver.
+  void SaveOf(LoadedDriver& driver) noexcept;
 
  private:
   bool Asks() const;

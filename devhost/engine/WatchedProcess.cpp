@@ -91,6 +91,8 @@ class Child {
         if (HasEnded(status)) {
           return status;
         }
+      } else if (signal == WatchedProcess::kAsk) {
+        SayWhatIsUnderWay();
       } else if (signal > 0 && !IsNewsOfTheChild(signal, info)) {
         PassOn(signal, info);
       }
@@ -123,6 +125,14 @@ class Child {
 
   // The child goes on and says so: LetParentGoOn. It would say so again, for ever, if it got that back.
   bool IsNewsOfTheChild(int signal, const siginfo_t& info) const { return signal == SIGCONT && info.si_pid == m_id; }
+
+  // The child may hang in that call, so it cannot be asked itself.
+  static void SayWhatIsUnderWay() {
+    const char* const call = EndRecord::OfProcess().UnderWay();
+    if (call[0] != '\0') {
+      EndLine().Add("devhost: ").Add(call).Add(WatchedProcess::kHasNotReturned).Write();
+    }
+  }
 
   // A terminal sends its signals to both. A driver may send one to the group of its process, which this process is in.
   void PassOn(int signal, const siginfo_t& info) {

@@ -51,8 +51,8 @@ bool IsName(const std::string& text) {
 
 class ProjectFile {
  public:
-  ProjectFile(const std::string& path, const std::string& moduleFolder)
-      : m_path(path), m_moduleFolder(Absolute(moduleFolder)) {}
+  ProjectFile(const std::string& path, const std::string& moduleFolder, std::string placeholder)
+      : m_path(path), m_moduleFolder(Absolute(moduleFolder)), m_placeholder(std::move(placeholder)) {}
 
   Project Read() {
     XmlElement root = Parse();
@@ -217,13 +217,14 @@ class ProjectFile {
     if (element.children.empty()) {
       return "<config/>";
     }
-    Expand(element.children.front(), m_folder);
+    Expand(element.children.front(), m_placeholder.empty() ? m_folder : m_placeholder);
     return XmlText(element.children.front(), XmlStyle::Compact);
   }
 
   std::string m_path;
   std::string m_folder;
   std::string m_moduleFolder;
+  std::string m_placeholder;  // what {project} stands for; "" for the folder of the file
   std::map<std::uint32_t, std::size_t> m_idLines;
   std::map<std::string, std::size_t> m_nameLines;
   std::map<std::pair<unsigned long, unsigned long>, std::size_t> m_variableLines;
@@ -231,8 +232,8 @@ class ProjectFile {
 
 }  // namespace
 
-Project ReadProject(const std::string& path, const std::string& moduleFolder) {
-  return ProjectFile(path, moduleFolder).Read();
+Project ReadProject(const std::string& path, const std::string& moduleFolder, const std::string& folder) {
+  return ProjectFile(path, moduleFolder, folder).Read();
 }
 
 Project AgentAlone(const std::string& moduleFolder) {

@@ -37,7 +37,10 @@ struct Project {
 // "{project}" in the text and attributes of <config> becomes the absolute folder of the project file. What else <config>
 // holds is the driver's business. A pair of device and id stands for one variable, ordinary or user variable; hidden and
 // trapEnabled are false when they are missing. Throws ProjectError.
-Project ReadProject(const std::string& path, const std::string& moduleFolder);
+//
+// A `folder` that is not empty is the one that "{project}" becomes instead: for a project that is played on copies of its
+// devices' files.
+Project ReadProject(const std::string& path, const std::string& moduleFolder, const std::string& folder = "");
 
 // The project that a host without a project file has: the agent alone, as driver 1. Throws ProjectError when its module is
 // not in `moduleFolder`.

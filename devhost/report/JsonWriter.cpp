@@ -58,13 +58,9 @@ Json Object(const Parameters& parameters) {
 
 // What both sorts of occurrence have.
 template <class Any>
-Json Fields(std::size_t number, const Any& occurrence, const Where& where) {
+Json Fields(const Any& occurrence) {
   const Names names = NamesOf(occurrence.kind);
-  Json line = {{"n", number}};
-  if (where.line != 0) {
-    line["line"] = where.line;
-  }
-  line["kind"] = names.kind;
+  Json line = {{"kind", names.kind}};
   if (!occurrence.driverName.empty()) {
     line["driver"] = occurrence.driverName;
     line["driverId"] = occurrence.driverId;
@@ -111,14 +107,20 @@ void AddDaemon(Json& line, const DaemonState& daemon) {
   line["pending"] = daemon.pending;
 }
 
-void Write(Output& output, const Json& line) {
-  output.Write(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+// The object behind the numbers of its line, on one line.
+std::string OnOneLine(std::size_t number, const Where& where, const Json& object) {
+  Json line = {{"n", number}};
+  if (where.line != 0) {
+    line["line"] = where.line;
+  }
+  line.update(object);
+  return line.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace
 
-void JsonWriter::Report(const Occurrence& occurrence, const Where& where) {
-  Json line = Fields(++m_count, occurrence, where);
+Json OccurrenceObject(const Occurrence& occurrence) {
+  Json line = Fields(occurrence);
   if (occurrence.kind == Occurrence::Kind::Event) {
     line["name"] = occurrence.name;
     line["parameters"] = Object(occurrence.parameters);
@@ -130,12 +132,16 @@ void JsonWriter::Report(const Occurrence& occurrence, const Where& where) {
   if (!occurrence.candidates.empty()) {
     line["candidates"] = occurrence.candidates;
   }
-  Write(m_output, line);
+  return line;
 }
 
-void JsonWriter::Report(const ScriptOccurrence& occurrence, const Where& where) {
+std::string JsonLine(std::size_t number, const Occurrence& occurrence, const Where& where) {
+  return OnOneLine(number, where, OccurrenceObject(occurrence));
+}
+
+std::string JsonLine(std::size_t number, const ScriptOccurrence& occurrence, const Where& where) {
   using Kind = ScriptOccurrence::Kind;
-  Json line = Fields(++m_count, occurrence, where);
+  Json line = Fields(occurrence);
   if (occurrence.kind == Kind::Flag) {
     const VariableEntry& variable = occurrence.variables.at(0);
     line["deviceId"] = variable.deviceId;
@@ -162,7 +168,7 @@ void JsonWriter::Report(const ScriptOccurrence& occurrence, const Where& where) 
   } else if (occurrence.kind == Kind::Done) {
     line["good"] = occurrence.good;
   }
-  Write(m_output, line);
+  return OnOneLine(number, where, line);
 }
 
 }  // namespace devhost

@@ -258,13 +258,44 @@ const std::vector<ScriptForm>& LineForms() {
   return forms;
 }
 
-// What a place of a form offers: words that stand for themselves, or the drivers.
-std::vector<std::string> Offered(const std::string& place, const std::vector<std::string>& drivers) {
-  if (place == "DRIVER") {
-    return drivers;
+using Texts = std::vector<std::string>;
+
+Texts OfferedDrivers(const KnownNames& known, bool isId) {
+  Texts words;
+  for (const auto& [id, name] : known.drivers) {
+    words.push_back(isId ? std::to_string(id) : name);
   }
-  std::vector<std::string> words;
-  if (!place.empty() && place.front() >= 'a' && place.front() <= 'z') {
+  return words;
+}
+
+// The commands of the driver that the line names, or of all.
+Texts OfferedCommands(const Texts& before, const KnownNames& known) {
+  const bool isTo = before.size() > 2;
+  Texts words;
+  for (const auto& [id, name] : known.drivers) {
+    const auto commands = known.commands.find(name);
+    if (commands != known.commands.end() && (!isTo || before[2] == name || before[2] == std::to_string(id))) {
+      words.insert(words.end(), commands->second.begin(), commands->second.end());
+    }
+  }
+  return words;
+}
+
+// What a place of a form offers behind the words `before`, for a word that begins with `begin`.
+Texts Offered(const std::string& place, const Texts& before, const std::string& begin, const KnownNames& known) {
+  const bool isCommand = !before.empty() && before.front() == "command";
+  if (place == "DRIVER") {
+    return OfferedDrivers(known, !begin.empty() && begin.front() >= '0' && begin.front() <= '9');
+  }
+  if (isCommand && place == "NAME") {
+    return OfferedCommands(before, known);
+  }
+  Texts words;
+  if (isCommand && place == "PARAM=VALUE" && before[1] != "to") {
+    for (const auto& driver : known.drivers) {
+      words.push_back("deviceId=" + std::to_string(driver.first));
+    }
+  } else if (!place.empty() && place.front() >= 'a' && place.front() <= 'z') {
     boost::split(words, place, [](char byte) { return byte == '|'; });
   }
   return words;
@@ -277,8 +308,9 @@ Action ParseAction(const std::vector<std::string>& words, const std::string& fol
   return form.Action().make({words, form, folder, names}, form.Action().argument);
 }
 
-std::vector<std::string> NextWords(const std::string& line, const std::vector<std::string>& drivers) {
+std::vector<std::string> NextWords(const std::string& line, const KnownNames& known) {
   const std::size_t begin = line.find_last_of(" \t") + 1;  // 0 when there is none
+  const std::string last = line.substr(begin);
   std::set<std::string> next;
   try {
     const std::vector<std::string> before = SplitWords(std::string_view(line).substr(0, begin));
@@ -286,8 +318,8 @@ std::vector<std::string> NextWords(const std::string& line, const std::vector<st
       if (form.Fit(before).first != before.size()) {
         continue;
       }
-      for (std::string& word : Offered(form.Place(before.size()), drivers)) {
-        if (line.compare(begin, std::string::npos, word, 0, line.size() - begin) == 0) {
+      for (std::string& word : Offered(form.Place(before.size()), before, last, known)) {
+        if (StartsWith(word, last)) {
           next.insert(std::move(word));
         }
       }

@@ -1,6 +1,7 @@
 #ifndef DEVHOST_SCRIPT_SCRIPT_ACTIONS_H
 #define DEVHOST_SCRIPT_SCRIPT_ACTIONS_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -37,9 +38,16 @@ const std::vector<SubjectForm>& SubjectForms();
 // std::runtime_error, which says what is wrong and what is allowed, without the place.
 Action ParseAction(const std::vector<std::string>& words, const std::string& folder, const DriverNames& names);
 
-// The words that can stand where a line ends, for completion: those of the language and the names of `drivers`, as far as
-// they begin with what the line has of the last word. In alphabetical order; none where anything can stand.
-std::vector<std::string> NextWords(const std::string& line, const std::vector<std::string>& drivers);
+// What a line can name beside the words of the language, for completion.
+struct KnownNames {
+  std::map<unsigned long, std::string> drivers;              // by id
+  std::map<std::string, std::vector<std::string>> commands;  // that drivers have registered, by the driver's name
+};
+
+// The words that can stand where a line ends: those of the language, drivers by name (and by id, behind a digit), commands,
+// and deviceId=ID for a command, as far as they begin with what the line has of the last word. In alphabetical order; none
+// where anything can stand.
+std::vector<std::string> NextWords(const std::string& line, const KnownNames& known);
 
 }  // namespace devhost
 

@@ -15,9 +15,7 @@ namespace {
 using Subject = ExpectAction::Subject;
 using Comparison = ExpectAction::Comparison;
 
-// What a golden file writes where the managed section carries the time at which it was generated.
 constexpr char kTimePlaceholder[] = "{time}";
-constexpr char kTimePattern[] = "[A-Z][a-z]+day, [A-Z][a-z]+, [0-9]{2} [0-9]{4} at [0-9]{2}:[0-9]{2}:[0-9]{2}";
 
 // The start of a text that may be a whole file.
 std::string Beginning(const std::string& text) {
@@ -35,6 +33,11 @@ ScriptOccurrence Unmet(const std::string& text, std::vector<std::string> details
 }
 
 }  // namespace
+
+std::string WithoutTimes(const std::string& text) {
+  static const Pattern time("[A-Z][a-z]+day, [A-Z][a-z]+, [0-9]{2} [0-9]{4} at [0-9]{2}:[0-9]{2}:[0-9]{2}");
+  return time.ReplaceIn(text, kTimePlaceholder);
+}
 
 void ScriptExpectations::BeginAction(const Action& action) {
   if (!std::holds_alternative<ExpectAction>(action) && !std::holds_alternative<PrintAction>(action) &&
@@ -89,7 +92,7 @@ std::optional<ScriptOccurrence> ScriptExpectations::Compare(const ExpectAction& 
   }
   const bool golden = action.comparison == Comparison::Golden;
   if (golden && expected.find(kTimePlaceholder) != std::string::npos) {
-    found = Pattern(kTimePattern).ReplaceIn(found, kTimePlaceholder);
+    found = WithoutTimes(found);
   }
   if (found == expected) {
     return std::nullopt;

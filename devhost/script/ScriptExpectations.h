@@ -15,6 +15,9 @@
 
 namespace devhost {
 
+// The text with {time} wherever a managed section carries the time at which it was generated.
+std::string WithoutTimes(const std::string& text);
+
 // Judges the expectations of a script, and remembers what they can be about: the last reply, notification, log line and
 // output.
 class ScriptExpectations {

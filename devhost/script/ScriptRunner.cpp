@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "devhost/script/DeviceReplies.h"
+#include "devhost/script/LearntStates.h"
 #include "devhost/script/ScriptPrograms.h"
 #include "devhost/state/StateStore.h"
 #include "devhost/system/FileText.h"
@@ -40,26 +41,6 @@ Parameters WrittenParameters(const Parameters& shown, const std::vector<ScriptPa
   }
   return written;
 }
-
-// Learns the secrets of states before their drivers get them.
-class LearntStates : public StateStore {
- public:
-  LearntStates(StateStore& states, Masker& secrets) : m_states(states), m_secrets(secrets) {}
-
-  h7::auto_com<H7XML::INode> Load(unsigned long driverId) override {
-    h7::auto_com<H7XML::INode> state = m_states.Load(driverId);
-    if (state) {
-      m_secrets.Xml(XmlText(*state, XmlStyle::Compact));
-    }
-    return state;
-  }
-  void Save(unsigned long driverId, const std::string& xml) override { m_states.Save(driverId, xml); }
-  bool TakesStates() const override { return m_states.TakesStates(); }
-
- private:
-  StateStore& m_states;
-  Masker& m_secrets;
-};
 
 }  // namespace
 
@@ -118,9 +99,7 @@ void ScriptRunner::Play(ScriptReader& reader) {
       more = reader.Next(action);
       m_where = reader.Place();
       if (more) {
-        m_sending = nullptr;
-        m_expectations.BeginAction(action);
-        std::visit([this](const auto& what) { Do(what); }, action);
+        DoOne(action);
       }
     } catch (const ScriptError& error) {
       // A script was right when it was checked, so a file that it names has gone since. A line of a session is not checked.
@@ -131,6 +110,33 @@ void ScriptRunner::Play(ScriptReader& reader) {
     }
   }
   m_where = {"at the end"};
+}
+
+void ScriptRunner::Play(const Action& action, const Where& where) {
+  m_where = where;
+  try {
+    DoOne(action);
+  } catch (const std::exception& error) {
+    ReportFailure(error);
+  }
+  m_where = {"at the end"};
+}
+
+void ScriptRunner::DoOne(const Action& action) {
+  m_sending = nullptr;
+  m_expectations.BeginAction(action);
+  std::visit([this](const auto& what) { Do(what); }, action);
+}
+
+KnownNames ScriptRunner::Names() const {
+  KnownNames known;
+  for (const DriverEntry& driver : m_project.drivers) {
+    known.drivers[driver.id] = driver.name;
+  }
+  if (m_host != nullptr) {
+    known.commands = m_host->Commands();
+  }
+  return known;
 }
 
 void ScriptRunner::Stop() {

@@ -11,6 +11,7 @@
 #include "devhost/project/Project.h"
 #include "devhost/report/Reporter.h"
 #include "devhost/script/Script.h"
+#include "devhost/script/ScriptActions.h"
 #include "devhost/script/ScriptExpectations.h"
 #include "devhost/script/ScriptReader.h"
 #include "devhost/secrets/Masker.h"
@@ -35,8 +36,12 @@ class ScriptRunner : private HostObserver {
   // Plays one line of a session, which nobody has checked, as the line with that number, and reports that it is done.
   // Returns whether it went well. A line without an action does.
   bool PlayLine(const Script& line, std::size_t number);
+  // Plays one action of somebody who reads no script.
+  void Play(const Action& action, const Where& where);
   // Whether there is nothing more to play to, because a restart has failed.
   bool HasGivenUp() const { return m_givenUp; }
+  // What a line can name now.
+  KnownNames Names() const;
   // Unloads the drivers.
   void Stop();
 
@@ -56,6 +61,7 @@ class ScriptRunner : private HostObserver {
   void OnOccurrence(const Occurrence& occurrence) override;
   void Start(const std::vector<VariableEntry>& variables);
   void Play(ScriptReader& reader);
+  void DoOne(const Action& action);
 
   // One action each. Whatever it throws makes it a failed action.
   void Do(const CommandAction& action);

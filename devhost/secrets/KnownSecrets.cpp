@@ -86,6 +86,13 @@ void KnownSecrets::Learn(std::string_view secret) {
   }
 }
 
+void KnownSecrets::LearnShort(std::string_view secret) {
+  const std::string_view inner = Inner(secret);
+  if (!inner.empty() && inner.size() < kShortest && !IsCommon(inner)) {
+    m_short.emplace(inner);
+  }
+}
+
 void KnownSecrets::LearnText(std::string_view text) {
   LearnWord(Inner(text));
   if (HoldsOddBytes(text)) {
@@ -142,16 +149,36 @@ void KnownSecrets::MarkIn(const std::vector<Reading>& readings, std::vector<bool
   }
 }
 
-std::string KnownSecrets::Mask(std::string_view text) const {
+void KnownSecrets::MarkShort(std::string_view text, Short where, std::vector<bool>& hidden) const {
+  const auto isInWord = [text](std::size_t at) {
+    return at != 0 && at != text.size() && IsPlainCharacter(text[at - 1]) && IsPlainCharacter(text[at]);
+  };
+  bool isQuoted = where == Short::Everywhere;
+  for (std::size_t at = 0; at != text.size(); ++at) {
+    isQuoted = isQuoted != (where == Short::InQuotes && text[at] == '"');
+    for (std::size_t length = 1; isQuoted && length < kShortest && at + length <= text.size(); ++length) {
+      if (!isInWord(at) && !isInWord(at + length) && m_short.count(text.substr(at, length)) != 0) {
+        std::fill_n(hidden.begin() + static_cast<std::ptrdiff_t>(at), length, true);
+      }
+    }
+  }
+}
+
+std::string KnownSecrets::Mask(std::string_view text, Short where) const {
   if (m_secrets.size() > kMostSecrets) {
     return text.empty() ? "" : kMask;
   }
-  if (m_secrets.empty()) {
+  if (m_secrets.empty() && m_short.empty()) {
     return std::string(text);
   }
   std::vector<bool> hidden(text.size());
-  MarkIn(Unescaped(text), hidden);
-  MarkIn(Decoded(text), hidden);
+  if (!m_secrets.empty()) {
+    MarkIn(Unescaped(text), hidden);
+    MarkIn(Decoded(text), hidden);
+  }
+  if (!m_short.empty()) {
+    MarkShort(text, where, hidden);
+  }
   std::string masked;
   for (std::size_t at = 0; at != text.size(); ++at) {
     if (!hidden[at]) {

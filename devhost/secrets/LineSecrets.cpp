@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t npos = std::string_view::npos;
 constexpr char kDigits[] = "0123456789";
 
-using Learn = std::function<void(std::string_view)>;
+using Learn = std::function<void(std::string_view secret, bool isSure)>;
 
 bool IsOneOf(std::string_view name, std::string_view names) {
   return names.find(" " + std::string(name) + " ") != npos;
@@ -42,7 +42,8 @@ std::size_t NamesInFront(std::string_view keyword, std::string_view rest) {
 }
 
 bool IsAlgorithm(std::string_view word) {
-  return (word.substr(0, 3) == "SHA" || word.substr(0, 3) == "AES") && word.find_first_not_of("-0123456789", 3) == npos;
+  return word == "MD5" || word == "DES" ||
+         ((word.substr(0, 3) == "SHA" || word.substr(0, 3) == "AES") && word.find_first_not_of("-0123456789", 3) == npos);
 }
 
 // Whether an option takes a secret, of the SNMP programs or of others.
@@ -56,9 +57,9 @@ void LearnOptions(std::string_view rest, const Learn& learn) {
     DirectiveWord word = cutter.Next();
     const bool isGlued = TakesSecret(word.text) && word.text.size() > 2;
     if (TakesSecret(before) && (before.size() == 2 || before[1] == '3')) {
-      learn(word.text);
+      learn(word.text, true);
     } else if (isGlued) {
-      learn(std::string_view(word.text).substr(2));
+      learn(std::string_view(word.text).substr(2), true);
     } else if (word.quote != '\0' && word.text.find(' ') != npos) {  // a whole command
       LearnOptions(word.text, learn);
     }
@@ -66,7 +67,10 @@ void LearnOptions(std::string_view rest, const Learn& learn) {
   }
 }
 
-void LearnWords(std::string_view rest, std::size_t names, bool isOne, const Learn& learn) {
+// Which of the words are secrets for sure.
+enum class Sure { None, First, All };
+
+void LearnWords(std::string_view rest, std::size_t names, bool isOne, Sure sure, const Learn& learn) {
   std::size_t number = 0;
   for (WordCutter cutter(rest); !cutter.AtLineEnd(); ++number) {
     const DirectiveWord word = cutter.Next();
@@ -74,11 +78,12 @@ void LearnWords(std::string_view rest, std::size_t names, bool isOne, const Lear
       continue;
     }
     if (number == names && !IsAlgorithm(word.text) && rest.find("-V") == npos) {  // which names a view
-      learn(rest.substr(word.begin));
+      learn(rest.substr(word.begin), false);
     }
     if (!IsAlgorithm(word.text)) {
-      learn(word.text);
-      learn(rest.substr(word.begin, word.end - word.begin));
+      const bool isSure = sure == Sure::All || (sure == Sure::First && number == names);
+      learn(word.text, isSure);
+      learn(rest.substr(word.begin, word.end - word.begin), isSure);
     }
     if (isOne) {
       return;
@@ -94,13 +99,14 @@ void LearnSecretsOfLine(std::string_view line, bool continues, const Learn& lear
   const std::string_view rest = line.substr(begin + keyword.size());
   const KnownName known = FindDirectiveName(keyword);
   if (continues || known.spelling == KnownName::Spelling::Near) {
-    LearnWords(line, 0, false, learn);  // what stands in the place of a name may be a secret, too
+    LearnWords(line, 0, false, Sure::None, learn);  // what stands in the place of a name may be a secret, too
   } else if (known.spelling != KnownName::Spelling::Exact || (!rest.empty() && !IsConfigBlank(rest.front()))) {
-    LearnWords(rest, 0, false, learn);
+    LearnWords(rest, 0, false, Sure::None, learn);
   } else if (known.follows == Follows::Anything || keyword == "trapsess") {
     LearnOptions(rest, learn);
   } else {
-    LearnWords(rest, NamesInFront(keyword, rest), keyword.find("community") != std::string::npos, learn);
+    LearnWords(rest, NamesInFront(keyword, rest), keyword.find("community") != std::string::npos,
+               keyword == "createuser" ? Sure::All : Sure::First, learn);
   }
 }
 

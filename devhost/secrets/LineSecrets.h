@@ -11,7 +11,9 @@ namespace devhost {
 // the agent reads a community so. Of commands, and of directives that take options, only the values of options such as -c;
 // of others without a secret, such as rouser, nothing. Of a line that is not understood, or that may continue the one before
 // it, every word.
-void LearnSecretsOfLine(std::string_view line, bool continues, const std::function<void(std::string_view secret)>& learn);
+// It is sure where the grammar gives the word no other meaning.
+void LearnSecretsOfLine(std::string_view line, bool continues,
+                        const std::function<void(std::string_view secret, bool isSure)>& learn);
 
 }  // namespace devhost
 

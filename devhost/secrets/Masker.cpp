@@ -19,6 +19,9 @@ namespace devhost {
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
+// Of the lines of files that are kept to be shown again.
+constexpr std::size_t kMostLines = 2000;
+constexpr std::size_t kLongestLine = 256;
 
 // The setting that an element is about, where it says so.
 std::string_view SettingOf(const XmlElement& element) {
@@ -84,6 +87,14 @@ bool IsKnownWord(std::string_view word) {
 }  // namespace
 
 std::string Masker::Secret(std::string_view text) {
+  if (!m_showSecrets) {
+    m_known.LearnShort(text);
+  }
+  return Hide(text);
+}
+
+// A text that may be a secret.
+std::string Masker::Hide(std::string_view text) {
   if (m_showSecrets || text.empty()) {
     return std::string(text);
   }
@@ -94,7 +105,7 @@ std::string Masker::Secret(std::string_view text) {
 std::string Masker::SettingValue(std::string_view name, std::string_view value) {
   const Setting setting = FindSetting(name);
   const bool isShown = setting == Setting::Shown || (setting == Setting::Switch && IsSwitch(value));
-  return isShown ? Text(value) : Secret(value);
+  return isShown ? Text(value) : setting == Setting::Secret ? Secret(value) : Hide(value);
 }
 
 std::string Masker::FieldValue(std::string_view name, const std::string& value, const FieldPlace& place) {
@@ -138,12 +149,13 @@ std::string Masker::FieldValue(std::string_view name, const std::string& value, 
       }
       isShown = IsSwitch(value);
       break;
+    case Field::Secret:
+      return Secret(value);
     case Field::Unknown:
     case Field::Part:
-    case Field::Secret:
       break;
   }
-  return isShown ? Text(value) : Secret(value);
+  return isShown ? Text(value) : Hide(value);
 }
 
 Parameters Masker::Fields(const Parameters& parameters) {
@@ -223,12 +235,35 @@ std::string Masker::Xml(const std::string& xml, XmlStyle style) {
   }
 }
 
+// The same lines come again and again: in each text of a file, before and after a change. They are looked at once for all
+// that was learnt so far.
 std::string Masker::ConfigLine(std::string_view line, bool continues) {
+  if (m_lines.size() == kMostLines || m_learntForLines != m_known.Count()) {
+    m_lines.clear();
+    m_learntForLines = m_known.Count();
+  }
+  if (line.size() > kLongestLine) {
+    return ShownConfigLine(line, continues);
+  }
+  std::string key = std::string(continues ? "+" : "-").append(line);
+  auto found = m_lines.find(key);
+  if (found == m_lines.end()) {
+    found = m_lines.emplace(std::move(key), ShownConfigLine(line, continues)).first;
+  }
+  return found->second;
+}
+
+std::string Masker::ShownConfigLine(std::string_view line, bool continues) {
   const std::size_t length = continues ? 0 : ShownLength(line);
   const std::string_view rest = line.substr(length);
   const bool isWhole = IsBlankText(rest);
   if (!isWhole && !IsComment(line)) {
-    LearnSecretsOfLine(line, continues, [this](std::string_view secret) { m_known.Learn(secret); });
+    LearnSecretsOfLine(line, continues, [this](std::string_view secret, bool isSure) {
+      m_known.Learn(secret);
+      if (isSure) {
+        m_known.LearnShort(secret);
+      }
+    });
   }
   const std::string_view shown = isWhole ? line : line.substr(0, length);
   const std::size_t keyword = LengthOfKeyword(shown);
@@ -289,7 +324,12 @@ std::string Masker::Expected(const std::string& text) const {
 }
 
 std::string Masker::Text(std::string_view text, WrittenBy author) const {
-  return m_showSecrets ? std::string(text) : m_known.Mask(WithoutPlaces(text, author));
+  const auto where = author == WrittenBy::Us ? KnownSecrets::Short::InQuotes : KnownSecrets::Short::Everywhere;
+  return m_showSecrets ? std::string(text) : m_known.Mask(WithoutPlaces(text, author), where);
+}
+
+std::string Masker::Sentence(std::string_view text) const {
+  return m_showSecrets ? std::string(text) : m_known.Mask(text, KnownSecrets::Short::InQuotes);
 }
 
 }  // namespace devhost

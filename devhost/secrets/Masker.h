@@ -1,8 +1,10 @@
 #ifndef DEVHOST_SECRETS_MASKER_H
 #define DEVHOST_SECRETS_MASKER_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "devhost/secrets/ConfigSecrets.h"
@@ -22,7 +24,8 @@ class Masker {
 
   bool ShowsSecrets() const { return m_showSecrets; }
 
-  // A text that is a secret, or may be one.
+  // A text that is a secret. Where it has one to three letters, it is hidden as a word only, and in messages of our own only
+  // where they quote it.
   std::string Secret(std::string_view text);
   // The value of a device's setting of that name.
   std::string SettingValue(std::string_view name, std::string_view value);
@@ -40,6 +43,8 @@ class Masker {
   // Free text: a message, a log line, a reason, what a program wrote. Hides what is remembered, and the rest of a line
   // behind what looks like a secret's place. Learns nothing.
   std::string Text(std::string_view text, WrittenBy author = WrittenBy::Us) const;
+  // A sentence of ours in which secrets are masked where it knows them: hides what is remembered. Learns nothing.
+  std::string Sentence(std::string_view text) const;
   // A pattern that a text is compared with: shown when all words in it are names of fields, settings and directives. Learns
   // nothing.
   std::string Pattern(const std::string& pattern) const;
@@ -53,14 +58,18 @@ class Masker {
     bool isText;               // of the element, not of an attribute
   };
 
+  std::string Hide(std::string_view text);
   std::string FieldValue(std::string_view name, const std::string& value, const FieldPlace& place);
   void LearnFrom(const XmlElement& element);
   void LearnFromDamaged(std::string_view xml);
   void HideIn(XmlElement& element, bool isKnown);
   std::string ConfigLine(std::string_view line, bool continues);
+  std::string ShownConfigLine(std::string_view line, bool continues);
 
   bool m_showSecrets;
   KnownSecrets m_known;
+  std::unordered_map<std::string, std::string> m_lines;  // of files, as they are shown
+  std::size_t m_learntForLines = 0;                      // how many secrets were known then
 };
 
 }  // namespace devhost

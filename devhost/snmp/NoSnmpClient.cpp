@@ -3,9 +3,19 @@
 // What stands for the client in a build without the library of Net-SNMP.
 namespace devhost {
 
+namespace {
+
+constexpr char kMissing[] =
+    "this devhost was built without the library of Net-SNMP (AGENT_SNMP_CLIENT=OFF), so it cannot ask a daemon";
+
+}  // namespace
+
+std::vector<SnmpReply> AskAtOnce(const SocketAddress&, const std::vector<SnmpRequest>&, const Patience&) {
+  throw SnmpError(kMissing);
+}
+
 SnmpClient::SnmpClient(const SocketAddress&, std::string, const Patience&) {
-  throw SnmpError(
-      "this devhost was built without the library of Net-SNMP (AGENT_SNMP_CLIENT=OFF), so it cannot ask a daemon");
+  throw SnmpError(kMissing);
 }
 
 SnmpReply SnmpClient::Get(const std::vector<Oid>&) const {

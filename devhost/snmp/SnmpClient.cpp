@@ -3,11 +3,15 @@
 #include <fcntl.h>
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
+
+#include <net-snmp/library/large_fd_set.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace devhost {
 
@@ -80,53 +84,150 @@ std::optional<std::string> ValueOf(const netsnmp_variable_list& variable) {
   }
 }
 
-// The session takes the request, whatever comes of it.
-SnmpReply Exchange(const Session& session, Request request) {
+Request MakeRequest(const SnmpRequest& wanted) {
+  Request request = MakeRequest(wanted.text ? SNMP_MSG_SET : SNMP_MSG_GET);
+  for (const Oid& object : wanted.objects) {
+    if (wanted.text) {
+      AddText(request.get(), object, *wanted.text);
+    } else if (::snmp_add_null_var(request.get(), object.data(), object.size()) == nullptr) {
+      throw std::bad_alloc();
+    }
+  }
+  return request;
+}
+
+// A request on its way, and what has come back.
+class Flight {
+ public:
+  Flight(const SocketAddress& address, const SnmpRequest& wanted, const Patience& patience)
+      : m_community(wanted.community), m_session(address, m_community, patience) {
+    reply.values.resize(wanted.objects.size());
+    if (m_session.Error() != 0) {
+      End(EndOf(m_session.Error()));
+      return;
+    }
+    Request request = MakeRequest(wanted);
+    if (::snmp_sess_async_send(m_session.Handle(), request.get(), &Flight::OnEnd, this) == 0) {
+      End(UdpEnd::Failed);
+      return;
+    }
+    static_cast<void>(request.release());  // the library frees what it has sent
+  }
+  Flight(const Flight&) = delete;
+  Flight& operator=(const Flight&) = delete;
+
+  void* Handle() const { return m_session.Handle(); }
+
   SnmpReply reply;
-  if (session.Error() != 0) {
-    reply.end = EndOf(session.Error());
-    return reply;
+  bool isDone = false;
+
+ private:
+  void End(UdpEnd end) {
+    reply.end = end;
+    isDone = true;
   }
-  netsnmp_pdu* answer = nullptr;
-  const int status = ::snmp_sess_synch_response(session.Handle(), request.release(), &answer);
-  const Request owner(answer, &::snmp_free_pdu);
-  if (status != STAT_SUCCESS || answer == nullptr) {
-    reply.end = status == STAT_TIMEOUT ? UdpEnd::Silent : UdpEnd::Failed;
-    return reply;
+
+  // The library calls this at the end, and for each time that it asks again.
+  static int OnEnd(int operation, netsnmp_session*, int, netsnmp_pdu* answer, void* flight) noexcept {
+    Flight& self = *static_cast<Flight*>(flight);
+    if (operation == NETSNMP_CALLBACK_OP_RESEND) {
+      return 1;
+    }
+    const bool isAnswer = operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE && answer->command == SNMP_MSG_RESPONSE;
+    self.End(isAnswer ? UdpEnd::Answered : operation == NETSNMP_CALLBACK_OP_TIMED_OUT ? UdpEnd::Silent : UdpEnd::Failed);
+    if (isAnswer) {
+      self.Take(*answer);
+    }
+    return 1;
   }
-  reply.end = UdpEnd::Answered;
-  reply.error = answer->errstat;
-  for (const netsnmp_variable_list* variable = answer->variables; variable != nullptr; variable = variable->next_variable) {
-    reply.values.push_back(ValueOf(*variable));
+  void Take(const netsnmp_pdu& answer) {
+    reply.error = answer.errstat;
+    const netsnmp_variable_list* variable = answer.variables;
+    for (std::size_t at = 0; variable != nullptr && at < reply.values.size(); ++at, variable = variable->next_variable) {
+      reply.values[at] = ValueOf(*variable);
+    }
   }
-  return reply;
+
+  std::string m_community;
+  const Session m_session;
+};
+
+using Flights = std::vector<std::unique_ptr<Flight>>;
+
+// The descriptors for one wait.
+struct Descriptors {
+  Descriptors() { ::netsnmp_large_fd_set_init(&set, FD_SETSIZE); }
+  ~Descriptors() { ::netsnmp_large_fd_set_cleanup(&set); }
+  Descriptors(const Descriptors&) = delete;
+  Descriptors& operator=(const Descriptors&) = delete;
+
+  netsnmp_large_fd_set set = {};
+};
+
+// Waits until something has come for one of them, or is to be sent again, and lets the library do what is due. Returns
+// whether there is anything left to wait for.
+bool Turn(const Flights& flights) {
+  Descriptors descriptors;
+  int count = 0;
+  int waitsForEver = 1;
+  timeval wait = {};
+  for (const auto& flight : flights) {
+    if (!flight->isDone) {
+      ::snmp_sess_select_info2(flight->Handle(), &count, &descriptors.set, &wait, &waitsForEver);
+    }
+  }
+  if (count == 0 || waitsForEver != 0) {
+    return false;
+  }
+  if (::netsnmp_large_fd_set_select(count, &descriptors.set, nullptr, nullptr, &wait) < 0) {
+    return errno == EINTR;
+  }
+  for (const auto& flight : flights) {
+    if (!flight->isDone) {
+      ::snmp_sess_read2(flight->Handle(), &descriptors.set);
+    }
+    if (!flight->isDone) {
+      ::snmp_sess_timeout(flight->Handle());
+    }
+  }
+  return true;
 }
 
 }  // namespace
+
+std::vector<SnmpReply> AskAtOnce(const SocketAddress& address, const std::vector<SnmpRequest>& requests,
+                                 const Patience& patience) {
+  Flights flights;
+  flights.reserve(requests.size());
+  for (const SnmpRequest& request : requests) {
+    if (!request.community.empty()) {
+      flights.push_back(std::make_unique<Flight>(address, request, patience));
+    }
+  }
+  while (std::any_of(flights.begin(), flights.end(), [](const auto& flight) { return !flight->isDone; }) && Turn(flights)) {
+  }
+  std::vector<SnmpReply> replies;
+  replies.reserve(requests.size());
+  auto next = flights.begin();
+  for (const SnmpRequest& request : requests) {
+    replies.emplace_back();
+    replies.back().values.resize(request.objects.size());
+    if (!request.community.empty()) {
+      replies.back() = std::move((*next++)->reply);
+    }
+  }
+  return replies;
+}
 
 SnmpClient::SnmpClient(const SocketAddress& address, std::string community, const Patience& patience)
     : m_address(address), m_community(std::move(community)), m_patience(patience) {}
 
 SnmpReply SnmpClient::Get(const std::vector<Oid>& objects) const {
-  std::string community = m_community;
-  const Session session(m_address, community, m_patience);
-  Request request = MakeRequest(SNMP_MSG_GET);
-  for (const Oid& object : objects) {
-    if (::snmp_add_null_var(request.get(), object.data(), object.size()) == nullptr) {
-      throw std::bad_alloc();
-    }
-  }
-  SnmpReply reply = Exchange(session, std::move(request));
-  reply.values.resize(objects.size());
-  return reply;
+  return AskAtOnce(m_address, {{m_community, objects}}, m_patience).front();
 }
 
 SnmpReply SnmpClient::Set(const Oid& object, const std::string& text) const {
-  std::string community = m_community;
-  const Session session(m_address, community, m_patience);
-  Request request = MakeRequest(SNMP_MSG_SET);
-  AddText(request.get(), object, text);
-  return Exchange(session, std::move(request));
+  return AskAtOnce(m_address, {{m_community, {object}, text}}, m_patience).front();
 }
 
 UdpEnd SnmpClient::SendTrap(const Oid& trap, const std::vector<std::pair<Oid, std::string>>& texts,

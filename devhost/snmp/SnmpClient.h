@@ -39,6 +39,19 @@ struct SnmpReply {
 inline constexpr long kNoAccess = 6;
 inline constexpr long kNotWritable = 17;
 
+// What is asked with one community: the values of objects; or to set the one object, where there is a text for it.
+struct SnmpRequest {
+  std::string community;
+  std::vector<Oid> objects;
+  std::optional<std::string> text = {};
+};
+
+// Asks all of that at once, each with a session of its own, and waits until each has an answer or none in time: together
+// they cost the patience of one. The replies are in the order of the requests; one to a request without a community is
+// Silent, and nothing was asked. Throws SnmpError.
+std::vector<SnmpReply> AskAtOnce(const SocketAddress& address, const std::vector<SnmpRequest>& requests,
+                                 const Patience& patience);
+
 // Asks with one community, in SNMPv2c. The community is never on a command line, no configuration file and no MIB file is
 // read, no file is written, and nothing is printed.
 class SnmpClient {

@@ -193,6 +193,9 @@ KnownName FindDirectiveName(std::string_view word) {
     return {exact->second, KnownName::Spelling::Exact};
   }
   KnownName nearest;
+  if (meant.Text().size() < NearName::kShortest && meant.Text().size() == word.size()) {
+    return nearest;
+  }
   std::size_t least = NearName::kFar;
   // With pointers: checked iterators cost too much for every word of a long text.
   const std::vector<Entry>& entries = Entries();

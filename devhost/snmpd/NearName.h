@@ -18,6 +18,9 @@ class NearName {
   using Letters = std::uint32_t;  // a set of bits
   static constexpr std::size_t kFar = std::numeric_limits<std::size_t>::max();
 
+  // A shorter word in plain letters is near to no name, since names that short are near to themselves alone.
+  static constexpr std::size_t kShortest = 3;
+
   // In capitals or not. A word of a script that has no letters like those of ASCII is near nothing.
   explicit NearName(std::string_view word);
 

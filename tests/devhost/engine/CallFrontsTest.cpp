@@ -103,9 +103,13 @@ TEST_F(AFront, PassesEveryOperationOnAndItsResultBack) {
 
 TEST_F(AFront, GivesTheFileAsTheHostHasChangedIt) {
   m_device.file = "sysName box\n";
-  m_core.calls.editCopies = [](std::string& config) { config += "sysContact Ada\n"; };
+  m_core.calls.editCopies = [](unsigned long driverId, int status, std::string& config) {
+    EXPECT_EQ(driverId, 0U) << "nobody's";
+    config += "sysContact Ada\n";
+    return status - 1;
+  };
   std::string text;
-  EXPECT_EQ(m_front->CopyFrom("path", text), 0);
+  EXPECT_EQ(m_front->CopyFrom("path", text), -1);
   EXPECT_EQ(text, "sysName box\nsysContact Ada\n");
   EXPECT_EQ(m_device.file, "sysName box\n");
 }

@@ -1,6 +1,7 @@
 #ifndef TESTS_DEVHOST_ENGINE_DEADLY_H
 #define TESTS_DEVHOST_ENGINE_DEADLY_H
 
+#include <chrono>
 #include <string>
 
 #include "devhost/system/RunProgram.h"
@@ -25,6 +26,7 @@ inline devhost::ProgramResult EndBy(const std::string& command, const std::strin
       folder.Write("script.devhost", "command " + command + "\n" + after +
                                          (command.compare(0, 5, "Later") == 0 ? "run sleep 30\n" : "print still here\n"));
   devhost::ProgramRun run;
+  run.deadline = std::chrono::minutes(5);  // on a busy machine, too
   run.words = {"/bin/sh", "-c",  "ulimit -c 0; " + setup + "; exec \"$@\"", "sh", DEVHOST_PROGRAM, "run", "--project",
                project,   script};
   return devhost::RunProgram(run);

@@ -52,6 +52,38 @@ TEST_F(AHost, BringsACommandAndItsReply) {
   EXPECT_EQ(observer.all[1].name, "Echo");
 }
 
+TEST_F(AHost, RestsWhileAnotherOneLivesInsideIt) {
+  LoadGreeter(7, "hi");
+  RecordingObserver other;
+  {
+    Host inside(other, host);
+    inside.Load(TestDriver(7, "well_behaved", "<config greeting='inside'/>"));
+    EXPECT_EQ(inside.Drivers().size(), 1U);
+    EXPECT_THAT(inside.Command(7, "Echo", {{"text", "a"}}), HasSubstr("<text>a</text>"));
+    const std::string rests = "the host rests while another one lives inside it";
+    EXPECT_EQ(ErrorOf([&] { host.Command(7, "Echo", {{"text", "a"}}); }), rests);
+    EXPECT_EQ(ErrorOf([&] { host.Unload(7); }), rests);
+    EXPECT_EQ(ErrorOf([&] { host.Stop(); }), rests);
+    EXPECT_EQ(ErrorOf([&] { const Host second(other, host); }), rests);
+    const Host innermost(other, inside);
+  }
+  EXPECT_THAT(host.Command(7, "Echo", {{"text", "b"}}), HasSubstr("<text>b</text>"));
+  EXPECT_EQ(observer.Texts(Kind::Load).size(), 1U);
+  EXPECT_EQ(other.Texts(Kind::Load).size(), 1U);
+}
+
+TEST_F(AHost, EndsTheLifeOfOneDriver) {
+  LoadGreeter(7, "hi");
+  LoadGreeter(8, "you");
+  observer.all.clear();
+  host.Unload(7);
+  EXPECT_EQ(observer.all.back().kind, Kind::Unload);
+  EXPECT_EQ(observer.all.back().driverId, 7U);
+  EXPECT_EQ(host.Drivers().size(), 1U);
+  EXPECT_THAT(ErrorOf([&] { host.Unload(7); }), HasSubstr("there is no driver 7"));
+  LoadGreeter(7, "again");
+}
+
 TEST_F(AHost, GivesAnEmptyReplyForNoNode) {
   LoadGreeter(7, "hi");
   EXPECT_EQ(host.Command(7, "Nothing", {}), "");

@@ -124,6 +124,19 @@ TEST_F(AModule, IsWatchedByOneHostAtATime) {
   EXPECT_THAT(other.all, IsEmpty());
 }
 
+TEST_F(AModule, IsHeardByItsHostWhileAnotherOneLivesInside) {
+  Load(7, "well_behaved");
+  observer.all.clear();
+  RecordingObserver other;
+  {
+    Host inside(other, host);
+    LogXMessage(2, "inside");
+  }
+  LogXMessage(2, "outside");
+  EXPECT_THAT(other.Texts(Kind::Log), ElementsAre("inside"));
+  EXPECT_THAT(observer.Texts(Kind::Log), ElementsAre("outside"));
+}
+
 TEST(AModuleWatch, IsFollowedByAnother) {
   RecordingObserver observer;
   HostCore core(observer);

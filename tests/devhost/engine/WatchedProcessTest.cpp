@@ -2,6 +2,7 @@
 #include "devhost/engine/WatchedProcess.h"
 
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <pthread.h>
 #include <pty.h>
 #include <signal.h>
@@ -46,6 +47,51 @@ TEST(ADriverThatEndsTheProcessBehindTheHostsBack, IsNamedAndNeverSucceeds) {
     EXPECT_THAT(result.output, AllOf(HasSubstr(LineOf(kBehind, way)), Not(HasSubstr("still here"))));
     EXPECT_EQ(result.exitStatus, 1) << way;
   }
+}
+
+// The state of a process, as the system shows it: 'T' for one that is stopped.
+char StateOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  const std::size_t end = text.rfind(") ");
+  return end == std::string::npos ? '?' : text[end + 2];
+}
+
+// Whether a signal was sent to the process that it has not taken yet.
+bool HasPendingSignal(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/status");
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  return text.find("\nShdPnd:\t0000000000000000\n") == std::string::npos;
+}
+
+// The child asks its parent, in the middle of the call and before it, and goes on when the line is there.
+TEST(ACallThatHangs, IsNamedByTheWaitingProcessWhenThatIsAsked) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  const pid_t watcher = ::fork();
+  if (watcher == 0) {
+    ::dup2(ends[1], STDERR_FILENO);
+    WatchedProcess::Begin();
+    ::kill(::getppid(), WatchedProcess::kAsk);
+    // The parent has looked before the call begins, and waits again.
+    while (HasPendingSignal(::getppid()) || StateOf(::getppid()) != 'S') {
+      ::usleep(1000);
+    }
+    const EndNote note("CopyFrom", "driver 7 \"kitchen\"");
+    ::kill(::getppid(), WatchedProcess::kAsk);
+    for (;;) {
+      ::pause();
+    }
+  }
+  ::close(ends[1]);
+  char text[200] = "";
+  struct pollfd said = {ends[0], POLLIN, 0};
+  ASSERT_EQ(::poll(&said, 1, 60'000), 1);
+  EXPECT_GT(::read(ends[0], text, sizeof text - 1), 0);
+  EXPECT_STREQ(text, "devhost: CopyFrom of driver 7 \"kitchen\" has not returned\n");
+  ::kill(watcher, SIGKILL);
+  ::waitpid(watcher, nullptr, 0);
+  ::close(ends[0]);
 }
 
 TEST(ADriverThatEndsTheProcessBehindTheHostsBack, IsNamedInInitialize) {
@@ -224,17 +270,9 @@ TEST(AWatchedProcess, StopsAndGoesOnTogetherWithTheOneThatWatches) {
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
-// The state of a process, as the system shows it: 'T' for one that is stopped.
-char StateOf(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  const std::size_t end = text.rfind(") ");
-  return end == std::string::npos ? '?' : text[end + 2];
-}
-
 // Whether the process comes into that state, or out of it, in the time that a busy machine needs.
 bool Becomes(pid_t process, char state, bool isIn = true) {
-  for (int i = 0; i != 1000; ++i) {
+  for (int i = 0; i != 6000; ++i) {
     if ((StateOf(process) == state) == isIn) {
       return true;
     }

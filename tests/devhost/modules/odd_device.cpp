@@ -2,8 +2,11 @@
 // which announces itself and gives its file in all the ways that its configuration asks for:
 //
 //   <config file="PATH" journal="PATH" announce="Initialize|AgentAvailable|RegisterCommands|twice|withdrawn|otherId|never"
-//           copyFrom="throw|throwOddly|exit|withdraw|reenter|STATUS" name="sysName, with its erased flag set when it is
-//           empty"/>
+//           copyFrom="throw|throwOddly|exit|hang|withdraw|reenter|STATUS" learns="yes: a contact, from its file"
+//           name="sysName, with its erased flag set when it is empty"
+//           editedBefore="NUMBER of the CopyFrom before which somebody edits the file"/>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -43,6 +46,8 @@ class OddDevice : public H7BaseAgentDriver, private HasJournal, public testsuppo
     m_file = config.GetNamedString("file");
     m_announce = config.GetNamedString("announce");
     m_copyFrom = config.GetNamedString("copyFrom");
+    m_learns = !config.GetNamedString("learns").empty();
+    m_editBefore = std::atoi(config.GetNamedString("editedBefore").c_str());
     const std::string path = config.GetNamedString("journal");
     journal.SetHook([path](const std::string& call) { std::ofstream(path, std::ios::app) << call << '\n'; });
     journal.Note(std::string("Initialize ") + (persisted != nullptr ? persisted->GetName() : "without a state"));
@@ -90,6 +95,11 @@ class OddDevice : public H7BaseAgentDriver, private HasJournal, public testsuppo
     std::ostringstream text;
     text << std::ifstream(m_file, std::ios::binary).rdbuf();
     config = text.str();
+    if (--m_editBefore == 0) {
+      config += "# meanwhile\n";
+      std::ofstream(m_file, std::ios::binary) << config;
+    }
+    sysContact = m_learns ? "learnt" : sysContact;
     if (m_copyFrom == "throw") {
       throw std::runtime_error("no file today, nor held by the driver");
     }
@@ -98,6 +108,9 @@ class OddDevice : public H7BaseAgentDriver, private HasJournal, public testsuppo
     }
     if (m_copyFrom == "exit") {
       std::exit(0);
+    }
+    while (m_copyFrom == "hang") {
+      ::pause();
     }
     if (m_copyFrom == "withdraw") {
       Withdraw();
@@ -136,6 +149,8 @@ class OddDevice : public H7BaseAgentDriver, private HasJournal, public testsuppo
   std::string m_file;
   std::string m_announce;
   std::string m_copyFrom;
+  bool m_learns = false;
+  int m_editBefore = 0;
 };
 
 }  // namespace

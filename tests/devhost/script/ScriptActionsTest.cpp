@@ -36,7 +36,10 @@ Kind Only(const std::string& line, const std::string& folder = ".") {
 }
 
 TEST(TheNextWord, IsOneOfTheLanguageOrADriver) {
-  const auto next = [](const std::string& line) { return NextWords(line, {"agent", "kitchen"}); };
+  const KnownNames known{
+      {{1, "agent"}, {12, "kitchen"}},
+      {{"agent", {"GetDeviceList", "StartMasterAgent", "StopMasterAgent"}}, {"kitchen", {"GetSettings"}}}};
+  const auto next = [&known](const std::string& line) { return NextWords(line, known); };
   using Words = std::vector<std::string>;
   EXPECT_EQ(next("re"), (Words{"restart"}));
   EXPECT_EQ(next("device "), (Words{"agent", "kitchen"}));
@@ -46,7 +49,18 @@ TEST(TheNextWord, IsOneOfTheLanguageOrADriver) {
   EXPECT_EQ(next("expect fi"), (Words{"file"}));
   EXPECT_EQ(next("expect file kitchen "), (Words{"golden", "is", "matches"}));
   EXPECT_EQ(next("flag 5 7 t"), (Words{"true"}));
-  EXPECT_EQ(next("command GetD"), Words());
+  EXPECT_EQ(next("device 1"), (Words{"1", "12"}));
+  EXPECT_EQ(next("command GetD"), (Words{"GetDeviceList"}));
+  EXPECT_EQ(next("command St"), (Words{"StartMasterAgent", "StopMasterAgent"}));
+  EXPECT_EQ(next("command "), (Words{"GetDeviceList", "GetSettings", "StartMasterAgent", "StopMasterAgent", "to"}));
+  EXPECT_EQ(next("command to k"), (Words{"kitchen"}));
+  EXPECT_EQ(next("command to kitchen "), (Words{"GetSettings"}));
+  EXPECT_EQ(next("command to 1 Get"), (Words{"GetDeviceList"}));
+  EXPECT_EQ(next("command to kitchen GetSettings "), Words());
+  EXPECT_EQ(next("command StopMasterAgent d"), (Words{"deviceId=1", "deviceId=12"}));
+  EXPECT_EQ(next("command StopMasterAgent deviceId=12"), (Words{"deviceId=12"}));
+  EXPECT_EQ(next("command StopMasterAgent x"), Words());
+  EXPECT_EQ(next("device kitchen set "), Words());
   EXPECT_EQ(next("nonsense "), Words());
   EXPECT_EQ(next("restart "), Words());
   EXPECT_EQ(next("print 'device "), Words());

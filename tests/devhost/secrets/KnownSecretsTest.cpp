@@ -56,6 +56,22 @@ TEST(AKnownSecret, IsNotLearntWhenItIsVeryShortOrEverybodyWritesIt) {
   EXPECT_EQ(known.Mask("abc true default localhost 192.0.2.5 *****   ."), "abc true default localhost 192.0.2.5 *****   .");
 }
 
+TEST(AShortSecret, IsMaskedAsAWordOnly) {
+  KnownSecrets known;
+  for (const char* const text : {"ab", "\"x\"", "a!", "***", ""}) {
+    known.LearnShort(text);
+  }
+  EXPECT_EQ(known.Mask("ab abc cab ab_c (ab)=ab: x xx 'x' \"x\" a! *** a"),
+            "***** abc cab *****_c (*****)=*****: ***** xx '*****' \"*****\" ***** *** a");
+}
+
+TEST(AShortSecret, IsMaskedInASentenceOnlyWhereThatQuotesIt) {
+  KnownSecrets known;
+  known.LearnShort("is");
+  EXPECT_EQ(known.Mask("it is \"is\", which is \"not is, this\"", KnownSecrets::Short::InQuotes),
+            "it is \"*****\", which is \"not *****, this\"");
+}
+
 TEST(AKnownSecret, IsMaskedHoweverManyThereAre) {
   KnownSecrets known;
   for (int number = 1000; number != 2000; ++number) {

@@ -42,7 +42,7 @@ TEST(AConfiguration, IsShownLineByLine) {
   Masker masker(false);
   EXPECT_EQ(masker.Config("# The kitchen\n\nsysName kitchen\nrocommunity  x default\r\n[snmp] a\nrocommunity \ntrap2sink:x"),
             "# The kitchen\n\nsysName kitchen\nrocommunity  *****\n*****\nrocommunity \ntrap2sink *****");
-  EXPECT_EQ(masker.Config("sysName x\n"), "sysName x\n");
+  EXPECT_EQ(masker.Config("sysName y\n"), "sysName y\n");
   EXPECT_EQ(masker.Config("\n"), "\n");
   EXPECT_EQ(masker.Config(""), "");
 }
@@ -232,6 +232,37 @@ TEST(AMasker, ThatWasAskedToShowSecretsHidesNothing) {
   EXPECT_EQ(masker.Config("rocommunity hidden"), "rocommunity hidden");
   EXPECT_EQ(masker.CommandLine({"snmpget", "-c", "hidden"}), "snmpget -c hidden");
   EXPECT_EQ(masker.Text("rocommunity hidden"), "rocommunity hidden");
+}
+
+TEST(AShortCommunity, IsMaskedWhereverItIsAWordOfALine) {
+  Masker masker(false);
+  EXPECT_EQ(masker.Config("rocommunity ab\nsysContact ab\nsysName cab\nsysLocation of ab, here\n"),
+            "rocommunity *****\nsysContact *****\nsysName cab\nsysLocation of *****, here\n");
+  EXPECT_EQ(masker.Text("refused: ab", WrittenBy::Others), "refused: *****");
+  EXPECT_EQ(masker.Sentence("ab is \"ab\""), "ab is \"*****\"");
+}
+
+TEST(AShortCommunity, IsLearntFromSettingsAndDirectives) {
+  for (const char* const config :
+       {"com2sec me default ab\n", "trapsink 10.0.0.1 ab 162\n", "trapsess -v 2c -c ab 10.0.0.1\n",
+        "createUser bob MD5 ab DES cd\n", "authcommunity log ab\n", "rwcommunity6 \"ab\" default\n"}) {
+    Masker masker(false);
+    masker.Config(config);
+    EXPECT_EQ(masker.Text("ab", WrittenBy::Others), "*****") << config;
+    EXPECT_EQ(masker.Text("me log bob MD5 DES 162 1", WrittenBy::Others), "me log bob MD5 DES 162 1") << config;
+  }
+  Masker masker(false);
+  masker.Xml("<managedDevice><snmpCommunityReadSetting>ab</snmpCommunityReadSetting></managedDevice>");
+  masker.SettingValue("communityWrite", "cd");
+  EXPECT_EQ(masker.Text("ab cd", WrittenBy::Others), "***** *****");
+}
+
+// Otherwise each "1" that a driver's own field holds would be hidden in every line.
+TEST(AShortText, ThatMayBeAnythingIsNotLearnt) {
+  Masker masker(false);
+  masker.Xml("<config index='1'><other>ab</other></config>");
+  masker.Config("unheardOf 1\n");
+  EXPECT_EQ(masker.Text("1 ab", WrittenBy::Others), "1 ab");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <syslog.h>
 
+#include <chrono>
 #include <filesystem>
 
 #include "tests/devhost/support/SnmpDaemon.h"
@@ -56,6 +57,36 @@ TEST_F(AClient, HearsWhyAnObjectIsNotSet) {
   EXPECT_EQ(As("writes with blanks").Set(kDescription, "").error, kNotWritable);
   EXPECT_EQ(As("reads").Set(kDescription, "").error, kNoAccess);
   EXPECT_EQ(As("guesses", kImpatient).Set(kDescription, "").end, UdpEnd::Silent);
+}
+
+TEST_F(AClient, AsksAllCommunitiesAtOnce) {
+  const Patience patience = {std::chrono::milliseconds(1000), 2};
+  std::vector<SnmpReply> replies;
+  std::chrono::steady_clock::duration time{};
+  // A busy machine takes longer now and then, but not each time.
+  for (int i = 0; i == 0 || (i < 10 && time >= 4 * patience.wait); ++i) {
+    const auto begin = std::chrono::steady_clock::now();
+    replies = AskAtOnce(Resolve({"127.0.0.1", daemon.Port()}).value(),
+                        {{"guesses", {kContact, kServices}},
+                         {"reads", {kContact, kNothing}},
+                         {"guesses again", {kContact}},
+                         {"", {kContact}},
+                         {"writes with blanks", {kDescription}, ""},
+                         {"guesses once more", {kDescription}, ""}},
+                        patience);
+    time = std::chrono::steady_clock::now() - begin;
+  }
+  EXPECT_GE(time, 2 * patience.wait);
+  EXPECT_LT(time, 4 * patience.wait) << "one after the other, the three that guess take 6";
+  ASSERT_EQ(replies.size(), 6U);
+  EXPECT_EQ(replies[0].end, UdpEnd::Silent);
+  EXPECT_EQ(replies[0].values.size(), 2U);
+  EXPECT_EQ(replies[1].end, UdpEnd::Answered);
+  EXPECT_THAT(replies[1].values, ElementsAre(Optional(std::string("Ada")), std::nullopt));
+  EXPECT_EQ(replies[2].end, UdpEnd::Silent);
+  EXPECT_EQ(replies[3].end, UdpEnd::Silent);
+  EXPECT_EQ(replies[4].error, kNotWritable);
+  EXPECT_EQ(replies[5].end, UdpEnd::Silent);
 }
 
 TEST(ATrap, ReachesAReceiver) {
