@@ -1,5 +1,7 @@
 #include "drivers/common/ConfigFile.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstddef>
 #include <utility>
@@ -132,8 +134,9 @@ int ConfigFile::Install(const std::string& text, const std::string* expected) co
   if (status != 0) {
     return status;
   }
-  if (m_calls->Remove(folder.Get(), kTemporaryName) != 0 && errno != ENOENT) {
-    return errno == EISDIR ? kFolderInTheWay : LastStatus();
+  status = RemoveLeftover(folder.Get(), former);
+  if (status != 0) {
+    return status;
   }
   status = WriteTemporary(folder.Get(), text, former);
   bool isExchanged = false;
@@ -162,6 +165,24 @@ int ConfigFile::LookAtFormer(int folder, Former& former) const {
   }
   former.exists = true;
   return 0;
+}
+
+int ConfigFile::RemoveLeftover(int folder, const Former& former) const {
+  struct stat leftover = {};
+  if (m_calls->Stat(folder, kTemporaryName, leftover) != 0) {
+    return errno == ENOENT ? 0 : LastStatus();
+  }
+  // A writer that was killed has left it to its own user, or has given it to the owner of the file already.
+  const bool isOfWriter = leftover.st_uid == ::geteuid() || leftover.st_uid == 0 ||
+                          (former.exists && leftover.st_uid == former.attributes.st_uid);
+  if (S_ISDIR(leftover.st_mode)) {
+    return kFolderInTheWay;
+  }
+  if (!isOfWriter) {
+    return kTemporaryOfAnotherUser;
+  }
+  // The name goes and nothing behind it: a link is not followed, nobody waits for a pipe.
+  return m_calls->Remove(folder, kTemporaryName) != 0 && errno != ENOENT ? LastStatus() : 0;
 }
 
 int ConfigFile::CompareFile(int folder, const std::string& expected, const std::string& wanted) const {

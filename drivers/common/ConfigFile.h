@@ -14,7 +14,7 @@ namespace drivers {
 //
 // Nobody ever sees half a file: the new text is written to a temporary file beside it, made durable, and then takes the
 // place of the old one in one step. A process that dies in between leaves the old or the new file, and at most the
-// temporary one, which the next write removes.
+// temporary one, which the next write removes, unless another user has put it there.
 // A symbolic link under the file's name is refused, so that nobody can point the agent at another file; only reading
 // follows it, on request. Links on the way to the folder are followed.
 class ConfigFile {
@@ -52,6 +52,7 @@ class ConfigFile {
 
   int Install(const std::string& text, const std::string* expected) const;
   int LookAtFormer(int folder, Former& former) const;
+  int RemoveLeftover(int folder, const Former& former) const;
   int CompareFile(int folder, const std::string& expected, const std::string& wanted) const;
   int CompareDisplaced(int folder, const std::string& expected, const std::string& wanted) const;
   int CompareOpened(int descriptor, const std::string& expected, const std::string& wanted) const;

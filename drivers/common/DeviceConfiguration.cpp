@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "drivers/common/MisspeltAttribute.h"
 #include "drivers/common/SettingNames.h"
 #include "host/INodeList.h"
 #include "host/auto_com.h"
@@ -11,6 +12,10 @@ namespace drivers {
 namespace {
 
 std::string ReadAttributes(const H7XML::INode& config, DeviceConfiguration& result, FolderIs folderIs) {
+  const std::string misspelt = FindMisspelt(config, {{"folder", {"dir", "directory"}}, {"version"}, {"versionValid"}});
+  if (!misspelt.empty()) {
+    return misspelt;
+  }
   result.folder = config.GetNamedString("folder");
   if (folderIs == FolderIs::Required && (result.folder.empty() || result.folder.front() != '/')) {
     return "folder is \"" + result.folder + "\"; give the absolute path of the folder that holds the device's snmpd.conf";

@@ -29,7 +29,8 @@ struct DeviceConfiguration {
 enum class FolderIs { Required, NotUsed };
 
 // Reads `config` into `result`. Returns what is wrong and what is allowed, in one line, or nothing when it is valid; an
-// invalid one leaves `result` unusable. Unknown elements are wrong; unknown attributes cannot be seen.
+// invalid one leaves `result` unusable. Unknown elements are wrong; of unknown attributes those that
+// FindMisspelt finds (MisspeltAttribute.h), since a node does not list its attributes.
 std::string ReadDeviceConfiguration(const H7XML::INode& config, DeviceConfiguration& result,
                                     FolderIs folderIs = FolderIs::Required);
 

@@ -14,6 +14,7 @@ namespace {
 
 const char kVersion[] = "1";
 const char kTrapTargets[] = "trapTargets";
+const char kRestartDue[] = "restartDue";
 
 int HexValue(char digit) {
   return digit >= '0' && digit <= '9' ? digit - '0' : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
@@ -134,6 +135,9 @@ h7::auto_com<H7XML::INode> WriteDeviceState(const std::string& kind, const Devic
   const h7::auto_com<H7XML::INode> root = H7XML::CreateXmlNode(kind, std::string());
   root->SetNamedString("version", kVersion);
   root->SetNamedString("online", h7::ToString(state.online));
+  if (state.isRestartDue) {
+    root->SetNamedString(kRestartDue, h7::ToString(true));
+  }
   VisitSettings(state.settings, [&root](const NamedSetting& setting) {
     const h7::auto_com<H7XML::INode> element = H7XML::CreateXmlNode("setting", std::string());
     element->SetNamedString("name", setting.name);
@@ -169,6 +173,10 @@ std::string ReadDeviceState(const std::string& kind, const H7XML::INode& node, D
            " of version " + kVersion;
   }
   std::string wrong = ReadSwitch(node.GetNamedString("online"), state.online) ? "" : AttributeError(kind, "online");
+  const std::string restartDue = node.GetNamedString(kRestartDue);
+  if (!restartDue.empty() && !ReadSwitch(restartDue, state.isRestartDue)) {
+    wrong = AttributeError(kind, kRestartDue);
+  }
   std::set<std::string> seen;
   std::optional<std::string> pending;
   std::optional<std::string> base;

@@ -20,6 +20,7 @@ struct PendingText {
 struct DeviceState {
   SnmpSettings settings;
   bool online = true;                  // whether the controller can be reached
+  bool isRestartDue = false;           // the file was replaced, and the daemon has not been told
   std::optional<std::string> known;    // the last text that was read from snmpd.conf or written to it
   std::optional<PendingText> pending;  // only off line
   h7::auto_com<H7XML::INode> refused;  // a saved state that could not be used, in an element of this name
@@ -27,7 +28,7 @@ struct DeviceState {
 
 // Writes the state as an element, named `kind` after the kind of driver:
 //
-//   <LocalSnmpd version="1" online="true">
+//   <LocalSnmpd version="1" online="true" restartDue="true">    without restartDue when it is false
 //     <setting name="sysName" value="kitchen" erased="false"/>   one for each setting, see drivers/common/SettingNames.h
 //     <trapTarget target="10.0.0.5" community="public" port="162"/>
 //     <known>...</known>                                     a whole file, between two lines that hold a dash

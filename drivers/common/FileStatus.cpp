@@ -31,6 +31,9 @@ std::string DescribeFileStatus(int status) {
   if (status == kLockUnusable) {
     return ".snmpd.conf.lock beside it is not a regular file, or may not be opened; remove it";
   }
+  if (status == kTemporaryOfAnotherUser) {
+    return "another user's file .snmpd.conf.new beside it is in the way; look at it, and remove it";
+  }
   if (status == FileStatusOfErrno(EWOULDBLOCK)) {
     return "somebody else is writing to it; try again";
   }

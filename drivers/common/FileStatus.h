@@ -12,6 +12,7 @@
 //   -5            the new text is larger than what can be read (ConfigFile::kMaximumSize): nothing is written
 //   -6            what has the name of the lock, .snmpd.conf.lock, is not a regular file, or may not be opened: it stays,
 //                 nothing is written
+//   -7            another user's file has the name of the temporary file: it stays, nothing is written
 //   -100 - errno  the system's own reason, each its own status. On Linux, for example:
 //                 -102 no such folder   -105 input/output error      -113 permission denied   -120 not a folder
 //                 -101 not permitted    -111 another writer at work  -127 file too large      -128 no space left
@@ -26,6 +27,7 @@ inline constexpr int kFolderInTheWay = -3;
 inline constexpr int kFileWasChanged = -4;
 inline constexpr int kTextTooLarge = -5;
 inline constexpr int kLockUnusable = -6;
+inline constexpr int kTemporaryOfAnotherUser = -7;
 
 // The status for a system error number, which is not 0.
 int FileStatusOfErrno(int error);

@@ -38,12 +38,16 @@ void KeepingDeviceDriver::TakeStateBack() {
   }
   Settings() = state.settings;
   m_state = state;
+  if (IsPending()) {
+    SettingsChanged();  // a host that keeps this life asks for its state
+  }
 }
 
 h7::auto_com<H7XML::INode> KeepingDeviceDriver::GetPersistState(unsigned long) {
   if (!m_tookStateBack) {
     return m_handedState;
   }
+  m_isKept = true;
   m_saidStateChanged = false;
   m_state.settings = Settings();
   return WriteDeviceState(m_kind, m_state);
@@ -64,12 +68,36 @@ void KeepingDeviceDriver::SetOnline(bool online) {
   }
 }
 
+void KeepingDeviceDriver::NoteRestarted() {
+  if (m_state.isRestartDue) {
+    m_state.isRestartDue = false;
+    SettingsChanged();
+  }
+}
+
 void KeepingDeviceDriver::NoteRead(const std::string& text) {
   m_copiedOut = true;
+  m_gavePending = false;
   if (m_state.known != text) {
     m_state.known = text;
     SettingsChanged();
   }
+}
+
+void KeepingDeviceDriver::NoteReadWhilePending(const std::string& text, const std::string& path) {
+  if (text != m_state.pending->text && text == m_state.pending->base) {
+    if (!m_saidWaiting) {
+      Log("the text that was accepted off line waits: the next change, or start of the daemon, replaces " + path);
+      m_saidWaiting = true;
+    }
+    return;
+  }
+  const bool isInstalled = text == m_state.pending->text;
+  m_state.pending.reset();
+  // A host may have ended between the file and the restart.
+  m_state.isRestartDue = m_state.isRestartDue || isInstalled;
+  SettingsChanged();
+  Log(isInstalled ? "the text that was accepted off line is in " + path : DescribeDropped(path));
 }
 
 int KeepingDeviceDriver::ReadOffLine(std::string& config) {
@@ -78,6 +106,7 @@ int KeepingDeviceDriver::ReadOffLine(std::string& config) {
   }
   config = m_state.pending ? m_state.pending->text : *m_state.known;
   m_copiedOut = true;
+  m_gavePending = IsPending();
   return kAcceptedForLater;
 }
 
@@ -88,29 +117,44 @@ int KeepingDeviceDriver::CheckWrite(const std::string& config) const {
   return config.size() > ConfigFile::kMaximumSize ? kTextTooLarge : 0;
 }
 
-int KeepingDeviceDriver::WriteOnLine(const std::string& config, const Replace& replace) {
+const std::string& KeepingDeviceDriver::Base() const {
   // A text made from a pending one goes into the same file as that one would have.
-  const int status = replace(m_state.pending ? m_state.pending->base : *m_state.known, config);
+  return m_state.pending && m_gavePending ? m_state.pending->base : *m_state.known;
+}
+
+int KeepingDeviceDriver::WriteOnLine(const std::string& config, const Replace& replace) {
+  return ReplaceWith(config, Base(), replace);
+}
+
+int KeepingDeviceDriver::ReplaceWith(const std::string& config, const std::string& expected, const Replace& replace) {
+  const bool wasRestartDue = m_state.isRestartDue;
+  // A host that fetches the state while the file is being replaced must find the mark in it.
+  m_state.isRestartDue = true;
+  SettingsChanged();
+  const int status = replace(expected, config);
   if (status == 0) {
     m_state.known = config;
+  } else {
+    m_state.isRestartDue = wasRestartDue;
   }
   if (status == 0 || status == kFileWasChanged) {
     m_state.pending.reset();
-    SettingsChanged();
   }
+  SettingsChanged();
   return status;
 }
 
 int KeepingDeviceDriver::WriteOffLine(const std::string& config) {
-  const std::string base = m_state.pending ? m_state.pending->base : *m_state.known;
-  m_state.pending = PendingText{config, base};
+  m_state.pending = PendingText{config, Base()};
+  m_gavePending = true;
+  m_acceptedForLater = true;
   SettingsChanged();
   return kAcceptedForLater;
 }
 
 int KeepingDeviceDriver::InstallPending(const std::string& path, const Replace& replace) {
-  const std::string text = m_state.pending->text;
-  const int status = WriteOnLine(text, replace);
+  const PendingText pending = *m_state.pending;
+  const int status = ReplaceWith(pending.text, pending.base, replace);
   if (status == 0) {
     Log("the text that was accepted off line is in " + path);
   } else if (status == kFileWasChanged) {

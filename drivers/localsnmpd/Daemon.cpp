@@ -38,7 +38,9 @@ std::vector<std::string> MakeEnvironment(const std::string& home) {
   environment.push_back("HOME=" + home);
   // It never reads what it stores itself, not even when it is told over SNMP to read its files again.
   environment.push_back("SNMPCONFPATH=" + std::string(DaemonFolder::kKeptName));
-  environment.push_back("SNMP_PERSISTENT_DIR=" + std::string(DaemonFolder::kDataName));
+  // Absolute, because the daemon takes the names of folders that it makes for names below the root. Its path would be too
+  // long, or lead elsewhere by now.
+  environment.push_back("SNMP_PERSISTENT_DIR=/proc/self/cwd/" + std::string(DaemonFolder::kDataName));
   return environment;
 }
 

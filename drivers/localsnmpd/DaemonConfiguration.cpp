@@ -9,6 +9,8 @@
 #include <sstream>
 #include <system_error>
 
+#include "drivers/common/MisspeltAttribute.h"
+
 namespace drivers {
 
 namespace {
@@ -44,7 +46,11 @@ bool IsProgram(const std::string& path) {
 }  // namespace
 
 std::string ReadDaemonConfiguration(const H7XML::INode& config, DaemonConfiguration& result) {
-  std::string wrong;
+  std::string wrong = FindMisspelt(
+      config, {{"port"}, {"program", {"path", "daemon"}}, {"rebootPause"}, {"startDeadline", {"startTimeout"}}});
+  if (!wrong.empty()) {
+    return wrong;
+  }
   if (config.GetNamedString("port") != "auto") {
     result.port = static_cast<std::uint16_t>(ReadNumber(config, "port", {1024, 65535, ""}, "auto and ", wrong).value_or(0));
   }

@@ -17,7 +17,7 @@ namespace drivers {
 //     data/             what it stores: its engine id, values that were set over SNMP
 //     kept/             what it reads of that at its next start, see KeptData.h
 //
-// The daemon gets all names relative to its working folder, because the path of a socket has at most 107 bytes. Secrets are
+// The daemon gets all names by its working folder, because the path of a socket has at most 107 bytes. Secrets are
 // in data/ and kept/ only, the keys of users, which have to survive a restart. What the daemon reads in place of snmpd.conf
 // is in memory, and its log, which quotes that, has no name.
 class DaemonFolder {

@@ -51,6 +51,8 @@ std::string LocalSnmpdDevice::Prepare(const DeviceConfiguration& configuration, 
                    [this](const std::string& line) { Log(line); });
   m_file.emplace(configuration.folder);
   TakeStateBack();
+  // The daemon of the last life ended with it.
+  NoteRestarted();
   return std::string();
 }
 
@@ -89,16 +91,29 @@ KeepingDeviceDriver::Replace LocalSnmpdDevice::Replacer() const {
 }
 
 int LocalSnmpdDevice::ApplyToDaemon(const std::string& config) {
-  return m_daemon->IsRunning() ? m_daemon->Restart(config) : 0;
+  const int status = m_daemon->IsRunning() ? m_daemon->Restart(config) : 0;
+  if (status == 0) {
+    NoteRestarted();
+  }
+  return status;
 }
 
 int LocalSnmpdDevice::StartOnLine() {
-  if (m_daemon->IsRunning()) {
+  const bool isRunning = m_daemon->IsRunning();
+  // One that runs may serve what the file held before, since a restart can fail before the daemon is stopped.
+  if (isRunning && !IsRestartDue()) {
     return 0;
   }
   std::string config;
-  const int status = m_file->Read(config, Links::Follow);
-  return status != 0 ? ReportFile("read", status) : m_daemon->Start(config);
+  int status = m_file->Read(config, Links::Follow);
+  if (status != 0) {
+    return ReportFile("read", status);
+  }
+  status = isRunning ? m_daemon->Restart(config) : m_daemon->Start(config);
+  if (status == 0) {
+    NoteRestarted();
+  }
+  return status;
 }
 
 int LocalSnmpdDevice::StartDaemon() {

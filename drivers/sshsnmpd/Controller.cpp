@@ -131,7 +131,8 @@ int Controller::Run(const std::string& command, std::string_view input, std::siz
                     SshResult& result) {
   for (bool isSecond = false;; isSecond = true) {
     try {
-      result = Connect().Run(command, input, mostOutput, Deadline(m_configuration.connectTimeout),
+      const auto repeatable = isRepeatable ? SshConnection::Repeatable::Yes : SshConnection::Repeatable::No;
+      result = Connect().Run(command, input, mostOutput, repeatable, Deadline(m_configuration.connectTimeout),
                              Deadline(m_configuration.operationTimeout));
       return 0;
     } catch (const SshError& error) {

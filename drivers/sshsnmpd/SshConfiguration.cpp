@@ -7,6 +7,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "drivers/common/MisspeltAttribute.h"
+
 namespace drivers {
 
 namespace {
@@ -124,6 +126,22 @@ std::string ReadTime(const H7XML::INode& config, const char* name, int most, std
   return wrong;
 }
 
+std::string FindMisspeltAttribute(const H7XML::INode& config) {
+  return FindMisspelt(config, {{"host", {"hostName", "address", "server"}},
+                               {"port"},
+                               {"user", {"userName", "login", "account"}},
+                               {"key", {"keyFile", "keyPath", "privateKey", "identity", "identityFile"}},
+                               {"knownHosts", {"knownHostsFile", "userKnownHostsFile"}},
+                               {"file", {"path", "filePath", "fileName"}},
+                               {"start", {"startCommand"}},
+                               {"stop", {"stopCommand"}},
+                               {"restart", {"restartCommand"}},
+                               {"reboot", {"rebootCommand"}},
+                               {"sudo", {"become"}},
+                               {"connectTimeout", {"connectionTimeout", "timeout"}},
+                               {"operationTimeout", {"commandTimeout"}}});
+}
+
 std::string ReadFilePath(const H7XML::INode& config, std::string& file) {
   const std::string path = config.GetNamedString("file");
   if (path.empty()) {
@@ -141,7 +159,8 @@ std::string ReadFilePath(const H7XML::INode& config, std::string& file) {
 std::string ReadSshConfiguration(const H7XML::INode& config, SshConfiguration& result) {
   const int longestConnecting = 600;
   const int longestOperation = 3600;
-  std::string wrong = ReadServer(config, result.server);
+  std::string wrong = FindMisspeltAttribute(config);
+  wrong = wrong.empty() ? ReadServer(config, result.server) : wrong;
   wrong = wrong.empty() ? ReadLogin(config, result.login) : wrong;
   wrong = wrong.empty() ? ReadFilePath(config, result.file) : wrong;
   wrong = wrong.empty() ? ReadCommands(config, result) : wrong;

@@ -78,7 +78,10 @@ SshConnection::SshConnection(const SshServer& server, const Deadline& deadline)
   }
 }
 
-SshConnection::~SshConnection() = default;
+SshConnection::~SshConnection() {
+  const PipeSignalBlock block;
+  m_spare.reset();
+}
 
 void SshConnection::SetOption(int option, const void* value) {
   if (::ssh_options_set(m_session.get(), static_cast<ssh_options_e>(option), value) != SSH_OK) {
@@ -201,33 +204,58 @@ bool SshConnection::IsAlive() {
   return ::ssh_is_connected(m_session.get()) != 0;
 }
 
-SshConnection::Channel SshConnection::StartCommand(const std::string& command, const Deadline& opening,
-                                                   const Deadline& deadline) {
-  Channel channel(::ssh_channel_new(m_session.get()));
-  if (!channel) {
-    throw std::bad_alloc();
-  }
-  if (Repeat(opening, [&] { return ::ssh_channel_open_session(channel.get()); }) != SSH_OK) {
-    throw SshError(Kind::Unreachable, "the connection broke: " + LastError());
-  }
-  try {
-    if (Repeat(deadline, [&] { return ::ssh_channel_request_exec(channel.get(), command.c_str()); }) != SSH_OK) {
-      throw SshError(Kind::Unsure, "the command was not started: " + LastError());
+// A channel for one command: the spare one where that will do. A server may allow one channel at a time: it refuses the
+// spare one, or the other one because of it.
+SshConnection::Channel SshConnection::OpenChannel(bool mayBeSpare, const Deadline& opening) {
+  for (bool isSpare = mayBeSpare && m_spare != nullptr;; isSpare = false) {
+    Channel channel = isSpare ? std::move(m_spare) : Channel(::ssh_channel_new(m_session.get()));
+    if (!channel) {
+      throw std::bad_alloc();
     }
-  } catch (const SshError& error) {
-    throw SshError(Kind::Unsure, error.what());
+    if (Repeat(opening, [&] { return ::ssh_channel_open_session(channel.get()); }) == SSH_OK) {
+      return channel;
+    }
+    const bool isLast = !isSpare && m_spare == nullptr;
+    if (isLast || ::ssh_is_connected(m_session.get()) == 0) {
+      throw SshError(Kind::Unreachable, "the connection broke: " + LastError());
+    }
+    m_spare.reset();
   }
-  return channel;
+}
+
+// Asks for the channel of the next command, so that it is there when that comes, and does not wait for the answer.
+void SshConnection::OpenSpare() {
+  if (m_spare) {
+    return;
+  }
+  m_spare.reset(::ssh_channel_new(m_session.get()));
+  if (m_spare) {
+    ::ssh_channel_open_session(m_spare.get());
+  }
+}
+
+// Whether the server has started the command, as far as it has answered.
+bool SshConnection::Start(ssh_channel_struct& channel, const std::string& command) {
+  const int result = ::ssh_channel_request_exec(&channel, command.c_str());
+  if (result == SSH_ERROR) {
+    throw SshError(Kind::Unsure, "the command was not started: " + LastError());
+  }
+  return result == SSH_OK;
 }
 
 SshResult SshConnection::Run(const std::string& command, std::string_view input, std::size_t mostOutput,
-                             const Deadline& opening, const Deadline& deadline) {
+                             Repeatable repeatable, const Deadline& opening, const Deadline& deadline) {
   const PipeSignalBlock block;
-  const Channel channel = StartCommand(command, opening, deadline);
+  const bool isRepeatable = repeatable == Repeatable::Yes;
+  const Channel channel = OpenChannel(isRepeatable, opening);
+  // The input need not wait for the answer: a server that does not start the command drops it.
+  bool isStarted = Start(*channel, command);
+  OpenSpare();
   SshResult result;
   bool isInputEnded = false;
   for (;;) {
     const std::uint64_t before = m_counter->in_bytes;
+    isStarted = isStarted || Start(*channel, command);
     bool isBusy = Write(*channel, input, isInputEnded);
     isBusy = Read(*channel, false, result.output, mostOutput) || isBusy;
     isBusy = Read(*channel, true, result.errors, kMostErrors) || isBusy;
@@ -248,7 +276,7 @@ SshResult SshConnection::Run(const std::string& command, std::string_view input,
       throw SshError(Kind::Unsure, "the connection broke: " + LastError());
     }
     try {
-      Wait(deadline, before);
+      Wait(isStarted || !isRepeatable ? deadline : opening, before);
     } catch (const SshError& error) {
       throw SshError(Kind::Unsure, error.what());
     }

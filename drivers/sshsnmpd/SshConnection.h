@@ -67,8 +67,13 @@ class SshConnection {
   // Runs `command` in the user's shell with `input` as its standard input, and waits for its end. More than `mostOutput`
   // bytes of output are an error, Refused with the status of EFBIG. Until the server has opened a channel, `opening` counts,
   // then `deadline`.
-  SshResult Run(const std::string& command, std::string_view input, std::size_t mostOutput, const Deadline& opening,
-                const Deadline& deadline);
+  //
+  // For a command that may be started again where nobody knows whether it was, a channel is used that was asked for during
+  // the command before, so it begins one way to the server and back earlier; `opening` then counts until the server has
+  // started it.
+  enum class Repeatable { No, Yes };
+  SshResult Run(const std::string& command, std::string_view input, std::size_t mostOutput, Repeatable repeatable,
+                const Deadline& opening, const Deadline& deadline);
 
  private:
   struct SessionCloser {
@@ -83,7 +88,9 @@ class SshConnection {
   int Repeat(const Deadline& deadline, Step step);
   void Wait(const Deadline& deadline, std::uint64_t before);
   void SetOption(int option, const void* value);
-  Channel StartCommand(const std::string& command, const Deadline& opening, const Deadline& deadline);
+  Channel OpenChannel(bool mayBeSpare, const Deadline& opening);
+  void OpenSpare();
+  bool Start(ssh_channel_struct& channel, const std::string& command);
   bool Write(ssh_channel_struct& channel, std::string_view& input, bool& isInputEnded);
   bool Read(ssh_channel_struct& channel, bool isErrors, std::string& text, std::size_t most);
   std::string LastError() const;
@@ -92,6 +99,7 @@ class SshConnection {
   LentSocket m_lent;
   std::unique_ptr<ssh_counter_struct> m_counter;  // outlives the session, which counts in it
   std::unique_ptr<ssh_session_struct, SessionCloser> m_session;
+  Channel m_spare;  // asked for while a command runs; null before the first one
 };
 
 }  // namespace drivers

@@ -44,22 +44,28 @@ std::string SshSnmpdDevice::FilePath() const {
 }
 
 int SshSnmpdDevice::ReadFile(std::string& config) {
-  int status = IsPending() ? BringBack() : 0;
-  if (status == 0) {
+  // Reading alone does not restart a daemon: many look at a device, and few want to change it.
+  int status = IsPending() && MayInstallOnRead() ? CatchUp() : 0;
+  if (!IsPending() || status != kControllerOffLine) {
     status = m_controller->Read(config);
   }
-  if (status == 0) {
-    SetOnline(true);
-    NoteRead(config);
-    return 0;
+  if (status == kControllerOffLine) {
+    SetOnline(false);
+    status = ReadOffLine(config);
+    return status == kAcceptedForLater ? status : ReportFile("read", status);
   }
-  // A text that waits and cannot be installed yet is what the next one is made from.
-  if (status != kControllerOffLine && !IsPending()) {
+  if (status != 0) {
     return ReportFile("read", status);
   }
-  SetOnline(false);
-  status = ReadOffLine(config);
-  return status == kAcceptedForLater ? status : ReportFile("read", status);
+  // What the controller holds is what a change is made from, also while a text waits: it is what everybody else sees.
+  if (IsPending()) {
+    NoteReadWhilePending(config, m_controller->GetPath());
+  }
+  NoteRead(config);
+  if (!IsPending()) {
+    SetOnline(true);
+  }
+  return 0;
 }
 
 int SshSnmpdDevice::WriteFile(const std::string& config) {
@@ -74,33 +80,44 @@ int SshSnmpdDevice::WriteFile(const std::string& config) {
   if (!IsPending()) {
     SetOnline(true);
   }
-  return status != 0 ? ReportFile("replace", status) : RestartDaemon();
+  if (status != 0) {
+    return ReportFile("replace", status);
+  }
+  status = RestartDaemon();
+  // The file is in place, so this must not be taken for a file that is not.
+  return status == kControllerOffLine ? kOutcomeUnknown : status;
 }
 
 KeepingDeviceDriver::Replace SshSnmpdDevice::Replacer() {
   return [this](const std::string& expected, const std::string& text) { return m_controller->Replace(expected, text); };
 }
 
-// Installs the text that waits. Returns 0 when none waits any more, and the controller can be reached.
-int SshSnmpdDevice::BringBack() {
-  const int status = InstallPending(m_controller->GetPath(), Replacer());
-  if (status != 0 && status != kFileWasChanged) {
-    return status;
+// Installs the text that waits, and makes up for the restart that is due. Returns why one of them is not done, or 0.
+int SshSnmpdDevice::CatchUp() {
+  int installed = 0;
+  if (IsPending()) {
+    installed = InstallPending(m_controller->GetPath(), Replacer());
+    if (IsPending()) {
+      return installed;
+    }
+    SetOnline(true);
   }
-  SetOnline(true);
-  if (status == 0 && RestartDaemon() == 0) {
+  if (!IsRestartDue()) {
+    return 0;
+  }
+  const int status = RestartDaemon();
+  if (status == 0 && installed == 0) {
     SetIsConfigDirty(false);
   }
-  return 0;
+  return status;
 }
 
 int SshSnmpdDevice::RestartDaemon() {
-  if (m_configuration.restart.empty()) {
-    return 0;
+  const int status = m_configuration.restart.empty() ? 0 : RunCommand("restart the daemon", m_configuration.restart);
+  if (status == 0) {
+    NoteRestarted();
   }
-  const int status = RunCommand("restart the daemon", m_configuration.restart);
-  // The file is in place, so this must not be taken for a file that is not.
-  return status == kControllerOffLine ? kOutcomeUnknown : status;
+  return status;
 }
 
 int SshSnmpdDevice::RunCommand(const std::string& action, const Words& words) {
@@ -112,10 +129,9 @@ int SshSnmpdDevice::RunCommand(const std::string& action, const Words& words) {
 }
 
 int SshSnmpdDevice::StartDaemon() {
-  if (IsPending()) {
-    BringBack();
-  }
-  return RunCommand("start the daemon", m_configuration.start);
+  const int status = CatchUp();
+  // The start would leave a daemon that runs as it is.
+  return IsRestartDue() && !IsPending() ? status : RunCommand("start the daemon", m_configuration.start);
 }
 
 int SshSnmpdDevice::StopDaemon() {
@@ -124,9 +140,12 @@ int SshSnmpdDevice::StopDaemon() {
 
 int SshSnmpdDevice::Reboot() {
   if (IsPending()) {
-    BringBack();
+    CatchUp();
   }
   const int status = m_controller->RunCommand(m_configuration.reboot);
+  if (status == 0) {
+    NoteRestarted();
+  }
   // A controller that goes down does not stay to report it.
   return status == kOutcomeUnknown ? 0 : Report("reboot the controller", status);
 }
@@ -156,6 +175,7 @@ SshSnmpdDevice::Reply SshSnmpdDevice::OnGetController(const ICmdMessage&) {
   reply->SetNamedString("address", m_controller->GetAddress());
   reply->SetNamedString("online", h7::ToString(IsOnline()));
   reply->SetNamedString("pending", h7::ToString(IsPending()));
+  reply->SetNamedString("restartDue", h7::ToString(IsRestartDue()));
   return reply;
 }
 
@@ -164,13 +184,12 @@ SshSnmpdDevice::Reply SshSnmpdDevice::OnConnect(const ICmdMessage&) {
     return H7XML::CreateXmlNode("Fail", kInvalid);
   }
   int status = 0;
-  if (IsPending()) {
-    status = BringBack();
-  } else {
+  if (!IsPending()) {
     std::string unused;
     status = m_controller->Read(unused);
     SetOnline(status != kControllerOffLine);
   }
+  status = status == 0 ? CatchUp() : status;
   return H7XML::CreateXmlNode(status == 0 ? "Success" : "Fail", status == 0 ? std::string() : DescribeSshStatus(status));
 }
 

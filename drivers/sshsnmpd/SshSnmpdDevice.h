@@ -16,8 +16,10 @@ namespace drivers {
 // drivers/sshsnmpd/SshStatus.h.
 //
 // A file that somebody changed since it was copied out is never overwritten. While the controller cannot be reached, the
-// last known text is handed out, and a new one is accepted for later. Each operation tries to reach the controller, and
-// installs what waits. Settings and texts survive the host.
+// last known text is handed out, and a new one is accepted for later. Each operation tries to reach the controller. A start,
+// a reboot and Connect install what waits, and a new text takes its place; reading the file installs it only in a life that
+// does more than look. A restart that has failed stays due until the next text, start or Connect makes up for it. Settings,
+// texts and that mark survive the host.
 class SshSnmpdDevice final : public KeepingDeviceDriver {
  public:
   explicit SshSnmpdDevice(IInstanceManager& instanceManager);
@@ -42,7 +44,7 @@ class SshSnmpdDevice final : public KeepingDeviceDriver {
   std::string DescribeStatus(int status) const override;
 
   Replace Replacer();
-  int BringBack();
+  int CatchUp();
   int RestartDaemon();
   int RunCommand(const std::string& action, const Words& words);
   int ReportFile(const std::string& action, int status) const;

@@ -63,7 +63,7 @@ std::size_t OpenDescriptors() {
 
 TEST(AReplacement, TakesItsStepsInTheOrderThatKeepsAWholeFileInPlace) {
   const std::vector<std::string> expected = {"OpenFolder", "OpenLock",  "Lock",        "StatOpened", "Stat",       "Stat",
-                                             "Remove",     "CreateNew", "ChangeOwner", "Write",      "ChangeMode", "Sync",
+                                             "Stat",       "CreateNew", "ChangeOwner", "Write",      "ChangeMode", "Sync",
                                              "Close",      "Rename",    "Sync",        "Remove",     "Close",      "Close"};
   EXPECT_EQ(expected, CallsOfReplace());
 }

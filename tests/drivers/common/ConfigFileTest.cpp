@@ -253,6 +253,33 @@ TEST(ASymbolicLinkAsTemporaryFile, IsRemovedAndNotWrittenThrough) {
   EXPECT_EQ("new", folder.Read("snmpd.conf"));
 }
 
+TEST(APipeAsTemporaryFile, IsRemovedAndNobodyWaitsForIt) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(0, ::mkfifo(folder.Path(".snmpd.conf.new").c_str(), 0600));
+  EXPECT_EQ(0, ConfigFile(folder.Path()).Replace("new"));
+  EXPECT_EQ("new", folder.Read("snmpd.conf"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
+TEST(ATemporaryFileOfAnotherUser, IsReportedAndStays) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can give a file to somebody else";
+  }
+  const TemporaryFolder folder;
+  const uid_t other = 65534;
+  folder.Write("snmpd.conf", "old");
+  folder.Write(".snmpd.conf.new", "somebody else's");
+  ASSERT_EQ(0, ::chown(folder.Path(".snmpd.conf.new").c_str(), other, other));
+  EXPECT_EQ(drivers::kTemporaryOfAnotherUser, ConfigFile(folder.Path()).Replace("new"));
+  EXPECT_EQ("old", folder.Read("snmpd.conf"));
+  EXPECT_EQ("somebody else's", folder.Read(".snmpd.conf.new"));
+  // A writer gives it to the owner of the file before it is complete.
+  ASSERT_EQ(0, ::chown(folder.Path("snmpd.conf").c_str(), other, other));
+  EXPECT_EQ(0, ConfigFile(folder.Path()).Replace("new"));
+  EXPECT_EQ("new", folder.Read("snmpd.conf"));
+  EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
 TEST(AFolderOfThatName, IsRefusedBothWays) {
   const TemporaryFolder folder;
   std::filesystem::create_directory(folder.Path("snmpd.conf"));

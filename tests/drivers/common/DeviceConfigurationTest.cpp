@@ -93,6 +93,12 @@ TEST(AWrongDeviceConfiguration, IsReportedInOneLineThatSaysWhatIsAllowed) {
             WrongWith("<config folder='/d'><setting name='sysName'><value/></setting></config>"));
 }
 
+TEST(AWrongDeviceConfiguration, HasAMisspeltAttribute) {
+  EXPECT_EQ("the attribute versionvalid is unknown; versionValid is likely meant",
+            WrongWith("<config folder='/d' versionvalid='false'/>"));
+  EXPECT_EQ("the attribute Folder is unknown; folder is likely meant", WrongWith("<config Folder='/d'/>"));
+}
+
 TEST(AWrongDeviceConfiguration, IsReportedByTheFirstThingThatIsWrong) {
   EXPECT_EQ("the element a is unknown; allowed are setting and trapTarget",
             WrongWith("<config folder='/d'><a/><setting name='sysName' value='x'/><b/></config>"));

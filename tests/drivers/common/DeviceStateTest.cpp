@@ -90,12 +90,24 @@ TEST(ADeviceState, ShowsEachLineOfTheFileAsALine) {
   EXPECT_NE(std::string::npos, xml.find(">-\n\n rocommunity\tpublic\n\n-</known>")) << xml;
 }
 
+TEST(ADeviceState, HasTheMarkOfARestartOnlyWhileOneIsDue) {
+  DeviceState state;
+  EXPECT_EQ(std::string::npos, ToText(*drivers::WriteDeviceState(kKind, state)).find("restartDue"));
+  state.isRestartDue = true;
+  const auto node = drivers::WriteDeviceState(kKind, state);
+  EXPECT_EQ("true", node->GetNamedString("restartDue"));
+  DeviceState read;
+  ASSERT_EQ("", drivers::ReadDeviceState(kKind, *node, read));
+  EXPECT_TRUE(read.isRestartDue);
+}
+
 TEST(ADeviceState, OfANewDeviceComesBackToo) {
   DeviceState state;
   state.settings.trapTargets.Erase();
   DeviceState read;
   ASSERT_EQ("", drivers::ReadDeviceState(kKind, *drivers::WriteDeviceState(kKind, state), read));
   EXPECT_TRUE(read.online);
+  EXPECT_FALSE(read.isRestartDue);
   EXPECT_FALSE(read.known.has_value());
   EXPECT_FALSE(read.pending.has_value());
   EXPECT_TRUE(read.settings.trapTargets.WasErased());
@@ -111,6 +123,8 @@ TEST(ADeviceState, ThatIsDamagedSaysWhere) {
   EXPECT_EQ("it is an element LocalSnmpd of version \"2\", not LocalSnmpd of version 1",
             WrongWith("version='1'", "version='2'"));
   EXPECT_EQ("the attribute online of an element LocalSnmpd is damaged", WrongWith("online='true'", ""));
+  EXPECT_EQ("the attribute restartDue of an element LocalSnmpd is damaged",
+            WrongWith("online='true'", "online='true' restartDue='soon'"));
   EXPECT_EQ("the setting sysName is missing", WrongWith("<setting name='sysName' value='' erased='false'/>", ""));
   EXPECT_EQ("the setting managed stands twice", WrongWith("name='enabled'", "name='managed'"));
   EXPECT_EQ("the attribute value of an element setting is damaged", WrongWith("value=''", "value='%4'"));

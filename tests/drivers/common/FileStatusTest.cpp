@@ -43,6 +43,8 @@ TEST(FileStatuses, ReadInWords) {
   EXPECT_EQ("somebody else is writing to it; try again", drivers::DescribeFileStatus(-111));
   EXPECT_EQ("the new text is larger than 256 MiB and could never be read again; the old file stays",
             drivers::DescribeFileStatus(drivers::kTextTooLarge));
+  EXPECT_EQ("another user's file .snmpd.conf.new beside it is in the way; look at it, and remove it",
+            drivers::DescribeFileStatus(drivers::kTemporaryOfAnotherUser));
   EXPECT_EQ("a folder named .snmpd.conf.new beside it is in the way; remove that folder",
             drivers::DescribeFileStatus(drivers::kFolderInTheWay));
   EXPECT_EQ(".snmpd.conf.lock beside it is not a regular file, or may not be opened; remove it",

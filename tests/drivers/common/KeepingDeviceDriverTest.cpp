@@ -23,18 +23,22 @@ class KeptDevice final : public drivers::KeepingDeviceDriver {
 
   using KeepingDeviceDriver::IsOnline;
   using KeepingDeviceDriver::IsPending;
+  using KeepingDeviceDriver::IsRestartDue;
   using KeepingDeviceDriver::KnownText;
+  using KeepingDeviceDriver::NoteRestarted;
   using KeepingDeviceDriver::SetOnline;
 
   int Install() { return InstallPending("/d/snmpd.conf", Replacer()); }
 
   std::string file;
   int failing = 0;
+  bool wasDueMeanwhile = false;
   std::string wrong;
 
  private:
   Replace Replacer() {
     return [this](const std::string& expected, const std::string& text) {
+      wasDueMeanwhile = IsRestartDue();
       const int status = failing != 0 ? failing : file != expected ? drivers::kFileWasChanged : 0;
       file = status == 0 ? text : file;
       return status;
@@ -179,6 +183,45 @@ TEST_F(AKeepingDevice, FindsItsTextsAndSettingsAgainInTheNextLife) {
   m_device->file = "first";
   EXPECT_EQ(0, m_device->Install());
   EXPECT_EQ("second", m_device->file);
+}
+
+TEST_F(AKeepingDevice, HasARestartDueFromBeforeItsFileIsReplacedUntilTheDaemonWasTold) {
+  CopyOut();
+  EXPECT_FALSE(m_device->IsRestartDue());
+  EXPECT_EQ(0, CopyIn("second"));
+  EXPECT_TRUE(m_device->wasDueMeanwhile);
+  EXPECT_TRUE(m_device->IsRestartDue());
+  m_device->NoteRestarted();
+  EXPECT_FALSE(m_device->IsRestartDue());
+}
+
+TEST_F(AKeepingDevice, HasNoRestartDueWhenItsFileWasNotReplaced) {
+  CopyOut();
+  m_device->failing = -128;
+  EXPECT_EQ(-128, CopyIn("second"));
+  EXPECT_FALSE(m_device->IsRestartDue());
+  m_device->SetOnline(false);
+  EXPECT_EQ(-9, CopyIn("third"));
+  EXPECT_FALSE(m_device->IsRestartDue());
+  m_device->failing = 0;
+  EXPECT_EQ(0, m_device->Install());
+  EXPECT_TRUE(m_device->IsRestartDue());
+  m_device->failing = -128;
+  m_device->SetOnline(true);
+  EXPECT_EQ(-128, CopyIn("fourth"));
+  EXPECT_TRUE(m_device->IsRestartDue());
+}
+
+TEST_F(AKeepingDevice, HasARestartDueInItsNextLifeToo) {
+  CopyOut();
+  EXPECT_EQ(0, CopyIn("second"));
+  EXPECT_EQ(0, Begin(Keep()));
+  EXPECT_TRUE(m_device->IsRestartDue());
+  const int before = m_host.invalidations;
+  m_device->NoteRestarted();
+  EXPECT_EQ(before + 1, m_host.invalidations);
+  EXPECT_EQ(0, Begin(Keep()));
+  EXPECT_FALSE(m_device->IsRestartDue());
 }
 
 TEST_F(AKeepingDevice, ReturnsTheStateAsItIsWhileItsConfigurationIsInvalid) {

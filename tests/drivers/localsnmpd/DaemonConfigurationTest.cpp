@@ -64,6 +64,14 @@ TEST(TheDaemonsConfiguration, SaysWhatIsWrongAndWhatIsAllowed) {
   }
 }
 
+TEST(TheDaemonsConfiguration, HasNoMisspeltAttributes) {
+  const h7::auto_com<H7XML::INode> config = H7XML::CreateXmlNode("config", std::string());
+  config->SetNamedString("startdeadline", "9");
+  DaemonConfiguration read;
+  EXPECT_EQ("the attribute startdeadline is unknown; startDeadline is likely meant",
+            drivers::ReadDaemonConfiguration(*config, read));
+}
+
 TEST(TheDaemonsProgram, IsFoundOutsideOfThePathTooAndNeverBelowTheCurrentFolder) {
   const TemporaryFolder folder;
   folder.Write("snmpd", "#!/bin/sh\n");

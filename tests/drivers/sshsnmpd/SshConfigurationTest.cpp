@@ -61,6 +61,9 @@ TEST(AnSshConfiguration, SaysEverythingElseInAttributes) {
 
 TEST(AnSshConfiguration, ThatIsWrongSaysWhatIsAllowed) {
   EXPECT_EQ("", WrongBeside(""));
+  EXPECT_EQ("the attribute keyFile is unknown; key is likely meant", WrongBeside("keyFile='/k'"));
+  EXPECT_EQ("the attribute connecttimeout is unknown; connectTimeout is likely meant", WrongBeside("connecttimeout='5'"));
+  EXPECT_EQ("the attribute Host is unknown; host is likely meant", Wrong("Host='h' user='u'"));
   EXPECT_EQ("host is \"\"; give the name or the address of the controller", Wrong("user='u'"));
   EXPECT_EQ("user is \"\"; give the name of the account on the controller", Wrong("host='h' knownHosts='/k'"));
   EXPECT_EQ("host is \"-oProxy\"; give the name or the address of the controller", Wrong("host='-oProxy' user='u'"));

@@ -3,17 +3,18 @@
 #include "drivers/sshsnmpd/SshSnmpdDevice.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "drivers/common/FileStatus.h"
 #include "drivers/sshsnmpd/SshStatus.h"
 #include "tests/drivers/support/FakeHost.h"
 #include "tests/drivers/support/Processes.h"
-#include "tests/drivers/support/SshServer.h"
+#include "tests/drivers/support/ServerWithDaemon.h"
 #include "tests/drivers/support/TcpProxy.h"
 
 namespace {
@@ -35,54 +36,10 @@ std::string Escaped(const std::string& text) {
   return escaped;
 }
 
-// A server whose account has the commands that a controller has, as a script named "control", and a daemon behind them.
-struct ServerWithDaemon {
-  ServerWithDaemon() : server(WithPrograms()) {
-    programs.Write("control", "#!/bin/sh\ncd '" + Folder() + "' || exit 1\n" + kControl);
-    EXPECT_EQ(0, ::chmod(programs.Path("control").c_str(), 0755));
-  }
-
-  SshServer::Options WithPrograms() const {
-    SshServer::Options options;
-    options.path = programs.Path() + ":";
-    return options;
-  }
-  std::string Folder() const {
-    std::string quoted;
-    for (const char character : server.Files().Path()) {
-      quoted += character == '\'' ? std::string("'\\''") : std::string(1, character);
-    }
-    return quoted;
-  }
-
-  static constexpr char kControl[] =
-      "echo \"$1\" >>calls\n"
-      "stop() { [ ! -e pid ] || { kill \"$(cat pid)\"; while [ -e pid ]; do sleep 0.01; done; }; }\n"
-      "start() {\n"
-      "  [ -e pid ] || SNMP_PERSISTENT_DIR=p SNMPCONFPATH=p snmpd -LF w snmpd.log -C -c snmpd.conf -m '' -M '' -I -smux -r "
-      "\\\n"
-      "    -p \"$PWD/pid\" \"udp:127.0.0.1:$(cat port)\"\n"
-      "}\n"
-      "case $1 in\n"
-      "start) start ;;\n"
-      "stop) stop ;;\n"
-      "restart) [ ! -e pid ] || { stop; start; } ;;\n"
-      "reboot)\n"
-      "  session=$PPID\n"
-      "  [ \"$(cat \"/proc/$session/comm\")\" = sshd ] || session=$(cut -d ' ' -f 4 \"/proc/$session/stat\")\n"
-      "  kill -9 \"$session\" ;;\n"
-      "esac\n";
-
-  TemporaryFolder programs;
-  SshServer server;
-};
-
 class ADeviceBehindSsh : public testing::Test {
  protected:
   ADeviceBehindSsh() : m_proxy(m_controller.server.Port()) {
-    Write("rwcommunity public\nsysName kitchen\n");
-    m_controller.server.Files().Write("port", std::to_string(m_proxy.Port()));
-    m_controller.server.GiveFiles();
+    Write(kFirst);
     Begin();
   }
   ~ADeviceBehindSsh() override { m_driver.reset(); }
@@ -103,6 +60,14 @@ class ADeviceBehindSsh : public testing::Test {
     driver.RegisterCommands();
     return result;
   }
+  // The state after a life that has accepted a text off line; now the controller can be reached again.
+  State AfterATextThatWaits() {
+    EXPECT_EQ(kFirst, CopyOut());
+    m_proxy.Refuse(true);
+    EXPECT_EQ(-9, CopyIn(kSecond));
+    m_proxy.Refuse(false);
+    return Keep();
+  }
   State Keep() { return static_cast<IDriver&>(*m_driver).GetPersistState(0); }
   ISupportSNMP& Device() { return *static_cast<ISupportSNMP*>(m_host.Instances().Query(ISupportSNMP_IID)); }
 
@@ -111,22 +76,34 @@ class ADeviceBehindSsh : public testing::Test {
     m_controller.server.GiveFiles();
   }
   std::string File() const { return m_controller.server.Files().Read("snmpd.conf"); }
-  std::string Calls() const { return m_controller.server.Files().Read("calls"); }
+  std::string Calls() const {
+    const TemporaryFolder& files = m_controller.server.Files();
+    return files.Names().count("calls") == 0 ? "" : files.Read("calls");
+  }
   std::string CopyOut() {
     std::string text = "nothing came";
     m_status = Device().CopyFrom(kPath, text);
     return text;
   }
   int CopyIn(const std::string& text) { return Device().CopyTo(kPath, text); }
-  std::string Name() const { return SnmpGet("udp:127.0.0.1:" + std::to_string(m_proxy.Port()), "public", kSysName); }
+  std::string SnmpAddress() const { return "udp:127.0.0.1:" + std::to_string(m_controller.port.GetPort()); }
+  std::string Name() const { return SnmpGet(SnmpAddress(), "public", kSysName); }
   std::string Controller() { return m_host.Command("GetController"); }
   std::string Shown(const std::string& online, const std::string& pending) const {
-    return "<controller address=" + Address() + " online=" + online + " pending=" + pending + ">";
+    return "<controller address=" + Address() + " online=" + online + " pending=" + pending + " restartDue=false>";
+  }
+  bool IsRestartDue() { return Controller().find(" restartDue=true>") != std::string::npos; }
+  // Whether all commands of the controller fail.
+  void Break(bool isBroken) const {
+    const std::string mark = m_controller.server.Files().Path("broken");
+    isBroken ? m_controller.server.Files().Write("broken", "") : static_cast<void>(std::filesystem::remove(mark));
   }
   std::string Address() const { return "127.0.0.1:" + std::to_string(m_proxy.Port()); }
   std::string Line(const std::string& text) const { return "3: SNMP device 12: " + text; }
   std::string FilePath() const { return m_controller.server.Files().Path("snmpd.conf"); }
 
+  static constexpr char kFirst[] = "rwcommunity public\nsysName kitchen\n";
+  static constexpr char kSecond[] = "rwcommunity public\nsysName cellar\n";
   static constexpr char kCommands[] =
       "start='control start' stop='control stop' restart='control restart' reboot='control reboot'";
 
@@ -146,7 +123,7 @@ TEST_F(ADeviceBehindSsh, HasADaemonThatServesWhatIsCopiedIn) {
   EXPECT_EQ("rwcommunity public\nsysName cellar\n", File());
   EXPECT_TRUE(Eventually([this] { return Name() == "cellar"; }));
   EXPECT_EQ(0, Device().StopMasterAgent());
-  EXPECT_EQ("", Name());
+  EXPECT_FALSE(AnswersSnmp(SnmpAddress(), "public"));
   EXPECT_EQ("start\nrestart\nstop\n", Calls());
   EXPECT_EQ(1U, m_proxy.Connections());
   EXPECT_EQ(Lines(), m_host.log);
@@ -226,6 +203,77 @@ TEST_F(ADeviceBehindSsh, FindsATextThatWaitsAgainInItsNextLife) {
   EXPECT_EQ("second", File());
 }
 
+// A host that keeps no state is one of somebody who only looks.
+TEST_F(ADeviceBehindSsh, InstallsNothingForWhoOnlyLooksUntilHeStartsTheDaemon) {
+  EXPECT_EQ(0, Begin(AfterATextThatWaits()));
+  for (int look = 0; look < 2; ++look) {
+    EXPECT_EQ(kFirst, CopyOut());
+    EXPECT_EQ(0, m_status);
+  }
+  EXPECT_EQ(kFirst, File());
+  EXPECT_EQ("", Calls());
+  EXPECT_EQ(Shown("false", "true"), Controller());
+  EXPECT_EQ((Lines{Line("the text that was accepted off line waits: the next change, or start of the daemon, replaces " +
+                        FilePath())}),
+            m_host.log);
+  EXPECT_EQ(0, Device().StartMasterAgent());
+  EXPECT_EQ(kSecond, File());
+  EXPECT_EQ("restart\nstart\n", Calls());
+  EXPECT_TRUE(Eventually([this] { return Name() == "cellar"; }));
+  EXPECT_EQ(Shown("true", "false"), Controller());
+}
+
+TEST_F(ADeviceBehindSsh, InstallsATextThatWaitsWhereTheHostKeepsItsState) {
+  EXPECT_EQ(0, Begin(AfterATextThatWaits()));
+  EXPECT_NE(0, m_host.invalidations);
+  Keep();
+  EXPECT_EQ(kSecond, CopyOut());
+  EXPECT_EQ(kSecond, CopyOut());
+  EXPECT_EQ(kSecond, File());
+  EXPECT_EQ("restart\n", Calls());
+}
+
+TEST_F(ADeviceBehindSsh, PutsANewTextInThePlaceOfTheOneThatWaits) {
+  EXPECT_EQ(0, Begin(AfterATextThatWaits()));
+  EXPECT_EQ(kFirst, CopyOut());
+  EXPECT_EQ(0, CopyIn("third"));
+  EXPECT_EQ("third", File());
+  EXPECT_EQ("restart\n", Calls());
+  EXPECT_EQ(Shown("true", "false"), Controller());
+}
+
+TEST_F(ADeviceBehindSsh, NeverOverwritesWhatSomebodyChangedBeforeALook) {
+  EXPECT_EQ(0, Begin(AfterATextThatWaits()));
+  Write("by hand");
+  EXPECT_EQ("by hand", CopyOut());
+  EXPECT_EQ(0, m_status);
+  EXPECT_EQ(Line("the text that was accepted off line is dropped: somebody changed " + FilePath() +
+                 " meanwhile; the settings stay, send them again"),
+            m_host.log.back());
+  EXPECT_EQ(0, Device().StartMasterAgent());
+  EXPECT_EQ("by hand", File());
+}
+
+// The answer to the installation was lost, or its host ended.
+TEST_F(ADeviceBehindSsh, HasARestartDueWhenTheTextThatWaitsIsInTheFileAlready) {
+  EXPECT_EQ(0, Begin(AfterATextThatWaits()));
+  Write(kSecond);
+  EXPECT_EQ(kSecond, CopyOut());
+  EXPECT_EQ("", Calls());
+  EXPECT_TRUE(IsRestartDue());
+  EXPECT_EQ("<Success>", m_host.Command("Connect"));
+  EXPECT_EQ("restart\n", Calls());
+}
+
+TEST_F(ADeviceBehindSsh, WhoseFileCannotBeReadSaysSoAlsoWhileATextWaits) {
+  EXPECT_EQ(0, Begin(AfterATextThatWaits()));
+  std::filesystem::remove(FilePath());
+  std::filesystem::create_directory(FilePath());
+  CopyOut();
+  EXPECT_EQ(drivers::kFileIsNotRegular, m_status);
+  EXPECT_EQ(Shown("false", "true"), Controller());
+}
+
 TEST_F(ADeviceBehindSsh, KnowsNoTextOfAControllerThatItNeverReached) {
   m_proxy.Refuse(true);
   CopyOut();
@@ -252,6 +300,91 @@ TEST_F(ADeviceBehindSsh, AnswersWithTheRestartsStatusWhenTheNewFileIsInPlace) {
   CopyOut();
   EXPECT_EQ(drivers::kCommandFailed, CopyIn("new"));
   EXPECT_EQ("new", File());
+}
+
+TEST_F(ADeviceBehindSsh, HasARestartThatFailedDueUntilTheNextTextMakesUpForIt) {
+  CopyOut();
+  EXPECT_EQ(0, Device().StartMasterAgent());
+  EXPECT_TRUE(Eventually([this] { return Name() == "kitchen"; }));
+  Break(true);
+  EXPECT_EQ(drivers::kCommandFailed, CopyIn("rwcommunity public\nsysName cellar\n"));
+  EXPECT_TRUE(IsRestartDue());
+  Break(false);
+  EXPECT_EQ("rwcommunity public\nsysName cellar\n", CopyOut());
+  EXPECT_TRUE(IsRestartDue()) << "who only looks restarts nothing";
+  EXPECT_EQ("start\nrestart\n", Calls());
+  EXPECT_EQ("kitchen", Name());
+  EXPECT_EQ(0, CopyIn("rwcommunity public\nsysName cellar\n"));
+  EXPECT_TRUE(Eventually([this] { return Name() == "cellar"; }));
+  EXPECT_FALSE(IsRestartDue());
+}
+
+TEST_F(ADeviceBehindSsh, MakesUpForARestartWithTheNextStartAlsoInAnotherLife) {
+  CopyOut();
+  EXPECT_EQ(0, Device().StartMasterAgent());
+  EXPECT_TRUE(Eventually([this] { return Name() == "kitchen"; }));
+  Break(true);
+  EXPECT_EQ(drivers::kCommandFailed, CopyIn("rwcommunity public\nsysName cellar\n"));
+  Device().SetIsConfigDirty(true);
+  const State state = Keep();
+  EXPECT_EQ(0, Begin(state));
+  EXPECT_TRUE(IsRestartDue());
+  EXPECT_EQ(drivers::kCommandFailed, Device().StartMasterAgent());
+  EXPECT_EQ((Lines{Line("cannot restart the daemon: the command failed on the controller (status -35)")}), m_host.log);
+  EXPECT_TRUE(IsRestartDue());
+  Break(false);
+  EXPECT_EQ(0, Device().StartMasterAgent());
+  EXPECT_TRUE(Eventually([this] { return Name() == "cellar"; }));
+  EXPECT_FALSE(IsRestartDue());
+  EXPECT_EQ("start\nrestart\nrestart\nrestart\nstart\n", Calls());
+}
+
+TEST_F(ADeviceBehindSsh, MakesUpForARestartWhoseLineWasCut) {
+  EXPECT_EQ(0, Begin(State(), "restart='control restart-slowly'"));
+  CopyOut();
+  m_controller.programs.Write("control", "#!/bin/sh\ncd '" + m_controller.Folder() +
+                                             "' || exit 1\necho \"$1\" >>calls\nwhile [ -e broken ]; do sleep 0.05; done\n");
+  Break(true);
+  std::thread cutter([this] {
+    EXPECT_TRUE(Eventually([this] { return m_controller.server.Files().Names().count("calls") != 0; }));
+    m_proxy.Refuse(true);
+    Break(false);
+  });
+  EXPECT_EQ(drivers::kOutcomeUnknown, CopyIn("second"));
+  cutter.join();
+  m_proxy.Refuse(false);
+  EXPECT_TRUE(IsRestartDue());
+  EXPECT_EQ("<Success>", m_host.Command("Connect"));
+  EXPECT_FALSE(IsRestartDue());
+  EXPECT_EQ("restart-slowly\nrestart-slowly\n", Calls());
+  EXPECT_EQ("<Success>", m_host.Command("Connect"));
+  EXPECT_EQ("restart-slowly\nrestart-slowly\n", Calls());
+}
+
+TEST_F(ADeviceBehindSsh, HasTheRestartDueOfATextThatWaitedAndIsInTheFile) {
+  CopyOut();
+  m_proxy.Refuse(true);
+  EXPECT_EQ(-9, CopyIn("second"));
+  EXPECT_FALSE(IsRestartDue());
+  m_proxy.Refuse(false);
+  Break(true);
+  Device().SetIsConfigDirty(true);
+  EXPECT_EQ("second", CopyOut());
+  EXPECT_EQ(0, m_status);
+  EXPECT_TRUE(IsRestartDue());
+  EXPECT_TRUE(Device().GetIsConfigDirty());
+  EXPECT_EQ("<Fail>the command failed on the controller", m_host.Command("Connect"));
+  Break(false);
+  EXPECT_EQ("<Success>", m_host.Command("Connect"));
+  EXPECT_FALSE(IsRestartDue());
+  EXPECT_FALSE(Device().GetIsConfigDirty());
+}
+
+TEST_F(ADeviceBehindSsh, HasNoRestartDueWithoutACommandForIt) {
+  EXPECT_EQ(0, Begin(State(), ""));
+  CopyOut();
+  EXPECT_EQ(0, CopyIn("second"));
+  EXPECT_FALSE(IsRestartDue());
 }
 
 TEST_F(ADeviceBehindSsh, ShowsItsHostKeyAndTrustsItOnlyByItsFingerprint) {

@@ -48,7 +48,7 @@ void FakeHost::Log(unsigned int level, const char* line, const void*) noexcept {
 std::string ToText(const H7XML::INode& node) {
   std::string text = "<" + node.GetName();
   for (const char* const name : {"version", "name", "operation", "value", "erased", "target", "community", "port", "running",
-                                 "pid", "address", "online", "pending", "type", "fingerprint", "state"}) {
+                                 "pid", "address", "online", "pending", "restartDue", "type", "fingerprint", "state"}) {
     const std::string value = node.GetNamedString(name);
     if (!value.empty()) {
       text += " " + std::string(name) + "=" + value;

@@ -26,17 +26,22 @@ std::string OutputOf(const std::string& command, int& status) {
   return output;
 }
 
+// For who answers at last, on a busy machine, and for who does not answer.
+constexpr char kPatient[] = " -t 1 -r 29";
+constexpr char kImpatient[] = " -t 1 -r 2";
+
 // Many short tries: a datagram that was lost is not waited for.
-std::string Client(const std::string& program, const std::string& community, const std::string& address) {
+std::string Client(const std::string& program, const char* patience, const std::string& community,
+                   const std::string& address) {
   // Where it wants to keep files none can be made.
-  return "SNMPCONFPATH=/dev/null/none SNMP_PERSISTENT_DIR=/dev/null/none " + program + " -v2c -t 1 -r 2 -m '' -M '' -c '" +
-         community + "' -Oqv " + address + " ";
+  return "SNMPCONFPATH=/dev/null/none SNMP_PERSISTENT_DIR=/dev/null/none " + program + " -v2c" + patience +
+         " -m '' -M '' -c '" + community + "' -Oqv " + address + " ";
 }
 
 }  // namespace
 
-bool Eventually(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+bool Eventually(const std::function<bool()>& condition, std::chrono::seconds longest) {
+  const auto deadline = std::chrono::steady_clock::now() + longest;
   while (!condition()) {
     if (std::chrono::steady_clock::now() >= deadline) {
       return condition();
@@ -64,15 +69,21 @@ std::size_t CountChildren() {
 
 std::string SnmpGet(const std::string& address, const std::string& community, const std::string& oid) {
   int status = 0;
-  std::string output = OutputOf(Client("snmpget", community, address) + oid, status);
+  std::string output = OutputOf(Client("snmpget", kPatient, community, address) + oid, status);
   while (!output.empty() && (output.back() == '\n' || output.back() == '"')) {
     output.pop_back();
   }
   return status == 0 ? output.substr(!output.empty() && output.front() == '"' ? 1 : 0) : std::string();
 }
 
+bool AnswersSnmp(const std::string& address, const std::string& community) {
+  int status = 0;
+  OutputOf(Client("snmpget", kImpatient, community, address) + kSysName, status);
+  return status == 0;
+}
+
 bool SnmpSet(const std::string& address, const std::string& community, const std::string& oid, const std::string& value) {
   int status = 0;
-  OutputOf(Client("snmpset", community, address) + oid + " s '" + value + "'", status);
+  OutputOf(Client("snmpset", kPatient, community, address) + oid + " s '" + value + "'", status);
   return status == 0;
 }

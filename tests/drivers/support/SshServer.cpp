@@ -66,12 +66,6 @@ std::uint16_t FreePort() {
   return ntohs(address.sin_port);
 }
 
-bool Answers(std::uint16_t port) {
-  const devhost::FileDescriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const sockaddr_in address = Loopback(port);
-  return ::connect(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-}
-
 std::string MustRun(const std::string& command) {
   const ShellResult result = RunInShell(command);
   if (result.status != 0) {
@@ -102,11 +96,15 @@ unsigned int SshServer::AccountId() {
 
 SshServer::SshServer(const Options& options) {
   WriteKeys();
-  m_port = FreePort();
-  WriteConfiguration(options);
-  GiveFolder(m_files.Path());
-  GiveFiles();
-  Start();
+  // Another process may take the free port before the server does.
+  for (int attempt = 0; attempt != 5 && !m_process; ++attempt) {
+    m_port = FreePort();
+    WriteConfiguration(options);
+    GiveFolder(m_files.Path());
+    GiveFiles();
+    TryToStart();
+  }
+  ExpectStarted();
 }
 
 SshServer::~SshServer() = default;
@@ -137,6 +135,17 @@ void SshServer::GiveFiles() const {
 }
 
 void SshServer::Start() {
+  TryToStart();
+  ExpectStarted();
+}
+
+void SshServer::ExpectStarted() const {
+  if (!m_process) {
+    throw std::runtime_error("the SSH server does not start: " + m_files.Read("log"));
+  }
+}
+
+void SshServer::TryToStart() {
   devhost::ProcessImage image;
   image.program = "/usr/sbin/sshd";
   image.arguments = {"/usr/sbin/sshd", "-D", "-e", "-f", m_files.Path("config")};
@@ -150,11 +159,22 @@ void SshServer::Start() {
                        "NSS_WRAPPER_PASSWD=" + m_files.Path("passwd"), "NSS_WRAPPER_GROUP=" + m_files.Path("group")};
   const devhost::FileDescriptor log(::open(m_files.Path("log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
   image.output = log.Get();
+  const std::size_t before = m_files.Read("log").size();
   m_process = std::make_unique<devhost::KeptProcess>(image);
-  if (!Eventually([this] { return Answers(m_port) || m_process->WaitForEnd(std::chrono::milliseconds(0)); }) ||
-      m_process->WaitForEnd(std::chrono::milliseconds(0))) {
-    throw std::runtime_error("the SSH server does not start: " + m_files.Read("log"));
+  // It says so itself: another process may answer at the port.
+  const auto listens = [&] { return m_files.Read("log").find("Server listening on ", before) != std::string::npos; };
+  if (!Eventually([&] { return listens() || m_process->WaitForEnd(std::chrono::milliseconds(0)); }) || !listens()) {
+    m_process.reset();
   }
+}
+
+std::size_t SshServer::Logins() const {
+  const std::string log = m_files.Read("log");
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = log.find("Accepted publickey for ", at)) != std::string::npos; ++at) {
+    ++count;
+  }
+  return count;
 }
 
 void SshServer::Stop() {

@@ -1,6 +1,7 @@
 #ifndef TESTS_DRIVERS_SUPPORT_SSH_SERVER_H
 #define TESTS_DRIVERS_SUPPORT_SSH_SERVER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -35,6 +36,9 @@ class SshServer {
   // Writes a known-hosts file that knows this server under `port`, or one that knows another key there.
   std::string KnownHosts(std::uint16_t port, bool isRight = true) const;
 
+  // How often somebody has logged in, by the server's own log.
+  std::size_t Logins() const;
+
   // A folder of the account's, for its file; removed with the server.
   const TemporaryFolder& Files() const { return m_account; }
   // Makes the account the owner of everything there.
@@ -51,6 +55,9 @@ class SshServer {
  private:
   void WriteKeys() const;
   void WriteConfiguration(const Options& options) const;
+  // Leaves no process when the server does not start.
+  void TryToStart();
+  void ExpectStarted() const;
 
   TemporaryFolder m_files;
   TemporaryFolder m_account;
