@@ -17,7 +17,9 @@ namespace {
 CheckResult Check(const std::string& path, const std::string& text, const CheckMeans& means, Report& report) {
   CheckResult result;
   Circumstances circumstances = means.circumstances;
-  circumstances.path = path.empty() ? "" : std::filesystem::absolute(path).string();
+  if (!path.empty()) {
+    circumstances.path = std::filesystem::absolute(path).string();
+  }
   DaemonText forDaemon;
   result.unjudged = JudgeText(text, report, circumstances, means.askDaemon ? &forDaemon : nullptr);
   result.daemonError = means.askDaemon ? AskDaemon(forDaemon, report) : "";

@@ -26,7 +26,8 @@ struct CheckResult {
 // Checks the file and, when it is a regular file, who may read and change it. Throws FileError when it cannot be read.
 CheckResult CheckFile(const std::string& path, const CheckMeans& means);
 
-// Checks a text that has no file; `name` is for findings and messages.
+// Checks a text that is not read from a file; `name` is for findings and messages. The circumstances may say where it is, or
+// will be.
 CheckResult CheckText(const std::string& text, const std::string& name, const CheckMeans& means);
 
 }  // namespace devhost

@@ -54,9 +54,10 @@ void JudgeMissing(const XmlElement& settings, const std::set<std::string>* held,
     }
   }
   if (!missing.empty()) {
-    report.Begin(kSettingMissingRule, Severity::Warning, settings.line);
+    // Left out on purpose looks the same as left out by mistake. Whoever gives a setting up can say so by an empty element.
+    report.Begin(kSettingMissingRule, Severity::Error, settings.line);
     report.Add("the element is the whole state of the device, and these settings are missing: " + missing,
-               "add each setting that the device is to keep");
+               "add each setting: its value to keep it, empty (a switch: false) to give it up");
   }
 }
 

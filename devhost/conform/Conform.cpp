@@ -8,9 +8,9 @@
 #include <set>
 
 #include "devhost/conform/CheckProcess.h"
-#include "devhost/conform/PrivateFolder.h"
 #include "devhost/conform/Trial.h"
 #include "devhost/secrets/Masker.h"
+#include "devhost/system/PrivateFolder.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {

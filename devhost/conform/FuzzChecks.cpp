@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <iterator>
@@ -19,7 +20,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kSteps = 40;
-constexpr std::chrono::seconds kShrinking(10);  // and one session more
+// At least, and one session more: whoever gives sessions more time has a slow machine, or the patience.
+constexpr std::chrono::milliseconds kShrinking = std::chrono::seconds(10);
 constexpr char kFinding[] = "finding";
 
 // One thing that the tool does.
@@ -159,7 +161,7 @@ void PlaysRandomSessions(Trial& trial) {
     const Steps steps = RandomSteps(trial);
     const std::string problem = Play(trial, steps);
     if (!problem.empty()) {
-      const Steps few = Shrunk(trial, steps, Clock::now() + kShrinking);
+      const Steps few = Shrunk(trial, steps, Clock::now() + std::max(kShrinking, trial.sessionTime));
       trial.script = ScriptOf(few);
       const std::string last = Play(trial, few);
       throw Violation((last.empty() ? problem : last) + ", after " + Counted(few.size(), "step"));

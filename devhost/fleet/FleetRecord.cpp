@@ -44,7 +44,9 @@ FleetRecord::FleetRecord(const std::string& path, bool resumes)
                     0600)) {
   if (!m_file.IsOpen()) {
     Fail(path, errno == EEXIST ? "it is there, so an earlier run has not come to its end; allowed: --resume, or another file"
-               : errno == ENOENT ? "it is not there; allowed with --resume: the record of a run that has not come to its end"
+               : errno == ENOENT && resumes
+                   ? "it is not there; allowed with --resume: the record of a run that has not come to its end"
+               : errno == ENOENT ? "its folder is not there; allowed: a file in a folder that exists"
                                  : Reason(errno));
   }
   Lock();

@@ -130,7 +130,9 @@ class InventoryFile {
     device.name = driver.name;
     device.id = driver.id;
     device.line = element.line;
-    const auto [first, isNew] = m_lines.emplace(std::pair(device.project, device.id), element.line);
+    // A project has other names through symbolic links, and nobody works on a device twice at once.
+    const std::string project = std::filesystem::canonical(device.project).string();
+    const auto [first, isNew] = m_lines.emplace(std::pair(project, device.id), element.line);
     if (!isNew) {
       Refuse(element, device.name + " of " + device.project + " stands in line " + std::to_string(first->second) +
                           " already; allowed: each device once");
@@ -141,7 +143,7 @@ class InventoryFile {
   const std::string m_path;
   const std::string m_moduleFolder;
   std::vector<FleetDevice> m_devices;
-  std::map<std::pair<std::string, unsigned long>, std::size_t> m_lines;
+  std::map<std::pair<std::string, unsigned long>, std::size_t> m_lines;  // by the project's one path, and the id
 };
 
 }  // namespace

@@ -1,17 +1,13 @@
 #include "devhost/operations/Apply.h"
 
+#include <algorithm>
 #include <exception>
-#include <filesystem>
 #include <optional>
-#include <system_error>
 #include <utility>
 
-#include "devhost/check/Advice.h"
-#include "devhost/engine/Host.h"
-#include "devhost/operations/Overridden.h"
+#include "devhost/operations/History.h"
 #include "devhost/operations/RestartCommand.h"
 #include "devhost/preview/FileDifference.h"
-#include "devhost/preview/Preview.h"
 #include "devhost/secrets/Masker.h"
 #include "devhost/state/StateFolder.h"
 
@@ -19,136 +15,8 @@ namespace devhost {
 
 namespace {
 
-using Kind = Occurrence::Kind;
-
-// What the drivers say while a change is made.
-struct Listener : HostObserver {
-  void OnOccurrence(const Occurrence& occurrence) override {
-    const bool isProblem = occurrence.kind == Kind::Failure || occurrence.kind == Kind::Manners ||
-                           occurrence.kind == Kind::StateProblem || occurrence.kind == Kind::Status;
-    if (isProblem || occurrence.kind == Kind::Log) {
-      const std::string driver = DriverOf(occurrence);
-      lines.push_back((driver.empty() ? "" : driver + ": ") + TextOf(occurrence));
-    }
-    losesState = losesState || occurrence.kind == Kind::StateProblem;
-  }
-
-  bool losesState = false;
-  std::vector<std::string> lines;
-};
-
-// The state of one device. Others are neither handed theirs nor asked for a new one: the agent has not heard of the
-// project's variables here, and would keep none of their flags.
-class StateOfOne : public StateStore {
- public:
-  StateOfOne(StateStore& states, unsigned long deviceId) : m_states(states), m_deviceId(deviceId) {}
-
-  h7::auto_com<H7XML::INode> Load(unsigned long driverId) override {
-    return driverId == m_deviceId ? m_states.Load(driverId) : h7::auto_com<H7XML::INode>();
-  }
-  void Save(unsigned long driverId, const std::string& xml) override {
-    if (driverId == m_deviceId) {
-      m_states.Save(driverId, xml);
-    }
-  }
-
- private:
-  StateStore& m_states;
-  const unsigned long m_deviceId;
-};
-
-PreviewInput InputOf(const Change& change) {
-  const Target& target = change.target;
-  PreviewInput input;
-  input.agent = target.chosen.agent;
-  input.device = target.chosen.device;
-  input.settings = change.settings;
-  input.showSecrets = target.showSecrets;
-  input.listsFirst = true;
-  input.file = FileNameOf(target);
-  input.edit = change.edit;
-  std::error_code ignored;
-  if (!target.stateFolder.empty() && std::filesystem::exists(target.stateFolder, ignored)) {
-    input.state = LookIntoStateFolder(target.stateFolder, input.device.id);
-  }
-  return input;
-}
-
-// Why the findings stop a change, or "".
-std::string WhyStopped(const Change& change, const std::vector<Finding>& findings) {
-  std::set<std::string> rules;
-  for (const Finding& finding : findings) {
-    if (finding.severity == Severity::Error && change.accepted.count(finding.rule) == 0) {
-      rules.insert(finding.rule);
-    }
-  }
-  std::string names;
-  for (const std::string& rule : rules) {
-    names += (names.empty() ? "" : ", ") + rule;
-  }
-  return names.empty() ? "" : "the change is not made because of " + names + ": remove the cause, or accept the rule";
-}
-
-// Adds what the file will have besides the section that wins over it, or adds to it. The change is not wrong because of
-// that, so none of it stops the change.
-void AddOverridden(bool showSecrets, Plan& plan) {
-  const std::string file = plan.difference.empty() ? plan.file : plan.file + " after SetDeviceState";
-  for (Finding& finding : OverridingLines(plan.after.file, file, showSecrets)) {
-    finding.severity = Severity::Warning;
-    plan.findings.push_back(std::move(finding));
-  }
-}
-
-// Judges the settings, and what the file would lose. Returns why that stops the change, or "".
-std::string Judge(const Change& change, const PreviewResult& preview, Plan& plan) {
-  const std::set<std::string> held = HeldSettings(plan.before.settings);
-  const bool showSecrets = change.target.showSecrets;
-  plan.findings = Advise(change.settings.text, change.settings.name, showSecrets, &held);
-  plan.findings.insert(plan.findings.end(), preview.losses.begin(), preview.losses.end());
-  const std::string reason = WhyStopped(change, plan.findings);
-  AddOverridden(showSecrets, plan);
-  return reason;
-}
-
-// Compares what the device answers now with what it would answer then.
-void Compare(const Change& change, const PreviewInput& input, const PreviewResult& preview, Plan& plan) {
-  Masker masker(input.showSecrets);
-  LearnSecrets(input, preview.before, masker);
-  plan.before = {preview.before.file, EffectiveSettings(input.agent, input.device, preview.before)};
-  plan.after = {preview.after.file, SettingsElement(preview.after, input.device.id)};
-  plan.settings = CompareSettings(plan.before.settings, plan.after.settings, masker);
-  const std::string reason = Judge(change, preview, plan);
-  const bool settingsCount = !change.target.stateFolder.empty() && !plan.settings.empty();
-  const bool changes = preview.verdict == PreviewResult::Verdict::Changed || settingsCount;
-  if (!changes) {
-    plan.settings.clear();
-  }
-  if (!reason.empty()) {
-    plan.messages.push_back(reason);
-  } else {
-    plan.verdict = changes ? Plan::Verdict::Change : Plan::Verdict::Nothing;
-  }
-}
-
 bool AreSame(const DeviceCopy& one, const DeviceCopy& other) {
   return one.settings == other.settings && IsSameFile(one.file, other.file);
-}
-
-// Lets the agent change the device. Returns why it did not, or "".
-std::string LetAgentChange(const Change& change, StateStore* states, Listener& listener) {
-  const ChosenDevice& chosen = change.target.chosen;
-  try {
-    Host host(listener, states);
-    host.EditCopies(change.edit);
-    host.Load(chosen.agent);
-    host.Load(chosen.device);
-    host.Command(chosen.agent.id, "GetDeviceList", {});
-    const std::string reply = host.Command(chosen.agent.id, "SetDeviceState", {{"xml", change.settings.text}});
-    host.Stop();
-    return reply == "<Success/>" ? "" : "SetDeviceState answered " + reply;
-  } catch (const HostError& error) {
-    return error.what();
-  }
 }
 
 // Says what the drivers said, and what else is of interest, with the secrets of the change masked.
@@ -160,7 +28,10 @@ void Say(const Change& change, const Plan& plan, const std::vector<std::string>&
   masker.Config(plan.before.file);
   masker.Config(plan.after.file);
   for (const std::string& line : lines) {
-    applied.messages.push_back(masker.Text(line, WrittenBy::Others));
+    std::string text = masker.Text(line, WrittenBy::Others);
+    if (std::find(applied.messages.begin(), applied.messages.end(), text) == applied.messages.end()) {
+      applied.messages.push_back(std::move(text));
+    }
   }
 }
 
@@ -172,10 +43,104 @@ std::string NamesOf(const std::vector<SettingChange>& changes) {
   return names;
 }
 
-// Looks at the device once more, and keeps in the snapshot what is there now. Returns whether the change is in the file.
-bool LookAgain(const Change& change, SnapshotFolder& snapshots, Applied& applied) {
+std::string WasChanged(const Change& change) {
+  return change.target.chosen.device.name + " was changed since the plan was made; look at it again";
+}
+
+// Whether a change is to be made or a restart is due, as the plan says; else why not is in `applied`.
+bool IsAsPlanned(const Change& change, const Plan& plan, const Plan& again, Applied& applied) {
+  const std::string& device = change.target.chosen.device.name;
+  if (again.verdict == Plan::Verdict::Stop) {
+    applied.messages = again.messages;
+  } else if (plan.isReachable && !again.isReachable) {
+    applied.messages = {device + " could be reached when the plan was made, and cannot be now; look at it again"};
+  } else if (!AreSame(again.before, plan.before) || !AreSame(again.after, plan.after)) {
+    applied.messages = {WasChanged(change)};
+  } else if (again.verdict == Plan::Verdict::Nothing && again.restartDue == 0 && !again.isDueAgain) {
+    applied.messages = {"there is nothing to change on " + device};
+  } else {
+    return true;
+  }
+  return false;
+}
+
+std::vector<std::string> LinesOf(const DeviceLife& life) {
+  std::vector<std::string> lines;
+  for (const DeviceLife::Heard& heard : life.GetHeard()) {
+    lines.push_back(heard.line);
+  }
+  return lines;
+}
+
+// Plans the change once more and lets the agent in, where it is to be made. The file is not read for that when the life has
+// read it for the plan: the agent reads it anyway before it sets anything, and when that is another text, the change is
+// planned from the beginning. Returns whether all is as planned; else why not is in `applied`.
+bool PlanAgain(const Change& change, const Plan& plan, DeviceLife& life, Plan& again, Applied& applied) {
+  const DeviceLife::File file{0, plan.before.file};
+  bool hasRead = plan.verdict == Plan::Verdict::Change && plan.isReachable && life.HasBegunWith(StateOf(change.target));
+  for (;; hasRead = false) {
+    again = PlanChange(change, life, hasRead ? &file : nullptr);
+    if (!IsAsPlanned(change, plan, again, applied)) {
+      return false;
+    }
+    try {
+      using Read = DeviceLife::AgentRead;
+      const Read read = again.restartDue != 0 ? Read::Expected : life.LetAgentIn(again.before.file, change.edit);
+      if (read == Read::Expected || (read == Read::Nothing && !hasRead)) {
+        return true;
+      }
+      if (!hasRead) {
+        applied.messages = {WasChanged(change)};
+        return false;
+      }
+    } catch (const HostError& error) {
+      std::vector<std::string> lines = LinesOf(life);
+      lines.emplace_back(error.what());
+      Say(change, again, lines, applied);
+      return false;
+    }
+  }
+}
+
+// What has become of a change that was left to the agent.
+struct Made {
+  bool isKept = false;             // the agent has made it, and the state is kept
+  std::vector<std::string> lines;  // what drivers said, and what went wrong
+  std::optional<DeviceLife::File> file;
+};
+
+// Lets the agent, which is in, change the device, and ends the device's life.
+Made Make(const Change& change, StateStore* states, DeviceLife& life) {
+  Made made;
+  std::string problem;
   try {
-    const Plan found = PlanChange(change);
+    const std::string reply = life.SetDeviceState(change.settings.text, states);
+    if (reply == "<Success/>") {
+      made.file = life.LookAtFile();
+    } else {
+      problem = "SetDeviceState answered " + reply;
+    }
+    life.End();
+  } catch (const HostError& error) {
+    problem = error.what();
+  }
+  made.isKept = problem.empty();
+  for (const DeviceLife::Heard& heard : life.GetHeard()) {
+    made.isKept = made.isKept && heard.kind != Occurrence::Kind::StateProblem;
+    made.lines.push_back(heard.line);
+  }
+  if (!problem.empty()) {
+    made.lines.push_back(problem);
+  }
+  return made;
+}
+
+// Looks at the device once more, and keeps in the snapshot what is there now. `file` is what the file of the device is now,
+// where that is known. Returns whether the change is in the file.
+bool LookAgain(const Change& change, const std::optional<DeviceLife::File>& file, DeviceLife& life,
+               SnapshotFolder& snapshots, Applied& applied) {
+  try {
+    const Plan found = PlanChange(change, life, file && !life.LearnsFromFile() ? &*file : nullptr);
     if (found.verdict == Plan::Verdict::Stop || !found.difference.empty()) {
       applied.messages.insert(applied.messages.end(), found.messages.begin(), found.messages.end());
       applied.messages.push_back("the " + found.file + " is not as it was planned: the same change would change it again");
@@ -184,6 +149,7 @@ bool LookAgain(const Change& change, SnapshotFolder& snapshots, Applied& applied
     if (!found.settings.empty()) {
       applied.messages.push_back("the driver does not keep these settings after its end: " + NamesOf(found.settings));
     }
+    applied.now = found.before;
     try {
       snapshots.Finish(applied.snapshot, found.before);
       applied.verdict = found.isReachable ? Applied::Verdict::Done : Applied::Verdict::Waits;
@@ -194,6 +160,36 @@ bool LookAgain(const Change& change, SnapshotFolder& snapshots, Applied& applied
   } catch (const std::exception& error) {
     applied.messages.push_back(std::string("what is there now is not known: ") + error.what());
     return false;
+  }
+}
+
+// What an earlier change has left to be done: the snapshots that say so, or 0.
+struct Due {
+  explicit Due(const Target& target)
+      : restart(RestartDue(target.snapshotFolder, target.chosen.device.id)),
+        end(UnfinishedSnapshot(target.snapshotFolder, target.chosen.device.id)) {}
+
+  const unsigned long restart;
+  const unsigned long end;
+};
+
+// Looks at the device after a change that has failed. One that the driver has refused, and that has changed nothing, leaves
+// nothing to be made up for but what was due before it.
+void ForgetRefused(const Change& change, const Plan& plan, const Due& before, DeviceLife& life, SnapshotFolder& snapshots,
+                   Applied& applied) {
+  try {
+    const DeviceLook look = LookAtDevice(change.target, life);
+    if (!look.isReachable || look.now.file != plan.before.file || look.now.settings != plan.before.settings) {
+      return;
+    }
+    if (before.restart == 0) {
+      snapshots.EndRestart(applied.snapshot);
+    }
+    if (before.end == 0) {
+      snapshots.NoteUnchanged(applied.snapshot);
+    }
+  } catch (const std::exception& error) {
+    applied.messages.push_back(std::string("what is there now is not known: ") + error.what());
   }
 }
 
@@ -212,85 +208,75 @@ bool Restart(const Change& change, const Plan& plan, unsigned long number, Snaps
   return true;
 }
 
+std::string NotTold(unsigned long number) {
+  return "the daemon has not been told of the change of snapshot " + std::to_string(number) +
+         ": its restart command has not succeeded; give one again";
+}
+
 // Does what is left of an earlier change.
 void RestartLate(const Change& change, const Plan& plan, SnapshotFolder& snapshots, Applied& applied) {
-  const std::string of = " of the change of snapshot " + std::to_string(plan.restartDue);
   applied.verdict = Applied::Verdict::NotRestarted;
   if (change.restartCommand.empty()) {
-    applied.messages = {"the daemon has not been told" + of + ": its restart command has not succeeded; give one again"};
+    applied.messages = {NotTold(plan.restartDue)};
   } else if (Restart(change, plan, plan.restartDue, snapshots, applied)) {
     applied.verdict = Applied::Verdict::Restarted;
-    applied.messages.push_back("the restart" + of + " was due, and the restart command was run now");
+    applied.now = plan.before;
+    applied.messages.push_back("the restart of the change of snapshot " + std::to_string(plan.restartDue) +
+                               " was due, and the restart command was run now");
+  }
+}
+
+// Makes the change, which is as planned, and has the daemon read its file.
+void Carry(const Change& change, const Plan& plan, std::int64_t time, StateStore* states, DeviceLife& life,
+           SnapshotFolder& snapshots, Applied& applied) {
+  const bool restarts = !change.restartCommand.empty();
+  const Due due(change.target);
+  // What was there before the first attempt is what an undo is to put back.
+  applied.snapshot = plan.isDueAgain ? due.end : 0;
+  if (applied.snapshot == 0) {
+    applied.snapshot = snapshots.Begin(change.operation, change.target.chosen.device.name, plan.before, time, restarts);
+  }
+  applied.verdict = Applied::Verdict::Failed;
+  const Made made = Make(change, states, life);
+  Say(change, plan, made.lines, applied);
+  if (!made.isKept) {
+    ForgetRefused(change, plan, due, life, snapshots, applied);
+  } else if (!LookAgain(change, made.file, life, snapshots, applied)) {
+    return;
+  } else if (!restarts && due.restart != 0) {
+    applied.messages.push_back(NotTold(due.restart));
+    applied.verdict = applied.verdict == Applied::Verdict::Done ? Applied::Verdict::NotRestarted : applied.verdict;
+  } else if (restarts && !Restart(change, plan, applied.snapshot, snapshots, applied) &&
+             applied.verdict == Applied::Verdict::Done) {
+    applied.verdict = Applied::Verdict::NotRestarted;
   }
 }
 
 }  // namespace
 
-std::string FileNameOf(const Target& target) {
-  return target.file.empty() ? "snmpd.conf of " + target.chosen.device.name : target.file;
-}
-
-Plan PlanChange(const Change& change) {
-  Plan plan;
-  const PreviewInput input = InputOf(change);
-  const PreviewResult preview = PreviewChange(input);
-  plan.file = preview.file;
-  plan.difference = preview.difference;
-  plan.messages = preview.messages;
-  plan.isReachable = preview.before.copyStatus != kCannotBeReached;
-  if (preview.verdict == PreviewResult::Verdict::Unchanged || preview.verdict == PreviewResult::Verdict::Changed) {
-    Compare(change, input, preview, plan);
-  } else {
-    Judge(change, preview, plan);
-  }
-  if (plan.verdict == Plan::Verdict::Nothing && plan.isReachable) {
-    plan.restartDue = RestartDue(change.target.snapshotFolder, change.target.chosen.device.id);
-  }
-  return plan;
-}
-
 Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time) {
+  DeviceLife life(change.target.chosen.agent, change.target.chosen.device);
+  return ApplyChange(change, plan, time, life);
+}
+
+Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time, DeviceLife& life) {
   Applied applied;
   const DriverEntry& device = change.target.chosen.device;
   SnapshotFolder snapshots(change.target.snapshotFolder, device.id);
-  std::optional<StateFolder> folder;
-  std::optional<StateOfOne> states;
+  std::optional<StateFolder> states;
   if (!change.target.stateFolder.empty()) {
-    folder.emplace(change.target.stateFolder);
-    states.emplace(*folder, device.id);
+    states.emplace(change.target.stateFolder);
   }
   // Both folders are locked now, so this is the state in which the device is changed.
-  const Plan again = PlanChange(change);
-  if (again.verdict == Plan::Verdict::Stop) {
-    applied.messages = again.messages;
-    return applied;
-  }
-  if (!AreSame(again.before, plan.before) || !AreSame(again.after, plan.after)) {
-    applied.messages = {device.name + " was changed since the plan was made; look at it again"};
+  Plan again;
+  if (!PlanAgain(change, plan, life, again, applied)) {
     return applied;
   }
   if (again.restartDue != 0) {
     RestartLate(change, again, snapshots, applied);
     return applied;
   }
-  if (again.verdict == Plan::Verdict::Nothing) {
-    applied.messages = {"there is nothing to change on " + device.name};
-    return applied;
-  }
-  const bool restarts = !change.restartCommand.empty();
-  applied.snapshot = snapshots.Begin(change.operation, device.name, again.before, time, restarts);
-  applied.verdict = Applied::Verdict::Failed;
-  Listener listener;
-  const std::string problem = LetAgentChange(change, states ? &*states : nullptr, listener);
-  if (!problem.empty()) {
-    listener.lines.push_back(problem);
-  }
-  Say(change, again, listener.lines, applied);
-  const bool isInFile = problem.empty() && !listener.losesState && LookAgain(change, snapshots, applied);
-  if (isInFile && restarts && !Restart(change, again, applied.snapshot, snapshots, applied) &&
-      applied.verdict == Applied::Verdict::Done) {
-    applied.verdict = Applied::Verdict::NotRestarted;
-  }
+  Carry(change, again, time, states ? &*states : nullptr, life, snapshots, applied);
   return applied;
 }
 

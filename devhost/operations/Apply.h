@@ -2,75 +2,12 @@
 #define DEVHOST_OPERATIONS_APPLY_H
 
 #include <cstdint>
-#include <functional>
-#include <set>
 #include <string>
 #include <vector>
 
-#include "devhost/check/Finding.h"
-#include "devhost/operations/DeviceSettings.h"
-#include "devhost/operations/Snapshots.h"
-#include "devhost/project/ChosenDevice.h"
-#include "devhost/system/FileText.h"
+#include "devhost/operations/Plan.h"
 
 namespace devhost {
-
-// A device, and where what is kept about it lies.
-struct Target {
-  ChosenDevice chosen;
-  std::string file = {};       // what messages call the snmpd.conf; "" for "snmpd.conf of NAME"
-  std::string stateFolder;     // of the drivers' states; "" when none are kept
-  std::string snapshotFolder;  // made when it is missing
-  bool showSecrets = false;
-};
-
-// Settings that a device is to have.
-struct Change {
-  Target target;
-  NamedText settings;              // the device settings element
-  std::set<std::string> accepted;  // rules whose errors do not stop the change
-  std::string operation = "apply";
-  std::vector<std::string> restartCommand = {};  // run when the change is in the file; none to run nothing
-  // Changes text of others below the section in the same step, unless it is empty. Doing it twice is doing it once.
-  std::function<void(std::string&)> edit = nullptr;
-};
-
-// What messages call the snmpd.conf of a target.
-std::string FileNameOf(const Target& target);
-
-// What a change would do. A plan changes nothing, and may be kept for as long as somebody looks at it. What is there to be
-// shown is masked, unless secrets are to be shown.
-struct Plan {
-  enum class Verdict {
-    Nothing,  // the device is as the settings say
-    Change,   // it would change
-    Stop      // the change must not be made, or nobody can tell what it would do
-  };
-
-  Verdict verdict = Verdict::Stop;
-  std::string file;                     // what the difference and the findings call the snmpd.conf
-  std::string difference;               // of the file, as a unified diff; "" when it would stay as it is
-  std::vector<SettingChange> settings;  // those that would change
-  // What surprises in the settings and what the file would lose; then, as warnings, the lines of the file that will win over
-  // the new section. Those are named by the file as it will be.
-  std::vector<Finding> findings;
-  std::vector<std::string> messages;  // what else there is to say, a line each; the last one is why it stops
-  bool isReachable = true;            // false: the device gave what it last knew, and keeps what it gets for later
-  // With the verdict Nothing: the snapshot of a change that the daemon has not been told of, because its restart command was
-  // not run or has failed; 0 when there is none.
-  unsigned long restartDue = 0;
-  DeviceCopy before;  // with secrets, as the next
-  DeviceCopy after;   // valid unless nobody can tell
-};
-
-// Judges the settings by the rules of "devhost advise" and previews the change. An error of a rule that is not accepted
-// stops it, even where there is nothing to change, and so does a loss of text.
-//
-// With a state folder, a setting that only the device keeps counts as a change; without one, nothing but the file does,
-// since such a setting would end with the driver.
-//
-// Throws PreviewError and XmlError for wrong settings, StateError, FileError and ProgramError.
-Plan PlanChange(const Change& change);
 
 // What has become of a change.
 struct Applied {
@@ -86,16 +23,21 @@ struct Applied {
   Verdict verdict = Verdict::Stopped;
   unsigned long snapshot = 0;         // its number; 0 when none was kept
   std::vector<std::string> messages;  // what drivers said and what went wrong, a line each; secrets are masked
+  DeviceCopy now;                     // with Done and Restarted: the device after it, with secrets
 };
 
-// Makes a change that was planned: keeps a snapshot, has the agent of the project do "SetDeviceState" with the device's own
-// driver, keeps the device's state, and looks at the device again. Stops before anything is changed when device or file are
-// not as the plan has found them. The restart command runs at the end, unless the change waits; until it has succeeded, the
-// snapshot has a mark. Where nothing is to be changed and the plan says that a restart is due, only that is done. `time` is
-// now, in seconds since 1970.
+// Makes a change that was planned: keeps a snapshot (or goes on with that of a change that is due again), has the agent of
+// the project do "SetDeviceState" with the device's own driver, keeps the device's state, and looks at the device again.
+// Stops before anything is changed when device or file are not as the plan has found them: the settings are asked for and
+// judged again when the folders are locked, and the file is compared when the agent reads it, before it sets anything. The
+// restart command runs at the end, unless the change waits; until it has succeeded, the snapshot has a mark. Where nothing
+// is to be changed and the plan says that a restart is due, only that is done. `time` is now, in seconds since 1970.
 //
 // Throws what PlanChange throws, SnapshotError and StateError, all before anything is changed.
 Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time);
+// The same in the life in which the change was planned. For the last look the driver is loaded anew, to see what it keeps,
+// but its file is read by the one that has written it, unless the driver learns its settings from there.
+Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time, DeviceLife& life);
 
 }  // namespace devhost
 

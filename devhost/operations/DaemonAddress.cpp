@@ -22,7 +22,9 @@ bool IsLoopback(const std::string& host) {
 // Where the daemon of a file listens.
 struct Listening {
   std::string port = kSnmpPort;
+  std::optional<UdpAddress> first;
   std::size_t loopbackLine = 0;  // of the line that has it listen on its own machine alone; 0 when there is none
+  std::string loopbackPort;      // of the first one
   bool isOpen = false;           // a line lets others ask, too
 };
 
@@ -35,7 +37,9 @@ void Take(std::string_view word, std::size_t line, Listening& listening) {
   if (!address) {
     return;
   }
+  listening.first = listening.first ? listening.first : address;
   if (IsLoopback(address->host)) {
+    listening.loopbackPort = listening.loopbackLine == 0 ? address->port : listening.loopbackPort;
     listening.loopbackLine = line;
   } else if (!listening.isOpen) {
     listening.isOpen = true;
@@ -61,12 +65,16 @@ Listening ListeningOf(const std::string& file) {
 
 DaemonAddress AddressOnHost(const std::string& host, const std::string& file) {
   const Listening listening = ListeningOf(file);
+  const bool isLocalOnly = !listening.isOpen && listening.loopbackLine != 0;
   DaemonAddress result;
   const bool needsBrackets = host.find(':') != std::string::npos && host.front() != '[';
-  result.udp = ReadUdpAddress(needsBrackets ? "[" + host + "]" : host, listening.port);
-  if (!listening.isOpen && listening.loopbackLine != 0 && !IsLoopback(host)) {
+  result.udp =
+      ReadUdpAddress(needsBrackets ? "[" + host + "]" : host, isLocalOnly ? listening.loopbackPort : listening.port);
+  if (isLocalOnly && !IsLoopback(host)) {
+    result.isOutOfReach = true;
     result.remark = "line " + std::to_string(listening.loopbackLine) +
-                    " of its file has the daemon listen on its own machine alone (agentaddress)";
+                    " of its file has the daemon listen on its own machine alone (agentaddress), where it cannot be asked "
+                    "from here";
   }
   return result;
 }
@@ -83,14 +91,27 @@ DaemonAddress FindDaemonAddress(const DriverEntry& device, const std::string& fi
     result.hasOwnAgentX = true;
     result.udp = port == nullptr ? std::nullopt : ReadUdpAddress("127.0.0.1", *port);
     if (!result.udp) {
-      result.remark = "the daemon of " + device.name +
-                      " gets another port each time; give one with port=\"...\" in the project, or --address HOST:PORT";
+      result.remark =
+          "the daemon of " + device.name + " gets another port each time; give one with port=\"...\" in the project";
     }
   } else if (host != nullptr && !host->empty()) {
     result = AddressOnHost(*host, file);
   }
   if (!result.udp && result.remark.empty()) {
-    result.remark = "nothing to ask: the project gives " + device.name + " no daemon; --address HOST:PORT names one";
+    result.remark = "nothing to ask: the project gives " + device.name + " no daemon";
+  }
+  return result;
+}
+
+DaemonAddress AddressOfFile(const std::string& file) {
+  DaemonAddress result;
+  result.udp = ListeningOf(file).first;
+  if (!result.udp) {
+    result.udp = ReadUdpAddress("127.0.0.1", kSnmpPort);
+  } else if (result.udp->host == "0.0.0.0") {
+    result.udp->host = "127.0.0.1";
+  } else if (result.udp->host == "::") {
+    result.udp->host = "::1";
   }
   return result;
 }

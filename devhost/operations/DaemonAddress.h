@@ -13,7 +13,8 @@ namespace devhost {
 struct DaemonAddress {
   std::optional<UdpAddress> udp;  // nothing when nobody knows
   bool hasOwnAgentX = false;      // the driver gives its daemon another AgentX socket than the file does
-  std::string remark;             // why nobody knows, or why nobody may answer there; or ""
+  bool isOutOfReach = false;      // it listens on another machine, for that machine alone
+  std::string remark;             // why nobody knows, or why it is out of reach; or ""
 };
 
 // Finds it in the configuration of the driver. A driver that is given a `host` has its daemon there, on the port that the
@@ -22,6 +23,10 @@ struct DaemonAddress {
 //
 // `file` is the snmpd.conf of the device.
 DaemonAddress FindDaemonAddress(const DriverEntry& device, const std::string& file);
+
+// The same for a file of this machine without a project: its daemon is on this machine, where the first of the
+// `agentaddress` lines that names a UDP address has it, or on 161.
+DaemonAddress AddressOfFile(const std::string& file);
 
 // What `--address` gives: HOST or HOST:PORT. Throws SnmpError for what is not one.
 UdpAddress ReadDaemonAddress(const std::string& text);

@@ -47,6 +47,13 @@ TrapTarget AsItStandsInTheFile(const TrapTarget& target) {
   return {target.target, read.substr(begin, end - begin), read.substr(port)};
 }
 
+// A community without the quotes that the agent writes around one with a space. Its reader keeps them, so they would be
+// written twice.
+std::string WithoutQuotes(const std::string& read) {
+  const bool isQuoted = read.size() > 2 && read.front() == '"' && read.back() == '"';
+  return isQuoted && read.find(' ') != std::string::npos ? read.substr(1, read.size() - 2) : read;
+}
+
 // The text of one setting, for people. Of a trap target, the texts of its parts.
 std::string TextOf(const XmlElement& element) {
   std::string text = element.text;
@@ -94,11 +101,12 @@ std::string SettingsElement(const DeviceAnswers& answers, unsigned long deviceId
   return XmlText(root, XmlStyle::Indented) + "\n";
 }
 
-std::string EffectiveSettings(const DriverEntry& agent, const DriverEntry& device, const DeviceAnswers& answers) {
+std::string EffectiveSettings(const DriverEntry& agent, const DriverEntry& device, const DeviceAnswers& answers,
+                              Host* around) {
   DeviceAnswers content = answers;
   {
     NoObserver nobody;
-    Host host(nobody);
+    Host host = around != nullptr ? Host(nobody, *around) : Host(nobody);
     host.Load(agent);
     DriverEntry scratch = device;
     scratch.configXml.clear();
@@ -108,6 +116,12 @@ std::string EffectiveSettings(const DriverEntry& agent, const DriverEntry& devic
   if (answers.trapTargets.value.empty()) {
     std::transform(content.trapTargets.value.begin(), content.trapTargets.value.end(), content.trapTargets.value.begin(),
                    AsItStandsInTheFile);
+  }
+  if (answers.communityRead.value.empty()) {
+    content.communityRead.value = WithoutQuotes(content.communityRead.value);
+  }
+  if (answers.communityWrite.value.empty()) {
+    content.communityWrite.value = WithoutQuotes(content.communityWrite.value);
   }
   return SettingsElement(content, device.id);
 }

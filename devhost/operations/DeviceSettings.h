@@ -9,6 +9,7 @@
 
 namespace devhost {
 
+class Host;
 class Masker;
 struct DeviceAnswers;
 
@@ -25,12 +26,13 @@ struct SettingChange {
 std::string SettingsElement(const DeviceAnswers& answers, unsigned long deviceId);
 
 // The settings that the agent would list for a device that answers so, as such an element: what the device does not hold is
-// read from the managed section of its file. The agent works on a scratch device in a host of its own. Throws HostError when
-// the agent cannot do that.
+// read from the managed section of its file. The agent works on a scratch device in a host of its own, inside the life of
+// `around` unless that is null. Throws HostError when the agent cannot do that.
 //
 // The agent's reader takes the port of a trap target for a part of its community, unless the community is in quotes. Here
 // both are as they stand in the file.
-std::string EffectiveSettings(const DriverEntry& agent, const DriverEntry& device, const DeviceAnswers& answers);
+std::string EffectiveSettings(const DriverEntry& agent, const DriverEntry& device, const DeviceAnswers& answers,
+                              Host* around = nullptr);
 
 // The names of the settings in such an element that hold something: a text, a switch that is on, trap targets. None for "".
 // Throws XmlError for what is not well-formed.

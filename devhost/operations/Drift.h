@@ -23,12 +23,14 @@ struct Drift {
   std::vector<Finding> overridden;    // lines that keep the daemon from serving what the section says
   unsigned long snapshot = 0;         // of the last change that has finished; 0 when there is none
   CopyDifference since;               // what has changed since then
-  std::vector<std::string> messages;  // why nobody knows; a section that is missing; snapshots that are damaged
+  std::vector<std::string> messages;  // why nobody knows; what waits; a section that is missing; snapshots that are damaged
 };
 
 // Compares device, file and what the daemon makes of the file with each other, and with what the last change has left. The
 // time stamp of the section is not drift. The device is only asked. Throws what PlanChange and ReadSnapshots throw.
 Drift FindDrift(const Target& target);
+// The same in a life of the device that goes on.
+Drift FindDrift(const Target& target, DeviceLife& life);
 
 }  // namespace devhost
 

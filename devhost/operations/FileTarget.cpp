@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <limits>
 #include <system_error>
 
 #include "devhost/project/Project.h"
@@ -20,13 +19,10 @@ namespace fs = std::filesystem;
 constexpr char kName[] = "snmpd.conf";
 constexpr char kModule[] = "local_snmpd.so";
 
-// Why the file cannot be a target, or "".
+// Why the file cannot be read as one, or "".
 std::string WhyNot(const std::string& path) {
   struct stat status = {};
   std::error_code ignored;
-  if (fs::path(path).filename() != kName) {
-    return "the drivers know the file by one name; allowed: " + std::string(kName);
-  }
   if (::lstat(path.c_str(), &status) != 0) {
     return errno == ENOENT ? "there is no such file; allowed: one that exists, and may be empty"
                            : std::generic_category().message(errno);
@@ -47,15 +43,28 @@ std::string ConfigFor(const std::string& folder) {
 
 }  // namespace
 
-Target TargetOfFile(const std::string& path, const std::string& moduleFolder) {
+bool HasNameOfTarget(const std::string& path) {
+  return fs::path(path).filename() == kName;
+}
+
+DriverEntry AgentForFile(const std::string& path, const std::string& moduleFolder) {
   const std::string reason = WhyNot(path);
   if (!reason.empty()) {
     throw FileError(path, reason);
   }
+  DriverEntry agent = AgentAlone(moduleFolder).drivers.front();
+  agent.id = kFileDeviceId + 1;
+  return agent;
+}
+
+Target TargetOfFile(const std::string& path, const std::string& moduleFolder) {
+  if (!HasNameOfTarget(path)) {
+    throw FileError(path, "the drivers know the file by one name; allowed: " + std::string(kName));
+  }
+  const DriverEntry agent = AgentForFile(path, moduleFolder);
   const std::string absolute = fs::absolute(path).lexically_normal().string();
   Target target;
-  target.chosen.agent = AgentAlone(moduleFolder).drivers.front();
-  target.chosen.agent.id = std::numeric_limits<std::uint32_t>::max();
+  target.chosen.agent = agent;
   target.chosen.device = {kFileDeviceId, path, PathIn(FolderOf(target.chosen.agent.module), kModule),
                           ConfigFor(FolderOf(absolute))};
   const std::string missing = WhyNoRegularFile(target.chosen.device.module);

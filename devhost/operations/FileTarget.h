@@ -18,6 +18,13 @@ inline constexpr unsigned long kFileDeviceId = 1;
 // regular file; ProjectError when a module is missing.
 Target TargetOfFile(const std::string& path, const std::string& moduleFolder);
 
+// What drivers know the file by: a target has no other name. A copy of one may.
+bool HasNameOfTarget(const std::string& path);
+
+// The agent for a file that is only looked at, under any name. Throws FileError for a file that is missing, a symbolic link,
+// and what is not a regular file; ProjectError when the module is missing.
+DriverEntry AgentForFile(const std::string& path, const std::string& moduleFolder);
+
 }  // namespace devhost
 
 #endif

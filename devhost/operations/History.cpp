@@ -1,10 +1,14 @@
 #include "devhost/operations/History.h"
 
 #include <algorithm>
+#include <charconv>
+#include <string_view>
 #include <utility>
 
 #include "devhost/preview/FileDifference.h"
+#include "devhost/preview/Preview.h"
 #include "devhost/secrets/Masker.h"
+#include "devhost/text/Words.h"
 
 namespace devhost {
 
@@ -16,15 +20,32 @@ void Learn(const DeviceCopy& copy, Masker& masker) {
   masker.Config(copy.file);
 }
 
+constexpr std::string_view kUndo = "undo ";
+
+// The number of the snapshot that an undo has put back; 0 for the snapshot of another operation.
+unsigned long UndoneBy(const Snapshot& snapshot) {
+  const std::string& operation = snapshot.operation;
+  unsigned long number = 0;
+  if (StartsWith(operation, kUndo)) {
+    std::from_chars(operation.data() + kUndo.size(), operation.data() + operation.size(), number);
+  }
+  return number;
+}
+
 }  // namespace
 
 DeviceLook LookAtDevice(const Target& target) {
+  DeviceLife life(target.chosen.agent, target.chosen.device);
+  return LookAtDevice(target, life);
+}
+
+DeviceLook LookAtDevice(const Target& target, DeviceLife& life) {
   // A preview asks the device for everything, whatever the settings are.
   Change change;
   change.target = target;
   const std::string id = std::to_string(target.chosen.device.id);
   change.settings = {"no settings", "<managedDevice><deviceId>" + id + "</deviceId></managedDevice>"};
-  Plan plan = PlanChange(change);
+  Plan plan = PlanChange(change, life);
   DeviceLook look;
   look.isReachable = plan.isReachable;
   look.now = std::move(plan.before);
@@ -32,6 +53,8 @@ DeviceLook LookAtDevice(const Target& target) {
     look.messages = std::move(plan.messages);
     look.problem = std::move(look.messages.back());
     look.messages.pop_back();
+  } else if (std::string waiting = WaitingChange(target.chosen.device.name, StateOf(target)); !waiting.empty()) {
+    look.messages.push_back(std::move(waiting));
   }
   return look;
 }
@@ -69,11 +92,18 @@ const Snapshot& FindSnapshot(const SnapshotList& list, unsigned long number) {
   return *found;
 }
 
+const Snapshot& FindSnapshotToUndo(const SnapshotList& list, unsigned long number) {
+  const Snapshot& snapshot = FindSnapshot(list, number);
+  const bool isWhole = snapshot.after.has_value() && !snapshot.isRestartDue;
+  const unsigned long undone = number == 0 && !isWhole ? UndoneBy(snapshot) : 0;
+  return undone == 0 ? snapshot : FindSnapshot(list, undone);
+}
+
 Change UndoOf(const Snapshot& snapshot, const Target& target) {
   Change change;
   change.target = target;
   change.settings = {"settings of snapshot " + std::to_string(snapshot.number), snapshot.before.settings};
-  change.operation = "undo " + std::to_string(snapshot.number);
+  change.operation = std::string(kUndo) + std::to_string(snapshot.number);
   return change;
 }
 

@@ -13,11 +13,13 @@ struct DeviceLook {
   DeviceCopy now;                     // valid unless there is a problem; with secrets
   bool isReachable = true;            // false: the file is the one that was last known
   std::string problem;                // why the device has not answered, in one line, or ""; secrets are masked
-  std::vector<std::string> messages;  // what its driver said about that; secrets are masked
+  std::vector<std::string> messages;  // what its driver said about that, and what waits; secrets are masked
 };
 
 // Asks a device for its file and settings. No setter, CopyTo, action or command reaches it. Throws what PlanChange throws.
 DeviceLook LookAtDevice(const Target& target);
+// The same in a life of the device that goes on.
+DeviceLook LookAtDevice(const Target& target, DeviceLife& life);
 
 // A copy of a device, with what it is called in a difference: "snapshot 3".
 struct NamedCopy {
@@ -39,6 +41,11 @@ CopyDifference CompareCopies(const NamedCopy& before, const NamedCopy& after, bo
 // The snapshot with that number; 0 stands for the youngest. Throws SnapshotError, naming what there is, when it is missing
 // or damaged. An older one does not stand in for the youngest when that is damaged.
 const Snapshot& FindSnapshot(const SnapshotList& list, unsigned long number);
+
+// The snapshot that an undo puts back. With the number 0, that is the youngest one. But where the youngest one is of an undo
+// that has not come to its end, or after which a restart is due, it is the snapshot of that undo: whoever says the same
+// again wants what is left of it, and not the opposite. Throws what FindSnapshot throws.
+const Snapshot& FindSnapshotToUndo(const SnapshotList& list, unsigned long number);
 
 // The change that gives a device the settings that it had before the snapshot. It is planned and made like any other.
 Change UndoOf(const Snapshot& snapshot, const Target& target);

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "devhost/operations/DaemonAddress.h"
 #include "devhost/operations/History.h"
+#include "devhost/operations/IncludedParts.h"
 #include "devhost/operations/ProbeItems.h"
 
 namespace devhost {
@@ -32,10 +34,7 @@ void Append(std::vector<ProbeItem> more, std::vector<ProbeItem>& items) {
 }
 
 // Why the daemon was not found there.
-void Miss(const char* what, const DaemonAddress& found, ProbeReport& report) {
-  if (!found.remark.empty()) {
-    report.messages.push_back(found.remark);
-  }
+void Miss(const char* what, ProbeReport& report) {
   report.messages.push_back("the daemon at " + report.address + " cannot be asked: " + what);
 }
 
@@ -55,24 +54,24 @@ void AskEverything(const Question& question, bool hasOwnAgentX, bool sendsTraps,
 
 std::optional<ReachedDaemon> Reach(const Target& target, const ProbeMeans& means, const std::string& file,
                                    ProbeReport& report) {
-  DaemonAddress found = FindDaemonAddress(target.chosen.device, file);
+  DaemonAddress found = target.file.empty() ? FindDaemonAddress(target.chosen.device, file) : AddressOfFile(file);
   if (!means.address.empty()) {
     found.udp = ReadDaemonAddress(means.address);
-    found.remark.clear();
+    found.isOutOfReach = false;
   }
-  if (!found.udp) {
-    report.messages.push_back(found.remark);
+  report.address = found.udp ? TextOf(*found.udp) : "";
+  if (!found.udp || found.isOutOfReach) {
+    report.messages.push_back(found.remark + (means.advice.empty() ? "" : "; " + means.advice));
     return std::nullopt;
   }
-  report.address = TextOf(*found.udp);
   const auto daemon = Resolve(*found.udp);
   if (!daemon) {
-    Miss("name not found", found, report);
+    Miss("name not found", report);
     return std::nullopt;
   }
   const UdpEnd end = AskWhetherItIsThere(*daemon, means.patience);
   if (end != UdpEnd::Answered) {
-    Miss(Describe(end), found, report);
+    Miss(Describe(end), report);
     return std::nullopt;
   }
   return ReachedDaemon{*daemon, found.hasOwnAgentX};
@@ -85,8 +84,11 @@ void Conclude(ProbeReport& report) {
 }
 
 ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means) {
+  return ProbeDevice(target, means, LookAtDevice(target));
+}
+
+ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means, const DeviceLook& look) {
   ProbeReport report;
-  const DeviceLook look = LookAtDevice(target);
   report.messages = look.messages;
   if (!look.problem.empty()) {
     report.messages.push_back(look.problem);
@@ -103,10 +105,14 @@ ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means) {
     report.messages.push_back("no community is set on " + target.chosen.device.name + ": nobody can ask what is served");
     return report;
   }
-  const Explanation file(look.now.file, target.showSecrets);
+  const std::string path = PathOf(target, look.now.file);
+  const Explanation file(look.now.file, path, target.showSecrets);
+  if (std::string unread = UnreadParts(look.now.file, path); !unread.empty()) {
+    report.messages.push_back(std::move(unread));
+  }
   const XmlElement shown = ReadXml(masker.Xml(look.now.settings));
-  AskEverything({daemon->address, settings, shown, file, means.patience, masker}, daemon->hasOwnAgentX, means.sendsTraps,
-                report);
+  const Answers answers = AskDaemon(daemon->address, settings, file, means.patience);
+  AskEverything({answers, settings, shown, file, means.patience, masker}, daemon->hasOwnAgentX, means.sendsTraps, report);
   return report;
 }
 

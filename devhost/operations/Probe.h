@@ -9,11 +9,14 @@
 
 namespace devhost {
 
+struct DeviceLook;
+
 // How to ask a daemon.
 struct ProbeMeans {
   std::string address;     // HOST:PORT; "" for what the project says
   bool sendsTraps = true;  // a test trap to each target
   Patience patience = {};
+  std::string advice = "--address HOST:PORT names one";  // where the project names no daemon; "" for none
 };
 
 // One thing that was asked.
@@ -54,6 +57,8 @@ struct ProbeReport {
 // What is configured are the settings that the agent would list for the device, which is only asked. Throws what PlanChange
 // throws, and SnmpError.
 ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means);
+// The same for a device that was looked at just now.
+ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means, const DeviceLook& look);
 
 }  // namespace devhost
 

@@ -30,28 +30,29 @@ const SystemText kSystemTexts[] = {
     {"location", "snmpSysLocationSetting", "syslocation", {1, 3, 6, 1, 2, 1, 1, 6, 0}},
 };
 
-// The communities that are set, those for reading first.
-std::vector<std::string> CommunitiesOf(const XmlElement& settings) {
-  std::vector<std::string> communities;
-  for (const char* name : {"snmpCommunityReadSetting", "snmpCommunityWriteSetting"}) {
-    const std::string community = AskedCommunity(SettingText(settings, name));
-    if (!community.empty()) {
-      communities.push_back(community);
-    }
-  }
-  return communities;
+const std::size_t kTextCount = std::size(kSystemTexts);
+const std::size_t kNameAt = 1;
+
+std::string CommunityOf(const XmlElement& settings, bool writes) {
+  return AskedCommunity(SettingText(settings, writes ? "snmpCommunityWriteSetting" : "snmpCommunityReadSetting"));
 }
 
-// What the daemon has of the objects: by the first community that it answers to.
-SnmpReply GetWithAny(const Question& question, const std::vector<Oid>& objects) {
-  SnmpReply reply;
-  for (const std::string& community : CommunitiesOf(question.settings)) {
-    reply = SnmpClient(question.daemon, community, question.patience).Get(objects);
-    if (reply.end == UdpEnd::Answered && reply.error == 0) {
-      break;
-    }
-  }
-  return reply;
+bool IsGood(const SnmpReply& reply) {
+  return reply.end == UdpEnd::Answered && reply.error == 0;
+}
+
+// The answer to the first community that works.
+const SnmpReply& AnswerToAny(const Question& question) {
+  return IsGood(question.answers.byRead) ? question.answers.byRead : question.answers.byWrite;
+}
+
+bool LetsRead(const std::optional<std::string>& name, const SnmpReply& reply) {
+  return IsGood(reply) && name.has_value();
+}
+
+// The write community is tried on an object that nobody can set, which a daemon says to those only who might set others.
+bool LetsWrite(const SnmpReply& reply) {
+  return reply.end == UdpEnd::Answered && reply.error == kNotWritable;
 }
 
 // An object in the daemon's table of listening sockets, for "tcp:127.0.0.1:705"; empty for other sockets.
@@ -128,36 +129,53 @@ std::string AskedCommunity(const std::string& text) {
   return isQuoted ? text.substr(1, text.size() - 2) : text;
 }
 
-bool LetsRead(const SocketAddress& daemon, const std::string& community, const Patience& patience) {
-  const SnmpReply reply = SnmpClient(daemon, community, patience).Get({kSysName});
-  return reply.end == UdpEnd::Answered && reply.error == 0 && reply.values.front().has_value();
-}
-
-bool LetsWrite(const SocketAddress& daemon, const std::string& community, const Patience& patience) {
-  const SnmpReply reply = SnmpClient(daemon, community, patience).Set(kSysDescr, "");
-  return reply.end == UdpEnd::Answered && reply.error == kNotWritable;
-}
-
 bool HasCommunity(const XmlElement& settings) {
-  return !CommunitiesOf(settings).empty();
+  return !CommunityOf(settings, false).empty() || !CommunityOf(settings, true).empty();
 }
 
-std::vector<ProbeItem> ProbeTexts(const Question& question) {
+std::vector<bool> AskAccess(const SocketAddress& daemon, const std::vector<Access>& accesses, const Patience& patience) {
+  std::vector<SnmpRequest> requests;
+  requests.reserve(accesses.size());
+  for (const Access& access : accesses) {
+    requests.push_back(access.writes ? SnmpRequest{access.community, {kSysDescr}, ""}
+                                     : SnmpRequest{access.community, {kSysName}});
+  }
+  const std::vector<SnmpReply> replies = AskAtOnce(daemon, requests, patience);
+  std::vector<bool> works;
+  works.reserve(accesses.size());
+  for (std::size_t at = 0; at < accesses.size(); ++at) {
+    works.push_back(accesses[at].writes ? LetsWrite(replies[at]) : LetsRead(replies[at].values.front(), replies[at]));
+  }
+  return works;
+}
+
+Answers AskDaemon(const SocketAddress& daemon, const XmlElement& settings, const Explanation& file,
+                  const Patience& patience) {
   std::vector<Oid> objects;
-  objects.reserve(std::size(kSystemTexts));
   for (const SystemText& text : kSystemTexts) {
     objects.push_back(text.object);
   }
-  const SnmpReply reply = GetWithAny(question, objects);
+  const Oid listener = ListenerObject(file.LastValue("agentxsocket"));
+  if (!listener.empty()) {
+    objects.push_back(listener);
+  }
+  const std::string write = CommunityOf(settings, true);
+  std::vector<SnmpReply> replies =
+      AskAtOnce(daemon, {{CommunityOf(settings, false), objects}, {write, objects}, {write, {kSysDescr}, ""}}, patience);
+  return {std::move(replies[0]), std::move(replies[1]), std::move(replies[2])};
+}
+
+std::vector<ProbeItem> ProbeTexts(const Question& question) {
+  const SnmpReply& reply = AnswerToAny(question);
   std::vector<ProbeItem> items;
-  items.reserve(objects.size());
-  for (std::size_t at = 0; at < objects.size(); ++at) {
+  items.reserve(kTextCount);
+  for (std::size_t at = 0; at < kTextCount; ++at) {
     const SystemText& text = kSystemTexts[at];
     const std::string configured = SettingText(question.settings, text.setting);
     ProbeItem item;
     item.name = text.name;
     item.configured = SettingText(question.shown, text.setting);
-    if (reply.end != UdpEnd::Answered || reply.error != 0) {
+    if (!IsGood(reply)) {
       item.verdict = configured.empty() ? Verdict::NotAsked : Verdict::Differs;
       item.served = "not served to the configured communities";
       items.push_back(std::move(item));
@@ -175,14 +193,14 @@ std::vector<ProbeItem> ProbeTexts(const Question& question) {
 std::vector<ProbeItem> ProbeCommunities(const Question& question) {
   std::vector<ProbeItem> items;
   const auto add = [&](const char* name, const char* setting, const char* keyword, bool writes) {
-    const std::string community = AskedCommunity(SettingText(question.settings, setting));
     ProbeItem item;
     item.name = name;
     item.configured = SettingText(question.shown, setting);
-    if (community.empty()) {
+    const Answers& answers = question.answers;
+    if (CommunityOf(question.settings, writes).empty()) {
       item.verdict = Verdict::NotAsked;
       item.served = "not set";
-    } else if ((writes ? LetsWrite : LetsRead)(question.daemon, community, question.patience)) {
+    } else if (writes ? LetsWrite(answers.set) : LetsRead(answers.byRead.values[kNameAt], answers.byRead)) {
       item.served = "works";
     } else {
       item.verdict = Verdict::Differs;
@@ -206,13 +224,14 @@ ProbeItem ProbeAgentX(const Question& question) {
     item.served = item.configured.empty() ? "not set" : "not asked: only TCP sockets can be";
     return item;
   }
-  const SnmpReply reply = GetWithAny(question, {object});
-  if (reply.end != UdpEnd::Answered || reply.error != 0) {
+  const SnmpReply& reply = AnswerToAny(question);
+  if (!IsGood(reply)) {
     item.served = "not served to the configured communities";
     return item;
   }
-  item.verdict = reply.values.front() ? Verdict::Good : Verdict::Differs;
-  item.served = reply.values.front() ? "listens" : "nobody listens";
+  const bool listens = reply.values.size() > kTextCount && reply.values[kTextCount].has_value();
+  item.verdict = listens ? Verdict::Good : Verdict::Differs;
+  item.served = listens ? "listens" : "nobody listens";
   return item;
 }
 

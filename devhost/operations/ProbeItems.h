@@ -13,9 +13,16 @@
 
 namespace devhost {
 
+// What a daemon has answered to all that a probe asks with the configured communities.
+struct Answers {
+  SnmpReply byRead;  // of the read community: contact, name, location, and the AgentX socket where it can be asked for
+  SnmpReply byWrite;
+  SnmpReply set;  // by the write community
+};
+
 // What the questions of a probe have in common.
 struct Question {
-  const SocketAddress& daemon;
+  const Answers& answers;
   const XmlElement& settings;  // a device settings element
   const XmlElement& shown;     // the same as it may be shown
   const Explanation& file;
@@ -46,10 +53,17 @@ std::string AskedCommunity(const std::string& text);
 // Whether a community is set, without which nobody can ask.
 bool HasCommunity(const XmlElement& settings);
 
-// Whether the daemon lets somebody read with the community. Throws SnmpError, as all of these.
-bool LetsRead(const SocketAddress& daemon, const std::string& community, const Patience& patience);
-// Whether it would let somebody write.
-bool LetsWrite(const SocketAddress& daemon, const std::string& community, const Patience& patience);
+// A community, "" for none, and what for.
+struct Access {
+  std::string community;
+  bool writes = false;
+};
+// Whether the daemon lets somebody in, for each of them. All are asked at once. Throws SnmpError.
+std::vector<bool> AskAccess(const SocketAddress& daemon, const std::vector<Access>& accesses, const Patience& patience);
+
+// Asks the daemon all that the functions below look at, at once. Throws SnmpError.
+Answers AskDaemon(const SocketAddress& daemon, const XmlElement& settings, const Explanation& file,
+                  const Patience& patience);
 
 // Contact, name and location, read with the first community that works.
 std::vector<ProbeItem> ProbeTexts(const Question& question);

@@ -1,5 +1,7 @@
 #include "devhost/operations/ReadLines.h"
 
+#include <utility>
+
 #include "devhost/check/Includes.h"
 #include "devhost/check/Rules.h"
 
@@ -22,10 +24,10 @@ class Walk {
     ForEachLine(text, [&](const ConfigLine& line) {
       if (line.setting) {
         const std::string number = std::to_string(line.number);
-        lines.push_back({line.number, depth > 0, depth > 0 ? path + ":" + number : "line " + number, *line.setting,
-                         CommunityOf(*line.setting)});
+        lines.push_back({line.number, depth > 0, line.IsInside(), depth > 0 ? path + ":" + number : "line " + number,
+                         *line.setting, CommunityOf(*line.setting)});
       }
-      if (FindInclude(line) != nullptr) {
+      if (FindInclude(line) != nullptr && !path.empty()) {
         for (const IncludedFiles::File& file : m_includes.Follow(line, path, depth).files) {
           File(file.text, file.path, depth + 1);
         }
@@ -47,15 +49,15 @@ std::vector<ReadLine> ReadLinesOf(const std::string& text, const std::string& pa
   return std::move(walk.lines);
 }
 
-std::size_t LineOfCommunity(const std::string& text, const std::string& community) {
-  std::size_t number = 0;
-  ForEachLine(text, [&](const ConfigLine& line) {
-    const std::string key = line.setting && !line.IsInside() ? CommunityOf(*line.setting) : "";
-    if (number == 0 && key.size() > 2 && key.substr(2) == community) {
-      number = line.number;
+std::vector<ReadLine> LinesOfCommunity(const std::string& text, const std::string& path, const std::string& community) {
+  std::vector<ReadLine> found;
+  for (ReadLine& line : ReadLinesOf(text, path)) {
+    const std::size_t family = 2;  // "4 " or "6 "
+    if (!line.isInSection && line.community.size() > family && line.community.substr(family) == community) {
+      found.push_back(std::move(line));
     }
-  });
-  return number;
+  }
+  return found;
 }
 
 }  // namespace devhost

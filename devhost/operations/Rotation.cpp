@@ -7,8 +7,10 @@
 #include <utility>
 
 #include "devhost/check/ConfigText.h"
+#include "devhost/check/Includes.h"
 #include "devhost/check/Rules.h"
 #include "devhost/operations/History.h"
+#include "devhost/operations/IncludedParts.h"
 #include "devhost/operations/ProbeItems.h"
 #include "devhost/operations/ReadLines.h"
 #include "devhost/xml/XmlReader.h"
@@ -19,6 +21,10 @@ namespace {
 
 constexpr std::string_view kBegin = "# What follows stays valid until devhost rotate is finished";
 constexpr std::string_view kEnd = "# Here ends what devhost rotate has kept";
+
+constexpr char kOperation[] = "rotate";
+constexpr char kFinish[] = " finish";
+constexpr char kAbort[] = " abort";
 
 bool IsCommunityLine(const ConfigLine& line) {
   return line.setting && !line.setting->words.empty() &&
@@ -138,17 +144,64 @@ Change MakeChangeOf(const Target& target, const std::string& settings, const std
   Change change;
   change.target = target;
   change.settings = {"settings of " + target.chosen.device.name, settings};
-  change.operation = "rotate" + step;
+  change.operation = std::string(kOperation) + step;
   return change;
 }
 
-// Stops a rotation in which another line of the file has the community: it would decide who gets in, and stay at the end.
-void RequireNowhereElse(const std::string& file, const std::string& name, const std::string& community) {
-  const std::size_t line = LineOfCommunity(file, community);
-  if (line != 0) {
-    throw RotationError("line " + std::to_string(line) + " of the file, outside the section, has the " + name +
+std::string PlaceOf(const ReadLine& line) {
+  return line.isIncluded ? line.place : line.place + " of the file";
+}
+
+// Stops a rotation in which another line has the community: it would decide who gets in, and stay at the end.
+void RequireNowhereElse(const std::string& file, const std::string& path, const std::string& name,
+                        const std::string& community) {
+  const std::vector<ReadLine> lines = LinesOfCommunity(file, path, community);
+  if (!lines.empty()) {
+    throw RotationError(PlaceOf(lines.front()) + ", outside the section, has the " + name +
                         " community, too; remove that line first");
   }
+}
+
+// The lines that would let somebody in by the community when the rotation has ended.
+std::vector<ReadLine> LinesBesideBlock(const std::string& file, const std::string& path, const std::string& community) {
+  const auto block = FindBlock(file);
+  std::vector<ReadLine> lines = LinesOfCommunity(file, path, community);
+  lines.erase(std::remove_if(lines.begin(), lines.end(),
+                             [&block](const ReadLine& line) {
+                               return block && !line.isIncluded && block->lines.count(line.number) != 0;
+                             }),
+              lines.end());
+  return lines;
+}
+
+void NamePlaces(const std::string& file, const std::string& path, const std::string& name, const std::string& community,
+                std::vector<std::string>& places) {
+  for (const ReadLine& line : LinesBesideBlock(file, path, community)) {
+    places.push_back(PlaceOf(line) + " has the " + name + " community, too: it stays valid there");
+  }
+}
+
+// Says that included files could not be searched, if there are any.
+void NameUnreadIncludes(const std::string& file, const std::string& path, std::vector<std::string>& places) {
+  ForEachLine(file, [&](const ConfigLine& line) {
+    if (path.empty() && FindInclude(line) != nullptr) {
+      places.push_back("line " + std::to_string(line.number) +
+                       " of the file has the daemon read other files, which cannot be searched from here: a community of "
+                       "theirs stays valid");
+    }
+  });
+}
+
+std::vector<std::string> PlacesIn(const Target& target, const std::string& file, const Communities& communities,
+                                  const std::string& age) {
+  const std::string path = PathOf(target, file);
+  std::vector<std::string> places;
+  NamePlaces(file, path, age + " read", communities.read, places);
+  if (communities.write != communities.read) {
+    NamePlaces(file, path, age + " write", communities.write, places);
+  }
+  NameUnreadIncludes(file, path, places);
+  return places;
 }
 
 // Stops a rotation that nobody could tell from no rotation.
@@ -162,12 +215,26 @@ void RequireNew(const std::string& name, const std::string& wanted, const std::s
   }
 }
 
-Communities RequireOpen(const std::string& file) {
-  const auto block = FindBlock(file);
-  if (!block) {
+// Whether the open rotation is the one that gives the device these communities: somebody starts it once more.
+bool IsOfThese(const Communities& communities, const Block& block, const std::string& file) {
+  const Communities used = SectionLines(file, {"x", "x"}).communities;
+  const auto isOf = [](const std::string& wanted, const std::string& now, const std::string& old) {
+    return wanted.empty() ? old.empty() : wanted == now && !old.empty();
+  };
+  return isOf(communities.read, used.read, block.old.read) && isOf(communities.write, used.write, block.old.write);
+}
+
+// The file whose rotation ends. That is the one of the device. Where no rotation is open there, the same end may have been
+// the last change, and whoever says it again wants what is left of it: then it is the file that this change has found.
+std::string RequireOpen(const Target& target, const std::string& file, const std::string& end) {
+  if (FindBlock(file)) {
+    return file;
+  }
+  const SnapshotList list = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
+  if (list.snapshots.empty() || FindSnapshot(list, 0).operation != std::string(kOperation) + end) {
     throw RotationError("no rotation is open; allowed: --read FILE and --write FILE start one");
   }
-  return block->old;
+  return list.snapshots.back().before.file;
 }
 
 ProbeItem ItemOf(const std::string& name, bool works) {
@@ -181,19 +248,27 @@ Communities OldCommunities(const std::string& file) {
   return block ? block->old : Communities();
 }
 
+std::vector<std::string> StayingPlaces(const Target& target, const Communities& communities, const std::string& age) {
+  return PlacesIn(target, Look(target).file, communities, age);
+}
+
 Change StartRotation(const Target& target, const Communities& communities) {
   const DeviceCopy now = Look(target);
-  if (FindBlock(now.file)) {
+  if (const auto block = FindBlock(now.file)) {
+    if (IsOfThese(communities, *block, now.file)) {
+      return MakeChangeOf(target, WithCommunities(now.settings, communities), "");
+    }
     throw RotationError("a rotation is open already; allowed: --status, --finish, --abort");
   }
   const Communities all = SectionLines(now.file, {"x", "x"}).communities;
   RequireNew("read", communities.read, all.read, all.write);
   RequireNew("write", communities.write, all.write, all.read);
   const CommunityLines kept = SectionLines(now.file, communities);
-  RequireNowhereElse(now.file, "old read", kept.communities.read);
-  RequireNowhereElse(now.file, "old write", kept.communities.write);
-  RequireNowhereElse(now.file, "new read", communities.read);
-  RequireNowhereElse(now.file, "new write", communities.write);
+  const std::string path = PathOf(target, now.file);
+  RequireNowhereElse(now.file, path, "old read", kept.communities.read);
+  RequireNowhereElse(now.file, path, "old write", kept.communities.write);
+  RequireNowhereElse(now.file, path, "new read", communities.read);
+  RequireNowhereElse(now.file, path, "new write", communities.write);
   if (kept.hasTwo) {
     throw RotationError("the section of the file has more than one such community; set one with \"devhost apply\"");
   }
@@ -212,31 +287,35 @@ Change StartRotation(const Target& target, const Communities& communities) {
 
 Change FinishRotation(const Target& target) {
   const DeviceCopy now = Look(target);
-  const Communities old = RequireOpen(now.file);
+  RequireOpen(target, now.file, kFinish);
+  const Communities old = OldCommunities(now.file);
   const Communities used = SectionLines(now.file, old).communities;
   if ((!old.read.empty() && used.read == old.read) || (!old.write.empty() && used.write == old.write)) {
     throw RotationError("the section has the old community again, so there is nothing to finish; allowed: --abort");
   }
-  Change change = MakeChangeOf(target, now.settings, " finish");
+  Change change = MakeChangeOf(target, now.settings, kFinish);
   change.edit = RemoveBlock;
   return change;
 }
 
 Change AbortRotation(const Target& target) {
   const DeviceCopy now = Look(target);
-  const Communities old = RequireOpen(now.file);
+  RequireOpen(target, now.file, kAbort);
+  const auto block = FindBlock(now.file);
+  // Once it is aborted, the section has the old ones, even if the device was not told of them.
+  const Communities old = block ? block->old : SectionLines(now.file, {"x", "x"}).communities;
   if (old.AreNone()) {
     throw RotationError("the file has no old community to put back; allowed: --finish");
   }
-  Change change = MakeChangeOf(target, WithCommunities(now.settings, old), " abort");
+  Change change = MakeChangeOf(target, WithCommunities(now.settings, old), kAbort);
   change.edit = RemoveBlock;
   return change;
 }
 
 Communities LeavingCommunities(const Target& target, RotationEnd end) {
-  const std::string file = Look(target).file;
-  const Communities old = RequireOpen(file);
   const bool finishes = end == RotationEnd::Finish;
+  const std::string file = RequireOpen(target, Look(target).file, finishes ? kFinish : kAbort);
+  const Communities old = OldCommunities(file);
   Communities staying = SectionLines(file, {"x", "x"}).communities;
   const Communities leaving = finishes ? old : SectionLines(file, old).communities;
   if (!finishes) {
@@ -259,16 +338,19 @@ void ProbeLeft(const Target& target, const ProbeMeans& means, const Communities&
     return;
   }
   const std::string age = end == RotationEnd::Finish ? "old" : "new";
-  const auto ask = [&](const std::string& name, const std::string& community, bool writes) {
-    if (!community.empty() && (writes ? LetsWrite : LetsRead)(daemon->address, community, means.patience)) {
-      const std::size_t line = LineOfCommunity(file, community);
-      const std::string reason =
-          line == 0 ? "the daemon has not read the file" : "line " + std::to_string(line) + " of the file lets it in";
-      report.items.push_back({age + " " + name + " community", ProbeItem::Verdict::Differs, "", "still works", reason});
-    }
+  const std::string path = PathOf(target, file);
+  const std::vector<bool> works = AskAccess(daemon->address, {{left.read, false}, {left.write, true}}, means.patience);
+  const auto add = [&](const std::string& name, const std::string& community) {
+    const std::vector<ReadLine> lines = LinesOfCommunity(file, path, community);
+    const std::string reason = lines.empty() ? "the daemon has not read the file" : PlaceOf(lines.front()) + " lets it in";
+    report.items.push_back({age + " " + name + " community", ProbeItem::Verdict::Differs, "", "still works", reason});
   };
-  ask("read", left.read, false);
-  ask("write", left.write, true);
+  if (works[0]) {
+    add("read", left.read);
+  }
+  if (works[1]) {
+    add("write", left.write);
+  }
   Conclude(report);
 }
 
@@ -282,17 +364,16 @@ RotationLook LookAtRotation(const Target& target, const ProbeMeans& means) {
   if (!daemon) {
     return look;
   }
+  look.probe.messages = PlacesIn(target, now.file, old, "old");
   const Communities used = SectionLines(now.file, {"x", "x"}).communities;
-  const auto ask = [&](const char* name, const std::string& community, bool writes) {
-    if (!community.empty()) {
-      const bool works = (writes ? LetsWrite : LetsRead)(daemon->address, community, means.patience);
-      look.probe.items.push_back(ItemOf(name, works));
+  const std::vector<Access> accesses = {{used.read, false}, {used.write, true}, {old.read, false}, {old.write, true}};
+  const std::vector<bool> works = AskAccess(daemon->address, accesses, means.patience);
+  const char* const names[] = {"read community", "write community", "old read community", "old write community"};
+  for (std::size_t at = 0; at < accesses.size(); ++at) {
+    if (!accesses[at].community.empty()) {
+      look.probe.items.push_back(ItemOf(names[at], works[at]));
     }
-  };
-  ask("read community", used.read, false);
-  ask("write community", used.write, true);
-  ask("old read community", old.read, false);
-  ask("old write community", old.write, true);
+  }
   Conclude(look.probe);
   return look;
 }

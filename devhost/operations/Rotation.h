@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "devhost/operations/Apply.h"
 #include "devhost/operations/Probe.h"
@@ -31,20 +32,27 @@ struct Communities {
 Communities OldCommunities(const std::string& file);
 
 // The changes of a rotation, which are planned and made like any other. Each asks the device how it is now, and throws what
-// PlanChange throws, and RotationError.
+// PlanChange throws, SnapshotError and RotationError. A step that was the last change of the device can be said again: that
+// changes nothing, or makes up for what is due.
 
-// Gives the device new communities and keeps the old ones valid.
+// Gives the device new communities and keeps the old ones valid. Refused where another line has one of them, in an included
+// file, too, and while another rotation is open.
 Change StartRotation(const Target& target, const Communities& communities);
 // Ends it: the old ones are no longer valid.
 Change FinishRotation(const Target& target);
 // Gives the old ones back to the device: the new ones are no longer valid.
 Change AbortRotation(const Target& target);
 
+// What lets somebody in by one of the communities, a line each: lines outside the section and outside those of the rotation,
+// of the files that the file includes, too; and what has the daemon read files that cannot be searched from here. `age` is
+// what the lines call the communities: "old" or "new". Throws what the changes throw.
+std::vector<std::string> StayingPlaces(const Target& target, const Communities& communities, const std::string& age);
+
 // How a rotation ends.
 enum class RotationEnd { Finish, Abort };
 
-// The communities that nobody is let in by any more when the open rotation has ended like that. Throws what the changes
-// throw.
+// The communities that nobody is let in by any more when the open rotation, or the one that the last change has ended, has
+// ended like that. Throws what the changes throw.
 Communities LeavingCommunities(const Target& target, RotationEnd end);
 
 // Asks the daemon whether it still lets somebody in by communities that have left with that end, and adds what it finds to

@@ -24,11 +24,13 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kAbout[] = "about.xml";
+constexpr char kFormat[] = "1";  // of a snapshot; a later version that writes more raises it
 constexpr char kFileBefore[] = "before.conf";
 constexpr char kSettingsBefore[] = "before.xml";
 constexpr char kFileAfter[] = "after.conf";
 constexpr char kSettingsAfter[] = "after.xml";
 constexpr char kRestartDue[] = "restart-due";
+constexpr char kUnchanged[] = "unchanged";
 constexpr char kUnfinished[] = ".new";
 
 [[noreturn]] void Fail(const std::string& path, const std::string& reason) {
@@ -85,10 +87,30 @@ FileDescriptor MakePrivate(const std::string& path) {
   return OpenPrivate(path);
 }
 
+[[noreturn]] void RefuseLock(const std::string& path, const std::string& reason) {
+  Fail(path, "its file \"lock\" " + reason + "; allowed: a file with no other name, or none");
+}
+
+// Why an open file cannot serve as the lock; "" when it can. A file with a second name may be the lock of another folder.
+std::string WrongWithLock(const FileDescriptor& lock) {
+  struct stat status = {};
+  if (::fstat(lock.Get(), &status) != 0) {
+    return "cannot be looked at: " + Reason(errno);
+  }
+  return !S_ISREG(status.st_mode) ? "is not a file" : status.st_nlink != 1 ? "has a second name (a hard link)" : "";
+}
+
 FileDescriptor Lock(const FileDescriptor& folder, const std::string& path) {
-  FileDescriptor lock(::openat(folder.Get(), "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  // Nobody waits for the other end of a pipe.
+  FileDescriptor lock(
+      ::openat(folder.Get(), "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR));
   if (!lock.IsOpen()) {
-    Fail(path, "its file \"lock\" cannot be opened: " + Reason(errno));
+    RefuseLock(path, errno == ELOOP    ? "is a symbolic link"
+                     : errno == EISDIR ? "is a folder"
+                                       : "cannot be opened: " + Reason(errno));
+  }
+  if (const std::string wrong = WrongWithLock(lock); !wrong.empty()) {
+    RefuseLock(path, wrong);
   }
   if (::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
     Fail(path, errno == EWOULDBLOCK ? "another devhost is at work on this device; allowed: one at a time" : Reason(errno));
@@ -138,10 +160,18 @@ std::string AttributeOf(const XmlElement& element, const char* name) {
   return value == nullptr ? "" : *value;
 }
 
+bool Has(const std::string& snapshot, const char* part) {
+  std::error_code ignored;
+  return fs::exists(fs::symlink_status(snapshot + "/" + part, ignored));
+}
+
 Snapshot ReadOne(const std::string& path, unsigned long number) {
   try {
     const FileDescriptor folder = OpenPrivate(path, &FailAlone);
     const XmlElement about = ReadXml(ReadXmlPart(folder, kAbout));
+    if (const std::string format = AttributeOf(about, "format"); format != kFormat) {
+      throw StateError("it has the format \"" + format + "\", and this version reads the format " + kFormat);
+    }
     Snapshot snapshot;
     snapshot.number = number;
     snapshot.time = NumberOf<std::int64_t>(AttributeOf(about, "time"));
@@ -151,6 +181,7 @@ Snapshot ReadOne(const std::string& path, unsigned long number) {
     if (ReadStateFile(folder.Get(), kSettingsAfter)) {
       snapshot.after = DeviceCopy{ReadPart(folder, kFileAfter), ReadXmlPart(folder, kSettingsAfter)};
     }
+    snapshot.isRestartDue = Has(path, kRestartDue);
     return snapshot;
   } catch (const StateError& error) {
     FailAlone(path, error.what());
@@ -160,7 +191,7 @@ Snapshot ReadOne(const std::string& path, unsigned long number) {
 std::string About(const std::string& operation, const std::string& deviceName, std::int64_t time) {
   XmlElement about;
   about.name = "snapshot";
-  about.attributes = {{"format", "1"}, {"time", std::to_string(time)}, {"operation", operation}, {"device", deviceName}};
+  about.attributes = {{"format", kFormat}, {"time", std::to_string(time)}, {"operation", operation}, {"device", deviceName}};
   return XmlText(about, XmlStyle::Compact) + "\n";
 }
 
@@ -180,19 +211,27 @@ struct Unfinished {
   const std::string path;
 };
 
-bool HasRestartDue(const std::string& snapshot) {
-  std::error_code ignored;
-  return fs::exists(fs::symlink_status(snapshot + "/" + kRestartDue, ignored));
+// 0 when there is none, and when the folder cannot be looked into.
+unsigned long YoungestIn(const std::string& path) {
+  std::error_code error;
+  const fs::directory_iterator opened(path, error);
+  const std::vector<unsigned long> numbers = error ? std::vector<unsigned long>() : NumbersIn(path);
+  return numbers.empty() ? 0 : numbers.back();
 }
 
 }  // namespace
 
 unsigned long RestartDue(const std::string& folder, unsigned long deviceId) {
   const std::string path = DeviceFolder(folder, deviceId);
-  std::error_code error;
-  const fs::directory_iterator opened(path, error);
-  const std::vector<unsigned long> numbers = error ? std::vector<unsigned long>() : NumbersIn(path);
-  return !numbers.empty() && HasRestartDue(path + "/" + std::to_string(numbers.back())) ? numbers.back() : 0;
+  const unsigned long youngest = YoungestIn(path);
+  return youngest != 0 && Has(path + "/" + std::to_string(youngest), kRestartDue) ? youngest : 0;
+}
+
+unsigned long UnfinishedSnapshot(const std::string& folder, unsigned long deviceId) {
+  const std::string path = DeviceFolder(folder, deviceId);
+  const unsigned long youngest = YoungestIn(path);
+  const std::string snapshot = path + "/" + std::to_string(youngest);
+  return youngest != 0 && !Has(snapshot, kSettingsAfter) && !Has(snapshot, kUnchanged) ? youngest : 0;
 }
 
 SnapshotList ReadSnapshots(const std::string& folder, unsigned long deviceId) {
@@ -227,6 +266,9 @@ unsigned long SnapshotFolder::Begin(const std::string& operation, const std::str
                                     std::int64_t time, bool restarts) {
   const std::vector<unsigned long> numbers = NumbersIn(m_folder);
   const unsigned long number = numbers.empty() ? 1 : numbers.back() + 1;
+  if (number == 0) {
+    Fail(PathOf(numbers.back()), "no number is left after this one; rename the folder to leave the snapshot out");
+  }
   const std::string path = PathOf(number);
   const Unfinished unfinished(path + kUnfinished);
   try {
@@ -235,7 +277,7 @@ unsigned long SnapshotFolder::Begin(const std::string& operation, const std::str
       ReplaceStateFile(folder.Get(), kFileBefore, before.file);
       ReplaceStateFile(folder.Get(), kSettingsBefore, before.settings);
       ReplaceStateFile(folder.Get(), kAbout, About(operation, deviceName, time));
-      if (restarts || (!numbers.empty() && HasRestartDue(PathOf(numbers.back())))) {
+      if (restarts || (!numbers.empty() && Has(PathOf(numbers.back()), kRestartDue))) {
         ReplaceStateFile(folder.Get(), kRestartDue, "");
       }
     }
@@ -258,6 +300,15 @@ void SnapshotFolder::Finish(unsigned long number, const DeviceCopy& after) {
   try {
     ReplaceStateFile(folder.Get(), kFileAfter, after.file);
     ReplaceStateFile(folder.Get(), kSettingsAfter, after.settings);
+  } catch (const StateError& error) {
+    Fail(path, error.what());
+  }
+}
+
+void SnapshotFolder::NoteUnchanged(unsigned long number) {
+  const std::string path = PathOf(number);
+  try {
+    ReplaceStateFile(OpenPrivate(path).Get(), kUnchanged, "");
   } catch (const StateError& error) {
     Fail(path, error.what());
   }

@@ -32,6 +32,7 @@ struct Snapshot {
   std::string operation;     // "apply" or "undo 3"
   DeviceCopy before;
   std::optional<DeviceCopy> after;  // missing when the operation has failed or was interrupted
+  bool isRestartDue = false;        // it has the mark of RestartDue
 };
 
 // How many snapshots of a device stay. The youngest one always does.
@@ -60,6 +61,11 @@ SnapshotList ReadSnapshots(const std::string& folder, unsigned long deviceId);
 // and when the folder cannot be looked into. Changes and locks nothing.
 unsigned long RestartDue(const std::string& folder, unsigned long deviceId);
 
+// The number of the youngest snapshot when its operation has not come to its end: it has failed, or the process was ended.
+// 0 otherwise, also when it has failed and changed nothing, and when the folder cannot be looked into. Changes and locks
+// nothing.
+unsigned long UnfinishedSnapshot(const std::string& folder, unsigned long deviceId);
+
 // Keeps snapshots of one device in a folder: FOLDER/driver-ID/NUMBER/ has a file for each text of a snapshot. Folders have
 // mode 0700, files 0600.
 class SnapshotFolder {
@@ -75,7 +81,9 @@ class SnapshotFolder {
                       std::int64_t time, bool restarts = false);
   // Adds what the operation has left. Throws SnapshotError.
   void Finish(unsigned long number, const DeviceCopy& after);
-  // Takes the mark of RestartDue away, now that the restart is done. Throws SnapshotError.
+  // Notes that the operation has failed and changed nothing, so there is nothing to bring to an end. Throws SnapshotError.
+  void NoteUnchanged(unsigned long number);
+  // Takes the mark of RestartDue away: the restart is done, or nothing asks for one. Throws SnapshotError.
   void EndRestart(unsigned long number);
 
  private:

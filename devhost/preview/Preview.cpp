@@ -4,12 +4,10 @@
 #include <utility>
 
 #include "devhost/engine/Host.h"
-#include "devhost/preview/AgentStandIn.h"
 #include "devhost/preview/FileDifference.h"
 #include "devhost/preview/Losses.h"
 #include "devhost/preview/ScratchDevice.h"
 #include "devhost/secrets/Masker.h"
-#include "devhost/state/StateStore.h"
 #include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
@@ -19,7 +17,7 @@ namespace {
 
 using Verdict = PreviewResult::Verdict;
 
-// Keeps what drivers say, which is of interest only when something goes wrong.
+// Keeps what is said about the scratch device, which is of interest only when something goes wrong.
 struct Complaints : HostObserver {
   void OnOccurrence(const Occurrence& occurrence) override {
     const bool fails = occurrence.kind == Occurrence::Kind::Failure || occurrence.kind == Occurrence::Kind::Manners;
@@ -32,11 +30,6 @@ struct Complaints : HostObserver {
 
   bool hasFailure = false;
   std::vector<std::string> lines;
-};
-
-// The device gets its state back and is never asked for a new one.
-struct HandedState : StateMemory {
-  bool TakesStates() const override { return false; }
 };
 
 // The agent goes by the id in the settings, so they have to be for this device.
@@ -60,21 +53,19 @@ void CheckSettings(const NamedText& settings, const DriverEntry& device, Masker&
   }
 }
 
-// The first host: the device's own driver, and nobody who could change anything.
-DeviceAnswers AskDevice(const PreviewInput& input, Complaints& complaints) {
-  HandedState state;
-  state.Save(input.device.id, input.state);
-  DeviceAnswers answers;
-  Host host(complaints, &state);
-  host.Load(input.agent, [&](IInstanceManager& instances) { return new AgentStandIn(instances, input.device.id, answers); });
-  host.Load(input.device);
-  host.Command(input.agent.id, AgentStandIn::kCommand, {});
-  return answers;
-}
+// What has become of a change that was tried.
+struct Trial {
+  Verdict verdict = Verdict::Failed;
+  DeviceAnswers before;
+  DeviceAnswers after;
+  std::string edited;   // the file that the agent gets
+  std::string problem;  // why `after` is not what the device would become, or ""
+};
 
-// The second host: the agent, and nothing of the device but its answers. Returns the agent's reply.
-std::string LetAgentChange(const PreviewInput& input, DeviceAnswers& content, Complaints& complaints) {
-  Host host(complaints);
+// The agent, and nothing of the device but its answers, in a host inside the life of the device's. Returns the agent's
+// reply.
+std::string LetAgentChange(const PreviewInput& input, Host& around, DeviceAnswers& content, Complaints& complaints) {
+  Host host(complaints, around);
   host.Load(input.agent);
   DriverEntry scratch = input.device;
   scratch.configXml.clear();
@@ -85,17 +76,9 @@ std::string LetAgentChange(const PreviewInput& input, DeviceAnswers& content, Co
   return host.Command(input.agent.id, "SetDeviceState", {{"xml", input.settings.text}});
 }
 
-// What has become of a change that was tried.
-struct Trial {
-  Verdict verdict = Verdict::Failed;
-  DeviceAnswers before;
-  DeviceAnswers after;
-  std::string edited;   // the file that the agent gets
-  std::string problem;  // why `after` is not what the device would become, or ""
-};
-
-void Try(const PreviewInput& input, const std::string& file, Complaints& complaints, Trial& trial) {
-  trial.before = AskDevice(input, complaints);
+void Try(const PreviewInput& input, const std::string& file, DeviceLife& life, const DeviceLife::File* known,
+         Complaints& complaints, Trial& trial) {
+  trial.before = known != nullptr ? life.AskSettings(input.state, *known) : life.Ask(input.state);
   if (!trial.before.problem.empty()) {
     trial.problem = input.device.name + ": " + trial.before.problem;
     return;
@@ -105,14 +88,14 @@ void Try(const PreviewInput& input, const std::string& file, Complaints& complai
     input.edit(trial.after.file);
   }
   trial.edited = trial.after.file;
-  const std::string reply = LetAgentChange(input, trial.after, complaints);
+  const std::string reply = LetAgentChange(input, *life.GetHost(), trial.after, complaints);
   if (reply != "<Success/>") {
     const int status = trial.before.copyStatus;
     const std::string reason =
         status == 0 ? "" : "CopyFrom of " + input.device.name + " gave " + std::to_string(status) + ": ";
     trial.verdict = Verdict::Refused;
     trial.problem = reason + "SetDeviceState would answer " + reply + " and leave the " + file + " as it is";
-  } else if (complaints.hasFailure) {
+  } else if (life.HasFailed() || complaints.hasFailure) {
     trial.problem = "a driver has failed; the preview would not be sure";
   } else {
     trial.verdict = Verdict::Unchanged;
@@ -131,6 +114,20 @@ void Show(const PreviewInput& input, const Trial& trial, Masker& masker, Preview
                               " cannot be reached now (CopyFrom gave -9): its file was compared as it was last known, and "
                               "what is written waits until the device is back");
   }
+  if (const std::string waiting = WaitingChange(input.device.name, input.state); !waiting.empty()) {
+    result.messages.push_back(waiting);
+  }
+}
+
+std::vector<std::string> LinesOf(const DeviceLife& life, const Complaints& complaints) {
+  std::vector<std::string> lines;
+  for (const DeviceLife::Heard& heard : life.GetHeard()) {
+    if (heard.kind != Occurrence::Kind::Status && heard.kind != Occurrence::Kind::StateProblem) {
+      lines.push_back(heard.line);
+    }
+  }
+  lines.insert(lines.end(), complaints.lines.begin(), complaints.lines.end());
+  return lines;
 }
 
 }  // namespace
@@ -147,15 +144,37 @@ void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Maske
   }
 }
 
+std::string WaitingChange(const std::string& device, const std::string& state) {
+  if (state.empty()) {
+    return "";
+  }
+  const XmlElement root = ReadXml(state);
+  const auto has = [&root](const char* name) {
+    return std::any_of(root.children.begin(), root.children.end(),
+                       [name](const XmlElement& child) { return child.name == name; });
+  };
+  const bool waits = has("pending") && has("base");
+  return waits
+             ? "a change of " + device +
+                   " waits, which was made while it could not be reached: the next change or start of its daemon brings it "
+                   "to the device, unless somebody has changed the file there meanwhile"
+             : "";
+}
+
 PreviewResult PreviewChange(const PreviewInput& input) {
+  DeviceLife life(input.agent, input.device);
+  return PreviewChange(input, life);
+}
+
+PreviewResult PreviewChange(const PreviewInput& input, DeviceLife& life, const DeviceLife::File* file) {
   Masker masker(input.showSecrets);
   CheckSettings(input.settings, input.device, masker);
-  const std::string file = input.file.empty() ? "snmpd.conf of " + input.device.name : input.file;
-  PreviewResult result{Verdict::Failed, file, "", {}, {}, {}, {}};
+  const std::string name = input.file.empty() ? "snmpd.conf of " + input.device.name : input.file;
+  PreviewResult result{Verdict::Failed, name, "", {}, {}, {}, {}};
   Complaints complaints;
   Trial trial;
   try {
-    Try(input, result.file, complaints, trial);
+    Try(input, result.file, life, file, complaints, trial);
   } catch (const HostError& error) {
     trial.problem = error.what();
   }
@@ -164,7 +183,7 @@ PreviewResult PreviewChange(const PreviewInput& input) {
   if (trial.problem.empty()) {
     Show(input, trial, masker, result);
   } else {
-    for (const std::string& line : complaints.lines) {
+    for (const std::string& line : LinesOf(life, complaints)) {
       result.messages.push_back(masker.Text(line, WrittenBy::Others));
     }
     result.messages.push_back(masker.Text(trial.problem));

@@ -9,6 +9,7 @@
 #include "devhost/check/Finding.h"
 #include "devhost/driver/DriverEntry.h"
 #include "devhost/preview/DeviceAnswers.h"
+#include "devhost/preview/DeviceLife.h"
 #include "devhost/system/FileText.h"
 
 namespace devhost {
@@ -59,14 +60,24 @@ class Masker;
 // Learns the secrets of the device and of the change, which drivers may quote.
 void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Masker& masker);
 
+// What is to be said of a device whose driver has kept a change for later, in one line; "" when it has kept none. `state` is
+// what is kept for the device, as XML, or "": drivers of drivers/common/DeviceState.h have the elements `pending` and `base`
+// in it then. Throws XmlError for a state that is not XML.
+std::string WaitingChange(const std::string& device, const std::string& state);
+
 // Shows what "SetDeviceState" would do with these settings. The device is only asked, in a host without an agent: no setter,
 // no CopyTo, no action and no command reaches it, whatever its driver is. Its driver does run: it is loaded, made with its
 // real configuration and its state, initialised and destroyed, because only the driver knows where the file is. The agent
-// then works on a scratch device with the same answers, in another host. Secrets are masked unless they are to be shown.
+// then works on a scratch device with the same answers, in a host inside the life of the other one. Secrets are masked
+// unless they are to be shown.
 //
 // Throws PreviewError when the settings are not for this device, FileError and ProgramError when this machine does not allow
 // it.
 PreviewResult PreviewChange(const PreviewInput& input);
+
+// The same in a life of the device that may go on. With `file`, which may be null, the device is asked for its settings
+// alone, and that is its file.
+PreviewResult PreviewChange(const PreviewInput& input, DeviceLife& life, const DeviceLife::File* file = nullptr);
 
 }  // namespace devhost
 

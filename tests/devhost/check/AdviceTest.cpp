@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "devhost/xml/XmlReader.h"
+#include "tests/devhost/support/WholeSettings.h"
 
 namespace devhost {
 namespace {
@@ -15,19 +16,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-// The element with these children, and empty ones for all others, so that none is missing.
-std::string Complete(std::string children) {
-  for (const char* const name :
-       {"snmpIsManagedDevice", "snmpEnabledSetting", "snmpUsePrimaryContactSetting", "snmpUseProjectOwnerAddressSetting",
-        "snmpUseRoomDeviceSetting", "snmpCommunityReadSetting", "snmpCommunityWriteSetting", "snmpSysContactSetting",
-        "snmpSysLocationSetting", "snmpSysNameSetting", "snmpTrapTargets"}) {
-    const std::string tag = std::string("<") + name;
-    if (children.find(tag) == std::string::npos) {
-      const bool isSwitch = tag.find("Is") == 5 || tag.find("Use") == 5 || tag == "<snmpEnabledSetting";
-      children += tag + ">" + (isSwitch ? "false" : "") + "</" + name + ">";
-    }
-  }
-  return "<managedDevice>" + children + "</managedDevice>";
+std::string Complete(const std::string& children) {
+  return "<managedDevice>" + WholeSettings(children) + "</managedDevice>";
 }
 
 std::vector<Finding> Advice(const std::string& children, bool showSecrets = false) {

@@ -63,7 +63,7 @@ TEST(SettingsThatAreMissing, AreNamedWithWhatBecomesOfThem) {
       Advise("<managedDevice><snmpCommunityReadSetting>reader</snmpCommunityReadSetting></managedDevice>", "s.xml", false);
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_EQ(findings[0].rule, "setting-missing");
-  EXPECT_EQ(findings[0].severity, Severity::Warning);
+  EXPECT_EQ(findings[0].severity, Severity::Error);
   EXPECT_THAT(findings[0].reason, AllOf(HasSubstr("snmpEnabledSetting (SNMP is switched off), "),
                                         HasSubstr("snmpTrapTargets (all trap targets are removed)"),
                                         Not(HasSubstr("snmpCommunityReadSetting")), Not(HasSubstr("snmpIsConfigDirty"))));

@@ -2,13 +2,18 @@
 
 #include <gmock/gmock.h>
 
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 
 #include "tests/devhost/conform/Conforming.h"
+#include "tests/devhost/support/TemporaryFiles.h"
 
 namespace devhost {
 namespace {
@@ -208,6 +213,36 @@ TEST(Secrets, OfTheConfigurationAreMaskedInWhatIsSaid) {
   EXPECT_EQ(outcome.status, Status::Fail);
   EXPECT_THAT(outcome.message, testing::Not(HasSubstr("kX7secret")));
 }
+
+class ASignal : public testing::TestWithParam<int> {};
+
+TEST_P(ASignal, ThatEndsTheProgramLeavesNoFolder) {
+  const TemporaryFiles files;
+  const std::string module = SkeletonModule("hangs");
+  const pid_t program = ::fork();
+  ASSERT_GE(program, 0);
+  if (program == 0) {
+#ifdef CONFORM_EMULATOR
+    ::execlp(CONFORM_EMULATOR, CONFORM_EMULATOR, DEVHOST_PROGRAM, "conform", "--runner", CONFORM_EMULATOR, "--only",
+             "settings-kept", "--output", "/dev/null", module.c_str(), static_cast<char*>(nullptr));
+#else
+    ::execl(DEVHOST_PROGRAM, DEVHOST_PROGRAM, "conform", "--only", "settings-kept", "--output", "/dev/null", module.c_str(),
+            static_cast<char*>(nullptr));
+#endif
+    ::_exit(127);
+  }
+  const bool hasFolder = files.Become(false);
+  // Some time, so that there is a driver at work.
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  ::kill(program, GetParam());
+  int status = 0;
+  ::waitpid(program, &status, 0);
+  EXPECT_TRUE(hasFolder);
+  EXPECT_EQ(WTERMSIG(status), GetParam());
+  EXPECT_TRUE(files.Become(true));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEachKind, ASignal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGKILL));
 
 }  // namespace
 }  // namespace devhost

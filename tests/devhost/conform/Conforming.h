@@ -43,6 +43,14 @@ inline Conformance SkeletonConformance(const std::string& fault) {
                        "</conform>");
 }
 
+// The same for whoever expects a finding, also of random sessions, which end with the first one: a busy machine plays few a
+// second.
+inline Conformance UntilAFinding(const std::string& fault) {
+  Conformance conformance = SkeletonConformance(fault);
+  conformance.sessionTime = std::chrono::minutes(2);
+  return conformance;
+}
+
 inline std::vector<const Check*> AllChecks() {
   std::vector<const Check*> checks;
   checks.reserve(Checks().size());

@@ -46,6 +46,15 @@ TEST_F(ARecord, KnowsThatSettingsHaveChanged) {
   EXPECT_FALSE(record.Has(FleetRecord::KeyOf("a project.xml", "kitchen", "<settings>hidden2</settings>")));
 }
 
+TEST_F(ARecord, NamesAFolderThatIsMissing) {
+  try {
+    const FleetRecord record(folder.Path("nodir/record"), false);
+    FAIL();
+  } catch (const RecordError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("its folder is not there; allowed: a file in a folder that exists"));
+  }
+}
+
 TEST_F(ARecord, HoldsNoSettingsAndIsForItsUserAlone) {
   const mode_t before = ::umask(0);
   FleetRecord(path, false).Add(key);

@@ -71,8 +71,10 @@ TEST_F(AFleet, KeepsTheResultsOfAllWhenOneFails) {
 TEST_F(AFleet, RunsAsManyAtATimeAsItMay) {
   limits.jobs = 3;
   for (int i = 0; i != 9; ++i) {
-    // Each leaves a trace of how many ran with it.
-    Add("cd " + folder.Path() + "; : >run.$$; ls run.* | wc -l; sleep 0.1; ls run.* | wc -l >seen.$$; rm run.$$");
+    // Each leaves a trace of how many ran with it: once three do, as the first ones wait to see, and a moment later.
+    Add("cd " + folder.Path() +
+        "; : >run.$$; n=0; until ls run.* | wc -l >seen.$$; [ \"$(cat seen.$$)\" -ge 3 ] || [ -e three ] || "
+        "[ $((n += 1)) -gt 1000 ]; do sleep 0.01; done; echo 0 >three; sleep 0.1; ls run.* | wc -l >late.$$; rm run.$$");
   }
   EXPECT_THAT(Run(), Each(Kind::Good));
   std::size_t most = 0;
@@ -117,8 +119,14 @@ TEST_F(AFleet, LeavesOutWhatIsDone) {
 TEST_F(AFleet, EndsAProgramAtItsDeadline) {
   Add("exec sleep 1000");
   Add(":");
-  limits.deadline = std::chrono::milliseconds(300);
-  EXPECT_THAT(Run(), ElementsAre(Kind::Failed, Kind::Good));
+  std::vector<Kind> kinds(2, Kind::Failed);
+  // On a busy machine, a short time may be over before the other program has ended.
+  for (limits.deadline = std::chrono::milliseconds(300);
+       kinds[1] == Kind::Failed && limits.deadline < std::chrono::minutes(1); limits.deadline *= 2) {
+    kinds = Run();
+    EXPECT_EQ(kinds[0], Kind::Failed);
+  }
+  EXPECT_EQ(kinds[1], Kind::Good);
 }
 
 TEST_F(AFleet, SaysThatAProgramCannotBeStarted) {

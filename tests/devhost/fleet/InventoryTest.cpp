@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "devhost/project/Project.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -93,6 +95,12 @@ TEST_F(AnInventory, RefusesADeviceThatItsProjectDoesNotHave) {
             "2: " + folder.Path("house/project.xml") +
                 ": there is no driver of that name or id; the drivers of this project are: agent (1), kitchen (12), attic "
                 "(13)");
+}
+
+TEST_F(AnInventory, RefusesADeviceThatStandsInItTwiceByASymbolicLink) {
+  std::filesystem::create_directory_symlink("house", folder.Path("link"));
+  EXPECT_EQ(Refusal("<fleet><project file='house/project.xml'/>\n<project file='link/project.xml'/></fleet>"),
+            "2: kitchen of " + folder.Path("link/project.xml") + " stands in line 1 already; allowed: each device once");
 }
 
 TEST_F(AnInventory, RefusesADeviceThatStandsInItTwice) {

@@ -64,24 +64,6 @@ TEST_F(AHandWrittenFile, GivesItsLinesToTheSection) {
   EXPECT_THAT(adoption.patch, AllOf(StartsWith("--- f.conf\n+++ f.conf\n@@ "), HasSubstr("\n-rocommunity reader\n")));
 }
 
-TEST_F(AHandWrittenFile, GivesTheLastOfSeveralTextsAndLosesTheOthers) {
-  const Adoption adoption = Adopted("sysName first\nsysName\nsysName last");
-  EXPECT_EQ(Setting(adoption, "snmpSysNameSetting"), "last");
-  EXPECT_EQ(adoption.text, "sysName\n");  // the daemon rejects that line
-  EXPECT_THAT(adoption.going, ElementsAre("line 1: sysname: no effect, since the last one wins: line 3"));
-}
-
-TEST_F(AHandWrittenFile, GivesTheFirstLineOfACommunity) {
-  const Adoption adoption = Adopted(
-      "rwcommunity both\nrocommunity both\nrocommunity both 192.0.2.1\nrocommunity other\n"
-      "rocommunity third\n");
-  EXPECT_EQ(Setting(adoption, "snmpCommunityWriteSetting"), "both");
-  EXPECT_EQ(Setting(adoption, "snmpCommunityReadSetting"), "other");
-  EXPECT_EQ(adoption.text, "rocommunity third\n");
-  EXPECT_EQ(adoption.going.size(), 2U);
-  EXPECT_THAT(adoption.staying, ElementsAre("line 5: rocommunity: the section has room for one, and that is taken"));
-}
-
 TEST_F(AHandWrittenFile, KeepsACommunityThatMeansSomethingElseAtTheTop) {
   const std::string limited = "rocommunity reader 192.0.2.0/24\nrocommunity reader\n";
   EXPECT_EQ(Adopted(limited).text, limited);
@@ -99,15 +81,6 @@ TEST_F(AHandWrittenFile, KeepsWhatTheAgentWouldNotReadBack) {
   EXPECT_EQ(adoption.text, text);
   EXPECT_THAT(adoption.becoming, IsEmpty());
   EXPECT_EQ(adoption.patch, "");
-}
-
-TEST_F(AHandWrittenFile, KeepsTrapTargetsThatAreMoreThanThreeWords) {
-  const std::string text = "trapcommunity secret\ntrap2sink 192.0.2.5\ntrap2sink -Ci 192.0.2.6 secret\ntrapsink 192.0.2.7\n";
-  const Adoption adoption = Adopted(text + "trap2sink 192.0.2.8 secret\n");
-  EXPECT_EQ(adoption.text, text);
-  EXPECT_THAT(adoption.staying, ElementsAre("line 2: trap2sink: its community is the one of trapcommunity",
-                                            "line 3: trap2sink: it is more than target, community and port",
-                                            "trapcommunity: line 1", "trapsink: line 4"));
 }
 
 // Once the lines are taken out of the file, settings that are refused would leave a daemon that knows nobody.
@@ -150,6 +123,22 @@ TEST_F(AHandWrittenFile, KeepsWhatAnIncludedFileSetsAgain) {
               AllOf(Contains("line 1: sysname: also set in an included file"),
                     Contains("line 2: rocommunity: an included file has the same community"),
                     Contains(HasSubstr("more.conf:2: sysname: set in an included file, which wins over the section"))));
+}
+
+TEST_F(AHandWrittenFile, NamesALineOfAnIncludedFileThatWinsOverTheSection) {
+  folder.Write("more.conf", "agentXSocket tcp:127.0.0.1:1705\n");
+  const Adoption adoption = Adopted("include more.conf\nincludeFile " + folder.Path("more.conf") + "\n");
+  ASSERT_EQ(adoption.winning.size(), 1U);
+  EXPECT_EQ(adoption.winning[0].rule, "overrides-section");
+  EXPECT_THAT(adoption.winning[0].file, HasSubstr("more.conf"));
+}
+
+TEST_F(AHandWrittenFile, KeepsLinesForOtherProgramsAndNamesThem) {
+  const std::string text = "sysName mine\n[snmp] defCommunity hidden1\n[agentx]\nagentXTimeout 5\n[snmpd]\nsysName ours\n";
+  const Adoption adoption = Adopted(text);
+  EXPECT_EQ(adoption.text, "[snmp] defCommunity hidden1\n[agentx]\nagentXTimeout 5\n[snmpd]\n");
+  EXPECT_EQ(Setting(adoption, "snmpSysNameSetting"), "ours");
+  EXPECT_THAT(adoption.staying, ElementsAre("for other programs than the daemon: line 2, line 4"));
 }
 
 TEST_F(AHandWrittenFile, LosesLinesThatTheSectionHasAnyway) {

@@ -6,8 +6,11 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <functional>
+#include <sstream>
 
 #include "devhost/engine/Host.h"
+#include "devhost/operations/History.h"
 #include "devhost/preview/Preview.h"
 #include "devhost/state/StateFolder.h"
 #include "tests/devhost/operations/Kitchen.h"
@@ -24,106 +27,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-using APlan = AKitchen;
 using AnAppliedChange = AKitchen;
-
-std::vector<std::string> RulesOf(const std::vector<Finding>& findings) {
-  std::vector<std::string> rules;
-  rules.reserve(findings.size());
-  for (const Finding& finding : findings) {
-    rules.push_back(finding.rule);
-  }
-  return rules;
-}
-
-TEST_F(APlan, ShowsTheDifferenceAndTheSettingsAndChangesNothing) {
-  const Plan plan = PlanChange(change);
-  EXPECT_EQ(plan.verdict, Plan::Verdict::Change);
-  EXPECT_THAT(plan.difference, AllOf(HasSubstr("\n+sysName  kitchen\n"), HasSubstr("\n+rocommunity  *****\n")));
-  ASSERT_EQ(plan.settings.size(), 2U);
-  EXPECT_EQ(plan.settings[0].name, "snmpCommunityReadSetting");
-  EXPECT_EQ(plan.settings[0].before, "");
-  EXPECT_EQ(plan.settings[0].after, "*****");
-  EXPECT_EQ(plan.settings[1].after, "kitchen");
-  EXPECT_EQ(File(), "# by hand\n");
-  EXPECT_FALSE(fs::exists(change.target.snapshotFolder));
-}
-
-TEST_F(APlan, StopsAtAnErrorInTheSettingsUnlessItsRuleIsAccepted) {
-  SetSettings("<snmpSysContactSetting># nobody</snmpSysContactSetting>");
-  const Plan stopped = PlanChange(change);
-  EXPECT_EQ(stopped.verdict, Plan::Verdict::Stop);
-  EXPECT_THAT(RulesOf(stopped.findings), Contains("value-begins-with-hash"));
-  EXPECT_THAT(stopped.messages, Contains(HasSubstr("because of value-begins-with-hash")));
-  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Stopped);
-  EXPECT_EQ(File(), "# by hand\n");
-  EXPECT_THAT(Snapshots(), IsEmpty());
-
-  change.accepted = {"value-begins-with-hash"};
-  EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Change);
-}
-
-TEST_F(APlan, IsNotStoppedByAWarning) {
-  SetSettings("<snmpCommunityReadSetting>public</snmpCommunityReadSetting>");
-  const Plan plan = PlanChange(change);
-  EXPECT_THAT(RulesOf(plan.findings), Contains("well-known-community"));
-  EXPECT_EQ(plan.verdict, Plan::Verdict::Change);
-}
-
-TEST_F(APlan, SaysWhichForeignLineWillWinOverTheSection) {
-  folder.Write("kitchen/snmpd.conf", "# by hand\nsysName elsewhere\n");
-  const Plan plan = PlanChange(change);
-  EXPECT_EQ(plan.verdict, Plan::Verdict::Change);
-  ASSERT_THAT(RulesOf(plan.findings), ElementsAre("overrides-section"));
-  const Finding& finding = plan.findings.front();
-  EXPECT_EQ(finding.severity, Severity::Warning);
-  EXPECT_EQ(finding.file, "snmpd.conf of kitchen after SetDeviceState");
-  ASSERT_EQ(ApplyChange(change, plan, kNow).verdict, Applied::Verdict::Done);
-  std::istringstream lines(File());
-  std::string line;
-  for (std::size_t i = 0; i < finding.line; ++i) {
-    std::getline(lines, line);
-  }
-  EXPECT_EQ(line, "sysName elsewhere");
-  EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Nothing);
-  EXPECT_THAT(RulesOf(PlanChange(change).findings), ElementsAre("overrides-section"));
-}
-
-TEST_F(APlan, StopsAtAnElementThatTheAgentWouldMisread) {
-  KeepStates();
-  for (const char* const wrong :
-       {"<snmpEnabledSeting>true</snmpEnabledSeting>", "<snmpEnabledSetting>TRUE</snmpEnabledSetting>"}) {
-    SetSettings(wrong);
-    EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Stop) << wrong;
-    EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Stopped) << wrong;
-  }
-  EXPECT_EQ(File(), "# by hand\n");
-}
-
-TEST_F(APlan, NamesTheMissingSettingsThatTheDeviceHolds) {
-  EXPECT_THAT(RulesOf(PlanChange(change).findings), Not(Contains("setting-missing")));
-  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
-  SetSettings("<snmpCommunityReadSetting>hidden1</snmpCommunityReadSetting>");
-  const Plan plan = PlanChange(change);
-  ASSERT_THAT(RulesOf(plan.findings), ElementsAre("setting-missing"));
-  EXPECT_THAT(plan.findings[0].reason, testing::EndsWith(": snmpSysNameSetting (emptied)"));
-  EXPECT_EQ(plan.verdict, Plan::Verdict::Change);
-}
-
-TEST_F(APlan, StopsWhereTheFileWouldLoseText) {
-  folder.Write("kitchen/snmpd.conf", "# by hand\n# Halvoren Section Start\n# Halvoren Section End\n");
-  EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Stop);
-  change.accepted = {"text-above-section"};
-  EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Change);
-}
-
-TEST_F(APlan, StopsWhereTheAgentWouldRefuse) {
-  fs::remove(folder.Path("kitchen/snmpd.conf"));
-  fs::create_directory(folder.Path("kitchen/snmpd.conf"));
-  const Plan plan = PlanChange(change);
-  EXPECT_EQ(plan.verdict, Plan::Verdict::Stop);
-  EXPECT_THAT(plan.messages.back(), HasSubstr("SetDeviceState would answer <ReadFail/>"));
-}
 
 TEST_F(AnAppliedChange, IsInTheFileAndWhatWasThereInTheSnapshot) {
   const Applied applied = ApplyNow();
@@ -178,6 +82,127 @@ TEST_F(AnAppliedChange, IsNotMadeWhenTheFileIsNotAsThePlanFoundIt) {
   EXPECT_THAT(Snapshots(), IsEmpty());
 }
 
+// What the plan has asked is not asked again, but the driver is loaded anew to see what it keeps.
+class AChangeInOneLife : public AKitchen {
+ protected:
+  void UseOddDevice(const std::string& more = "") {
+    folder.Write("kitchen/snmpd.conf", "# by hand\n");
+    fs::remove(folder.Path("journal"));
+    change.target.chosen.device = {12, "kitchen", TEST_MODULE_FOLDER "/odd_device.so",
+                                   "<config file='" + folder.Path("kitchen/snmpd.conf") + "' journal='" +
+                                       folder.Path("journal") + "' announce='AgentAvailable' " + more + "/>"};
+  }
+  long Count(const std::string& call) const {
+    std::istringstream journal(folder.Read("journal"));
+    long count = 0;
+    for (std::string line; std::getline(journal, line);) {
+      count += line.find("." + call) != std::string::npos || line.rfind(call, 0) == 0 ? 1 : 0;
+    }
+    return count;
+  }
+  Applied PlanAndApply(const std::function<void()>& between = [] {}) {
+    DeviceLife life(change.target.chosen.agent, change.target.chosen.device);
+    const Plan plan = PlanChange(change, life);
+    between();
+    return ApplyChange(change, plan, kNow, life);
+  }
+};
+
+TEST_F(AChangeInOneLife, ReadsTheFileForPlanListChangeAndLook) {
+  UseOddDevice();
+  EXPECT_EQ(PlanAndApply().verdict, Applied::Verdict::Done);
+  EXPECT_EQ(Count("CopyFrom"), 4);
+  EXPECT_EQ(Count("CopyTo"), 1);
+  EXPECT_EQ(Count("Initialize"), 2);
+  UseOddDevice();
+  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  EXPECT_EQ(Count("CopyFrom"), 5) << "a plan of another life";
+}
+
+TEST_F(AChangeInOneLife, AsksADriverForItsFileAgainThatLearnsFromThere) {
+  UseOddDevice("learns='yes'");
+  SetSettings("<snmpSysContactSetting>learnt</snmpSysContactSetting>");
+  EXPECT_EQ(PlanAndApply().verdict, Applied::Verdict::Done);
+  EXPECT_EQ(Count("CopyFrom"), 5);
+  ASSERT_EQ(Snapshots().size(), 1U);
+  ASSERT_TRUE(Snapshots()[0].after);
+  EXPECT_THAT(Snapshots()[0].after->settings, HasSubstr("<snmpSysContactSetting>learnt</snmpSysContactSetting>"));
+  EXPECT_EQ(Snapshots()[0].after->settings, LookAtDevice(change.target).now.settings);
+}
+
+TEST_F(AChangeInOneLife, IsNotMadeWhenTheFileIsNotAsThePlanFoundIt) {
+  UseOddDevice();
+  const Applied applied = PlanAndApply([this] { folder.Write("kitchen/snmpd.conf", "# by hand, and again\n"); });
+  EXPECT_EQ(applied.verdict, Applied::Verdict::Stopped);
+  EXPECT_THAT(applied.messages, ElementsAre("kitchen was changed since the plan was made; look at it again"));
+  EXPECT_EQ(Count("CopyTo"), 0);
+  EXPECT_EQ(File(), "# by hand, and again\n");
+  EXPECT_THAT(Snapshots(), IsEmpty());
+}
+
+// The agent reads the file when it lists the device, then the snapshot is written, then the agent reads the file again. The
+// counts are those of the device's CopyFrom; one that is off line is asked for its file when the change is planned again.
+TEST_F(AChangeInOneLife, IsNotMadeWhenTheFileIsEditedJustBeforeItIsReplaced) {
+  for (const char* const device : {"editedBefore='3'", "editedBefore='4' copyFrom='-9'"}) {
+    UseOddDevice(device);
+    KeepStates();
+    const Applied applied = PlanAndApply();
+    EXPECT_EQ(applied.verdict, Applied::Verdict::Failed);
+    EXPECT_THAT(applied.messages,
+                Contains("the file of kitchen was changed meanwhile and was not written; look at it again"));
+    EXPECT_EQ(Count("CopyTo"), 0);
+    EXPECT_EQ(File(), "# by hand\n# meanwhile\n");
+    EXPECT_EQ(LookIntoStateFolder(change.target.stateFolder, 12), "");
+  }
+}
+
+TEST_F(AChangeInOneLife, IsNotMadeWhenTheFileIsEditedBeforeTheAgentListsTheDevice) {
+  for (const char* const device : {"editedBefore='2'", "editedBefore='3' copyFrom='-9'"}) {
+    UseOddDevice(device);
+    const bool isOffLine = std::string(device).find("-9") != std::string::npos;
+    const Applied applied = isOffLine ? PlanAndApply() : ApplyNow();  // a plan of another life has to be made again, too
+    EXPECT_EQ(applied.verdict, Applied::Verdict::Stopped);
+    EXPECT_THAT(applied.messages, ElementsAre("kitchen was changed since the plan was made; look at it again"));
+    EXPECT_EQ(Count("CopyTo"), 0);
+    EXPECT_EQ(File(), "# by hand\n# meanwhile\n");
+    EXPECT_THAT(Snapshots(), IsEmpty());
+  }
+}
+
+TEST_F(AChangeInOneLife, IsNotMadeWhenTheStateIsNotAsThePlanFoundIt) {
+  UseOddDevice();
+  KeepStates();
+  const Applied applied = PlanAndApply([this] { StateFolder(change.target.stateFolder).Save(12, "<Odd>other</Odd>"); });
+  EXPECT_EQ(applied.verdict, Applied::Verdict::Stopped);
+  EXPECT_THAT(applied.messages, ElementsAre("kitchen was changed since the plan was made; look at it again"));
+  EXPECT_EQ(Count("CopyTo"), 0);
+  EXPECT_EQ(LookIntoStateFolder(change.target.stateFolder, 12), "<Odd>other</Odd>\n");
+}
+
+// Somebody may look at a plan for a long time.
+TEST_F(AChangeInOneLife, IsNotMadeWhenTheDeviceHasGoneOffLineSinceItWasPlanned) {
+  SetDevice("local_snmpd");
+  KeepStates();
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  const std::string before = File();
+  SetSettings("<snmpSysNameSetting>attic</snmpSysNameSetting>");
+  const Applied applied = PlanAndApply([this] {
+    std::string state = LookIntoStateFolder(change.target.stateFolder, 12);
+    const std::string online = "online=\"true\"";
+    ASSERT_NE(state.find(online), std::string::npos) << state;
+    StateFolder(change.target.stateFolder).Save(12, state.replace(state.find(online), online.size(), "online=\"false\""));
+  });
+  EXPECT_EQ(applied.verdict, Applied::Verdict::Stopped);
+  EXPECT_THAT(applied.messages,
+              ElementsAre("kitchen could be reached when the plan was made, and cannot be now; look at it again"));
+  EXPECT_EQ(File(), before);
+}
+
+TEST_F(AChangeInOneLife, SaysOnceWhatTheDriverSays) {
+  UseOddDevice();
+  EXPECT_THAT(PlanAndApply().messages, ElementsAre(HasSubstr("kitchen: asked for the file")));
+}
+
 TEST_F(AnAppliedChange, KeepsTheStateOfTheDeviceAndOfNobodyElse) {
   SetDevice("local_snmpd");
   KeepStates();
@@ -230,7 +255,17 @@ TEST_F(AnAppliedChange, WaitsForADeviceThatIsOffLine) {
   const Applied applied = ApplyChange(change, plan, kNow);
   EXPECT_EQ(applied.verdict, Applied::Verdict::Waits);
   EXPECT_EQ(File(), "# by hand\n");
-  EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Nothing);
+  const Plan same = PlanChange(change);
+  EXPECT_EQ(same.verdict, Plan::Verdict::Nothing);
+  const std::string waits =
+      "a change of kitchen waits, which was made while it could not be reached: the next change or start of its daemon "
+      "brings it to the device, unless somebody has changed the file there meanwhile";
+  EXPECT_THAT(same.messages, Contains(waits));
+  EXPECT_THAT(LookAtDevice(change.target).messages, ElementsAre(waits));
+  change.edit = [](std::string& text) { text += "# more\n"; };
+  const Plan edited = PlanChange(change);
+  EXPECT_EQ(edited.verdict, Plan::Verdict::Stop);
+  EXPECT_THAT(edited.messages.back(), HasSubstr("only changed on a device that can be reached"));
 }
 
 TEST_F(AnAppliedChange, ThatFailsKeepsItsSnapshotWithoutAResult) {

@@ -60,6 +60,19 @@ TEST(EffectiveSettings, AreReadFromTheSectionWhereTheDeviceHoldsNone) {
   EXPECT_EQ(EffectiveSettings(kAgent, kDevice, answers), SettingsElement(expected, 12));
 }
 
+// The agent's reader keeps the quotes that its writer has put there.
+TEST(EffectiveSettings, HaveACommunityWithASpaceWithoutTheQuotesOfTheFile) {
+  DeviceAnswers answers = Answers();
+  answers.file = Section("rocommunity  \"two words\"\nrwcommunity  \"quoted\"\n");
+  DeviceAnswers expected = answers;
+  expected.communityRead.value = "two words";
+  expected.communityWrite.value = "\"quoted\"";  // by somebody else: the agent quotes only what has a space
+  EXPECT_EQ(EffectiveSettings(kAgent, kDevice, answers), SettingsElement(expected, 12));
+  answers.communityRead.value = "\"of the device\"";
+  expected.communityRead = answers.communityRead;
+  EXPECT_EQ(EffectiveSettings(kAgent, kDevice, answers), SettingsElement(expected, 12));
+}
+
 TEST(EffectiveSettings, HaveTrapTargetsAsTheyStandInTheFile) {
   DeviceAnswers answers = Answers();
   answers.file = Section(

@@ -96,6 +96,28 @@ TEST_F(ADevice, ThatKeepsItsSettingsHasDriftedWhenItsFileHasOthers) {
   EXPECT_THAT(drift.since.settings, IsEmpty());
 }
 
+TEST_F(ADevice, HasDriftedWhenAnIncludedFileWinsOverItsSection) {
+  folder.Write("kitchen/snmpd.conf", File() + "includeFile part.conf\n");
+  const std::string part = folder.Write("kitchen/part.conf", "sysName elsewhere\n");
+  const Drift drift = FindDrift(change.target);
+  ASSERT_EQ(drift.overridden.size(), 1U);
+  EXPECT_EQ(drift.overridden[0].file, part);
+  EXPECT_EQ(drift.overridden[0].line, 1U);
+  EXPECT_THAT(drift.messages, IsEmpty());
+}
+
+TEST_F(ADevice, IsSaidToIncludeWhatCannotBeRead) {
+  folder.Write("kitchen/snmpd.conf", File() + "includeFile missing.conf\n");
+  EXPECT_THAT(FindDrift(change.target).messages,
+              testing::ElementsAre(AllOf(HasSubstr("kitchen/snmpd.conf:"), HasSubstr(": what is in there is not judged"))));
+  change.target.chosen.device = {12, "kitchen", TEST_MODULE_FOLDER "/odd_device.so",
+                                 "<config file='" + folder.Path("kitchen/snmpd.conf") + "' journal='" +
+                                     folder.Path("journal") + "' announce='AgentAvailable'/>"};
+  EXPECT_THAT(
+      FindDrift(change.target).messages,
+      testing::ElementsAre(HasSubstr(" of the file has the daemon read other files, which cannot be read from here")));
+}
+
 TEST_F(ADevice, HasDriftedWhenItsSectionIsGone) {
   folder.Write("kitchen/snmpd.conf", "# by hand\n");
   const Drift drift = FindDrift(change.target);
@@ -119,6 +141,25 @@ TEST_F(ADevice, IsUnknownWhenItDoesNotAnswer) {
   const Drift drift = FindDrift(change.target);
   EXPECT_EQ(drift.verdict, Drift::Verdict::Unknown);
   EXPECT_THAT(drift.messages.back(), HasSubstr("CopyFrom of kitchen gave -2"));
+}
+
+TEST_F(ADevice, HasNotDriftedWhenItsDriverHasRefusedAChange) {
+  SetSettings("<snmpSysNameSetting>attic</snmpSysNameSetting>");
+  fs::create_directory(folder.Path("kitchen/.snmpd.conf.new"));  // where the driver writes
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Failed);
+  const Drift drift = FindDrift(change.target);
+  EXPECT_EQ(drift.verdict, Drift::Verdict::None);
+  EXPECT_THAT(drift.messages, IsEmpty());
+}
+
+TEST_F(ADevice, HasDriftedWhileItsRestartCommandHasNotSucceeded) {
+  SetSettings("<snmpSysNameSetting>attic</snmpSysNameSetting>");
+  change.restartCommand = {"false"};
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::NotRestarted);
+  EXPECT_EQ(FindDrift(change.target).verdict, Drift::Verdict::Some);
+  change.restartCommand = {"true"};
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Restarted);
+  EXPECT_EQ(FindDrift(change.target).verdict, Drift::Verdict::None);
 }
 
 TEST_F(ADevice, ShowsNoSecretsInItsDrift) {

@@ -126,7 +126,7 @@ TEST_F(AFile, StaysAsItWasOnAFullDisk) {
   }
   EXPECT_EQ(folder.Read("seen"), "failed\n" + path + ": SNMP device 1: cannot replace " + path +
                                      ": No space left on device (status -128)\n" + path +
-                                     ": CopyTo returned -128, during command \"SetDeviceState\" of driver 4294967295 "
+                                     ": CopyTo returned -128, during command \"SetDeviceState\" of driver 2 "
                                      "\"agent\"\nSetDeviceState answered <WriteFail/>\n# by hand\n");
 }
 
@@ -174,8 +174,36 @@ TEST_F(AFile, GetsTheRestartThatIsDueAfterAnotherChange) {
   ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::NotRestarted);
   Name("attic");
   change.restartCommand = {};
-  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  const Applied applied = ApplyNow();
+  ASSERT_EQ(applied.verdict, Applied::Verdict::NotRestarted);
+  EXPECT_EQ(applied.snapshot, 2U);
+  EXPECT_THAT(applied.messages, ElementsAre("the daemon has not been told of the change of snapshot 1: its restart command "
+                                            "has not succeeded; give one again"));
   EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::NotRestarted);
+}
+
+TEST_F(AFile, NeedsNoRestartWhenTheDriverHasRefusedToReplaceIt) {
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  Name("attic");
+  change.restartCommand = Noting("restarts");
+  const std::string inTheWay = folder.Path("etc/.snmpd.conf.new");  // where the driver writes
+  fs::create_directory(inTheWay);
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Failed);
+  fs::remove(inTheWay);
+  EXPECT_EQ(FindDrift(change.target).verdict, Drift::Verdict::None);
+  Name("kitchen");
+  EXPECT_EQ(PlanChange(change).restartDue, 0U);
+}
+
+TEST_F(AFile, StillNeedsTheRestartThatWasDueBeforeTheDriverRefusedToReplaceIt) {
+  change.restartCommand = {"false"};
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::NotRestarted);
+  Name("attic");
+  fs::create_directory(folder.Path("etc/.snmpd.conf.new"));
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Failed);
+  EXPECT_EQ(FindDrift(change.target).verdict, Drift::Verdict::Some);
+  Name("kitchen");
+  EXPECT_EQ(PlanChange(change).restartDue, 2U);
 }
 
 TEST_F(AFile, IsNotSaidToNeedARestartThatNobodyAskedFor) {

@@ -106,6 +106,36 @@ TEST_F(AnUndo, CanBeUndone) {
   }
 }
 
+// Whoever says the same again wants what is left of it, and not the opposite.
+TEST_F(AnUndo, IsRepeatedAfterItsRestartHasFailed) {
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  SetSettings("<snmpSysNameSetting>attic</snmpSysNameSetting>");
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  const auto undo = [this](const std::string& restartCommand) {
+    Change step = UndoOf(FindSnapshotToUndo(ReadSnapshots(change.target.snapshotFolder, 12), 0), change.target);
+    step.restartCommand = {restartCommand};
+    return ApplyChange(step, PlanChange(step), kNow).verdict;
+  };
+  EXPECT_EQ(undo("false"), Applied::Verdict::NotRestarted);
+  EXPECT_EQ(undo("true"), Applied::Verdict::Restarted);
+  EXPECT_THAT(File(), HasSubstr("\nsysName  kitchen\n"));
+  EXPECT_EQ(undo("true"), Applied::Verdict::Done);  // it is whole now, so this one is of the undo
+  EXPECT_THAT(File(), HasSubstr("\nsysName  attic\n"));
+}
+
+TEST_F(AnUndo, IsRepeatedAfterTheDriverHasRefusedIt) {
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  SetSettings("<snmpSysNameSetting>attic</snmpSysNameSetting>");
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  const Change refused = UndoOf(Snapshots().back(), change.target);
+  fs::create_directory(folder.Path("kitchen/.snmpd.conf.new"));  // where the driver writes
+  ASSERT_EQ(ApplyChange(refused, PlanChange(refused), kNow).verdict, Applied::Verdict::Failed);
+  const SnapshotList list = ReadSnapshots(change.target.snapshotFolder, 12);
+  EXPECT_EQ(FindSnapshot(list, 0).number, 3U);
+  EXPECT_EQ(FindSnapshotToUndo(list, 0).number, 2U);
+  EXPECT_EQ(FindSnapshotToUndo(list, 3).number, 3U) << "a number is meant as it stands";
+}
+
 TEST_F(AnUndo, SaysWhatTheAgentDoesNotPutBack) {
   ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
   const Snapshot first = Snapshots()[0];

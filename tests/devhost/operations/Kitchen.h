@@ -6,6 +6,7 @@
 #include <string>
 
 #include "devhost/operations/Apply.h"
+#include "tests/devhost/support/WholeSettings.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace devhost {
@@ -29,7 +30,9 @@ class AKitchen : public testing::Test {
     change.target.chosen.device = {12, "kitchen", Module(module),
                                    "<config folder='" + folder.Path("kitchen") + "'>" + inside + "</config>"};
   }
-  void SetSettings(const std::string& settings) {
+  // All others are empty or off.
+  void SetSettings(const std::string& settings) { SetElement(WholeSettings(settings)); }
+  void SetElement(const std::string& settings) {
     change.settings = {"s.xml", "<managedDevice>" + settings + "<deviceId>12</deviceId></managedDevice>"};
   }
   void KeepStates() { change.target.stateFolder = folder.Path("states"); }

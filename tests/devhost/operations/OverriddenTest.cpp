@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/ScratchFolder.h"
+
 namespace devhost {
 namespace {
 
@@ -23,17 +25,30 @@ const std::string kSection =
     "\n";
 
 TEST(ALineThatOverridesTheSection, IsFoundBelowIt) {
-  EXPECT_THAT(OverridingLines(kSection + "sysname elsewhere\nview all included .1\n", "f.conf", false),
+  EXPECT_THAT(OverridingLines(kSection + "sysname elsewhere\nview all included .1\n", "", "f.conf", false),
               ElementsAre(AllOf(Field(&Finding::rule, "overrides-section"), Field(&Finding::line, 9U),
                                 Field(&Finding::file, "f.conf"))));
 }
 
+// Line 4 of the included file has the number of a line in the section.
+TEST(ALineThatOverridesTheSection, IsFoundInAnIncludedFile) {
+  const testsupport::ScratchFolder folder;
+  const std::string part = folder.Write("part.conf", "#\n#\n#\nsysName elsewhere\nrocommunity hidden 192.0.2.0/24\n");
+  const std::string text = kSection + "includeFile part.conf\n";
+  EXPECT_THAT(
+      OverridingLines(text, folder.Path("snmpd.conf"), "f.conf", false),
+      ElementsAre(
+          AllOf(Field(&Finding::rule, "overrides-section"), Field(&Finding::line, 4U), Field(&Finding::file, part)),
+          AllOf(Field(&Finding::rule, "first-community-wins"), Field(&Finding::line, 5U), Field(&Finding::file, part))));
+  EXPECT_THAT(OverridingLines(text, "", "f.conf", false), IsEmpty());
+}
+
 TEST(ALineThatOverridesTheSection, IsNotOneOfTheSection) {
-  EXPECT_THAT(OverridingLines(kSection, "f.conf", false), IsEmpty());
+  EXPECT_THAT(OverridingLines(kSection, "", "f.conf", false), IsEmpty());
 }
 
 TEST(ALineThatOverridesTheSection, MayLoseItsOwnRestriction) {
-  EXPECT_THAT(OverridingLines(kSection + "rocommunity hidden 192.0.2.0/24\n", "f.conf", false),
+  EXPECT_THAT(OverridingLines(kSection + "rocommunity hidden 192.0.2.0/24\n", "", "f.conf", false),
               ElementsAre(AllOf(Field(&Finding::rule, "first-community-wins"), Field(&Finding::line, 9U),
                                 Field(&Finding::reason, Not(HasSubstr("hidden"))))));
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "devhost/operations/Explanation.h"
+#include "devhost/operations/Rotation.h"
 #include "tests/devhost/operations/Kitchen.h"
 #include "tests/devhost/support/SnmpDaemon.h"
 #include "tests/drivers/support/SnmpResponder.h"
@@ -40,7 +41,7 @@ std::string Targets(const std::vector<std::pair<std::string, std::string>>& targ
 class AProbe : public AKitchen {
  protected:
   AProbe() {
-    means.patience = {std::chrono::milliseconds(200), 1};
+    means.patience = {std::chrono::seconds(2), 1};  // on a busy machine, too
     Configure("");
   }
 
@@ -75,7 +76,7 @@ class AProbe : public AKitchen {
 
 TEST_F(AProbe, FindsADaemonAsConfigured) {
   AddToFile("agentXSocket tcp:127.0.0.1:" + e2e::FreePort());
-  Serve("agentXSocket " + Explanation(File(), false).LastValue("agentxsocket") + "\n");
+  Serve("agentXSocket " + Explanation(File(), "", false).LastValue("agentxsocket") + "\n");
   EXPECT_EQ(Probe().verdict, ProbeReport::Verdict::AsConfigured);
   EXPECT_EQ(Probe().address, daemon->Address());
   EXPECT_THAT(Found(),
@@ -214,6 +215,23 @@ TEST_F(AProbe, ShowsNoCommunities) {
   for (const ProbeItem& item : Probe().items) {
     EXPECT_THAT(item.configured + item.served + item.reason, Not(HasSubstr("hidden")));
   }
+}
+
+// A rotation whose old community an included file has, too.
+TEST_F(AProbe, OfARotationNamesThePlacesWhereACommunityStays) {
+  const Change start = StartRotation(change.target, {"hidden4", ""});
+  ASSERT_EQ(ApplyChange(start, PlanChange(start), kNow).verdict, Applied::Verdict::Done);
+  const std::string part = folder.Write("conf.d/part.conf", "rocommunity hidden1\n");
+  AddToFile("includeDir " + folder.Path("conf.d"));
+  Serve();
+  const RotationLook look = LookAtRotation(change.target, means);
+  EXPECT_THAT(look.probe.messages, ElementsAre(part + ":1 has the old read community, too: it stays valid there"));
+  const Change finish = FinishRotation(change.target);
+  ASSERT_EQ(ApplyChange(finish, PlanChange(finish), kNow).verdict, Applied::Verdict::Done);
+  ProbeReport report;
+  ProbeLeft(change.target, means, {"hidden1", ""}, RotationEnd::Finish, report);
+  ASSERT_EQ(report.items.size(), 1U);
+  EXPECT_EQ(report.items[0].reason, part + ":1 lets it in");
 }
 
 }  // namespace

@@ -35,14 +35,30 @@ TEST(TheLinesThatADaemonReads, SayWhichCommunityTheyGiveSomethingTo) {
   EXPECT_THAT(communities, ElementsAre("4 one", "6 one", "4 two", "6 three", "", ""));
 }
 
-TEST(TheLineOfACommunity, IsTheFirstOneOutsideTheSection) {
+std::vector<std::string> PlacesOf(const std::string& text, const std::string& path, const std::string& community) {
+  std::vector<std::string> places;
+  for (const ReadLine& line : LinesOfCommunity(text, path, community)) {
+    places.push_back(line.place);
+  }
+  return places;
+}
+
+TEST(TheLinesOfACommunity, AreThoseOutsideTheSection) {
   const std::string text =
       "# Halvoren Section Start\nrocommunity one\n# Halvoren Section End\n# rocommunity one\n"
       "rocommunity6 'one' ::1\nrwcommunity one\ncom2sec name default two\n[snmp]\nrocommunity three\n";
-  EXPECT_EQ(LineOfCommunity(text, "one"), 5U);
-  EXPECT_EQ(LineOfCommunity(text, "two"), 7U);
-  EXPECT_EQ(LineOfCommunity(text, "three"), 0U);
-  EXPECT_EQ(LineOfCommunity(text, ""), 0U);
+  EXPECT_THAT(PlacesOf(text, "", "one"), ElementsAre("line 5", "line 6"));
+  EXPECT_THAT(PlacesOf(text, "", "two"), ElementsAre("line 7"));
+  EXPECT_THAT(PlacesOf(text, "", "three"), ElementsAre());
+  EXPECT_THAT(PlacesOf(text, "", ""), ElementsAre());
+}
+
+TEST(TheLinesOfACommunity, AreLookedForInIncludedFilesWhereTheFileIsKnown) {
+  const testsupport::ScratchFolder folder;
+  const std::string part = folder.Write("conf.d/part.conf", "sysName x\nrwcommunity one\n");
+  const std::string text = "includeDir " + folder.Path("conf.d") + "\n";
+  EXPECT_THAT(PlacesOf(text, folder.Path("snmpd.conf"), "one"), ElementsAre(part + ":2"));
+  EXPECT_THAT(PlacesOf(text, "", "one"), ElementsAre());
 }
 
 }  // namespace

@@ -5,8 +5,11 @@
 
 #include <algorithm>
 
+#include "devhost/engine/Host.h"
 #include "devhost/operations/History.h"
+#include "devhost/state/StateFolder.h"
 #include "tests/devhost/operations/Kitchen.h"
+#include "tests/devhost/support/RecordingObserver.h"
 
 namespace devhost {
 namespace {
@@ -185,6 +188,50 @@ TEST_F(ARotation, IsNotStartedTwice) {
   EXPECT_THAT(WhyNoStart("hidden4"), HasSubstr("a rotation is open already"));
 }
 
+TEST_F(ARotation, ChangesNothingWhenItsLastStepIsSaidAgain) {
+  Start("hidden3", "hidden4");
+  EXPECT_EQ(PlanChange(StartRotation(change.target, {"hidden3", "hidden4"})).verdict, Plan::Verdict::Nothing);
+  EXPECT_THAT(WhyNoStart("hidden3"), HasSubstr("a rotation is open already"));  // that is another one
+  ASSERT_EQ(Make(FinishRotation(change.target)).verdict, Applied::Verdict::Done);
+  EXPECT_EQ(PlanChange(FinishRotation(change.target)).verdict, Plan::Verdict::Nothing);
+  EXPECT_EQ(LeavingCommunities(change.target, RotationEnd::Finish).read, "hidden1");
+  EXPECT_THAT(WhyNot([&] { AbortRotation(change.target); }), HasSubstr("no rotation is open"));
+  Start("hidden5");
+  ASSERT_EQ(Make(AbortRotation(change.target)).verdict, Applied::Verdict::Done);
+  EXPECT_EQ(PlanChange(AbortRotation(change.target)).verdict, Plan::Verdict::Nothing);
+  EXPECT_EQ(LeavingCommunities(change.target, RotationEnd::Abort).read, "hidden5");
+}
+
+TEST_F(ARotation, MakesUpForARestartThatHasFailedInEachStep) {
+  const auto make = [](Change step, const std::string& restartCommand) {
+    step.restartCommand = {restartCommand};
+    return Make(step).verdict;
+  };
+  const auto start = [this] { return StartRotation(change.target, {"hidden3", ""}); };
+  for (const auto& end : {FinishRotation, AbortRotation}) {
+    EXPECT_EQ(make(start(), "false"), Applied::Verdict::NotRestarted);
+    EXPECT_EQ(make(start(), "true"), Applied::Verdict::Restarted);
+    EXPECT_EQ(make(end(change.target), "false"), Applied::Verdict::NotRestarted);
+    EXPECT_EQ(make(end(change.target), "true"), Applied::Verdict::Restarted);
+    folder.Write("kitchen/snmpd.conf", "# by hand\n");
+    ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  }
+}
+
+// The device keeps the new community, and somebody has aborted the rotation without it.
+TEST_F(ARotation, IsAbortedAgainWithTheCommunityOfTheSection) {
+  SetDevice("local_snmpd");
+  KeepStates();
+  Start("hidden3");
+  Target forgetful = change.target;
+  forgetful.stateFolder = "";
+  ASSERT_EQ(Make(AbortRotation(forgetful)).verdict, Applied::Verdict::Done);
+  ASSERT_THAT(LookAtDevice(change.target).now.settings, HasSubstr("hidden3"));
+  ASSERT_EQ(Make(AbortRotation(change.target)).verdict, Applied::Verdict::Done);
+  EXPECT_THAT(LookAtDevice(change.target).now.settings, AllOf(HasSubstr("hidden1"), Not(HasSubstr("hidden3"))));
+  EXPECT_THAT(File(), AllOf(HasSubstr("\nrocommunity  hidden1\n"), Not(HasSubstr("hidden3"))));
+}
+
 TEST_F(ARotation, NeedsACommunityThatIsNotInUse) {
   EXPECT_THAT(WhyNoStart("hidden1"), HasSubstr("the new read community is in use already"));
   EXPECT_THAT(WhyNoStart("hidden2"), HasSubstr("the new read community is in use already"));
@@ -216,6 +263,54 @@ TEST_F(ARotation, NeedsCommunitiesThatNoOtherLineHas) {
   EXPECT_THAT(WhyNoStart("", "hidden4"), HasSubstr(place + "old write community"));
   folder.Write("kitchen/snmpd.conf", before + "rwcommunity hidden4\n");
   EXPECT_THAT(WhyNoStart("", "hidden4"), HasSubstr(place + "new write community"));
+}
+
+TEST_F(ARotation, NeedsCommunitiesThatNoIncludedFileHas) {
+  const std::string part = folder.Write("kitchen/part.conf", "sysContact Ada\ncom2sec name default hidden1\n");
+  AddToFile("includeFile part.conf\n");
+  EXPECT_EQ(WhyNoStart("hidden3"),
+            part + ":2, outside the section, has the old read community, too; remove that line first");
+  folder.Write("kitchen/part.conf", "rocommunity hidden3\n");
+  EXPECT_THAT(WhyNoStart("hidden3"), HasSubstr(part + ":1, outside the section, has the new read community"));
+  folder.Write("kitchen/part.conf", "rocommunity hidden4\n");
+  EXPECT_EQ(WhyNoStart("hidden3"), "");
+}
+
+// Somebody may add such a line, or such a file, while a rotation is open.
+TEST_F(ARotation, NamesThePlacesWhereACommunityStaysAtEachStep) {
+  Start("hidden3");
+  EXPECT_THAT(StayingPlaces(change.target, {"hidden1", ""}, "old"), IsEmpty());
+  AddToFile("includeDir " + folder.Path("conf.d") + "\nrwcommunity hidden1 192.0.2.5\n");
+  const std::string part = folder.Write("conf.d/part.conf", "rocommunity hidden1\n");
+  const std::string text = File();
+  const std::string line = std::to_string(std::count(text.begin(), text.end(), '\n'));
+  EXPECT_THAT(StayingPlaces(change.target, LeavingCommunities(change.target, RotationEnd::Finish), "old"),
+              testing::ElementsAre(part + ":1 has the old read community, too: it stays valid there",
+                                   "line " + line + " of the file has the old read community, too: it stays valid there"));
+}
+
+// The driver gives another file than there is on this machine, as that of a controller elsewhere does.
+TEST_F(ARotation, SaysWhereIncludedFilesCannotBeSearched) {
+  AddToFile("includeFile part.conf\n");
+  EXPECT_THAT(StayingPlaces(change.target, {}, ""), IsEmpty());
+  SetDevice("local_snmpd");
+  KeepStates();
+  {
+    RecordingObserver observer;
+    StateFolder states(change.target.stateFolder);
+    Host host(observer, &states);
+    host.Load(change.target.chosen.agent);
+    host.Load(change.target.chosen.device);
+    host.Command(1, "GetDeviceList", {});
+    host.Command(12, "SetOnline", {{"online", "false"}});
+    host.Stop();
+  }
+  const std::string text = File();
+  AddToFile("# by hand\n");
+  EXPECT_THAT(StayingPlaces(change.target, {}, ""),
+              testing::ElementsAre("line " + std::to_string(std::count(text.begin(), text.end(), '\n')) +
+                                   " of the file has the daemon read other files, which cannot be searched from here: a "
+                                   "community of theirs stays valid"));
 }
 
 TEST_F(ARotation, NeedsASectionWithOneOldCommunity) {

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <limits>
 #include <string>
 
 #include "tests/support/ScratchFolder.h"
@@ -114,6 +115,27 @@ TEST_F(SnapshotsOfADevice, AreInUseByOneAtATime) {
   EXPECT_THAT(Numbers(), IsEmpty());
 }
 
+TEST_F(SnapshotsOfADevice, AreRefusedWhereTheirLockIsSomethingElse) {
+  { const SnapshotFolder made(path, 12); }
+  const std::string lock = path + "/driver-12/lock";
+  fs::remove(lock);
+  ASSERT_EQ(::mkfifo(lock.c_str(), 0600), 0);
+  EXPECT_THAT(OpenError(), HasSubstr("its file \"lock\" is not a file; allowed: a file with no other name, or none"));
+  EXPECT_TRUE(fs::is_fifo(lock));
+  fs::remove(lock);
+  const std::string precious = folder.Write("precious", "kept");
+  fs::create_symlink(precious, lock);
+  EXPECT_THAT(OpenError(), HasSubstr("its file \"lock\" is a symbolic link"));
+  fs::remove(lock);
+  fs::create_hard_link(precious, lock);
+  EXPECT_THAT(OpenError(), HasSubstr("its file \"lock\" has a second name (a hard link)"));
+  fs::remove(lock);
+  fs::create_directory(lock);
+  EXPECT_THAT(OpenError(), HasSubstr("its file \"lock\" is a folder"));
+  fs::remove(lock);
+  EXPECT_EQ(OpenError(), "");
+}
+
 TEST_F(SnapshotsOfADevice, HaveALimitOfNumberAndKeepTheirNumbers) {
   SnapshotFolder snapshots(path, 12, {3, 400 * kDay});
   for (int i = 0; i < 5; ++i) {
@@ -160,6 +182,13 @@ TEST_F(SnapshotsOfADevice, SayWhatIsMissing) {
   EXPECT_THAT(Problems(), ElementsAre(HasSubstr("driver-12/1\" is damaged: its file before.xml is missing; ")));
 }
 
+TEST_F(SnapshotsOfADevice, AreRefusedWhereALaterVersionHasWrittenThem) {
+  SnapshotFolder(path, 12).Begin("apply", "kitchen", before, kNow);
+  const std::string about = folder.Write("snapshots/driver-12/1/about.xml", "<snapshot format='2' time='1'/>");
+  ::chmod(about.c_str(), 0600);
+  EXPECT_THAT(Problems(), ElementsAre(HasSubstr("it has the format \"2\", and this version reads the format 1; ")));
+}
+
 TEST_F(SnapshotsOfADevice, DoNotShareTheDamageOfOne) {
   SnapshotFolder snapshots(path, 12);
   for (int i = 0; i < 3; ++i) {
@@ -196,6 +225,14 @@ TEST_F(SnapshotsOfADevice, LeaveNothingOfOneThatCouldNotBeKept) {
   EXPECT_THAT(error, HasSubstr("it cannot be written: "));
   EXPECT_FALSE(fs::exists(path + "/driver-12/3.new"));
   EXPECT_FALSE(fs::exists(path + "/driver-12/3"));
+}
+
+TEST_F(SnapshotsOfADevice, AreNotKeptWhereNoNumberIsLeft) {
+  SnapshotFolder snapshots(path, 12);
+  fs::create_directory(path + "/driver-12/" + std::to_string(std::numeric_limits<unsigned long>::max()));
+  EXPECT_THAT(ErrorOf([&] { snapshots.Begin("apply", "kitchen", before, kNow); }),
+              HasSubstr(": no number is left after this one; rename the folder to leave the snapshot out"));
+  EXPECT_FALSE(fs::exists(path + "/driver-12/0"));
 }
 
 }  // namespace

@@ -232,6 +232,13 @@ TEST_F(APreview, KnowsWhatTheDeviceHasKept) {
   EXPECT_THAT(waiting.messages, ElementsAre(StartsWith("kitchen cannot be reached now (CopyFrom gave -9): ")));
 }
 
+TEST(AStateOfADevice, SaysWhetherAChangeWaits) {
+  EXPECT_EQ(WaitingChange("kitchen", ""), "");
+  EXPECT_EQ(WaitingChange("kitchen", "<Odd><pending/></Odd>"), "") << "another driver's word";
+  EXPECT_EQ(WaitingChange("kitchen", "<SshSnmpd><refused><pending/><base/></refused></SshSnmpd>"), "");
+  EXPECT_THAT(WaitingChange("kitchen", "<SshSnmpd><pending/><base/></SshSnmpd>"), StartsWith("a change of kitchen waits, "));
+}
+
 TEST_F(APreview, OfSettingsForAnotherDeviceIsRefused) {
   input.device.id = 15;
   EXPECT_EQ(Error(), "s.xml:4: the settings are for device \"12\"; allowed: <deviceId>15</deviceId>, for kitchen");

@@ -96,7 +96,7 @@ class Skeleton : public H7BaseAgentDriver, public ISupportSNMP {
       ::close(STDIN_FILENO);
     }
     if (Breaks("process-left") && !std::exchange(s_hasStarted, true) && ::fork() == 0) {
-      ::execl("/bin/sleep", "sleep", "2", nullptr);
+      ::execl("/bin/sleep", "sleep", "5", nullptr);
       ::_exit(1);
     }
   }
