@@ -14,6 +14,7 @@
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/Console.h"
 #include "devhost/commands/Findings.h"
+#include "devhost/json/FindingObject.h"
 #include "devhost/operations/FileTarget.h"
 #include "devhost/preview/FileDifference.h"
 #include "devhost/secrets/Masker.h"
@@ -38,7 +39,8 @@ constexpr char kPatchFile[] = "snmpd.conf.patch";
 constexpr char kFooter[] =
     "Says which lines of the file become settings, which go, and which stay below the section of\n"
     "the agent. --write makes the settings for \"devhost apply --file\" and a patch that takes the\n"
-    "lines out. The file itself is not changed. Both hold communities: for this user alone.\n"
+    "lines out. The file itself is not changed. Both hold communities: for this user alone. A copy\n"
+    "that was fetched from elsewhere may have any name.\n"
     "\n"
     "Exit status: 0 the plan is made, and written; 1 the output cannot be written; 2 wrong usage,\n"
     "or a file or folder that is wrong.\n"
@@ -127,6 +129,11 @@ void PrintText(const Adoption& adoption, const std::string& file, const std::str
     const std::string folder = written + "/";
     out.Write("next:\n");
     out.Write(adoption.patch.empty() ? "" : "  patch " + ForShell(file) + " " + ForShell(folder + kPatchFile) + "\n");
+    if (!HasNameOfTarget(file)) {
+      out.Write("  put the file back as snmpd.conf, and give it " + ForShell(folder + kSettingsFile) +
+                " with devhost apply\n");
+      return;
+    }
     out.Write("  devhost apply --file " + ForShell(file) + " " + ForShell(folder + kSettingsFile) +
               " --restart-command 'systemctl restart snmpd'\n");
   }
@@ -139,8 +146,8 @@ ExitStatus AdoptFile(const Arguments& arguments, Console& console) {
   };
   return GuardStops(arguments, console, printStop, [&](Stage&) {
     const NamedText text{file, ReadFileText(file)};
-    // Refuses what "devhost apply --file" would refuse when the lines are gone.
-    const DriverEntry agent = TargetOfFile(file, ModuleFolder(arguments)).chosen.agent;
+    // Refuses what "devhost apply --file" would refuse when the lines are gone, but for the name: a copy may have any.
+    const DriverEntry agent = AgentForFile(file, ModuleFolder(arguments));
     const Adoption adoption = Adopt(text, std::filesystem::absolute(file).string(), agent);
     Masker masker(arguments.Has(kShowSecrets));
     masker.Xml(adoption.settings);

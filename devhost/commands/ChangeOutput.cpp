@@ -7,13 +7,17 @@
 #include <exception>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "devhost/commands/Console.h"
 #include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/Findings.h"
 #include "devhost/commands/ProbeOutput.h"
 #include "devhost/engine/EndWatch.h"
+#include "devhost/json/ChangeObject.h"
+#include "devhost/operations/History.h"
 #include "devhost/operations/RestartCommand.h"
 #include "devhost/text/Words.h"
 
@@ -38,39 +42,31 @@ bool Ask(const std::string& device, Console& console) {
   return answer == "y" || answer == "yes";
 }
 
-// What has become of a change, for people and for programs.
-struct Outcome {
-  const char* verdict;
-  ExitStatus status;
-};
-
-Outcome OutcomeOf(Plan::Verdict verdict) {
-  switch (verdict) {
+ExitStatus StatusOf(const Plan& plan) {
+  switch (plan.verdict) {
     case Plan::Verdict::Nothing:
-      return {"unchanged", ExitStatus::Good};
+      return plan.isDueAgain || plan.restartDue != 0 ? ExitStatus::Failed : ExitStatus::Good;
     case Plan::Verdict::Change:
-      return {"would-change", ExitStatus::Failed};
+      return ExitStatus::Failed;
     case Plan::Verdict::Stop:
       break;
   }
-  return {"stopped", ExitStatus::Wrong};
+  return ExitStatus::Wrong;
 }
 
-Outcome OutcomeOf(Applied::Verdict verdict) {
+ExitStatus StatusOf(Applied::Verdict verdict) {
   switch (verdict) {
     case Applied::Verdict::Done:
-      return {"changed", ExitStatus::Good};
     case Applied::Verdict::Waits:
-      return {"waits", ExitStatus::Good};
-    case Applied::Verdict::Stopped:
-      return {"stopped", ExitStatus::Wrong};
     case Applied::Verdict::Restarted:
-      return {"unchanged", ExitStatus::Good};
+      return ExitStatus::Good;
+    case Applied::Verdict::Stopped:
+      return ExitStatus::Wrong;
     case Applied::Verdict::NotRestarted:
     case Applied::Verdict::Failed:
       break;
   }
-  return {"failed", ExitStatus::Failed};
+  return ExitStatus::Failed;
 }
 
 // A change that has stopped or failed, and where.
@@ -79,17 +75,26 @@ struct Stop {
   std::string reason;
 };
 
-// What the daemon serves after a change; no address where it was not to be asked, or nobody knows where it is, as with a
-// file without a project.
+// Whether the daemon is to be asked after a change. That of a file without a project has read it only after a restart, and
+// what it lets in matters after a rotation.
+bool IsProbedAfter(const Change& change, const Applied& applied, const ProbeMore& probeMore, const Arguments& arguments) {
+  const bool hasReadFile = change.target.file.empty() || (probeMore && !change.restartCommand.empty());
+  const bool isDone = applied.verdict == Applied::Verdict::Done || applied.verdict == Applied::Verdict::Restarted;
+  return isDone && hasReadFile && !arguments.Has(kNoProbe);
+}
+
+// What the daemon serves after a change; no address where it was not to be asked.
 ProbeReport ProbeAfter(const Change& change, const Applied& applied, const ProbeMore& probeMore,
                        const Arguments& arguments) {
   ProbeReport report;
-  if (applied.verdict == Applied::Verdict::Done && change.target.file.empty() && !arguments.Has(kNoProbe)) {
+  if (IsProbedAfter(change, applied, probeMore, arguments)) {
     ProbeMeans means;
     means.address = arguments.Text(kAddress);
     means.sendsTraps = false;
     try {
-      report = ProbeDevice(change.target, means);
+      DeviceLook look;
+      look.now = applied.now;
+      report = ProbeDevice(change.target, means, look);
       if (probeMore && report.verdict != ProbeReport::Verdict::Unknown) {
         probeMore(report);
       }
@@ -114,22 +119,7 @@ void PrintProbe(const ProbeReport& report, const std::string& device, Console& c
 // `applied`, `probe` and `stop` may be null.
 void PrintJson(const std::string& device, const Plan& plan, const Applied* applied, const ProbeReport* probe,
                const Stop* stop, const std::vector<std::string>& messages, Output& out) {
-  ordered_json findings = ordered_json::array();
-  for (const Finding& finding : plan.findings) {
-    findings.push_back(FindingObject(finding));
-  }
-  const bool isKept = applied != nullptr && applied->snapshot != 0;
-  ordered_json object = {{"device", device},
-                         {"verdict", (applied == nullptr ? OutcomeOf(plan.verdict) : OutcomeOf(applied->verdict)).verdict},
-                         {"changed", isKept},
-                         {"snapshot", isKept ? ordered_json(applied->snapshot) : ordered_json()},
-                         {"difference", plan.difference},
-                         {"settings", SettingObjects(plan.settings)},
-                         {"findings", findings},
-                         {"messages", messages}};
-  if (probe != nullptr && !probe->address.empty()) {
-    object["probe"] = ProbeObject(*probe);
-  }
+  ordered_json object = ChangeObject(device, plan, applied, probe, messages);
   if (stop != nullptr) {
     object["stage"] = NameOf(stop->stage);
     object["reason"] = stop->reason;
@@ -142,20 +132,6 @@ Stage StageOf(Applied::Verdict verdict) {
   return verdict == Applied::Verdict::Stopped        ? Stage::Prepare
          : verdict == Applied::Verdict::NotRestarted ? Stage::Restart
                                                      : Stage::Change;
-}
-
-// A device says why it has failed before anybody else does, so all messages are the reason.
-std::string Joined(const std::vector<std::string>& messages) {
-  std::string text;
-  for (const std::string& message : messages) {
-    text += (text.empty() ? "" : "; ") + message;
-  }
-  return text;
-}
-
-// The last message of a plan that has stopped says why.
-std::string LastOf(const std::vector<std::string>& messages) {
-  return messages.empty() ? "" : messages.back();
 }
 
 void PrintPlan(const Plan& plan, bool withDifference, Console& console) {
@@ -175,11 +151,12 @@ void PrintLines(const std::vector<std::string>& lines, bool areErrors, Console& 
 }
 
 std::string SummaryOf(const Plan& plan, const std::string& device) {
-  if (plan.verdict == Plan::Verdict::Nothing) {
+  if (plan.verdict == Plan::Verdict::Nothing && !plan.isDueAgain) {
     return "nothing to change on " + device;
   }
-  return plan.difference.empty() ? "settings of " + device + " would change; its snmpd.conf would be written again"
-                                 : "the " + plan.file + " would change";
+  return plan.isDueAgain           ? "the " + plan.file + " would be written again"
+         : plan.difference.empty() ? "settings of " + device + " would change; its snmpd.conf would be written again"
+                                   : "the " + plan.file + " would change";
 }
 
 std::string SummaryOf(const Applied& applied, const std::string& device) {
@@ -241,8 +218,9 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   const bool asks = !arguments.Has(kYes) && !arguments.Has(kDryRun);
   const std::string device = OneLine(change.target.chosen.device.name);
   stage = Stage::Plan;
-  const Plan plan = PlanChange(change);
-  const bool restartsLate = plan.restartDue != 0 && !arguments.Has(kDryRun);
+  std::optional<DeviceLife> life(std::in_place, change.target.chosen.agent, change.target.chosen.device);
+  const Plan plan = PlanChange(change, *life);
+  const bool restartsLate = (plan.restartDue != 0 || plan.isDueAgain) && !arguments.Has(kDryRun);
   std::vector<std::string> messages = remarks(plan);
   if (plan.restartDue != 0 && !restartsLate) {
     messages.push_back("the restart of the change of snapshot " + std::to_string(plan.restartDue) + " is due");
@@ -255,13 +233,13 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   messages.insert(messages.end(), plan.messages.begin(), plan.messages.end());
   if (!restartsLate && (plan.verdict != Plan::Verdict::Change || arguments.Has(kDryRun))) {
     if (json) {
-      const Stop stop{Stage::Plan, LastOf(plan.messages)};
+      const Stop stop{Stage::Plan, Joined(plan.messages)};
       PrintJson(change.target.chosen.device.name, plan, nullptr, nullptr,
                 plan.verdict == Plan::Verdict::Stop ? &stop : nullptr, messages, console.Out());
     } else if (plan.verdict != Plan::Verdict::Stop) {
       console.Out().Write(SummaryOf(plan, device) + "\n");
     }
-    return OutcomeOf(plan.verdict).status;
+    return StatusOf(plan);
   }
   if (asks && !restartsLate && !Ask(device, console)) {
     return Decline(console);
@@ -269,11 +247,12 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   // A driver that ends the process may leave the device changed from here on.
   EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Failed));
   stage = Stage::Prepare;
-  const Applied applied = ApplyChange(change, plan, std::time(nullptr));
-  const Outcome outcome = OutcomeOf(applied.verdict);
-  const bool failed = outcome.status != ExitStatus::Good;
+  const Applied applied = ApplyChange(change, plan, std::time(nullptr), *life);
+  life.reset();
+  const ExitStatus made = StatusOf(applied.verdict);
+  const bool failed = made != ExitStatus::Good;
   const ProbeReport probe = ProbeAfter(change, applied, probeMore, arguments);
-  const ExitStatus status = probe.verdict == ProbeReport::Verdict::Differs ? ExitStatus::Failed : outcome.status;
+  const ExitStatus status = probe.verdict == ProbeReport::Verdict::Differs ? ExitStatus::Failed : made;
   if (json) {
     messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());
     const Stop stop{StageOf(applied.verdict), Joined(applied.messages)};
@@ -313,16 +292,16 @@ PrintStop PrintStopOfChange(const std::string& name, Console& console) {
   };
 }
 
-void PrintObject(const ordered_json& object, Output& out) {
-  out.Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+std::string Joined(const std::vector<std::string>& messages) {
+  std::string text;
+  for (const std::string& message : messages) {
+    text += (text.empty() ? "" : "; ") + message;
+  }
+  return text;
 }
 
-ordered_json SettingObjects(const std::vector<SettingChange>& settings) {
-  ordered_json objects = ordered_json::array();
-  for (const SettingChange& setting : settings) {
-    objects.push_back({{"name", setting.name}, {"before", setting.before}, {"after", setting.after}});
-  }
-  return objects;
+void PrintObject(const ordered_json& object, Output& out) {
+  out.Write(object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
 }
 
 std::string SettingLines(const std::vector<SettingChange>& settings) {

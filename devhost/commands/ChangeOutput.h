@@ -69,11 +69,14 @@ ExitStatus GuardStops(const Arguments& arguments, Console& console, const PrintS
 // Prints the object of a command that changes a device and has stopped before there was a plan, for GuardStops. `name` is
 // the device's.
 PrintStop PrintStopOfChange(const std::string& name, Console& console);
+
+// Messages as the reason of a stop: a driver says why it has failed before anybody else does, so all of them count.
+std::string Joined(const std::vector<std::string>& messages);
+
 // Prints an object on a line of its own. Bytes that are not UTF-8 are replaced by U+FFFD.
 void PrintObject(const nlohmann::ordered_json& object, Output& out);
 
-// Settings that differ, as JSON and as lines of text.
-nlohmann::ordered_json SettingObjects(const std::vector<SettingChange>& settings);
+// Settings that differ, as lines of text.
 std::string SettingLines(const std::vector<SettingChange>& settings);
 
 }  // namespace devhost

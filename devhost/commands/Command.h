@@ -66,9 +66,10 @@ struct Command {
   using Run = ExitStatus (*)(const Arguments& arguments, Console& console);
 
   const char* name;
-  const char* meaning;                 // in one line
-  std::vector<CommandOption> options;  // and arguments, which stand in this order on the command line
-  std::string footer;                  // ends the help: exit statuses and an example
+  const char* meaning;  // in one line
+  // And arguments, which stand in this order on the command line. A first one with choices may stand behind the second.
+  std::vector<CommandOption> options;
+  std::string footer;  // ends the help: exit statuses and an example
   Run run;
 };
 

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/text/Words.h"
@@ -96,6 +97,27 @@ std::string Misuse(const CLI::App& app, const std::string& name) {
   return "";
 }
 
+// People write the two words of "fleet OPERATION INVENTORY" in either order. Where the first argument of a command is one of
+// few words, and of two words in front of all options only the second is one of them, the two change places.
+void PutChoiceFirst(const std::vector<Command>& commands, std::vector<const char*>& line) {
+  if (line.size() < 4 || line[2][0] == '-') {
+    return;
+  }
+  const auto command = std::find_if(commands.begin(), commands.end(),
+                                    [&line](const Command& each) { return std::strcmp(each.name, line[1]) == 0; });
+  if (command == commands.end() || command->options.size() < 2 || !command->options[0].IsArgument() ||
+      !command->options[1].IsArgument()) {
+    return;
+  }
+  const std::vector<std::string>& choices = command->options[0].choices;  // none where any text will do
+  const auto isChoice = [&choices](const char* word) {
+    return std::find(choices.begin(), choices.end(), word) != choices.end();
+  };
+  if (!isChoice(line[2]) && isChoice(line[3])) {
+    std::swap(line[2], line[3]);
+  }
+}
+
 class Parser {
  public:
   explicit Parser(const std::vector<Command>& commands) : m_app(kMeaning, "devhost"), m_commands(commands) {
@@ -118,8 +140,10 @@ class Parser {
     if (argc < 2) {
       return {nullptr, {}, ExitStatus::Wrong, m_app.help()};
     }
+    std::vector<const char*> line(argv, argv + argc);
+    PutChoiceFirst(m_commands, line);
     try {
-      m_app.parse(argc, argv);
+      m_app.parse(argc, line.data());
       return m_line;
     } catch (const CLI::CallForHelp&) {
       return {nullptr, {}, ExitStatus::Good, App() != nullptr ? App()->help("devhost") : m_app.help()};

@@ -5,9 +5,11 @@
 
 #include "devhost/commands/CommandLine.h"
 #include "devhost/commands/Completion.h"
+#include "devhost/commands/HostProcess.h"
 #include "devhost/driver/DriverModule.h"
 #include "devhost/preview/Preview.h"
 #include "devhost/project/Project.h"
+#include "devhost/replay/Conversation.h"
 #include "devhost/script/ScriptReader.h"
 #include "devhost/state/StateStore.h"
 #include "devhost/system/FileText.h"
@@ -23,16 +25,16 @@ bool IsOneOf(const std::exception& error) {
 
 // Errors of what a command is given, as opposed to what happens while it works.
 bool IsWrongInput(const std::exception& error) {
-  return IsOneOf<FileError, ModuleError, PreviewError, ProjectError, ScriptError, StateError>(error);
+  return IsOneOf<ConversationError, FileError, ModuleError, PreviewError, ProjectError, ScriptError, StateError>(error);
 }
 
 }  // namespace
 
 const std::vector<Command>& Commands() {
-  static const std::vector<Command> commands = {MakeRun(),     MakeShell(), MakeCheck(),  MakeAdvise(),    MakeValidate(),
-                                                MakePreview(), MakeAdopt(), MakeApply(),  MakeHistory(),   MakeUndo(),
-                                                MakeDrift(),   MakeProbe(), MakeRotate(), MakeModule(),    MakeNewDriver(),
-                                                MakeConform(), MakeFleet(), MakeTrust(),  MakeCompletion()};
+  static const std::vector<Command> commands = {
+      MakeRun(),     MakeShell(),  MakeReplay(),    MakeServe(),   MakeCheck(), MakeAdvise(), MakeValidate(),
+      MakePreview(), MakeAdopt(),  MakeApply(),     MakeHistory(), MakeUndo(),  MakeDrift(),  MakeProbe(),
+      MakeRotate(),  MakeModule(), MakeNewDriver(), MakeConform(), MakeFleet(), MakeTrust(),  MakeCompletion()};
   return commands;
 }
 
@@ -43,7 +45,9 @@ ExitStatus RunCommandLine(int argc, const char* const* argv, Console& console) {
       console.Out().Write(CompletionLines({argv + 2, argv + argc}, Commands()));
       return console.Finish(ExitStatus::Good);
     }
-    const CommandLine line = ParseCommandLine(argc, argv, Commands());
+    const std::vector<Command> hostProcess = {MakeHostProcess()};
+    const bool isHostProcess = argc > 1 && argv[1] == std::string(kHostProcess);
+    const CommandLine line = ParseCommandLine(argc, argv, isHostProcess ? hostProcess : Commands());
     if (line.command != nullptr) {
       return console.Finish(line.command->run(line.arguments, console));
     }

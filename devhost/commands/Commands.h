@@ -11,6 +11,8 @@ namespace devhost {
 // Each is in the file of its name, with its options and its help.
 Command MakeRun();
 Command MakeShell();
+Command MakeReplay();
+Command MakeServe();
 Command MakeCheck();
 Command MakeAdopt();
 Command MakeAdvise();

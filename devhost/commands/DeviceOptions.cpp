@@ -44,6 +44,10 @@ Target ReadTarget(const Arguments& arguments) {
   return target;
 }
 
+void RequireOneTarget(const Arguments& arguments) {
+  NextText(arguments, kDevice);
+}
+
 std::string TargetName(const Arguments& arguments) {
   return arguments.Text(arguments.Has(kFile) ? kFile : kDevice);
 }

@@ -44,6 +44,9 @@ inline const CommandOption kFile{"--file",
 // and std::runtime_error when the line names none.
 Target ReadTarget(const Arguments& arguments);
 
+// Throws std::runtime_error when a device stands beside --file. For commands that have nothing behind the device.
+void RequireOneTarget(const Arguments& arguments);
+
 // The name of the device or file on the line.
 std::string TargetName(const Arguments& arguments);
 

@@ -7,6 +7,7 @@
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/Findings.h"
+#include "devhost/json/ChangeObject.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -31,27 +32,12 @@ constexpr char kFooter[] =
     "\n"
     "  devhost drift --project project.xml kitchen";
 
-const char* NameOf(Drift::Verdict verdict) {
-  return verdict == Drift::Verdict::None ? "none" : verdict == Drift::Verdict::Some ? "drift" : "unknown";
-}
-
 // `stage` is told of a drift that nobody knows.
 void PrintJson(const Drift& drift, const std::string& device, Stage stage, Output& out) {
-  ordered_json overridden = ordered_json::array();
-  for (const Finding& finding : drift.overridden) {
-    overridden.push_back(FindingObject(finding));
-  }
-  ordered_json object = {{"device", device},
-                         {"verdict", NameOf(drift.verdict)},
-                         {"section", drift.section},
-                         {"overridden", overridden},
-                         {"snapshot", drift.snapshot == 0 ? ordered_json() : ordered_json(drift.snapshot)},
-                         {"difference", drift.since.file},
-                         {"settings", SettingObjects(drift.since.settings)},
-                         {"messages", drift.messages}};
+  ordered_json object = DriftObject(drift, device);
   if (drift.verdict == Drift::Verdict::Unknown) {
     object["stage"] = NameOf(stage);
-    object["reason"] = drift.messages.empty() ? "" : drift.messages.back();
+    object["reason"] = Joined(drift.messages);
   }
   PrintObject(object, out);
 }
@@ -84,6 +70,7 @@ ExitStatus ShowDrift(const Arguments& arguments, Console& console) {
     PrintJson(unknown, TargetName(arguments), stage, console.Out());
   };
   return GuardStops(arguments, console, printStop, [&](Stage& stage) {
+    RequireOneTarget(arguments);
     const Target target = ReadTarget(arguments);
     stage = Stage::Plan;
     const Drift drift = FindDrift(target);

@@ -1,16 +1,11 @@
 #ifndef DEVHOST_COMMANDS_EMBEDDED_FILES_H
 #define DEVHOST_COMMANDS_EMBEDDED_FILES_H
 
-#include <string>
 #include <vector>
 
-namespace devhost {
+#include "devhost/system/EmbeddedFile.h"
 
-// A file of the source tree that the build has put into the program.
-struct EmbeddedFile {
-  std::string name;  // without a folder
-  std::string text;
-};
+namespace devhost {
 
 // All files of examples/driver/.
 const std::vector<EmbeddedFile>& ExampleFiles();

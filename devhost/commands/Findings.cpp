@@ -4,16 +4,13 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 
+#include "devhost/json/FindingObject.h"
 #include "devhost/system/Output.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
 
 namespace {
-
-const char* Name(Severity severity) {
-  return severity == Severity::Error ? "error" : severity == Severity::Warning ? "warning" : "note";
-}
 
 std::size_t CountOf(const std::vector<Finding>& findings, Severity severity) {
   return static_cast<std::size_t>(std::count_if(
@@ -24,13 +21,8 @@ std::size_t CountOf(const std::vector<Finding>& findings, Severity severity) {
 
 std::string FindingText(const Finding& finding) {
   const std::string line = finding.line == 0 ? "" : ":" + std::to_string(finding.line);
-  return OneLine(finding.file) + line + ": " + Name(finding.severity) + ": " + OneLine(finding.reason) + " [" +
+  return OneLine(finding.file) + line + ": " + NameOf(finding.severity) + ": " + OneLine(finding.reason) + " [" +
          finding.rule + "]\n    " + OneLine(finding.remedy) + "\n";
-}
-
-nlohmann::ordered_json FindingObject(const Finding& finding) {
-  return {{"file", finding.file}, {"line", finding.line},     {"severity", Name(finding.severity)},
-          {"rule", finding.rule}, {"reason", finding.reason}, {"remedy", finding.remedy}};
 }
 
 std::string FindingJson(const Finding& finding) {

@@ -1,7 +1,6 @@
 #ifndef DEVHOST_COMMANDS_FINDINGS_H
 #define DEVHOST_COMMANDS_FINDINGS_H
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -15,9 +14,6 @@ class Output;
 // "FILE:LINE: error: REASON [RULE]", then the remedy, indented: two lines whatever the texts hold. Without ":LINE" when it
 // is about the whole file.
 std::string FindingText(const Finding& finding);
-
-// The same as an object for JSON.
-nlohmann::ordered_json FindingObject(const Finding& finding);
 
 // The same as one JSON object and a line feed. Bytes that are not UTF-8 are replaced by U+FFFD.
 std::string FindingJson(const Finding& finding);

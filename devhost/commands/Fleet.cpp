@@ -15,6 +15,7 @@
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/FleetOutput.h"
+#include "devhost/commands/RotateOptions.h"
 #include "devhost/fleet/FleetRecord.h"
 #include "devhost/fleet/FleetRun.h"
 #include "devhost/fleet/Inventory.h"
@@ -28,36 +29,46 @@ namespace {
 
 using Takes = CommandOption::Takes;
 
-const CommandOption kOperation{"operation",   "",   "What is done with each device: apply, preview, drift, probe, check",
-                               Takes::Choice, true, {"apply", "preview", "drift", "probe", "check"}};
+const CommandOption kOperation{
+    "operation",   "",   "What is done with each device: apply, preview, drift, probe, check, rotate",
+    Takes::Choice, true, {"apply", "preview", "drift", "probe", "check", "rotate"}};
 const CommandOption kInventory{"inventory", "", "File that lists the devices", Takes::Path, true};
 const CommandOption kJobs{"--jobs", "N", "How many devices at a time (default: 8)", Takes::Text};
 const CommandOption kWave{"--wave", "LIST", "Waves, as in 1,10%,100%: how many devices have had their turn after each",
                           Takes::Text};
 const CommandOption kDeadline{"--deadline", "SECONDS", "The most time for one device (default: 300)", Takes::Text};
-const CommandOption kRecord{"--record", "FILE", "Remember in this file which devices are done (apply)", Takes::Path};
-const CommandOption kResume{"--resume", "", "Go on where the run of the record has ended (apply)"};
+const CommandOption kRecord{"--record", "FILE", "Remember in this file which devices are done (apply, rotate)", Takes::Path};
+const CommandOption kResume{"--resume", "", "Go on where the run of the record has ended (apply, rotate)"};
 const CommandOption kFleetJson{"--json", "", "Print one JSON object for each device, and one at the end"};
 
 constexpr char kFooter[] =
-    "Runs \"devhost apply\", \"preview\", \"drift\", \"probe\" or \"check\" for each device of the\n"
-    "inventory, in a process of its own. docs/fleet.md describes the inventory. In a settings file, {deviceId}\n"
-    "stands for the id of the device, so several devices can share one. All files of settings\n"
-    "are read before the first device is touched.\n"
+    "Runs \"devhost apply\", \"preview\", \"drift\", \"probe\", \"check\" or \"rotate\" for each device of\n"
+    "the inventory, in a process of its own. The inventory may stand before the operation.\n"
+    "docs/fleet.md describes inventories. In a settings file, {deviceId} stands for the id of the\n"
+    "device, so several devices can share one. All files of settings and communities are read\n"
+    "before the first device is touched.\n"
+    "\n"
+    "rotate takes the steps of \"devhost rotate\": --read and --write, --status, --finish, --abort.\n"
+    "All devices get the same communities. A device on which another rotation is open has failed.\n"
     "\n"
     "A wave in which a device has failed is the last one. SIGINT, SIGTERM and SIGHUP end what\n"
     "runs; the report says what was and what was not done. --resume leaves out the devices that\n"
-    "have got the same settings in the run of the record. When all is done, the record is\n"
-    "removed.\n"
+    "have got the same settings, or had the same step of a rotation, in the run of the record. When\n"
+    "all is done, the record is removed.\n"
     "\n"
-    "Exit status: 0 all is well: changed, waiting, unchanged, no drift, no finding; 1 with apply\n"
-    "a device has failed or had no turn, else something would change, has drifted or was found; 2 a\n"
-    "wrong command line, inventory, project, settings file or record, and nothing was started, or\n"
-    "without apply a device that could not be judged.\n"
+    "Exit status: 0 all is well: changed, waiting, unchanged, no drift, no finding; 1 a change has\n"
+    "failed on a device, or it had no turn, or, without a change, something would change, has\n"
+    "drifted or was found; 2 a wrong command line, inventory, project, file or record, and nothing\n"
+    "was started, or, without a change, a device that could not be judged.\n"
     "\n"
     "Example: give all devices their settings, the first one alone.\n"
     "\n"
-    "  devhost fleet apply fleet.xml --yes --wave 1,100% --record fleet.record";
+    "  devhost fleet apply fleet.xml --yes --wave 1,100% --record fleet.record\n"
+    "\n"
+    "Example: give all devices the read community in the file new, and end that a week later.\n"
+    "\n"
+    "  devhost fleet rotate fleet.xml --read new --yes\n"
+    "  devhost fleet rotate fleet.xml --finish --yes";
 
 // What the command line asks for cannot be done, and nothing was started.
 class UsageError : public std::runtime_error {
@@ -79,25 +90,40 @@ unsigned int NumberOf(const Arguments& arguments, const CommandOption& option, u
   return number;
 }
 
-FleetOperation OperationOf(const Arguments& arguments) {
-  const std::string name = arguments.Text(kOperation);
-  FleetOperation operation;
-  operation.name = name;
-  operation.changes = name == "apply" && !arguments.Has(kDryRun);
-  operation.takesSettings = name == "apply" || name == "preview";
-  if (name == "apply" && arguments.Has(kYes) == arguments.Has(kDryRun)) {
-    throw UsageError("nobody is asked for each device of a fleet; allowed with apply: either --yes or --dry-run");
-  }
+// Refuses options that the operation does not have.
+void RequireOwnOptions(const std::string& operation, const Arguments& arguments) {
+  const bool changes = operation == "apply" || operation == "rotate";
   for (const CommandOption* const option : {&kYes, &kDryRun, &kAccept, &kRecord, &kResume}) {
-    if (name != "apply" && arguments.Has(*option)) {
-      throw UsageError(std::string(option->name) + " is for apply; allowed with " + name + ": leave it out");
+    if (!changes && arguments.Has(*option)) {
+      throw UsageError(std::string(option->name) + " is for apply and rotate; allowed with " + operation + ": leave it out");
     }
   }
+  for (const CommandOption* const option : {&kRead, &kWrite, &kStatus, &kFinish, &kAbort, &kNoProbe}) {
+    if (operation != "rotate" && arguments.Has(*option)) {
+      throw UsageError(std::string(option->name) + " is for rotate; allowed with " + operation + ": leave it out");
+    }
+  }
+}
+
+FleetOperation OperationOf(const Arguments& arguments) {
+  const std::string name = arguments.Text(kOperation);
+  RequireOwnOptions(name, arguments);
+  if (name == "rotate") {
+    RequireStep(arguments);
+  }
+  const bool mayChange = name == "apply" || (name == "rotate" && !arguments.Has(kStatus));
+  if (mayChange && arguments.Has(kYes) == arguments.Has(kDryRun)) {
+    throw UsageError("nobody is asked for each device of a fleet; allowed with " + name + ": either --yes or --dry-run");
+  }
+  FleetOperation operation;
+  operation.name = name;
+  operation.changes = mayChange && !arguments.Has(kDryRun);
+  operation.takesSettings = name == "apply" || name == "preview";
   if (arguments.Has(kResume) && !arguments.Has(kRecord)) {
     throw UsageError("--resume needs to know the record; allowed: --record FILE --resume");
   }
   if (arguments.Has(kRecord) && !operation.changes) {
-    throw UsageError("--record is for a run that changes something; allowed with --dry-run: leave it out");
+    throw UsageError("--record is for a run that changes something; allowed with --dry-run and --status: leave it out");
   }
   return operation;
 }
@@ -127,6 +153,13 @@ class SettingsTexts {
   std::map<std::string, std::string> m_texts;  // by path
 };
 
+// What the programs read of all communities: files and standard input are read once, before the first device is touched.
+std::string CommunityLines(const Arguments& arguments) {
+  const Communities communities = ReadCommunities(arguments);
+  return (communities.read.empty() ? "" : communities.read + "\n") +
+         (communities.write.empty() ? "" : communities.write + "\n");
+}
+
 // The words behind the program and the operation.
 std::vector<std::string> WordsFor(const FleetDevice& device, const FleetOperation& operation, const Arguments& arguments) {
   if (operation.name == "check") {
@@ -148,6 +181,16 @@ std::vector<std::string> WordsFor(const FleetDevice& device, const FleetOperatio
   if (operation.takesSettings) {
     words.emplace_back("-");
   }
+  for (const CommandOption* const option : {&kStatus, &kFinish, &kAbort, &kNoProbe}) {
+    if (arguments.Has(*option)) {
+      words.emplace_back(option->name);
+    }
+  }
+  for (const CommandOption* const option : {&kRead, &kWrite}) {
+    if (arguments.Has(*option)) {
+      words.insert(words.end(), {option->name, "-"});
+    }
+  }
   return words;
 }
 
@@ -156,6 +199,7 @@ std::vector<FleetTask> TasksFor(const std::vector<FleetDevice>& devices, const F
   const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
   const std::string inventory = arguments.Text(kInventory);
   SettingsTexts settings;
+  const std::string communities = CommunityLines(arguments);
   std::vector<FleetTask> tasks;
   tasks.reserve(devices.size());
   for (const FleetDevice& device : devices) {
@@ -169,12 +213,24 @@ std::vector<FleetTask> TasksFor(const std::vector<FleetDevice>& devices, const F
     task.words = {program, operation.name};
     const std::vector<std::string> more = WordsFor(device, operation, arguments);
     task.words.insert(task.words.end(), more.begin(), more.end());
-    task.input = operation.takesSettings ? settings.Of(device) : "";
-    // Only one host at a time uses a state folder.
-    task.alone = device.state;
+    task.input = operation.takesSettings ? settings.Of(device) : communities;
+    // Only one host at a time uses a state folder, by whatever name.
+    task.alone = device.state.empty() ? "" : std::filesystem::weakly_canonical(device.state).string();
     tasks.push_back(std::move(task));
   }
   return tasks;
+}
+
+// What tells the steps of a rotation apart, from each other and from settings, in a record.
+std::string StepOf(const Arguments& arguments) {
+  if (arguments.Text(kOperation) != "rotate") {
+    return "";
+  }
+  std::string step = "rotate";
+  for (const CommandOption* const option : {&kRead, &kWrite, &kFinish, &kAbort}) {
+    step += arguments.Has(*option) ? std::string(" ") + option->name : "";
+  }
+  return step + "\n";
 }
 
 // What is known of a run while it goes on, and at its end.
@@ -184,6 +240,7 @@ class Rollout {
       : m_console(console),
         m_operation(OperationOf(arguments)),
         m_devices(ReadInventory(arguments.Text(kInventory), ModuleFolder(arguments))),
+        m_step(StepOf(arguments)),
         m_tasks(TasksFor(m_devices, m_operation, arguments)),
         m_output(m_devices, arguments.Has(kFleetJson), console) {
     m_limits.jobs = NumberOf(arguments, kJobs, 8, 1000);
@@ -216,7 +273,7 @@ class Rollout {
 
  private:
   std::string KeyOf(std::size_t number) const {
-    return FleetRecord::KeyOf(m_devices[number].project, m_devices[number].name, m_tasks[number].input);
+    return FleetRecord::KeyOf(m_devices[number].project, m_devices[number].name, m_step + m_tasks[number].input);
   }
 
   void Take(std::size_t number, std::size_t wave, const FleetResult& result) {
@@ -240,6 +297,7 @@ class Rollout {
   Console& m_console;
   const FleetOperation m_operation;
   const std::vector<FleetDevice> m_devices;
+  const std::string m_step;
   std::vector<FleetTask> m_tasks;
   FleetLimits m_limits;
   std::optional<FleetRecord> m_record;
@@ -261,12 +319,12 @@ ExitStatus Fleet(const Arguments& arguments, Console& console) {
 }  // namespace
 
 Command MakeFleet() {
-  return {
-      "fleet",
-      "Do the same with many devices, several at a time",
-      {kOperation, kInventory, kModuleFolder, kJobs, kWave, kDeadline, kRecord, kResume, kAccept, kDryRun, kYes, kFleetJson},
-      kFooter,
-      &Fleet};
+  return {"fleet",
+          "Do the same with many devices, several at a time",
+          {kOperation, kInventory, kModuleFolder, kJobs, kWave, kDeadline, kRecord, kResume, kAccept, kDryRun, kYes, kRead,
+           kWrite, kStatus, kFinish, kAbort, kNoProbe, kFleetJson},
+          kFooter,
+          &Fleet};
 }
 
 }  // namespace devhost

@@ -63,6 +63,32 @@ std::string Written(const ordered_json& value) {
   return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 
+// What a daemon that was asked after a change serves differently; "" when there is no such thing.
+std::string DifferenceIn(const ordered_json& object) {
+  std::string names;
+  const ordered_json probe = object.value("probe", ordered_json::object());
+  const auto items = probe.find("items");
+  if (items != probe.end() && items->is_array()) {
+    for (const ordered_json& item : *items) {
+      names += TextOf(item, "verdict") == "differs" ? (names.empty() ? "" : ", ") + TextOf(item, "name") : "";
+    }
+  }
+  return names.empty() ? "" : "the daemon differs: " + names;
+}
+
+// What the object says of a device in one line. Of a rotation that was only looked at, that is whether it is open.
+std::string ReasonIn(const ordered_json& object) {
+  const auto open = object.find("open");
+  if (open == object.end() || !open->is_boolean()) {
+    const std::string reason = TextOf(object, "reason");
+    return reason.empty() ? DifferenceIn(object) : reason;
+  }
+  const ordered_json messages = object.value("messages", ordered_json::array());
+  const bool hasMessage = messages.is_array() && !messages.empty() && messages.back().is_string();
+  return std::string(open->get<bool>() ? "a rotation is open" : "no rotation is open") +
+         (hasMessage ? "; " + OneLine(messages.back().get<std::string>()) : "");
+}
+
 bool HasEndedByItself(const FleetEnd& end) {
   return !end.isLate && !end.tooLong && end.signal == 0;
 }
@@ -115,7 +141,7 @@ FleetResult JudgeFleetEnd(const FleetOperation& operation, const FleetEnd& end) 
   FleetResult result;
   result.kind = end.exitStatus == 0 ? Kind::Good : end.exitStatus == 1 && !operation.changes ? Kind::Differs : Kind::Failed;
   result.verdict = ShownVerdict(operation, verdict);
-  result.reason = TextOf(objects.back(), "reason");
+  result.reason = ReasonIn(objects.back());
   result.answer = Written(objects.back());
   return result;
 }

@@ -11,7 +11,7 @@
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
-#include "devhost/secrets/KnownSecrets.h"
+#include "devhost/json/SnapshotObject.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -39,72 +39,41 @@ constexpr char kFooter[] =
     "\n"
     "  devhost history --project project.xml kitchen --from 3";
 
-std::string TextOf(std::int64_t time, const char* format, std::tm* (*convert)(const std::time_t*, std::tm*)) {
+std::string LocalTime(std::int64_t time) {
   const std::time_t seconds = static_cast<std::time_t>(time);
   std::tm fields = {};
   char text[64] = "";
-  if (convert(&seconds, &fields) != nullptr) {
-    std::strftime(text, sizeof(text), format, &fields);
+  if (::localtime_r(&seconds, &fields) != nullptr) {
+    std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &fields);
   }
   return text;
 }
 
-// Snapshots are files that a user can edit: an operation that is not one of ours may say anything.
-std::string ShownOperation(const Snapshot& snapshot, bool showSecrets) {
-  const std::string& operation = snapshot.operation;
-  constexpr std::string_view kUndo = "undo ";
-  const bool isUndo = operation.compare(0, kUndo.size(), kUndo) == 0 &&
-                      operation.find_first_not_of("0123456789", kUndo.size()) == std::string::npos;
-  return showSecrets || operation == "apply" || isUndo ? operation : kMask;
-}
-
-// The names of the settings that the operation has changed.
-std::vector<std::string> ChangedBy(const Snapshot& snapshot, bool showSecrets) {
-  std::vector<std::string> names;
-  if (snapshot.after) {
-    const CopyDifference difference = CompareCopies({"", snapshot.before}, {"", *snapshot.after}, showSecrets);
-    names.reserve(difference.settings.size());
-    for (const SettingChange& setting : difference.settings) {
-      names.push_back(setting.name);
-    }
-  }
-  return names;
-}
-
-std::string LineOf(const Snapshot& snapshot, const std::string& operation, const std::vector<std::string>& changed) {
-  std::string line = std::to_string(snapshot.number) + "  " + TextOf(snapshot.time, "%Y-%m-%d %H:%M:%S", &::localtime_r) +
-                     "  " + OneLine(operation);
+std::string LineOf(const Snapshot& snapshot, bool showSecrets) {
+  std::string line = std::to_string(snapshot.number) + "  " + LocalTime(snapshot.time) + "  " +
+                     OneLine(ShownOperation(snapshot, showSecrets));
   std::string separator = "  ";
-  for (const std::string& name : changed) {
+  for (const std::string& name : ChangedBy(snapshot, showSecrets)) {
     line += separator + name;
     separator = ", ";
   }
   return line + (snapshot.after ? "" : "  (did not finish)") + "\n";
 }
 
-std::string JsonOf(const Snapshot& snapshot, const std::string& operation, const std::vector<std::string>& changed) {
-  const ordered_json object = {{"snapshot", snapshot.number},
-                               {"time", TextOf(snapshot.time, "%Y-%m-%dT%H:%M:%SZ", &::gmtime_r)},
-                               {"operation", operation},
-                               {"finished", snapshot.after.has_value()},
-                               {"settings", changed}};
+std::string LineOf(const ordered_json& object) {
   return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
 std::string LineOf(const DamagedSnapshot& damaged, bool json) {
-  if (!json) {
-    return std::to_string(damaged.number) + "  " + OneLine(damaged.problem) + "\n";
-  }
-  const ordered_json object = {{"snapshot", damaged.number}, {"damaged", damaged.problem}};
-  return object.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+  return json ? LineOf(ordered_json{{"snapshot", damaged.number}, {"damaged", damaged.problem}})
+              : std::to_string(damaged.number) + "  " + OneLine(damaged.problem) + "\n";
 }
 
 ExitStatus List(const SnapshotList& list, const Target& target, bool json, Console& console) {
   std::map<unsigned long, std::string> lines;
   for (const Snapshot& snapshot : list.snapshots) {
-    const std::vector<std::string> changed = ChangedBy(snapshot, target.showSecrets);
-    const std::string operation = ShownOperation(snapshot, target.showSecrets);
-    lines[snapshot.number] = json ? JsonOf(snapshot, operation, changed) : LineOf(snapshot, operation, changed);
+    lines[snapshot.number] =
+        json ? LineOf(SnapshotObject(snapshot, target.showSecrets)) : LineOf(snapshot, target.showSecrets);
   }
   for (const DamagedSnapshot& damaged : list.damaged) {
     lines[damaged.number] = LineOf(damaged, json);
@@ -145,8 +114,7 @@ ExitStatus Compare(const SnapshotList& snapshots, const Target& target, const Ar
   const NamedCopy after = to == 0 ? CopyOfNow(target, file, console) : CopyOf(FindSnapshot(snapshots, to), file);
   const CopyDifference difference = CompareCopies(before, after, target.showSecrets);
   if (arguments.Has(kHistoryJson)) {
-    const ordered_json object = {{"difference", difference.file}, {"settings", SettingObjects(difference.settings)}};
-    PrintObject(object, console.Out());
+    PrintObject(DifferenceObject(difference), console.Out());
   } else {
     console.Out().Write(difference.IsNone() ? "no difference\n" : difference.file + SettingLines(difference.settings));
   }

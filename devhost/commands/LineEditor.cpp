@@ -47,9 +47,13 @@ class Editor {
     // While a line is edited, the terminal sends no signals, so Ctrl-C is a key like any other.
     ::el_set(m_editor.get(), EL_SETTY, "-d", "-isig", nullptr);
     ::el_set(m_editor.get(), EL_BIND, "^C", "em-kill-line", nullptr);
+    // A Ctrl-D that is typed while a line is played comes as a zero byte: the terminal has taken it for an end of its own.
+    ::el_set(m_editor.get(), EL_BIND, "^@", "em-delete-or-list", nullptr);
   }
 
   std::optional<std::string> Next() {
+    // Before the prompt: the library shows it first, and what is typed in between would meet the terminal's own keys.
+    ::el_set(m_editor.get(), EL_PREP_TERM, 1);
     int length = 0;
     const char* const text = ::el_gets(m_editor.get(), &length);
     if (text == nullptr || length <= 0) {

@@ -8,6 +8,7 @@
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/Findings.h"
+#include "devhost/json/FindingObject.h"
 #include "devhost/project/ChosenDevice.h"
 #include "devhost/project/Project.h"
 #include "devhost/state/StateFolder.h"
@@ -81,7 +82,7 @@ void PrintJson(const PreviewResult& result, const std::string& device, Stage sta
                                    {"messages", result.messages}};
   if (StatusOf(result.verdict) == ExitStatus::Wrong) {
     object["stage"] = NameOf(stage);
-    object["reason"] = result.messages.empty() ? "" : result.messages.back();
+    object["reason"] = Joined(result.messages);
   }
   PrintObject(object, out);
 }

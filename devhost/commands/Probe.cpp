@@ -7,6 +7,7 @@
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/ProbeOutput.h"
+#include "devhost/json/ChangeObject.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -25,7 +26,9 @@ constexpr char kFooter[] =
     "Nothing is changed: the write community is tried on an object that nobody can set.\n"
     "\n"
     "The project says where the daemon is: on the host of a driver with a host, on the port of\n"
-    "127.0.0.1 that local_snmpd.so is given. Elsewhere --address is needed.\n"
+    "127.0.0.1 that local_snmpd.so is given. Elsewhere --address is needed. With --file, one\n"
+    "snmpd.conf of this machine takes the place of the device: its daemon is on this machine, where\n"
+    "the agentaddress lines of the file say, or on port 161.\n"
     "\n"
     "Exit status: 0 as configured; 1 something differs, or a trap cannot be sent; 2 wrong usage,\n"
     "there is no daemon to ask, or it does not answer.\n"
@@ -49,9 +52,10 @@ ExitStatus Probe(const Arguments& arguments, Console& console) {
   const PrintStop printStop = [&](Stage stage, const std::string& reason) {
     ProbeReport unknown;
     unknown.messages = {reason};
-    PrintJson(unknown, arguments.Text(kDevice), stage, console.Out());
+    PrintJson(unknown, TargetName(arguments), stage, console.Out());
   };
   return GuardStops(arguments, console, printStop, [&](Stage& stage) {
+    RequireOneTarget(arguments);
     const Target target = ReadTarget(arguments);
     ProbeMeans means;
     means.address = arguments.Text(kAddress);
@@ -75,7 +79,8 @@ ExitStatus Probe(const Arguments& arguments, Console& console) {
 Command MakeProbe() {
   return {"probe",
           "Ask the daemon of a device what it serves, and try its trap targets",
-          {kDevice, kDeviceProject, kModuleFolder, kDeviceState, kAddress, kNoTraps, kProbeJson, kShowSecrets},
+          {kDeviceUnlessFile, kProjectUnlessFile, kModuleFolder, kDeviceState, kFile, kAddress, kNoTraps, kProbeJson,
+           kShowSecrets},
           kFooter,
           &Probe};
 }

@@ -1,7 +1,6 @@
 #include "devhost/commands/ProbeOutput.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "devhost/text/Words.h"
 
@@ -9,18 +8,7 @@ namespace devhost {
 
 namespace {
 
-using nlohmann::ordered_json;
 using Verdict = ProbeItem::Verdict;
-
-const char* NameOf(ProbeReport::Verdict verdict) {
-  return verdict == ProbeReport::Verdict::AsConfigured ? "as-configured"
-         : verdict == ProbeReport::Verdict::Differs    ? "differs"
-                                                       : "unknown";
-}
-
-const char* NameOf(Verdict verdict) {
-  return verdict == Verdict::Good ? "good" : verdict == Verdict::Differs ? "differs" : "not-asked";
-}
 
 bool IsText(const ProbeItem& item) {
   return item.name == "contact" || item.name == "name" || item.name == "location";
@@ -62,18 +50,6 @@ std::string ProbeText(const ProbeReport& report, const std::string& device) {
             (differing.empty() ? " is as configured\n" : " differs: " + OneLine(differing) + "\n");
   }
   return text;
-}
-
-ordered_json ProbeObject(const ProbeReport& report) {
-  ordered_json items = ordered_json::array();
-  for (const ProbeItem& item : report.items) {
-    items.push_back({{"name", item.name},
-                     {"verdict", NameOf(item.verdict)},
-                     {"configured", item.configured},
-                     {"served", item.served},
-                     {"reason", item.reason}});
-  }
-  return {{"address", report.address}, {"verdict", NameOf(report.verdict)}, {"items", items}, {"messages", report.messages}};
 }
 
 ExitStatus StatusOf(ProbeReport::Verdict verdict) {

@@ -1,7 +1,6 @@
 #ifndef DEVHOST_COMMANDS_PROBE_OUTPUT_H
 #define DEVHOST_COMMANDS_PROBE_OUTPUT_H
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "devhost/commands/ExitStatus.h"
@@ -12,9 +11,6 @@ namespace devhost {
 
 // A line for each thing that was asked, with its verdict in front, and one that sums them up.
 std::string ProbeText(const ProbeReport& report, const std::string& device);
-
-// The same as JSON: address, verdict, items, messages.
-nlohmann::ordered_json ProbeObject(const ProbeReport& report);
 
 // 0 as configured, 1 it differs, 2 nobody knows.
 ExitStatus StatusOf(ProbeReport::Verdict verdict);

@@ -6,7 +6,8 @@
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/ProbeOutput.h"
-#include "devhost/operations/Rotation.h"
+#include "devhost/commands/RotateOptions.h"
+#include "devhost/json/ChangeObject.h"
 #include "devhost/text/Words.h"
 
 namespace devhost {
@@ -15,27 +16,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-const CommandOption kRead{"--read", "FILE", "File with the new read community, - for standard input",
-                          CommandOption::Takes::Path};
-const CommandOption kWrite{"--write", "FILE", "File with the new write community, - for standard input",
-                           CommandOption::Takes::Path};
-const CommandOption kStatus{"--status",
-                            "",
-                            "Say whether a rotation is open and which communities work",
-                            CommandOption::Takes::Nothing,
-                            false,
-                            {},
-                            {"--read", "--write"}};
-const CommandOption kFinish{"--finish", "", "End the rotation: the old communities go", CommandOption::Takes::Nothing,
-                            false,      {}, {"--read", "--write", "--status"}};
-const CommandOption kAbort{"--abort",
-                           "",
-                           "Put the old communities back",
-                           CommandOption::Takes::Nothing,
-                           false,
-                           {},
-                           {"--read", "--write", "--status", "--finish"}};
-
 constexpr char kFooter[] =
     "A new community with an overlap. --read and --write give the device new ones through the\n"
     "agent, as \"devhost apply\" does; the old ones stay valid, in lines of their own below the\n"
@@ -43,12 +23,17 @@ constexpr char kFooter[] =
     "old ones away when the daemon answers to the new ones; with --no-probe, without asking it.\n"
     "--abort puts the old ones back. Both then ask the daemon whether it still lets somebody in by\n"
     "those that have gone. A community is read from a file, without its last line feed, and never\n"
-    "from the command line, which others can see.\n"
+    "from the command line, which others can see. With - for both, standard input has two lines,\n"
+    "the read community first. The last step can be said again: that changes nothing, or makes up\n"
+    "for a restart that is due.\n"
+    "\n"
+    "With --file, one snmpd.conf of this machine takes the place of the device. --restart-command\n"
+    "runs a program without a shell when the file was changed.\n"
     "\n"
     "Exit status: 0 done; 1 the change has failed, the daemon does not answer to a community, or\n"
-    "still answers to one that has gone, or, with --dry-run, something would change; 2 nothing was changed: wrong usage, a "
-    "rotation that\n"
-    "cannot be started or ended, a new community that is not proven, or nobody said yes.\n"
+    "still answers to one that has gone, or, with --dry-run, something would change; 2 nothing was\n"
+    "changed: wrong usage, a rotation that cannot be started or ended, a new community that is not\n"
+    "proven, or nobody said yes.\n"
     "\n"
     "Example: give the kitchen the read community in the file new, and end that a week later.\n"
     "\n"
@@ -59,21 +44,6 @@ ProbeMeans MeansOf(const Arguments& arguments) {
   ProbeMeans means;
   means.address = arguments.Text(kAddress);
   return means;
-}
-
-// The community in the file that the option names; "" when it was not given.
-std::string ReadCommunity(const Arguments& arguments, const CommandOption& option) {
-  if (!arguments.Has(option)) {
-    return "";
-  }
-  std::string text = ReadNamedText(arguments.Text(option)).text;
-  if (!text.empty() && text.back() == '\n') {
-    text.pop_back();
-  }
-  if (text.empty() || text.find_first_of(std::string("\r\n\0", 3)) != std::string::npos) {
-    throw std::runtime_error(std::string(option.name) + ": the file does not hold one line with a community");
-  }
-  return text;
 }
 
 ExitStatus ShowStatus(const Target& target, const Arguments& arguments, Console& console) {
@@ -118,10 +88,7 @@ Change ChangeOf(const Target& target, const Arguments& arguments) {
   if (arguments.Has(kAbort)) {
     return AbortRotation(target);
   }
-  if (!arguments.Has(kRead) && !arguments.Has(kWrite)) {
-    throw std::runtime_error("nothing to do; allowed: --read FILE, --write FILE, --status, --finish, --abort");
-  }
-  return StartRotation(target, {ReadCommunity(arguments, kRead), ReadCommunity(arguments, kWrite)});
+  return StartRotation(target, ReadCommunities(arguments));
 }
 
 // Asks whether the communities that leave with the end of a rotation have left, too.
@@ -135,19 +102,28 @@ ProbeMore ProbeMoreOf(const Target& target, const Arguments& arguments) {
   };
 }
 
+std::vector<std::string> WhatStays(const Target& target, const Arguments& arguments) {
+  return arguments.Has(kFinish)  ? StayingPlaces(target, LeavingCommunities(target, RotationEnd::Finish), "old")
+         : arguments.Has(kAbort) ? StayingPlaces(target, LeavingCommunities(target, RotationEnd::Abort), "new")
+                                 : StayingPlaces(target, {}, "");
+}
+
 ExitStatus Rotate(const Arguments& arguments, Console& console) {
   return GuardStops(arguments, console, PrintStopOfChange(TargetName(arguments), console), [&](Stage& stage) {
+    RequireOneTarget(arguments);
     const Target target = ReadTarget(arguments);
     if (arguments.Has(kStatus)) {
       stage = Stage::Plan;
       return ShowStatus(target, arguments, console);
     }
+    RequireStep(arguments);
     RequireAnswer(arguments, console);
     Change change = ChangeOf(target, arguments);
     change.accepted = AcceptedRules(arguments);
+    change.restartCommand = RestartWords(arguments);
+    const std::vector<std::string> staying = WhatStays(target, arguments);
     return MakeChange(
-        change, [](const Plan&) { return std::vector<std::string>(); }, arguments, console, stage,
-        ProbeMoreOf(target, arguments));
+        change, [&staying](const Plan&) { return staying; }, arguments, console, stage, ProbeMoreOf(target, arguments));
   });
 }
 
@@ -156,8 +132,26 @@ ExitStatus Rotate(const Arguments& arguments, Console& console) {
 Command MakeRotate() {
   return {"rotate",
           "Give a device a new community, and keep the old one valid for a while",
-          {kDevice, kDeviceProject, kModuleFolder, kDeviceState, kSnapshots, kRead, kWrite, kStatus, kFinish, kAbort,
-           kAddress, kAccept, kDryRun, kDiff, kYes, kNoProbe, kChangeJson, kShowSecrets},
+          {kDeviceUnlessFile,
+           kProjectUnlessFile,
+           kModuleFolder,
+           kDeviceState,
+           kFile,
+           kSnapshots,
+           kRead,
+           kWrite,
+           kStatus,
+           kFinish,
+           kAbort,
+           kAddress,
+           kAccept,
+           kDryRun,
+           kDiff,
+           kYes,
+           kRestart,
+           kNoProbe,
+           kChangeJson,
+           kShowSecrets},
           kFooter,
           &Rotate};
 }

@@ -24,6 +24,7 @@ namespace {
 
 constexpr char kPrompt[] = "devhost> ";
 constexpr char kInput[] = "standard input";
+const Where kStart{"at the start"};
 
 constexpr char kFooter[] =
     "A session with the drivers of a project: each line of standard input is an action as in\n"
@@ -32,11 +33,11 @@ constexpr char kFooter[] =
     "unloaded, and their states are kept.\n"
     "\n"
     "On a terminal, the arrow keys bring back earlier lines, the tabulator key completes\n"
-    "words, Ctrl-C clears the line and Ctrl-D ends the session.\n"
+    "words, drivers, commands and ids, Ctrl-C clears the line and Ctrl-D ends the session.\n"
     "\n"
     "With --json a program can drive it: after the start, and after each line, all that comes\n"
     "of it is followed by an object of kind \"done\", whose member \"good\" says whether it went\n"
-    "well. docs/write-a-configuration-tool.md has an example.\n"
+    "well. A start that fails has one, too. docs/write-a-configuration-tool.md has examples.\n"
     "\n"
     "Exit status: 0 the session came to its end, whatever became of its lines; 1 a driver\n"
     "could not start, broke the host's rules or could not be restarted, or a state, the input\n"
@@ -47,21 +48,12 @@ constexpr char kFooter[] =
     "\n"
     "  echo 'command GetDeviceList' | devhost shell --project project.xml --json";
 
-std::vector<std::string> NamesOf(const Project& project) {
-  std::vector<std::string> names;
-  names.reserve(project.drivers.size());
-  for (const DriverEntry& driver : project.drivers) {
-    names.push_back(driver.name);
-  }
-  return names;
-}
-
 // Where the lines come from. Somebody at a terminal gets an editor, unless a program is to read the output.
-LineSource Lines(const Arguments& arguments, const Project& project) {
+LineSource Lines(const Arguments& arguments, const ScriptRunner& runner) {
   const bool isTerminal = ::isatty(STDIN_FILENO) == 1 && ::isatty(STDOUT_FILENO) == 1;
   LineSource edited;
   if (isTerminal && !arguments.Has(kJsonLines)) {
-    edited = EditedLines(kPrompt, [names = NamesOf(project)](const std::string& line) { return NextWords(line, names); });
+    edited = EditedLines(kPrompt, [&runner](const std::string& line) { return NextWords(line, runner.Names()); });
   }
   if (edited) {
     return edited;
@@ -70,36 +62,38 @@ LineSource Lines(const Arguments& arguments, const Project& project) {
   return [input] { return input->Next(); };
 }
 
+// Says what became of the start, or of a line that nobody can play: for a program, which waits for the end of the answer.
+void Answer(Reporter& reporter, const Where& where, const std::string& problem) {
+  ScriptOccurrence done{ScriptOccurrence::Kind::Done};
+  done.good = problem.empty();
+  if (!done.good) {
+    reporter.Report(ScriptOccurrence{ScriptOccurrence::Kind::Error, 0, "", problem}, where);
+  }
+  reporter.Report(done, where);
+}
+
 // Plays line by line to the end of the input.
-void Play(const LineSource& lines, ScriptRunner& runner, const Reporter& reporter) {
+void Play(const LineSource& lines, ScriptRunner& runner, Reporter& reporter) {
   for (std::size_t number = 1; !runner.HasGivenUp() && !reporter.Failed(); ++number) {
-    std::optional<std::string> line = lines();
-    if (!line) {
-      return;
+    try {
+      std::optional<std::string> line = lines();
+      if (!line) {
+        return;
+      }
+      runner.PlayLine({kInput, ".", std::move(*line)}, number);
+    } catch (const LineTooLong& error) {
+      Answer(reporter, {kInput + (":" + std::to_string(number)), number}, error.Reason());
     }
-    runner.PlayLine({kInput, ".", std::move(*line)}, number);
   }
 }
 
-ExitStatus Shell(const Arguments& arguments, Console& console) {
-  Masker secrets(arguments.Has(kShowSecrets));
-  const std::unique_ptr<Reporter> reporter = MakeReporter(arguments, console.Out());
-  const Project project = PlayedProject(arguments);
-  const DriverNames names(project.drivers);
-  const std::unique_ptr<StateStore> states = OpenStates(arguments);
-  ScriptRunner runner(project, names, *states, *reporter, secrets);
-  try {
-    runner.Start();
-  } catch (const HostError& error) {
-    console.Complain(secrets.Text(error.what()));
-    return ExitStatus::Wrong;
-  }
+ExitStatus Session(const Arguments& arguments, Console& console, ScriptRunner& runner, Reporter& reporter) {
   ScriptOccurrence started{ScriptOccurrence::Kind::Done};
   started.good = runner.GetResult().Good();
-  reporter->Report(started, {"at the start"});
+  reporter.Report(started, kStart);
   ExitStatus status = ExitStatus::Good;
   try {
-    Play(Lines(arguments, project), runner, *reporter);
+    Play(Lines(arguments, runner), runner, reporter);
   } catch (const FileError& error) {
     console.Complain(error.what());
     status = ExitStatus::Failed;
@@ -108,6 +102,32 @@ ExitStatus Shell(const Arguments& arguments, Console& console) {
   const ScriptRunner::Result& result = runner.GetResult();
   const bool isWhole = result.badManners + result.driversFailed + result.stateProblems == 0 && !runner.HasGivenUp();
   return isWhole ? status : ExitStatus::Failed;
+}
+
+ExitStatus Shell(const Arguments& arguments, Console& console) {
+  Masker secrets(arguments.Has(kShowSecrets));
+  const std::unique_ptr<Reporter> reporter = MakeReporter(arguments, console.Out());
+  // People read on standard error why there is no session.
+  const auto answer = [&](const std::exception& error) {
+    if (arguments.Has(kJsonLines)) {
+      Answer(*reporter, kStart, secrets.Text(error.what()));
+    }
+  };
+  try {
+    const Project project = PlayedProject(arguments);
+    const DriverNames names(project.drivers);
+    const std::unique_ptr<StateStore> states = OpenStates(arguments);
+    ScriptRunner runner(project, names, *states, *reporter, secrets);
+    runner.Start();
+    return Session(arguments, console, runner, *reporter);
+  } catch (const HostError& error) {
+    answer(error);
+    console.Complain(secrets.Text(error.what()));
+    return ExitStatus::Wrong;
+  } catch (const std::exception& error) {
+    answer(error);
+    throw;
+  }
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ ExitStatus Undo(const Arguments& arguments, Console& console) {
     const std::string text = NextText(arguments, kNumber);
     const unsigned long number = text.empty() ? 0 : SnapshotNumber(kNumber.name, text);
     const SnapshotList snapshots = ReadSnapshots(target.snapshotFolder, target.chosen.device.id);
-    const Snapshot& snapshot = FindSnapshot(snapshots, number);
+    const Snapshot& snapshot = FindSnapshotToUndo(snapshots, number);
     Change change = UndoOf(snapshot, target);
     change.accepted = AcceptedRules(arguments);
     change.restartCommand = RestartWords(arguments);

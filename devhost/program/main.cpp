@@ -55,8 +55,12 @@ void HandleSignals() {
   ::sigaction(SIGXFSZ, &action, nullptr);
 }
 
-// A check of "devhost conform" is a process of its own, and the one that waits for its result learns how it ended.
-bool IsWatchedAlready(int argc, char** argv) {
+// A check of "devhost conform" is a process of its own, and the one that waits for its result learns how it ended. The
+// console loads no driver: its host process does, which is watched.
+bool NeedsNoWatch(int argc, char** argv) {
+  if (argc > 1 && std::strcmp(argv[1], "serve") == 0) {
+    return true;
+  }
   return std::any_of(argv, argv + argc, [](const char* word) { return std::strcmp(word, "--run-check") == 0; });
 }
 
@@ -65,7 +69,7 @@ bool IsWatchedAlready(int argc, char** argv) {
 int main(int argc, char** argv) {
   OccupyStandardDescriptors();
   AllowNoCoreFile();
-  if (!IsWatchedAlready(argc, argv)) {
+  if (!NeedsNoWatch(argc, argv)) {
     devhost::WatchedProcess::Begin();
   }
   HandleSignals();

@@ -74,10 +74,18 @@ TEST_F(AdoptCommand, QuotesPathsForAShell) {
                     HasSubstr(" '" + folder.Path("it'\\''s new/settings.xml") + "' --restart-command ")));
 }
 
+TEST_F(AdoptCommand, TakesACopyOfAnyName) {
+  const std::string copy = File("fetched.conf", "sysContact Ada\n");
+  const std::string made = folder.Path("adopted");
+  const Outcome outcome = Run({"adopt", "--module-dir", MODULE_FOLDER, copy, "--write", made});
+  EXPECT_EQ(outcome.status, ExitStatus::Good) << outcome.errors;
+  EXPECT_THAT(outcome.out, HasSubstr("next:\n  patch " + copy + " " + made +
+                                     "/snmpd.conf.patch\n  put the file back as snmpd.conf, and "
+                                     "give it " +
+                                     made + "/settings.xml with devhost apply\n"));
+}
+
 TEST_F(AdoptCommand, RefusesWhatApplyWouldRefuse) {
-  const Outcome named = Run({"adopt", "--module-dir", MODULE_FOLDER, File("etc/other.conf", "rocommunity hidden\n")});
-  EXPECT_EQ(named.status, ExitStatus::Wrong);
-  EXPECT_THAT(named.errors, HasSubstr("allowed: snmpd.conf"));
   fs::rename(file, folder.Path("etc/real.conf"));
   fs::create_symlink("real.conf", file);
   const Outcome linked = Adopt({"--write", folder.Path("adopted")});

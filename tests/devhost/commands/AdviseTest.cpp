@@ -34,13 +34,13 @@ TEST_F(AdviseCommand, NamesTheElementAndItsLine) {
                 "  <snmpCommunityReadSetting>it's</snmpCommunityReadSetting>\n<deviceId>12</deviceId></managedDevice>\n")});
   const std::string file = folder.Path("settings.xml");
   EXPECT_EQ(outcome.status, ExitStatus::Failed);
-  EXPECT_THAT(outcome.out, HasSubstr(file + ":1: warning: the element is the whole state of the device, and these settings "
+  EXPECT_THAT(outcome.out, HasSubstr(file + ":1: error: the element is the whole state of the device, and these settings "
                                             "are missing: snmpIsManagedDevice (the device is no longer managed), "));
   EXPECT_THAT(outcome.out,
               HasSubstr(file + ":2: error: snmpSysContactSetting: the daemon takes a value that begins with #"));
   EXPECT_THAT(outcome.out, HasSubstr(file + ":3: error: snmpCommunityReadSetting: a quote or a backslash in the community: "
                                             "the daemon answers to ***** instead of *****"));
-  EXPECT_THAT(outcome.out, HasSubstr(file + ": 2 errors, 1 warning\n"));
+  EXPECT_THAT(outcome.out, HasSubstr(file + ": 3 errors, 0 warnings\n"));
 }
 
 TEST_F(AdviseCommand, RefusesWhatIsNotXml) {

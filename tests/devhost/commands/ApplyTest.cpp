@@ -210,6 +210,23 @@ TEST_F(ApplyCommand, StopsAtErrorsThatAreNotAccepted) {
   EXPECT_EQ(Apply({"--yes", "--accept", "text-above-section,value-begins-with-hash"}).status, ExitStatus::Good);
 }
 
+TEST_F(ApplyCommand, StopsAtAMissingSettingUnlessTheRuleIsAccepted) {
+  ASSERT_EQ(Apply({"--yes"}).status, ExitStatus::Good);
+  const std::string written = folder.Read("kitchen/snmpd.conf");
+  File("settings.xml",
+       "<managedDevice><snmpSysNameSetting>attic</snmpSysNameSetting><deviceId>12</deviceId></managedDevice>");
+  const Outcome stopped = Apply({"--yes"});
+  EXPECT_EQ(stopped.status, ExitStatus::Wrong);
+  EXPECT_THAT(stopped.out,
+              HasSubstr(":1: error: the element is the whole state of the device, and these settings are missing: "
+                        "snmpCommunityReadSetting (the community is removed) [setting-missing]\n"
+                        "    add each setting: its value to keep it, empty (a switch: false) to give it up\n"));
+  EXPECT_THAT(stopped.errors, HasSubstr("because of setting-missing: remove the cause, or accept the rule"));
+  EXPECT_EQ(folder.Read("kitchen/snmpd.conf"), written);
+  EXPECT_EQ(Apply({"--yes", "--accept", "setting-missing"}).status, ExitStatus::Good);
+  EXPECT_THAT(folder.Read("kitchen/snmpd.conf"), AllOf(HasSubstr("\nsysName  attic\n"), Not(HasSubstr("\nrocommunity"))));
+}
+
 TEST_F(ApplyCommand, SaysThatTheChangeHasFailed) {
   fs::create_directory(folder.Path("kitchen/.snmpd.conf.new"));  // where the driver writes
   const Outcome failed = Apply({"--yes"});
@@ -254,6 +271,16 @@ TEST_F(ApplyToAFile, ChangesItAndItsHistoryKnows) {
   EXPECT_THAT(folder.Read("etc/snmpd.conf"), HasSubstr("\nsysName  kitchen\n"));
 }
 
+TEST_F(ApplyToAFile, StopsAtAMissingSettingThatTheFileHolds) {
+  const std::string contact = "<snmpSysContactSetting>Ada</snmpSysContactSetting>";
+  ASSERT_EQ(Do({"apply", Settings("kitchen", contact), "--yes"}).status, ExitStatus::Good);
+  const Outcome stopped = Do({"apply", Settings("attic"), "--yes"});
+  EXPECT_EQ(stopped.status, ExitStatus::Wrong);
+  EXPECT_THAT(stopped.out, HasSubstr("are missing: snmpSysContactSetting (emptied) [setting-missing]\n"));
+  EXPECT_THAT(folder.Read("etc/snmpd.conf"), HasSubstr("\nsysName  kitchen\n"));
+  EXPECT_EQ(Do({"apply", Settings("attic", "<snmpSysContactSetting/>"), "--yes"}).status, ExitStatus::Good);
+}
+
 TEST_F(ApplyToAFile, RestartsOnlyAfterAChangeAndSaysWhenThatFails) {
   const std::string restarted = folder.Path("restarted");
   Do({"apply", Settings("kitchen"), "--dry-run", "--restart-command", "touch " + restarted});
@@ -276,7 +303,12 @@ TEST_F(ApplyToAFile, MakesUpForARestartThatIsDue) {
 
   const Outcome dry = Do({"apply", Settings("kitchen"), "--dry-run", "--restart-command", "touch " + restarted});
   EXPECT_EQ(dry.out, "the restart of the change of snapshot 1 is due\nnothing to change on " + file + "\n");
+  EXPECT_EQ(dry.status, ExitStatus::Failed);
   EXPECT_FALSE(fs::exists(restarted));
+
+  const Outcome drift = Do({"drift"});
+  EXPECT_EQ(drift.status, ExitStatus::Failed);
+  EXPECT_THAT(drift.errors, HasSubstr("the daemon has not been told of the change of snapshot 1"));
 
   const Outcome untold = Do({"apply", Settings("kitchen"), "--yes", "--json"});
   EXPECT_EQ(untold.status, ExitStatus::Failed);

@@ -94,6 +94,36 @@ TEST(Preview, SaysWhatIsMissing) {
                          "settings\n"));
 }
 
+TEST(Fleet, TakesTheInventoryFirstAsWell) {
+  const std::string apply = "fleet operation=apply inventory=fleet.xml";
+  EXPECT_EQ(Asked({"fleet", "apply", "fleet.xml"}), apply);
+  EXPECT_EQ(Asked({"fleet", "fleet.xml", "apply"}), apply);
+  EXPECT_EQ(Asked({"fleet", "fleet.xml", "apply", "--jobs", "2", "--yes"}), apply + " --jobs=2 --yes:true");
+  const CommandLine help = Parse({"fleet", "fleet.xml", "apply", "--help"});
+  EXPECT_EQ(help.status, ExitStatus::Good);
+  EXPECT_EQ(help.text, Parse({"fleet", "--help"}).text);
+}
+
+TEST(Fleet, TakesAnInventoryWithTheNameOfAnOperation) {
+  EXPECT_EQ(Asked({"fleet", "apply", "drift"}), "fleet operation=apply inventory=drift");
+  EXPECT_EQ(Asked({"fleet", "drift", "apply"}), "fleet operation=drift inventory=apply");
+  EXPECT_EQ(Asked({"fleet", "check", "check"}), "fleet operation=check inventory=check");
+}
+
+TEST(Fleet, LeavesTheValueOfAnOptionWhereItStands) {
+  EXPECT_EQ(Asked({"fleet", "--record", "drift", "apply", "fleet.xml"}),
+            "fleet operation=apply inventory=fleet.xml --record=drift");
+  EXPECT_EQ(Asked({"fleet", "fleet.xml", "--record", "apply"}), "");
+}
+
+TEST(Fleet, NamesTheOperationsWhenNoneIsWrittenRightly) {
+  const std::string unknown =
+      " is unknown; allowed: apply, preview, drift, probe, check, rotate\nTry \"devhost fleet --help\".\n";
+  EXPECT_EQ(Parse({"fleet", "aply", "fleet.xml"}).text, "devhost: operation: \"aply\"" + unknown);
+  EXPECT_EQ(Parse({"fleet", "fleet.xml", "aply"}).text, "devhost: operation: \"fleet.xml\"" + unknown);
+  EXPECT_EQ(Parse({"fleet", "fleet.xml"}).text, "devhost: operation: \"fleet.xml\"" + unknown);
+}
+
 TEST(Help, ShowsUsageActionsExitStatusAndAnExample) {
   EXPECT_THAT(Parse({"--help"}).text,
               AllOf(HasSubstr("Usage: devhost"), HasSubstr("  run "), HasSubstr("Exit status: 0"), HasSubstr("Example:")));
@@ -111,7 +141,8 @@ TEST(Version, IsOneLine) {
 
 TEST(WrongUsage, SaysWhatIsWrongAndWhatIsAllowed) {
   EXPECT_EQ(Parse({"blub"}).text,
-            "devhost: there is no command \"blub\"; allowed: run, shell, check, advise, validate, preview, adopt, apply, "
+            "devhost: there is no command \"blub\"; allowed: run, shell, replay, serve, check, advise, validate, preview, "
+            "adopt, apply, "
             "history, undo, drift, "
             "probe, rotate, module, new-driver, conform, fleet, trust, completion\nTry \"devhost --help\".\n");
   EXPECT_EQ(Parse({"run", "a", "b"}).text,

@@ -61,7 +61,8 @@ TEST_F(TheProgram, AnswersWrongUsageOnStandardError) {
   EXPECT_EQ(outcome.out, "");
   EXPECT_THAT(
       outcome.errors,
-      StartsWith("devhost: there is no command \"blub\"; allowed: run, shell, check, advise, validate, preview, adopt, "
+      StartsWith("devhost: there is no command \"blub\"; allowed: run, shell, replay, serve, check, advise, validate, "
+                 "preview, adopt, "
                  "apply, history, undo, drift, probe, rotate, module, new-driver, conform, fleet, trust, completion\n"));
 }
 

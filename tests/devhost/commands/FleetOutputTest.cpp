@@ -61,6 +61,25 @@ TEST(AnEndOfAFleet, BySignalOrTimeIsAFailureWhateverWasPrinted) {
   EXPECT_EQ(JudgeFleetEnd(kCheck, end).reason, "it took too long");
 }
 
+TEST(AnEndOfAFleet, NamesWhatTheDaemonServesDifferentlyAfterTheChange) {
+  const FleetEnd end = EndWith(1,
+                               "{\"verdict\":\"changed\",\"probe\":{\"items\":[{\"name\":\"name\",\"verdict\":\"good\"},"
+                               "{\"name\":\"contact\",\"verdict\":\"differs\"},{\"name\":\"location\",\"verdict\":"
+                               "\"differs\"}]}}\n");
+  EXPECT_EQ(JudgeFleetEnd(kApply, end).kind, Kind::Failed);
+  EXPECT_EQ(JudgeFleetEnd(kApply, end).reason, "the daemon differs: contact, location");
+}
+
+TEST(AnEndOfAFleet, SaysWhetherARotationIsOpen) {
+  const FleetOperation look{"rotate", false, false};
+  EXPECT_EQ(JudgeFleetEnd(look, EndWith(0, "{\"open\":false,\"verdict\":\"as-configured\",\"messages\":[]}\n")).reason,
+            "no rotation is open");
+  const FleetResult away =
+      JudgeFleetEnd(look, EndWith(2, "{\"open\":true,\"verdict\":\"unknown\",\"messages\":[\"a\",\"b\"]}\n"));
+  EXPECT_EQ(away.kind, Kind::Failed);
+  EXPECT_EQ(away.reason, "a rotation is open; b");
+}
+
 TEST(AnEndOfACheck, CountsFindings) {
   EXPECT_EQ(JudgeFleetEnd(kCheck, EndWith(0, "")).verdict, "clean");
   const FleetResult result = JudgeFleetEnd(kCheck, EndWith(1, "{\"rule\":\"a\"}\n{\"rule\":\"b\"}\n"));

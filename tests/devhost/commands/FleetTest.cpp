@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,9 +13,8 @@
 #include <thread>
 #include <vector>
 
-#include "devhost/system/RunProgram.h"
+#include "tests/devhost/commands/FleetFixture.h"
 #include "tests/devhost/support/TestModules.h"
-#include "tests/support/ScratchFolder.h"
 
 namespace devhost {
 namespace {
@@ -25,58 +23,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-constexpr int kDevices = 5;
-
-// Two projects with simulated devices: four in a house, one in a barn.
-class AFleetOfDevices : public testing::Test {
- protected:
-  AFleetOfDevices() {
-    std::string house = Driver(1, "agent", "snmp_configuration_agent.so");
-    for (int id = 11; id != 11 + kDevices - 1; ++id) {
-      house += Device(id);
-    }
-    folder.Write("house.xml", "<project>" + house + "</project>");
-    folder.Write("barn.xml", "<project>" + Driver(1, "agent", "snmp_configuration_agent.so") + Device(15) + "</project>");
-    SetName("first");
-    folder.Write("fleet.xml",
-                 "<fleet settings='settings.xml'><project file='house.xml'/><project file='barn.xml'/></fleet>");
-  }
-
-  static std::string Driver(int id, const std::string& name, const std::string& module, const std::string& config = "") {
-    return "<driver id='" + std::to_string(id) + "' name='" + name + "' module='" + module + "'>" + config + "</driver>";
-  }
-  std::string Device(int id) const {
-    const std::string name = "d" + std::to_string(id);
-    folder.Write(name + "/snmpd.conf", "# by hand\n");
-    ::chmod(folder.Path(name + "/snmpd.conf").c_str(), 0600);
-    return Driver(id, name, "simulated_device.so", "<config folder='{project}/" + name + "'/>");
-  }
-  void SetName(const std::string& name) const {
-    folder.Write("settings.xml",
-                 "<managedDevice><snmpCommunityReadSetting>hidden1</snmpCommunityReadSetting>"
-                 "<snmpSysNameSetting>" +
-                     name + "</snmpSysNameSetting><deviceId>{deviceId}</deviceId></managedDevice>");
-  }
-  // The device does what it should not.
-  void Break(int id, const std::string& module) const {
-    const std::string house = folder.Read("house.xml");
-    const std::string name = "name='d" + std::to_string(id) + "' module='";
-    const std::size_t at = house.find(name) + name.size();
-    folder.Write("house.xml", house.substr(0, at) + module + house.substr(house.find('\'', at)));
-  }
-
-  ProgramResult Fleet(std::vector<std::string> words) const {
-    words.insert(words.begin(), {DEVHOST_PROGRAM, "fleet"});
-    ProgramRun run;
-    run.words = words;
-    run.folder = folder.Path();
-    return RunProgram(run);
-  }
-  std::string Conf(int id) const { return folder.Read("d" + std::to_string(id) + "/snmpd.conf"); }
-
-  const testsupport::ScratchFolder folder;
-};
 
 TEST_F(AFleetOfDevices, GetsItsSettingsWithAReport) {
   const ProgramResult result = Fleet({"apply", "fleet.xml", "--yes"});
@@ -143,6 +89,31 @@ TEST_F(AFleetOfDevices, IsToldToProgramsALineForEachDevice) {
   EXPECT_THAT(result.output, Not(HasSubstr("hidden1")));
 }
 
+TEST_F(AFleetOfDevices, LosesNoSettingThatIsMissingUnlessTheRuleIsAccepted) {
+  ASSERT_EQ(Fleet({"apply", "fleet.xml", "--yes"}).exitStatus, 0);
+  folder.Write("settings.xml",
+               "<managedDevice><snmpCommunityReadSetting>hidden1</snmpCommunityReadSetting>"
+               "<deviceId>{deviceId}</deviceId></managedDevice>");
+  const ProgramResult stopped = Fleet({"apply", "fleet.xml", "--yes"});
+  EXPECT_THAT(stopped.output,
+              AllOf(HasSubstr("barn.xml d15   stopped      the change is not made because of setting-missing"),
+                    HasSubstr("5 devices: 5 stopped\n")));
+  EXPECT_EQ(stopped.exitStatus, 1);
+  EXPECT_THAT(Conf(15), HasSubstr("sysName  first\n"));
+  EXPECT_EQ(Fleet({"apply", "fleet.xml", "--yes", "--accept", "setting-missing"}).exitStatus, 0);
+  EXPECT_THAT(Conf(15), Not(HasSubstr("sysName")));
+}
+
+TEST_F(AFleetOfDevices, ReportsWhatTheDriverSays) {
+  std::filesystem::remove(folder.Path("d12/snmpd.conf"));
+  std::filesystem::create_directory(folder.Path("d12/snmpd.conf"));
+  for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+           {"apply", "fleet.xml", "--yes"}, {"apply", "fleet.xml", "--dry-run"}, {"preview", "fleet.xml"}}) {
+    EXPECT_THAT(Fleet(words).output,
+                AllOf(HasSubstr("snmpd.conf: it is not a regular file"), HasSubstr("would answer <ReadFail/>")));
+  }
+}
+
 TEST_F(AFleetOfDevices, KeepsTheResultsOfOthersWhenADriverEndsItsProcess) {
   Break(12, TestModule("deadly"));
   ::setenv("DEADLY_IN_INITIALIZE", "1", 1);
@@ -194,7 +165,7 @@ TEST_F(AFleetOfDevices, IsNotTouchedWhenSomethingIsWrong) {
       {{"apply", "fleet.xml", "--yes", "--wave", "2"}, "the last wave leaves out 3 devices"},
       {{"apply", "nowhere.xml", "--yes"}, "nowhere.xml"},
       {{"check", "fleet.xml"}, "fleet.xml:1: d11 of house.xml has no file that could be checked; write file=\"FILE\""},
-      {{"restart", "fleet.xml"}, "\"restart\" is unknown; allowed: apply, preview, drift, probe, check"}};
+      {{"restart", "fleet.xml"}, "\"restart\" is unknown; allowed: apply, preview, drift, probe, check, rotate"}};
   for (const auto& [words, problem] : wrong) {
     const ProgramResult result = Fleet(words);
     EXPECT_THAT(result.output, HasSubstr(problem));

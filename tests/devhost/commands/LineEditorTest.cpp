@@ -4,10 +4,12 @@
 #include <pty.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <fstream>
 #include <string>
 
 #include "devhost/system/FileDescriptor.h"
@@ -23,7 +25,7 @@ class Terminal {
     m_child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
     if (m_child == 0) {
       ::setenv("TERM", "xterm", 1);
-      ::alarm(60);
+      ::alarm(300);
       ::execl(DEVHOST_PROGRAM, DEVHOST_PROGRAM, "shell", "--color", "never", "--project", project.c_str(), nullptr);
       ::_exit(127);
     }
@@ -45,7 +47,7 @@ class Terminal {
 
   // Waits until the screen shows that text behind what was found before, and forgets all up to it.
   bool Shows(const std::string& text) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     for (;;) {
       const std::size_t found = m_screen.find(text);
       if (found != std::string::npos) {
@@ -125,6 +127,23 @@ TEST_F(ASessionOnATerminal, CompletesWordsAndDrivers) {
   EXPECT_EQ(terminal.End(), 0);
 }
 
+TEST_F(ASessionOnATerminal, CompletesCommandsAndDeviceIds) {
+  Terminal terminal(project);
+  ASSERT_TRUE(terminal.Shows("devhost> "));
+  terminal.Type("com\tAddM\tdev\t\t");
+  EXPECT_TRUE(terminal.Shows("deviceId=1  deviceId=12"));
+  terminal.Type("2\n");
+  EXPECT_TRUE(terminal.Shows("\ncommand agent AddManagedDevice deviceId=12"));
+  EXPECT_TRUE(terminal.Shows("<ManagedDeviceAdded><id>12</id>"));
+  ASSERT_TRUE(terminal.Shows("devhost> "));
+  terminal.Type("device 12\tsho\tcou\t\n");
+  EXPECT_TRUE(terminal.Shows("\ncounts kitchen CopyFrom=0"));
+  ASSERT_TRUE(terminal.Shows("devhost> "));
+  terminal.Type("\x04");
+  EXPECT_TRUE(terminal.Shows("unload agent"));
+  EXPECT_EQ(terminal.End(), 0);
+}
+
 TEST_F(ASessionOnATerminal, ClearsTheLineAtCtrlC) {
   Terminal terminal(project);
   ASSERT_TRUE(terminal.Shows("devhost> "));
@@ -132,6 +151,20 @@ TEST_F(ASessionOnATerminal, ClearsTheLineAtCtrlC) {
   EXPECT_TRUE(terminal.Shows("\nprint right\r\n"));
   ASSERT_TRUE(terminal.Shows("devhost> "));
   terminal.Type("\x04");
+  EXPECT_EQ(terminal.Shows("unload agent") ? terminal.End() : -1, 0);
+}
+
+TEST_F(ASessionOnATerminal, TakesKeysThatAreTypedWhileALineIsPlayed) {
+  const std::string pipe = folder.Path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  Terminal terminal(project);
+  ASSERT_TRUE(terminal.Shows("devhost> "));
+  terminal.Type("run cat " + pipe + "\n");
+  // Opened as soon as the program reads it.
+  std::ofstream input(pipe);
+  terminal.Type("print typed ahead\n\x04");
+  input.close();
+  EXPECT_TRUE(terminal.Shows("\nprint typed ahead\r\n"));
   EXPECT_EQ(terminal.Shows("unload agent") ? terminal.End() : -1, 0);
 }
 

@@ -102,7 +102,8 @@ TEST_F(PreviewCommand, PrintsOneJsonObjectWhenAsked) {
       AllOf(
           StartsWith("{\"device\":\"kitchen\",\"verdict\":\"refused\",\"difference\":\"\",\"findings\":[],\"messages\":[\""),
           HasSubstr("SetDeviceState would answer <ReadFail/>"), EndsWith(" as it is\"}\n"),
-          HasSubstr(" as it is\"],\"stage\":\"plan\",\"reason\":\"CopyFrom of ")));
+          HasSubstr(" as it is\"],\"stage\":\"plan\",\"reason\":\"kitchen: SNMP device 12: cannot read "),
+          HasSubstr("(status -2); CopyFrom of kitchen gave -2: ")));
 
   SetDevices(std::string(TEST_MODULE_FOLDER) + "/well_behaved.so");
   EXPECT_THAT(Preview("kitchen", {"--json"}).out, HasSubstr("\"verdict\":\"failed\""));

@@ -54,6 +54,18 @@ TEST_F(ProbeCommand, SaysWhatDiffers) {
                                  HasSubstr("],\"messages\":[]}\n")));
 }
 
+TEST_F(ProbeCommand, AsksTheDaemonOfAFileWithoutAProject) {
+  const SnmpDaemon daemon(Conf());
+  const std::string file = File("kitchen/snmpd.conf", Conf() + "agentaddress " + daemon.Address() + "\n");
+  const Outcome outcome = Run({"probe", "--module-dir", MODULE_FOLDER, "--file", file});
+  EXPECT_EQ(outcome.status, ExitStatus::Good) << outcome.errors;
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("ok      name             \"attic\"\n"),
+                                 HasSubstr("\n" + file + " at " + daemon.Address() + " is as configured\n")));
+  const Outcome both = Run({"probe", "--module-dir", MODULE_FOLDER, "--file", file, "kitchen"});
+  EXPECT_EQ(both.status, ExitStatus::Wrong);
+  EXPECT_THAT(both.errors, HasSubstr("a device and --file cannot stand together"));
+}
+
 TEST_F(ProbeCommand, EndsWithTwoWhereThereIsNothingToAsk) {
   const Outcome outcome = Do("probe");
   EXPECT_EQ(outcome.status, ExitStatus::Wrong);

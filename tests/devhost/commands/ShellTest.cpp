@@ -101,13 +101,37 @@ TEST_F(ShellCommand, RefusesAProjectThatIsWrong) {
   EXPECT_EQ(outcome.out, "");
 }
 
-TEST_F(ShellCommand, EndsWithOneWhenALineIsTooLongAndUnloadsTheDrivers) {
-  const Outcome outcome = Session("print a\n" + std::string(LineInput::kLongestLine + 1, 'x') + "\nprint b\n");
-  EXPECT_EQ(outcome.status, ExitStatus::Failed);
-  EXPECT_THAT(outcome.errors, HasSubstr("a line has more than"));
-  EXPECT_THAT(outcome.out, HasSubstr("print a\n"));
-  EXPECT_THAT(outcome.out, Not(HasSubstr("print b\n")));
-  EXPECT_THAT(outcome.out, EndsWith("unload agent\n"));
+TEST_F(ShellCommand, AnswersALineThatIsTooLongAndGoesOn) {
+  const std::string lines = "print a\n" + std::string(LineInput::kLongestLine + 1, 'x') + "\nprint b\n";
+  Outcome outcome = Session(lines);
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_THAT(outcome.out, HasSubstr("print a\nerror standard input:2: a line has more than 16777216 bytes\nprint b\n"));
+  outcome = Session(lines, {"--json"});
+  EXPECT_THAT(outcome.out, HasSubstr("\"line\":2,\"kind\":\"error\",\"text\":\"a line has more than 16777216 bytes\"}\n"
+                                     "{\"n\":8,\"line\":2,\"kind\":\"done\",\"good\":false}\n"
+                                     "{\"n\":9,\"line\":3,\"kind\":\"print\",\"text\":\"b\"}\n"));
+}
+
+TEST_F(ShellCommand, AnswersAStartThatFailsForPrograms) {
+  const std::string missing = folder.Path("missing.xml");
+  const Outcome outcome = RunOn("print a\n", {"shell", "--json", "--project", missing});
+  EXPECT_EQ(outcome.status, ExitStatus::Wrong);
+  EXPECT_EQ(outcome.out, "{\"n\":1,\"kind\":\"error\",\"text\":\"cannot read \\\"" + missing +
+                             "\\\": No such file or directory\"}\n{\"n\":2,\"kind\":\"done\",\"good\":false}\n");
+  EXPECT_EQ(outcome.errors, "devhost: cannot read \"" + missing + "\": No such file or directory\n");
+}
+
+TEST_F(ShellCommand, AnswersAModuleThatCannotBeLoadedForPrograms) {
+  File("no.so", "no module");
+  const std::string wrong = File("wrong.xml",
+                                 "<project><driver id='1' name='agent' module='snmp_configuration_agent.so'/>"
+                                 "<driver id='12' name='kitchen' module='./no.so'/></project>");
+  const Outcome outcome = RunOn("print a\n", {"shell", "--json", "--module-dir", MODULE_FOLDER, "--project", wrong});
+  EXPECT_EQ(outcome.status, ExitStatus::Wrong);
+  EXPECT_THAT(outcome.out, HasSubstr("\"kind\":\"error\",\"text\":\""));
+  EXPECT_THAT(outcome.out, EndsWith("\"kind\":\"done\",\"good\":false}\n"));
+  EXPECT_THAT(outcome.out, Not(HasSubstr("\"kind\":\"print\"")));
 }
 
 // Another program that waits for the end of each line before it sends the next.
@@ -120,7 +144,7 @@ TEST_F(ShellCommand, AnswersALineBeforeTheNextIsThere) {
   if (child == 0) {
     ::dup2(toShell[0], STDIN_FILENO);
     ::dup2(fromShell[1], STDOUT_FILENO);
-    ::alarm(60);
+    ::alarm(300);
     ::execl(DEVHOST_PROGRAM, DEVHOST_PROGRAM, "shell", "--json", "--project", project.c_str(), nullptr);
     ::_exit(127);
   }
@@ -144,6 +168,18 @@ TEST_F(ShellCommand, AnswersALineBeforeTheNextIsThere) {
     ASSERT_EQ(::write(toShell[1], line.data(), line.size()), static_cast<ssize_t>(line.size()));
     EXPECT_THAT(readToDone(), HasSubstr(id == "12" ? "\"xml\":\"<deviceId>12</deviceId>\"" : "\"xml\":\"<Fail/>\""));
   }
+  // A name with line breaks goes in and comes out as it is.
+  const std::string rename =
+      "command SetDeviceState "
+      "xml=\"<managedDevice><snmpSysNameSetting>a&#13;b&#10;c</snmpSysNameSetting><deviceId>12</deviceId></"
+      "managedDevice>\"\n"
+      "device kitchen show settings\n";
+  ASSERT_EQ(::write(toShell[1], rename.data(), rename.size()), static_cast<ssize_t>(rename.size()));
+  EXPECT_THAT(readToDone(), HasSubstr("\"xml\":\"<Success/>\""));
+  EXPECT_THAT(readToDone(), HasSubstr("{\"name\":\"sysName\",\"value\":\"a\\rb\\nc\""));
+  const std::string list = "command GetDeviceList\n";
+  ASSERT_EQ(::write(toShell[1], list.data(), list.size()), static_cast<ssize_t>(list.size()));
+  EXPECT_THAT(readToDone(), HasSubstr("<snmpSysNameSetting>a&#13;b\\nc</snmpSysNameSetting>"));
   ::close(toShell[1]);
   EXPECT_THAT(readToDone(), HasSubstr("\"kind\":\"unload\""));
   int status = -1;

@@ -1,0 +1,94 @@
+// What all views share: the session, the devices, what has happened, and drafts that are not applied yet.
+import { useState, useEffect, useRef } from "./vendor/standalone.module.js";
+import { call, read, follow, watchPending } from "./api.js";
+
+export const state = {
+  session: null, devices: null,  // as the server tells them
+  trouble: null,                 // the error of the last reading of the devices
+  refused: 0,                    // the status by which the server has refused this page
+  gone: null,                    // { seconds, retry } while nobody answers
+  generation: 0,                 // rises when all that was read may be out of date
+  log: [], steps: {},            // events, and the steps of the last operation by device
+  drafts: {},                    // by device: { settings, base, edit }
+  status: "",                    // what the last operation came to
+  slow: false,                   // a request has been waiting for a while
+};
+
+const listeners = new Set();
+export function update(change) {
+  Object.assign(state, change);
+  for (const listener of [...listeners]) listener();
+}
+
+// A member of the state; the component is drawn again when it is another one.
+export function useStore(member) {
+  const [, draw] = useState(0), now = useRef();
+  now.current = state[member];
+  useEffect(() => {
+    const look = () => state[member] !== now.current && draw((n) => n + 1);
+    listeners.add(look);
+    look();
+    return () => listeners.delete(look);
+  }, []);
+  return now.current;
+}
+
+// What GET PATH answers: { data, error, reload, forget }. It is read again when all may be out of date. `reload` shows what was
+// read until the new answer is there, `forget` does not.
+export function useRead(path) {
+  const generation = useStore("generation");
+  const [answer, set] = useState({}), [again, reload] = useState(0);
+  useEffect(() => {
+    let left = !path;
+    if (path) read(path).then((data) => left || set({ path, data }), (error) => left || set((old) => ({ ...(old.path === path && old), path, error })));
+    return () => { left = true; };
+  }, [path, generation, again]);
+  return { ...(answer.path === path && answer), reload: () => reload((n) => n + 1), forget: () => { set({}); reload((n) => n + 1); } };
+}
+
+export const announce = (status) => update({ status });
+export const readOnly = () => Boolean(state.session && state.session.readOnly);
+export const deviceOf = (id) => (state.devices || []).find((d) => d.id === Number(id));
+export const nameOf = (id) => (deviceOf(id) || { name: id }).name;
+
+const readSession = () => call("GET", "/session", undefined, undefined, true)
+  .then((session) => update({ session }), ({ status }) => status && update({ refused: status }));
+
+let reading, due;
+export async function readDevices() {
+  if (reading) return void (due = true);
+  reading = true;
+  await read("/devices").then(({ devices }) => update({ devices, trouble: null }), (trouble) => update({ trouble }));
+  reading = false;
+  if (due) { due = false; setTimeout(readDevices, 150); }
+}
+
+function readAll() {
+  update({ generation: state.generation + 1 });
+  readSession();
+  readDevices();
+}
+
+const KEPT = 1000;
+
+function happened(event) {
+  const change = { log: [...state.log.slice(-KEPT), event] }, { kind, device } = event;
+  if (kind === "step") {
+    const old = (state.steps[device] || []).filter((s) => s.step !== event.step);
+    change.steps = { ...state.steps, [device]: [...old, event] };
+  }
+  update(change);
+  if (kind === "devices" || kind === "notification") readDevices();
+  if (kind === "host") (event.state === "up" ? readAll : readSession)();
+}
+
+export function start() {
+  let timer;
+  watchPending((count) => {
+    clearInterval(timer);
+    if (count) timer = setInterval(() => { update({ slow: true }); readSession(); }, 1000);
+    else if (state.slow) update({ slow: false });
+  });
+  follow({ open: () => { update({ gone: null }); readAll(); }, event: happened, stale: readAll, gone: (gone) => update({ gone }), refused: (refused) => update({ refused }) });
+  addEventListener("beforeunload", (event) => Object.keys(state.drafts).length && event.preventDefault());
+}

@@ -1,0 +1,95 @@
+// Two people and one device; a draft that nobody may lose.
+import assert from "node:assert/strict";
+import { after, before, describe, test } from "node:test";
+import { Console, writeProject } from "./support/Console.js";
+import { Folder } from "./support/Folder.js";
+import { goTo, launch, open } from "./support/Browser.js";
+import { until } from "./support/until.js";
+
+describe("two tabs", () => {
+  const folder = new Folder();
+  let browser, console, mine, other;
+
+  before(async () => {
+    const { project } = await writeProject(folder);
+    console = await Console.start({ project, folder });
+    await console.whenUp();
+    browser = await launch();
+    mine = await open(browser, console.address);
+    other = await open(browser, console.address);
+    for (const page of [mine, other]) {
+      await page.getByRole("link", { name: "attic" }).click();
+      await page.getByRole("textbox", { name: "Name", exact: true }).waitFor();
+    }
+  });
+  after(async () => {
+    await browser.close();
+    await console.end();
+    folder.remove();
+  });
+
+  const review = async (page) => {
+    await page.getByRole("button", { name: "Review …" }).click();
+    await page.getByRole("region", { name: "Difference of the file" }).waitFor();
+    const boxes = page.getByRole("checkbox", { name: /^Go on in spite of/ });
+    for (let n = 0; n < await boxes.count(); ++n) await boxes.nth(n).check();
+    await until("the change may be applied", async () => (await page.getByRole("button", { name: "Apply" }).getAttribute("aria-disabled")) === "false");
+  };
+  const apply = async (page) => {
+    await review(page);
+    await page.getByRole("button", { name: "Apply" }).click();
+  };
+
+  test("the second one does not overwrite the first", async () => {
+    await mine.getByRole("textbox", { name: "Name", exact: true }).fill("attic mine");
+    await review(mine);
+    await other.getByRole("textbox", { name: "Location", exact: true }).fill("below the roof");
+    await apply(other);
+    await other.getByRole("heading", { name: "The change is made" }).waitFor();
+    await mine.getByRole("button", { name: "Apply" }).click();
+    await mine.getByRole("heading", { name: "Changed meanwhile" }).waitFor();
+    assert.match(await mine.getByRole("region", { name: "What has moved" }).innerText(), /Location.*below the roof.*not changed/s);
+    assert.equal((await console.get("/devices/18")).settings.name.value, "attic");
+  });
+
+  test("what has moved can be taken over, and the own change stays", async () => {
+    await mine.getByRole("button", { name: "Take it over, keep my changes" }).click();
+    assert.equal(await mine.getByRole("textbox", { name: "Name", exact: true }).inputValue(), "attic mine");
+    assert.equal(await mine.getByRole("textbox", { name: "Location", exact: true }).inputValue(), "below the roof");
+    await apply(mine);
+    await mine.getByRole("heading", { name: "The change is made" }).waitFor();
+    const { settings } = await console.get("/devices/18");
+    assert.deepEqual([settings.name.value, settings.location.value], ["attic mine", "below the roof"]);
+  });
+
+  // Else what is typed at once would be on top of them, and the own change would look like one of somebody else.
+  test("after a change, the form does not show the settings from before", async () => {
+    let answer;
+    const asked = new Promise((done) => { answer = done; });
+    await mine.route("**/api/v1/devices/18", (route) => asked.then(() => route.continue()));
+    await mine.getByRole("button", { name: "Back to attic" }).click();
+    await mine.getByText("Reading the device …").waitFor();
+    assert.equal(await mine.getByRole("textbox", { name: "Name", exact: true }).count(), 0);
+    answer();
+    assert.equal(await mine.getByRole("textbox", { name: "Name", exact: true }).inputValue(), "attic mine");
+    await mine.unroute("**/api/v1/devices/18");
+  });
+
+  test("a form that is not touched follows the other tab by itself", async () => {
+    await other.getByRole("button", { name: "Back to attic" }).click();
+    await until("the other tab shows the new name", async () => (await other.getByRole("textbox", { name: "Name", exact: true }).inputValue()) === "attic mine");
+  });
+
+  test("a draft stays while one looks at other views, and closing the tab asks", async () => {
+    await mine.getByRole("textbox", { name: "Contact", exact: true }).fill("Grace");
+    await goTo(mine, "log");
+    await mine.getByText("Not applied yet: attic").waitFor();
+    await mine.getByRole("link", { name: "attic" }).click();
+    assert.equal(await mine.getByRole("textbox", { name: "Contact", exact: true }).inputValue(), "Grace");
+    const asked = new Promise((resolve) => mine.once("dialog", (dialog) => { resolve(dialog.type()); dialog.dismiss(); }));
+    await mine.close({ runBeforeUnload: true });
+    assert.equal(await asked, "beforeunload");
+    await mine.getByRole("button", { name: "Discard" }).click();
+    assert.equal(await mine.getByRole("textbox", { name: "Contact", exact: true }).inputValue(), "");
+  });
+});
