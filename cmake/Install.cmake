@@ -1,5 +1,6 @@
-# What is installed, by component: module (the plug-in), drivers, devhost, kit (what drivers are built with), docs, and
-# symbols (the debug symbols of a product's build). The installed tree may be moved.
+# What is installed, by component: module (the plug-in), drivers, ssh_driver (the one that needs libssh), devhost, kit (what
+# drivers are built with), docs, and symbols (the debug symbols of a product's build). The installed tree may be moved.
+# debian/rules makes a package of each component.
 
 include(CMakePackageConfigHelpers)
 set(KIT_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/snmp-driver-kit")
@@ -20,7 +21,7 @@ install(DIRECTORY host DESTINATION "${KIT_INCLUDE_DIR}" COMPONENT kit FILES_MATC
 install(DIRECTORY drivers/common DESTINATION "${KIT_INCLUDE_DIR}/drivers" COMPONENT kit FILES_MATCHING PATTERN "*.h")
 install(FILES agent/ISNMPConfigurationAgent.h DESTINATION "${KIT_INCLUDE_DIR}/agent" COMPONENT kit)
 install(FILES device/TrapTarget.h DESTINATION "${KIT_INCLUDE_DIR}/device" COMPONENT kit)
-install(DIRECTORY examples DESTINATION "${KIT_DOC_DIR}" COMPONENT kit)
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/snmp-driver-kit-dev" COMPONENT kit)
 install(TARGETS host driver_common EXPORT snmp-driver-kit ARCHIVE COMPONENT kit)
 install(EXPORT snmp-driver-kit DESTINATION "${KIT_CMAKE_DIR}" NAMESPACE snmp-driver-kit:: FILE snmp-driver-kit-targets.cmake
         COMPONENT kit)
@@ -39,11 +40,13 @@ install(FILES kit/snmp_driver.cmake kit/driver_module.map kit/ModuleNote.cpp
         DESTINATION "${KIT_CMAKE_DIR}" COMPONENT kit)
 install(FILES "${PROJECT_BINARY_DIR}/kit/snmp-driver-kit.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT kit)
 
-if(AGENT_DEVHOST)
+if(AGENT_DRIVERS)
   install(TARGETS simulated_device local_snmpd host_probe LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT drivers)
   if(AGENT_SSH_DRIVER)
-    install(TARGETS ssh_snmpd LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT drivers)
+    install(TARGETS ssh_snmpd LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT ssh_driver)
   endif()
+endif()
+if(AGENT_DEVHOST)
   install(TARGETS devhost EXPORT snmp-driver-kit-devhost RUNTIME COMPONENT devhost)
   install(TARGETS devhost_library LIBRARY DESTINATION "${AGENT_MODULE_DIR}" COMPONENT devhost)
   install(EXPORT snmp-driver-kit-devhost DESTINATION "${KIT_CMAKE_DIR}" NAMESPACE snmp-driver-kit:: COMPONENT devhost)

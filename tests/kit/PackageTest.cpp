@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <map>
 #include <string>
 
 #include "tests/kit/InstalledKit.h"
@@ -72,12 +73,15 @@ TEST(AComponentThatIsNotInstalled, IsNamedWithTheCommandThatInstallsIt) {
       RunInShell("'" CMAKE_PROGRAM "' --install '" BUILD_FOLDER "' --component kit --prefix '" + folder.Path("kit") + "'");
   ASSERT_EQ(installed.status, 0) << installed.output;
   EXPECT_EQ(Find("1.0 REQUIRED COMPONENTS contract-1", folder.Path("kit")).status, 0);
-  for (const std::string component : {"devhost", "module", "drivers"}) {
+  const std::map<std::string, std::string> packages{
+      {"devhost", "devhost"}, {"module", "snmp-configuration-agent"}, {"drivers", "snmp-device-drivers"}};
+  for (const auto& [component, package] : packages) {
     const ShellResult result = Find("1.0 REQUIRED COMPONENTS " + component, folder.Path("kit"));
     EXPECT_NE(result.status, 0) << component;
     EXPECT_THAT(result.output,
                 HasSubstr("the component \"" + component + "\" is not installed beside the kit in " + folder.Path("kit") +
-                          ": install it from the build of version " PROJECT_VERSION " with cmake --install BUILD --prefix " +
+                          ": install the package " + package +
+                          " of version " PROJECT_VERSION ", or what a build has: cmake --install BUILD --prefix " +
                           folder.Path("kit") + " --component " + component + "."));
   }
   const ShellResult optional = Find("1.0 OPTIONAL_COMPONENTS devhost", folder.Path("kit"));

@@ -24,14 +24,34 @@ options:
   snapshots: {description: Where the file of before is kept; beside the file by default., type: path}
   devhost: {description: The program., type: path, default: devhost}
   module_dir: {description: Where the program finds the agent, if not beside itself., type: path}
+  restart_command: {description: "The program, with its arguments, that has the daemon read a changed file.", type: str}
+  restart:
+    description:
+      - Whether the restart command is run when it is due. Otherwise it stays due, and the module reports a change, until it has been run.
+    type: bool
+    default: false
 """
 
 RETURN = """
 verdict: {description: What devhost says has become of the change., type: str, returned: always}
+restart_due: {description: Whether the restart command is still to be run., type: bool, returned: always}
 snapshot: {description: The number of the snapshot, or null., type: int, returned: always}
 findings: {description: What surprises in the settings and the file; communities are masked., type: list, returned: always}
 stage: {description: How far devhost had come., type: str, returned: failure}
 """
+
+
+def restart_words(given, check_mode):
+    """What devhost is to run when the file was changed. A command that fails keeps the restart due."""
+    if not given["restart_command"]:
+        return None
+    return given["restart_command"] if given["restart"] or check_mode else "false"
+
+
+def is_restart_due(answer, status):
+    """Whether all is well, but the daemon has not been told of the file yet."""
+    left_due = answer["verdict"] == "failed" and answer.get("stage") == "restart"
+    return left_due or (answer["verdict"] == "unchanged" and status == 1)
 
 
 def main():
@@ -43,6 +63,8 @@ def main():
             snapshots=dict(type="path"),
             devhost=dict(type="path", default="devhost"),
             module_dir=dict(type="path"),
+            restart_command=dict(type="str"),
+            restart=dict(type="bool", default=False),
         ),
         supports_check_mode=True,
     )
@@ -53,6 +75,7 @@ def main():
         ("--accept", ",".join(given["accept"])),
         ("--snapshots", given["snapshots"]),
         ("--module-dir", given["module_dir"]),
+        ("--restart-command", restart_words(given, module.check_mode)),
     ):
         if value:
             command += [option, value]
@@ -61,9 +84,13 @@ def main():
         answer = json.loads(output)
         result = {name: answer[name] for name in ("verdict", "snapshot", "findings")}
         difference = answer["difference"]
+        due = is_restart_due(answer, status) and given["restart_command"] and not given["restart"]
     except (ValueError, KeyError):
         module.fail_json(msg="devhost ended with status %d: %s" % (status, errors.strip() or "it printed nothing"))
-    result["changed"] = result["verdict"] in ("would-change", "changed", "failed")
+    result["restart_due"] = bool(due)
+    if due:
+        result["verdict"] = "changed" if answer["changed"] else "unchanged"
+    result["changed"] = result["restart_due"] or result["verdict"] in ("would-change", "changed", "failed")
     result["diff"] = {"prepared": difference}
     if result["verdict"] not in ("unchanged", "would-change", "changed"):
         module.fail_json(msg=answer.get("reason", "the change was not made"), stage=answer.get("stage"), **result)
