@@ -24,7 +24,7 @@ class Background {
   // Kills and reaps the program. Returns whether it was still running.
   bool Kill();
   // Sends a signal that ends the program, and reaps it. Returns how it ended, as waitpid does. A program that does not end
-  // within 30 seconds is killed.
+  // within two minutes is killed.
   int End(int signal);
   // Returns whether the program has ended by itself, and then reaps it.
   bool Ended();

@@ -51,7 +51,7 @@ class ACage : public ARealSystem {
       if (m_pid == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         ::close(orders[1]);
-        ::alarm(60);
+        ::alarm(300);
         test.LoadAgent();
         test.LoadDevice(kKitchen);
         Answer(answers[1], "ready");

@@ -9,7 +9,7 @@ namespace e2e {
 // Calls `there` again and again until it is true. Returns false after a deadline that only a hung program reaches.
 template <typename Predicate>
 bool Eventually(const Predicate& there) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
   while (!there()) {
     if (std::chrono::steady_clock::now() > deadline) {
       return false;

@@ -84,7 +84,7 @@ MeasuredRun::~MeasuredRun() {
 
 Measured MeasuredRun::Wait() {
   Measured result;
-  const bool ended = ReadPipe(m_from, std::chrono::minutes(2), [&](std::string_view block) {
+  const bool ended = ReadPipe(m_from, std::chrono::minutes(5), [&](std::string_view block) {
     result.output += block;
     Shorten(result.output);
   });

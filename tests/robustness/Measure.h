@@ -25,7 +25,7 @@ class MeasuredRun {
   MeasuredRun(const MeasuredRun&) = delete;
   MeasuredRun& operator=(const MeasuredRun&) = delete;
 
-  // Reads the output until the program ends. Throws std::runtime_error when that takes more than two minutes.
+  // Reads the output until the program ends. Throws std::runtime_error when that takes more than five minutes.
   Measured Wait();
 
  private:

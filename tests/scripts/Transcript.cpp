@@ -89,7 +89,7 @@ ShellResult RunShell(const std::string& command, const std::string& folder) {
   const pid_t child = Spawn("cd '" + folder + "' && { " + command + "\n}", ends[1]);
   ::close(ends[1]);
   ShellResult result;
-  const bool ended = ReadPipe(ends[0], std::chrono::minutes(1), [&](std::string_view block) { result.output += block; });
+  const bool ended = ReadPipe(ends[0], std::chrono::minutes(5), [&](std::string_view block) { result.output += block; });
   ::close(ends[0]);
   if (!ended) {
     ::kill(-child, SIGKILL);
