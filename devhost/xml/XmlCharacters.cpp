@@ -20,12 +20,16 @@ bool IsXmlCharacter(std::uint32_t character) {
 // The offset behind the markup at `at` that is not an element and so holds no references; `at` when there is none.
 std::size_t PassOver(std::string_view text, std::size_t at) {
   const std::string_view rest = text.substr(at);
+  std::string_view begin;
   std::string_view end;
   if (StartsWith(rest, "<!--")) {
+    begin = "<!--";
     end = "-->";
   } else if (StartsWith(rest, "<![CDATA[")) {
+    begin = "<![CDATA[";
     end = "]]>";
   } else if (StartsWith(rest, "<?")) {
+    begin = "<?";
     end = "?>";
   } else if (StartsWith(rest, "<!")) {
     // A document type: up to its own closing bracket.
@@ -40,7 +44,8 @@ std::size_t PassOver(std::string_view text, std::size_t at) {
   } else {
     return at;
   }
-  const std::size_t found = text.find(end, at + 2);
+  // "<!-->" opens a comment and does not close it.
+  const std::size_t found = text.find(end, at + begin.size());
   return found == std::string_view::npos ? text.size() : found + end.size();
 }
 

@@ -58,6 +58,8 @@ TEST(AProblemOfXml, IsNothingInReferencesCommentsAndTheLike) {
   EXPECT_EQ(FindXmlProblem("<a>&lt;&#65;&#x0000041;&apos;</a>", problem), std::string::npos);
   EXPECT_EQ(FindXmlProblem("<!DOCTYPE a [<!ENTITY e \"&b;\">]><!-- & --><?p & ?><a><![CDATA[&]]></a>", problem),
             std::string::npos);
+  EXPECT_EQ(FindXmlProblem("<!-->&--><!--->&--><a/>", problem), std::string::npos);
+  EXPECT_EQ(FindXmlProblem("<!----><?p?>& ", problem), 12U);
   EXPECT_EQ(FindXmlProblem("<!-- & --> & ", problem), 11U);
   EXPECT_EQ(problem, "\"&\" begins no known reference; write \"&amp;\" for the character itself");
 }
