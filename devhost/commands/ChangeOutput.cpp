@@ -154,9 +154,9 @@ std::string SummaryOf(const Plan& plan, const std::string& device) {
   if (plan.verdict == Plan::Verdict::Nothing && !plan.isDueAgain) {
     return "nothing to change on " + device;
   }
-  return plan.isDueAgain           ? "the " + plan.file + " would be written again"
-         : plan.difference.empty() ? "settings of " + device + " would change; its snmpd.conf would be written again"
-                                   : "the " + plan.file + " would change";
+  return plan.isDueAgain     ? "the " + plan.file + " would be written again"
+         : !plan.changesFile ? "settings of " + device + " would change; its snmpd.conf would be written again"
+                             : "the " + plan.file + " would change";
 }
 
 std::string SummaryOf(const Applied& applied, const std::string& device) {

@@ -20,8 +20,8 @@ bool AreSame(const DeviceCopy& one, const DeviceCopy& other) {
 }
 
 // Says what the drivers said, and what else is of interest, with the secrets of the change masked.
-void Say(const Change& change, const Plan& plan, const std::vector<std::string>& lines, Applied& applied) {
-  Masker masker(change.target.showSecrets);
+void Say(const Change& change, const Plan& plan, const std::vector<std::string>& lines, DeviceLife& life, Applied& applied) {
+  Masker& masker = life.GetMasker(change.target.showSecrets);
   masker.Xml(change.settings.text);
   masker.Xml(change.target.chosen.device.configXml);
   masker.Xml(plan.before.settings);
@@ -96,7 +96,7 @@ bool PlanAgain(const Change& change, const Plan& plan, DeviceLife& life, Plan& a
     } catch (const HostError& error) {
       std::vector<std::string> lines = LinesOf(life);
       lines.emplace_back(error.what());
-      Say(change, again, lines, applied);
+      Say(change, again, lines, life, applied);
       return false;
     }
   }
@@ -141,7 +141,7 @@ bool LookAgain(const Change& change, const std::optional<DeviceLife::File>& file
                SnapshotFolder& snapshots, Applied& applied) {
   try {
     const Plan found = PlanChange(change, life, file && !life.LearnsFromFile() ? &*file : nullptr);
-    if (found.verdict == Plan::Verdict::Stop || !found.difference.empty()) {
+    if (found.verdict == Plan::Verdict::Stop || found.changesFile) {
       applied.messages.insert(applied.messages.end(), found.messages.begin(), found.messages.end());
       applied.messages.push_back("the " + found.file + " is not as it was planned: the same change would change it again");
       return false;
@@ -194,10 +194,11 @@ void ForgetRefused(const Change& change, const Plan& plan, const Due& before, De
 }
 
 // Has the daemon read its file, now that the change of snapshot `number` is in there. Returns whether it did.
-bool Restart(const Change& change, const Plan& plan, unsigned long number, SnapshotFolder& snapshots, Applied& applied) {
+bool Restart(const Change& change, const Plan& plan, unsigned long number, DeviceLife& life, SnapshotFolder& snapshots,
+             Applied& applied) {
   const std::string problem = RunRestartCommand(change.restartCommand);
   if (!problem.empty()) {
-    Say(change, plan, {"the file is changed, but the restart command has failed: " + problem}, applied);
+    Say(change, plan, {"the file is changed, but the restart command has failed: " + problem}, life, applied);
     return false;
   }
   try {
@@ -214,11 +215,11 @@ std::string NotTold(unsigned long number) {
 }
 
 // Does what is left of an earlier change.
-void RestartLate(const Change& change, const Plan& plan, SnapshotFolder& snapshots, Applied& applied) {
+void RestartLate(const Change& change, const Plan& plan, DeviceLife& life, SnapshotFolder& snapshots, Applied& applied) {
   applied.verdict = Applied::Verdict::NotRestarted;
   if (change.restartCommand.empty()) {
     applied.messages = {NotTold(plan.restartDue)};
-  } else if (Restart(change, plan, plan.restartDue, snapshots, applied)) {
+  } else if (Restart(change, plan, plan.restartDue, life, snapshots, applied)) {
     applied.verdict = Applied::Verdict::Restarted;
     applied.now = plan.before;
     applied.messages.push_back("the restart of the change of snapshot " + std::to_string(plan.restartDue) +
@@ -238,7 +239,7 @@ void Carry(const Change& change, const Plan& plan, std::int64_t time, StateStore
   }
   applied.verdict = Applied::Verdict::Failed;
   const Made made = Make(change, states, life);
-  Say(change, plan, made.lines, applied);
+  Say(change, plan, made.lines, life, applied);
   if (!made.isKept) {
     ForgetRefused(change, plan, due, life, snapshots, applied);
   } else if (!LookAgain(change, made.file, life, snapshots, applied)) {
@@ -246,7 +247,7 @@ void Carry(const Change& change, const Plan& plan, std::int64_t time, StateStore
   } else if (!restarts && due.restart != 0) {
     applied.messages.push_back(NotTold(due.restart));
     applied.verdict = applied.verdict == Applied::Verdict::Done ? Applied::Verdict::NotRestarted : applied.verdict;
-  } else if (restarts && !Restart(change, plan, applied.snapshot, snapshots, applied) &&
+  } else if (restarts && !Restart(change, plan, applied.snapshot, life, snapshots, applied) &&
              applied.verdict == Applied::Verdict::Done) {
     applied.verdict = Applied::Verdict::NotRestarted;
   }
@@ -259,7 +260,9 @@ Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time) {
   return ApplyChange(change, plan, time, life);
 }
 
-Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time, DeviceLife& life) {
+Applied ApplyChange(const Change& shown, const Plan& plan, std::int64_t time, DeviceLife& life) {
+  Change change = shown;
+  change.wantsDifference = false;  // it is in the plan
   Applied applied;
   const DriverEntry& device = change.target.chosen.device;
   SnapshotFolder snapshots(change.target.snapshotFolder, device.id);
@@ -273,7 +276,7 @@ Applied ApplyChange(const Change& change, const Plan& plan, std::int64_t time, D
     return applied;
   }
   if (again.restartDue != 0) {
-    RestartLate(change, again, snapshots, applied);
+    RestartLate(change, again, life, snapshots, applied);
     return applied;
   }
   Carry(change, again, time, states ? &*states : nullptr, life, snapshots, applied);

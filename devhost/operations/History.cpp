@@ -44,6 +44,7 @@ DeviceLook LookAtDevice(const Target& target, DeviceLife& life) {
   Change change;
   change.target = target;
   const std::string id = std::to_string(target.chosen.device.id);
+  change.wantsDifference = false;
   change.settings = {"no settings", "<managedDevice><deviceId>" + id + "</deviceId></managedDevice>"};
   Plan plan = PlanChange(change, life);
   DeviceLook look;

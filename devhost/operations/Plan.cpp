@@ -28,6 +28,7 @@ PreviewInput InputOf(const Change& change) {
   input.listsFirst = true;
   input.file = FileNameOf(target);
   input.edit = change.edit;
+  input.wantsDifference = change.wantsDifference;
   input.state = StateOf(target);
   return input;
 }
@@ -50,7 +51,7 @@ std::string WhyStopped(const Change& change, const std::vector<Finding>& finding
 // Adds what the file will have besides the section that wins over it, or adds to it. The change is not wrong because of
 // that, so none of it stops the change.
 void AddOverridden(const std::string& path, bool showSecrets, Plan& plan) {
-  const std::string file = plan.difference.empty() ? plan.file : plan.file + " after SetDeviceState";
+  const std::string file = plan.changesFile ? plan.file + " after SetDeviceState" : plan.file;
   for (Finding& finding : OverridingLines(plan.after.file, path, file, showSecrets)) {
     finding.severity = Severity::Warning;
     plan.findings.push_back(std::move(finding));
@@ -85,12 +86,10 @@ std::string Judge(const Change& change, const PreviewResult& preview, Plan& plan
 }
 
 // Compares what the device answers now with what it would answer then.
-void Compare(const Change& change, const PreviewInput& input, const PreviewResult& preview, Host* around, Plan& plan) {
-  Masker masker(input.showSecrets);
-  LearnSecrets(input, preview.before, masker);
-  plan.before = {preview.before.file, EffectiveSettings(input.agent, input.device, preview.before, around)};
+void Compare(const Change& change, const PreviewInput& input, const PreviewResult& preview, DeviceLife& life, Plan& plan) {
+  plan.before = {preview.before.file, EffectiveSettings(input.agent, input.device, preview.before, life.GetHost())};
   plan.after = {preview.after.file, SettingsElement(preview.after, input.device.id)};
-  plan.settings = CompareSettings(plan.before.settings, plan.after.settings, masker);
+  plan.settings = CompareSettings(plan.before.settings, plan.after.settings, life.GetMasker(input.showSecrets));
   std::string reason = Judge(change, preview, plan);
   if (reason.empty() && change.edit && !plan.isReachable) {
     // A text that waits gives way to the next change, which is made from what the device holds then.
@@ -98,7 +97,7 @@ void Compare(const Change& change, const PreviewInput& input, const PreviewResul
   }
   const bool keepsSettings = change.target.livesOn || !change.target.stateFolder.empty();
   const bool settingsCount = keepsSettings && !plan.settings.empty();
-  const bool changes = preview.verdict == PreviewResult::Verdict::Changed || settingsCount;
+  const bool changes = plan.changesFile || settingsCount;
   if (!changes) {
     plan.settings.clear();
   }
@@ -123,7 +122,7 @@ bool SaysRestartDue(const std::string& state) {
 // Whether the settings are in the file, and in the device but for its mark of a change that has not come to its end.
 bool IsAllThere(const Plan& plan) {
   const bool isMarkOnly = plan.settings.size() == 1 && plan.settings.front().name == "snmpIsConfigDirty";
-  return plan.verdict != Plan::Verdict::Stop && plan.isReachable && plan.difference.empty() &&
+  return plan.verdict != Plan::Verdict::Stop && plan.isReachable && !plan.changesFile &&
          (plan.settings.empty() || isMarkOnly);
 }
 
@@ -176,11 +175,12 @@ Plan PlanChange(const Change& change, DeviceLife& life, const DeviceLife::File* 
   }
   const PreviewResult preview = PreviewChange(input, life, file);
   plan.file = preview.file;
+  plan.changesFile = preview.verdict == PreviewResult::Verdict::Changed;
   plan.difference = preview.difference;
   plan.messages = preview.messages;
   plan.isReachable = preview.before.copyStatus != kCannotBeReached;
   if (preview.verdict == PreviewResult::Verdict::Unchanged || preview.verdict == PreviewResult::Verdict::Changed) {
-    Compare(change, input, preview, life.GetHost(), plan);
+    Compare(change, input, preview, life, plan);
   } else {
     Judge(change, preview, plan);
   }

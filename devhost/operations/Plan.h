@@ -35,6 +35,7 @@ struct Change {
   // Changes text of others below the section in the same step, unless it is empty. Doing it twice is doing it once. Such a
   // change stops where the device cannot be reached.
   std::function<void(std::string&)> edit = nullptr;
+  bool wantsDifference = true;  // in its plan
 };
 
 // What messages call the snmpd.conf of a target.
@@ -53,7 +54,8 @@ struct Plan {
 
   Verdict verdict = Verdict::Stop;
   std::string file;                     // what the difference and the findings call the snmpd.conf
-  std::string difference;               // of the file, as a unified diff; "" when it would stay as it is
+  bool changesFile = false;             // else it would stay as it is
+  std::string difference;               // of the file, as a unified diff, where it changes and one is wanted; else ""
   std::vector<SettingChange> settings;  // those that would change
   // What surprises in the settings and what the file would lose; then, as warnings, the lines of the file that will win over
   // the new section. Those are named by the file as it will be.

@@ -11,6 +11,7 @@
 #include "devhost/driver/DriverEntry.h"
 #include "devhost/engine/Host.h"
 #include "devhost/preview/DeviceAnswers.h"
+#include "devhost/secrets/Masker.h"
 
 namespace devhost {
 
@@ -76,6 +77,10 @@ class DeviceLife : private HostObserver {
   // The host of the device, for one inside its life; null when no life has begun.
   virtual Host* GetHost() { return m_host ? &*m_host : nullptr; }
 
+  // For what is shown of the device: it knows all secrets that were learnt of it before. With `showSecrets`, one that shows
+  // them.
+  Masker& GetMasker(bool showSecrets) { return showSecrets ? m_open : m_masker; }
+
   // Something that may be of interest when a question or a change fails.
   struct Heard {
     Occurrence::Kind kind;
@@ -119,6 +124,8 @@ class DeviceLife : private HostObserver {
   std::optional<Host> m_host;
   DeviceAnswers m_answers;  // where the stand-in puts them
   std::optional<DeviceAnswers> m_unread;
+  Masker m_masker{false};
+  Masker m_open{true};
   bool m_hasAgent = false;
   bool m_isAsking = false;
   bool m_hasStandIn = false;

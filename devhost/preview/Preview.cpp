@@ -103,10 +103,12 @@ void Try(const PreviewInput& input, const std::string& file, DeviceLife& life, c
 }
 
 void Show(const PreviewInput& input, const Trial& trial, Masker& masker, PreviewResult& result) {
-  result.difference =
-      FileDifference({result.file, trial.before.file}, {result.file + " after SetDeviceState", trial.after.file}, masker);
-  if (!result.difference.empty()) {
+  if (!IsSameFile(trial.before.file, trial.after.file)) {
     result.verdict = Verdict::Changed;
+    if (input.wantsDifference) {
+      const std::string after = result.file + " after SetDeviceState";
+      result.difference = FileDifference({result.file, trial.before.file}, {after, trial.after.file}, masker);
+    }
     result.losses = LossesOf(trial.edited, trial.after.file, result.file, input.showSecrets);
   }
   if (trial.before.copyStatus == kCannotBeReached) {
@@ -167,7 +169,7 @@ PreviewResult PreviewChange(const PreviewInput& input) {
 }
 
 PreviewResult PreviewChange(const PreviewInput& input, DeviceLife& life, const DeviceLife::File* file) {
-  Masker masker(input.showSecrets);
+  Masker& masker = life.GetMasker(input.showSecrets);
   CheckSettings(input.settings, input.device, masker);
   const std::string name = input.file.empty() ? "snmpd.conf of " + input.device.name : input.file;
   PreviewResult result{Verdict::Failed, name, "", {}, {}, {}, {}};

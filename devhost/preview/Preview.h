@@ -32,6 +32,7 @@ struct PreviewInput {
   // has, and a setting that is emptied counts as erased, so that the agent does not fill it from the file again.
   bool listsFirst = false;
   std::function<void(std::string&)> edit;  // what the agent gets of the file goes through it, as with Host::EditCopies
+  bool wantsDifference = true;             // for somebody who looks at it; the verdict needs none
 };
 
 // What the change would make of the device's snmpd.conf.
@@ -45,7 +46,7 @@ struct PreviewResult {
 
   Verdict verdict;
   std::string file;             // what the difference and the findings call the snmpd.conf
-  std::string difference;       // a unified diff; "" unless it would change
+  std::string difference;       // a unified diff, where it would change and one is wanted; else ""
   std::vector<Finding> losses;  // what the change would drop from the file; none unless it would change
   // What else there is to say, a line each. Why there is no difference to show: what the drivers said, then the reason.
   std::vector<std::string> messages;

@@ -14,6 +14,7 @@
 #include "devhost/preview/Preview.h"
 #include "devhost/state/StateFolder.h"
 #include "tests/devhost/operations/Kitchen.h"
+#include "tests/devhost/support/ChangedVariable.h"
 #include "tests/devhost/support/RecordingObserver.h"
 
 namespace devhost {
@@ -80,6 +81,14 @@ TEST_F(AnAppliedChange, IsNotMadeWhenTheFileIsNotAsThePlanFoundIt) {
   EXPECT_THAT(applied.messages, ElementsAre("kitchen was changed since the plan was made; look at it again"));
   EXPECT_EQ(File(), "# by hand, and again\n");
   EXPECT_THAT(Snapshots(), IsEmpty());
+}
+
+// It is in the plan, and costs a program.
+TEST_F(AnAppliedChange, LooksForNoDifferenceAgain) {
+  const Plan plan = PlanChange(change);
+  EXPECT_NE(plan.difference, "");
+  const ChangedVariable noPrograms("PATH", folder.Path());  // none could look for one
+  EXPECT_EQ(ApplyChange(change, plan, kNow).verdict, Applied::Verdict::Done);
 }
 
 // What the plan has asked is not asked again, but the driver is loaded anew to see what it keeps.

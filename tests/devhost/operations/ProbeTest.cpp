@@ -151,7 +151,7 @@ TEST_F(AProbe, SendsATrapToEachTarget) {
   const std::string dead = e2e::FreePort();
   Configure(
       Targets({{"127.0.0.1", receiver.Port()}, {"127.0.0.1", dead}, {"192.0.2.300", "162"}, {"tcp:127.0.0.1", "162"}}));
-  Serve("agentXSocket unix:/nonexistent\n");
+  Serve("agentXSocket unix:" + folder.Path("agentx") + "\n");
   receiver.Traps();
   EXPECT_EQ(Probe().verdict, ProbeReport::Verdict::Differs);
   EXPECT_THAT(receiver.Traps(), Contains(e2e::Trap{".1.3.6.1.4.1.8072.2.3.0.1", "hidden3"}));

@@ -13,6 +13,7 @@
 #include "devhost/engine/Host.h"
 #include "devhost/preview/FileDifference.h"
 #include "devhost/secrets/Masker.h"
+#include "tests/devhost/support/ChangedVariable.h"
 #include "tests/devhost/support/RecordingObserver.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -141,6 +142,24 @@ TEST_F(APreview, MasksCommunitiesUnlessAsked) {
               AllOf(HasSubstr("\n+rocommunity  *****\n"), HasSubstr("rocommunity6 *****\n"), Not(HasSubstr("hidden"))));
   input.showSecrets = true;
   EXPECT_THAT(Difference(), AllOf(HasSubstr("\n+rocommunity  hidden1\n"), HasSubstr("hidden2")));
+}
+
+TEST_F(APreview, TellsThatTheFileWouldChangeWithoutADifference) {
+  const ChangedVariable noPrograms("PATH", temporary);  // none could look for a difference
+  input.wantsDifference = false;
+  const PreviewResult result = PreviewChange(input);
+  EXPECT_EQ(result.verdict, Verdict::Changed);
+  EXPECT_EQ(result.difference, "");
+  EXPECT_NE(result.after.file, result.before.file);
+}
+
+TEST_F(APreview, LeavesWhatItHasLearntToTheLifeOfTheDevice) {
+  const std::string line = "it said hidden2";
+  DeviceLife life(input.agent, input.device);
+  ASSERT_THAT(life.GetMasker(false).Sentence(line), HasSubstr("hidden2"));
+  PreviewChange(input, life);
+  EXPECT_THAT(life.GetMasker(false).Sentence(line), Not(HasSubstr("hidden2")));
+  EXPECT_EQ(life.GetMasker(true).Sentence(line), line);
 }
 
 TEST_F(APreview, OfADeviceWithoutAFileShowsTheWholeSection) {
