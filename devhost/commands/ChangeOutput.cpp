@@ -75,34 +75,47 @@ struct Stop {
   std::string reason;
 };
 
-// Whether the daemon is to be asked after a change. That of a file without a project has read it only after a restart, and
-// what it lets in matters after a rotation.
-bool IsProbedAfter(const Change& change, const Applied& applied, const ProbeMore& probeMore, const Arguments& arguments) {
-  const bool hasReadFile = change.target.file.empty() || (probeMore && !change.restartCommand.empty());
-  const bool isDone = applied.verdict == Applied::Verdict::Done || applied.verdict == Applied::Verdict::Restarted;
-  return isDone && hasReadFile && !arguments.Has(kNoProbe);
-}
+// The daemon of the device, which is asked before and after a change. That of a file without a project reads it at a restart
+// only.
+class ProbedDaemon {
+ public:
+  ProbedDaemon(const Change& change, const Plan& plan, const Arguments& arguments)
+      : m_target(change.target),
+        m_isAsked(!arguments.Has(kNoProbe) && (m_target.file.empty() || !change.restartCommand.empty())) {
+    m_means.address = arguments.Text(kAddress);
+    m_means.sendsTraps = false;
+    m_answered = m_isAsked && DoesDaemonAnswer(m_target, m_means, plan.before.file);
+  }
 
-// What the daemon serves after a change; no address where it was not to be asked.
-ProbeReport ProbeAfter(const Change& change, const Applied& applied, const ProbeMore& probeMore,
-                       const Arguments& arguments) {
-  ProbeReport report;
-  if (IsProbedAfter(change, applied, probeMore, arguments)) {
-    ProbeMeans means;
-    means.address = arguments.Text(kAddress);
-    means.sendsTraps = false;
+  // What it serves; no address where it was not to be asked.
+  ProbeReport AskAfter(const Applied& applied, const ProbeMore& probeMore) const {
+    ProbeReport report;
+    const bool isDone = applied.verdict == Applied::Verdict::Done || applied.verdict == Applied::Verdict::Restarted;
+    if (!m_isAsked || !isDone) {
+      return report;
+    }
     try {
       DeviceLook look;
       look.now = applied.now;
-      report = ProbeDevice(change.target, means, look);
-      if (probeMore && report.verdict != ProbeReport::Verdict::Unknown) {
+      report = ProbeAfterChange(m_target, m_means, look, m_answered);
+      if (probeMore && !report.items.empty()) {
         probeMore(report);
       }
     } catch (const std::exception& error) {
       report.messages = {error.what()};
     }
+    return report;
   }
-  return report;
+
+ private:
+  const Target& m_target;
+  const bool m_isAsked;
+  ProbeMeans m_means;
+  bool m_answered = false;
+};
+
+bool IsWrong(ProbeReport::Verdict verdict) {
+  return verdict == ProbeReport::Verdict::Differs || verdict == ProbeReport::Verdict::Gone;
 }
 
 void PrintProbe(const ProbeReport& report, const std::string& device, Console& console) {
@@ -111,6 +124,8 @@ void PrintProbe(const ProbeReport& report, const std::string& device, Console& c
     console.Out().Write(text);
   } else if (report.verdict == ProbeReport::Verdict::AsConfigured) {
     console.Out().Write(text.substr(text.rfind('\n', text.size() - 2) + 1));
+  } else if (report.verdict == ProbeReport::Verdict::Gone) {
+    console.Complain(report.messages.back());
   } else if (!report.address.empty()) {
     console.Out().Write("not probed: " + OneLine(report.messages.back()) + "\n");
   }
@@ -241,9 +256,11 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
     }
     return StatusOf(plan);
   }
-  if (asks && !restartsLate && !Ask(device, console)) {
+  const bool acts = plan.verdict == Plan::Verdict::Change || plan.isDueAgain || !change.restartCommand.empty();
+  if (asks && acts && !Ask(device, console)) {
     return Decline(console);
   }
+  const ProbedDaemon daemon(change, plan, arguments);
   // A driver that ends the process may leave the device changed from here on.
   EndWatch::SetExitStatus(static_cast<int>(ExitStatus::Failed));
   stage = Stage::Prepare;
@@ -251,8 +268,8 @@ ExitStatus MakeChange(const Change& change, const Remarks& remarks, const Argume
   life.reset();
   const ExitStatus made = StatusOf(applied.verdict);
   const bool failed = made != ExitStatus::Good;
-  const ProbeReport probe = ProbeAfter(change, applied, probeMore, arguments);
-  const ExitStatus status = probe.verdict == ProbeReport::Verdict::Differs ? ExitStatus::Failed : made;
+  const ProbeReport probe = daemon.AskAfter(applied, probeMore);
+  const ExitStatus status = IsWrong(probe.verdict) ? ExitStatus::Failed : made;
   if (json) {
     messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());
     const Stop stop{StageOf(applied.verdict), Joined(applied.messages)};

@@ -39,6 +39,7 @@ const CommandOption kWave{"--wave", "LIST", "Waves, as in 1,10%,100%: how many d
 const CommandOption kDeadline{"--deadline", "SECONDS", "The most time for one device (default: 300)", Takes::Text};
 const CommandOption kRecord{"--record", "FILE", "Remember in this file which devices are done (apply, rotate)", Takes::Path};
 const CommandOption kResume{"--resume", "", "Go on where the run of the record has ended (apply, rotate)"};
+const CommandOption kKeepGoing{"--keep-going", "", "Go on with the other devices when one has failed (apply, rotate)"};
 const CommandOption kFleetJson{"--json", "", "Print one JSON object for each device, and one at the end"};
 
 constexpr char kFooter[] =
@@ -51,10 +52,11 @@ constexpr char kFooter[] =
     "rotate takes the steps of \"devhost rotate\": --read and --write, --status, --finish, --abort.\n"
     "All devices get the same communities. A device on which another rotation is open has failed.\n"
     "\n"
-    "A wave in which a device has failed is the last one. SIGINT, SIGTERM and SIGHUP end what\n"
-    "runs; the report says what was and what was not done. --resume leaves out the devices that\n"
-    "have got the same settings, or had the same step of a rotation, in the run of the record. When\n"
-    "all is done, the record is removed.\n"
+    "When a change has failed on a device, what runs is brought to its end, and no other device is\n"
+    "changed, unless --keep-going says so. SIGINT, SIGTERM and SIGHUP end what runs; the report says\n"
+    "what was and what was not done. --resume leaves out the devices that have got the same settings,\n"
+    "or had the same step of a rotation, in the run of the record. When all is done, the record is\n"
+    "removed.\n"
     "\n"
     "Exit status: 0 all is well: changed, waiting, unchanged, no drift, no finding; 1 a change has\n"
     "failed on a device, or it had no turn, or, without a change, something would change, has\n"
@@ -93,12 +95,12 @@ unsigned int NumberOf(const Arguments& arguments, const CommandOption& option, u
 // Refuses options that the operation does not have.
 void RequireOwnOptions(const std::string& operation, const Arguments& arguments) {
   const bool changes = operation == "apply" || operation == "rotate";
-  for (const CommandOption* const option : {&kYes, &kDryRun, &kAccept, &kRecord, &kResume}) {
+  for (const CommandOption* const option : {&kYes, &kDryRun, &kAccept, &kRecord, &kResume, &kKeepGoing, &kNoProbe}) {
     if (!changes && arguments.Has(*option)) {
       throw UsageError(std::string(option->name) + " is for apply and rotate; allowed with " + operation + ": leave it out");
     }
   }
-  for (const CommandOption* const option : {&kRead, &kWrite, &kStatus, &kFinish, &kAbort, &kNoProbe}) {
+  for (const CommandOption* const option : {&kRead, &kWrite, &kStatus, &kFinish, &kAbort}) {
     if (operation != "rotate" && arguments.Has(*option)) {
       throw UsageError(std::string(option->name) + " is for rotate; allowed with " + operation + ": leave it out");
     }
@@ -245,6 +247,8 @@ class Rollout {
         m_output(m_devices, arguments.Has(kFleetJson), console) {
     m_limits.jobs = NumberOf(arguments, kJobs, 8, 1000);
     m_limits.deadline = std::chrono::seconds(NumberOf(arguments, kDeadline, 300, 86400));
+    // One that only looks goes through all: the others are no worse for what was found.
+    m_limits.stopsAtFailure = m_operation.changes && !arguments.Has(kKeepGoing);
     m_limits.waves = WaveEnds(arguments.Text(kWave), m_devices.size());
     if (arguments.Has(kRecord)) {
       m_record.emplace(arguments.Text(kRecord), arguments.Has(kResume));
@@ -321,8 +325,8 @@ ExitStatus Fleet(const Arguments& arguments, Console& console) {
 Command MakeFleet() {
   return {"fleet",
           "Do the same with many devices, several at a time",
-          {kOperation, kInventory, kModuleFolder, kJobs, kWave, kDeadline, kRecord, kResume, kAccept, kDryRun, kYes, kRead,
-           kWrite, kStatus, kFinish, kAbort, kNoProbe, kFleetJson},
+          {kOperation, kInventory, kModuleFolder, kJobs, kWave, kDeadline, kKeepGoing, kRecord, kResume, kAccept, kDryRun,
+           kYes, kRead, kWrite, kStatus, kFinish, kAbort, kNoProbe, kFleetJson},
           kFooter,
           &Fleet};
 }

@@ -73,6 +73,12 @@ std::string DifferenceIn(const ordered_json& object) {
       names += TextOf(item, "verdict") == "differs" ? (names.empty() ? "" : ", ") + TextOf(item, "name") : "";
     }
   }
+  if (TextOf(probe, "verdict") == "gone") {
+    const ordered_json messages = probe.value("messages", ordered_json::array());
+    return messages.is_array() && !messages.empty() && messages.back().is_string()
+               ? OneLine(messages.back().get<std::string>())
+               : "the daemon does not answer any more";
+  }
   return names.empty() ? "" : "the daemon differs: " + names;
 }
 

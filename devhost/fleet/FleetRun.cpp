@@ -62,7 +62,7 @@ class Run {
     for (const std::size_t end : m_limits.waves) {
       ++m_wave;
       RunWave(first, end);
-      if (m_hasFailed || m_outcome.signal != 0) {
+      if (MustStop() || m_outcome.signal != 0) {
         break;
       }
       first = end;
@@ -75,6 +75,8 @@ class Run {
     std::size_t number;
     FleetChild child;
   };
+
+  bool MustStop() const { return m_hasFailed && m_limits.stopsAtFailure; }
 
   void RunWave(std::size_t first, std::size_t end) {
     for (std::size_t number = first; number != end; ++number) {
@@ -93,6 +95,9 @@ class Run {
   }
 
   void StartSome() {
+    if (MustStop()) {
+      m_waiting.clear();
+    }
     for (auto each = m_waiting.begin(); each != m_waiting.end() && m_running.size() < m_limits.jobs;) {
       const std::size_t number = *each;
       if (IsHeldUp(m_tasks[number])) {

@@ -48,6 +48,7 @@ struct FleetLimits {
   std::size_t jobs = 1;
   std::chrono::milliseconds deadline = std::chrono::minutes(5);  // for one device
   std::vector<std::size_t> waves;  // how many tasks have had their turn after each, the last one all of them
+  bool stopsAtFailure = false;     // no other task is started once one has failed
 };
 
 // Understands the end of a program; it sets kind, verdict, reason and answer.
@@ -62,7 +63,7 @@ struct FleetOutcome {
 };
 
 // Runs the program of each task, several at a time, each as a KeptProcess, so nothing of them is left when this returns or
-// when this process is killed. A wave in which one has failed is brought to its end, and is the last one. SIGINT, SIGTERM
+// when this process is killed. Where one has failed and that stops the run, what runs is brought to its end. SIGINT, SIGTERM
 // and SIGHUP end all programs that run, and no other one is started; `signal` has it then, and the process goes on.
 //
 // `tell` may throw: then all programs that run are ended, and the exception passes.

@@ -70,6 +70,7 @@ ordered_json ChangeObject(const std::string& device, const Plan& plan, const App
 const char* NameOf(ProbeReport::Verdict verdict) {
   return verdict == ProbeReport::Verdict::AsConfigured ? "as-configured"
          : verdict == ProbeReport::Verdict::Differs    ? "differs"
+         : verdict == ProbeReport::Verdict::Gone       ? "gone"
                                                        : "unknown";
 }
 

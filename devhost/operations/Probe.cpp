@@ -1,7 +1,9 @@
 #include "devhost/operations/Probe.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
+#include <thread>
 #include <utility>
 
 #include "devhost/operations/DaemonAddress.h"
@@ -114,6 +116,33 @@ ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means, const Dev
   const Answers answers = AskDaemon(daemon->address, settings, file, means.patience);
   AskEverything({answers, settings, shown, file, means.patience, masker}, daemon->hasOwnAgentX, means.sendsTraps, report);
   return report;
+}
+
+bool DoesDaemonAnswer(const Target& target, const ProbeMeans& means, const std::string& file) {
+  ProbeMeans once = means;
+  once.patience.tries = 1;
+  ProbeReport ignored;
+  try {
+    return Reach(target, once, file, ignored).has_value();
+  } catch (const SnmpError&) {
+    return false;
+  }
+}
+
+ProbeReport ProbeAfterChange(const Target& target, const ProbeMeans& means, const DeviceLook& look, bool answeredBefore) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point deadline = Clock::now() + means.comeback;
+  while (answeredBefore && !DoesDaemonAnswer(target, means, look.now.file)) {
+    if (Clock::now() >= deadline) {
+      ProbeReport report;
+      Reach(target, means, look.now.file, report);
+      report.verdict = ProbeReport::Verdict::Gone;
+      report.messages = {"the daemon at " + report.address + " answered before the change, and does not answer after it"};
+      return report;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return ProbeDevice(target, means, look);
 }
 
 }  // namespace devhost

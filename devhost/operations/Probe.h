@@ -1,6 +1,7 @@
 #ifndef DEVHOST_OPERATIONS_PROBE_H
 #define DEVHOST_OPERATIONS_PROBE_H
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct ProbeMeans {
   bool sendsTraps = true;  // a test trap to each target
   Patience patience = {};
   std::string advice = "--address HOST:PORT names one";  // where the project names no daemon; "" for none
+  // How long a daemon may take to answer again after a change: its restart command need not wait for it.
+  std::chrono::milliseconds comeback = std::chrono::seconds(5);
 };
 
 // One thing that was asked.
@@ -39,7 +42,8 @@ struct ProbeReport {
   enum class Verdict {
     AsConfigured,
     Differs,
-    Unknown  // there is no daemon to ask, or it does not answer
+    Unknown,  // there is no daemon to ask, or it does not answer
+    Gone      // it answered before a change, and does not answer after it
   };
 
   Verdict verdict = Verdict::Unknown;
@@ -59,6 +63,12 @@ struct ProbeReport {
 ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means);
 // The same for a device that was looked at just now.
 ProbeReport ProbeDevice(const Target& target, const ProbeMeans& means, const DeviceLook& look);
+
+// Whether the daemon of a device with that file answers now. It is asked once, before a change, so that a daemon that the
+// change has ended can be told from one that nobody here could ask: that one, and whatever else goes wrong, is a no.
+bool DoesDaemonAnswer(const Target& target, const ProbeMeans& means, const std::string& file);
+// Asks the daemon after a change. One that answered before it gets the time to come back.
+ProbeReport ProbeAfterChange(const Target& target, const ProbeMeans& means, const DeviceLook& look, bool answeredBefore);
 
 }  // namespace devhost
 

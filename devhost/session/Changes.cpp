@@ -148,6 +148,7 @@ ordered_json Changes::Make(const Change& change, const Request& request) {
     }
     return object;
   }
+  const bool answeredBefore = devhost::DoesDaemonAnswer(change.target, MeansFor(change.target), plan.before.file);
   Say(change, "snapshot", "begun");
   const Applied applied = ApplyChange(change, plan, std::time(nullptr), *life);
   life.reset();
@@ -156,12 +157,13 @@ ordered_json Changes::Make(const Change& change, const Request& request) {
   if (applied.verdict == Applied::Verdict::Done) {
     Say(change, "probe", "begun");
     try {
-      probe = Probe(change.target, false);
+      probe = Probe(change.target, false, answeredBefore);
     } catch (const std::exception& error) {
       // The change is made, whatever becomes of the question.
       probe.messages = {m_secrets.Text(error.what())};
     }
-    Say(change, "probe", probe.verdict == ProbeReport::Verdict::Differs ? "failed" : "done", NameOf(probe.verdict));
+    const bool isWrong = probe.verdict == ProbeReport::Verdict::Differs || probe.verdict == ProbeReport::Verdict::Gone;
+    Say(change, "probe", isWrong ? "failed" : "done", NameOf(probe.verdict));
   }
   std::vector<std::string> messages = plan.messages;
   messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());
@@ -174,10 +176,9 @@ ordered_json Changes::Make(const Change& change, const Request& request) {
   return object;
 }
 
-ProbeReport Changes::Probe(const Target& target, bool sendsTraps) {
-  LiveLife life(m_host, target.chosen.device.id);
+ProbeMeans Changes::MeansFor(const Target& target) {
   ProbeMeans means;
-  means.sendsTraps = sendsTraps;
+  means.sendsTraps = false;
   means.advice.clear();  // of an option that nobody has here
   // A driver that has chosen the port itself knows it; the project does not.
   const DaemonState daemon = m_host.Daemon(target.chosen.device.id);
@@ -185,8 +186,15 @@ ProbeReport Changes::Probe(const Target& target, bool sendsTraps) {
   if (daemon.address.rfind(kUdp, 0) == 0) {
     means.address = daemon.address.substr(sizeof(kUdp) - 1);
   }
+  return means;
+}
+
+ProbeReport Changes::Probe(const Target& target, bool sendsTraps, bool answeredBefore) {
+  LiveLife life(m_host, target.chosen.device.id);
+  ProbeMeans means = MeansFor(target);
+  means.sendsTraps = sendsTraps;
   const auto begin = std::chrono::steady_clock::now();
-  ProbeReport report = ProbeDevice(target, means, LookAtDevice(target, life));
+  ProbeReport report = ProbeAfterChange(target, means, LookAtDevice(target, life), answeredBefore);
   const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
   if (!report.address.empty()) {
     m_channel.Event(ordered_json{

@@ -34,7 +34,8 @@ class Changes {
   nlohmann::ordered_json Plan(const Change& change);
   // Throws RequestError unless the device is as the request has found it.
   nlohmann::ordered_json Make(const Change& change, const Request& request);
-  ProbeReport Probe(const Target& target, bool sendsTraps);
+  ProbeMeans MeansFor(const Target& target);
+  ProbeReport Probe(const Target& target, bool sendsTraps, bool answeredBefore = false);
   void Say(const Change& change, const char* step, const char* state, const std::string& text = "");
 
   LiveHost& m_host;

@@ -10,6 +10,7 @@
 #include "devhost/operations/Snapshots.h"
 #include "devhost/system/RunProgram.h"
 #include "tests/devhost/commands/CommandsFixture.h"
+#include "tests/devhost/support/SnmpDaemon.h"
 #include "tests/support/ReadPipe.h"
 
 namespace devhost {
@@ -21,6 +22,29 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
+
+// What the program prints on a terminal where somebody types `answer`.
+std::string OnTerminal(std::vector<std::string> words, const std::string& answer, int& status) {
+  words.insert(words.begin(), DEVHOST_PROGRAM);
+  std::vector<char*> arguments;
+  for (std::string& word : words) {
+    arguments.push_back(word.data());
+  }
+  arguments.push_back(nullptr);
+  int terminal = -1;
+  const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    ::execv(arguments[0], arguments.data());
+    ::_exit(127);
+  }
+  std::string typed = answer + "\n";
+  EXPECT_EQ(::write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
+  std::string shown;
+  testsupport::ReadPipe(terminal, std::chrono::minutes(1), [&](std::string_view block) { shown += block; });
+  ::close(terminal);
+  ::waitpid(child, &status, 0);
+  return shown;
+}
 
 class ApplyCommand : public CommandsFixture {
  protected:
@@ -39,29 +63,7 @@ class ApplyCommand : public CommandsFixture {
   }
   Outcome Apply(const std::vector<std::string>& options) const { return Run(Words(options)); }
 
-  // What the program prints on a terminal where somebody types `answer`.
-  std::string ApplyOnTerminal(const std::string& answer, int& status) const {
-    std::vector<std::string> words = Words({});
-    words.insert(words.begin(), DEVHOST_PROGRAM);
-    std::vector<char*> arguments;
-    for (std::string& word : words) {
-      arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
-    int terminal = -1;
-    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (child == 0) {
-      ::execv(arguments[0], arguments.data());
-      ::_exit(127);
-    }
-    std::string typed = answer + "\n";
-    EXPECT_EQ(::write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
-    std::string shown;
-    testsupport::ReadPipe(terminal, std::chrono::minutes(1), [&](std::string_view block) { shown += block; });
-    ::close(terminal);
-    ::waitpid(child, &status, 0);
-    return shown;
-  }
+  std::string ApplyOnTerminal(const std::string& answer, int& status) const { return OnTerminal(Words({}), answer, status); }
 
   const std::string conf = File("kitchen/snmpd.conf", "# by hand\n");
   const std::string project = folder.Path("project.xml");
@@ -285,10 +287,10 @@ TEST_F(ApplyToAFile, RestartsOnlyAfterAChangeAndSaysWhenThatFails) {
   const std::string restarted = folder.Path("restarted");
   Do({"apply", Settings("kitchen"), "--dry-run", "--restart-command", "touch " + restarted});
   EXPECT_FALSE(fs::exists(restarted));
-  Do({"apply", Settings("kitchen"), "--yes", "--restart-command", "touch " + restarted});
+  Do({"apply", Settings("kitchen"), "--yes", "--no-probe", "--restart-command", "touch " + restarted});
   EXPECT_TRUE(fs::exists(restarted));
   fs::remove(restarted);
-  Do({"apply", Settings("kitchen"), "--yes", "--restart-command", "touch " + restarted});
+  Do({"apply", Settings("kitchen"), "--yes", "--no-probe", "--restart-command", "touch " + restarted});
   EXPECT_FALSE(fs::exists(restarted));
   const Outcome failed = Do({"apply", Settings("attic"), "--yes", "--json", "--restart-command", "sh -c 'exit 4'"});
   EXPECT_EQ(failed.status, ExitStatus::Failed);
@@ -315,12 +317,57 @@ TEST_F(ApplyToAFile, MakesUpForARestartThatIsDue) {
   EXPECT_THAT(untold.out, AllOf(HasSubstr("\"verdict\":\"failed\",\"changed\":false,\"snapshot\":null,"),
                                 HasSubstr("\"stage\":\"restart\",\"reason\":\"the daemon has not been told")));
 
-  const Outcome late = Do({"apply", Settings("kitchen"), "--yes", "--restart-command", "touch " + restarted});
+  const Outcome late = Do({"apply", Settings("kitchen"), "--yes", "--no-probe", "--restart-command", "touch " + restarted});
   EXPECT_EQ(late.status, ExitStatus::Good);
   EXPECT_EQ(late.out,
             "the restart of the change of snapshot 1 was due, and the restart command was run now\nnothing to change on " +
                 file + "\n");
   EXPECT_TRUE(fs::exists(restarted));
+}
+
+// A whole answer is wanted before anything is done, also where only what is due is made up for.
+TEST_F(ApplyToAFile, AsksOnATerminalBeforeItMakesUpForARestart) {
+  const std::string restarted = folder.Path("restarted");
+  const std::string settings = Settings("kitchen");
+  Do({"apply", settings, "--yes", "--restart-command", "false"});
+  const std::vector<std::string> words = {"apply",      "--module-dir",      MODULE_FOLDER,       "--file", file, settings,
+                                          "--no-probe", "--restart-command", "touch " + restarted};
+  int status = 0;
+  EXPECT_THAT(OnTerminal(words, "n", status), HasSubstr("not confirmed: nothing was changed"));
+  EXPECT_EQ(WEXITSTATUS(status), 2);
+  EXPECT_FALSE(fs::exists(restarted));
+  EXPECT_THAT(OnTerminal(words, "y", status), HasSubstr("the restart command was run now"));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  EXPECT_TRUE(fs::exists(restarted));
+}
+
+TEST_F(ApplyToAFile, AsksItsDaemonWhenThatHasReadIt) {
+  const SnmpDaemon daemon("rocommunity hidden\nsysName attic\n");
+  File("etc/snmpd.conf", "agentaddress " + daemon.Address() + "\nagentXSocket unix:" + folder.Path("agentx") + "\n");
+  const std::string settings = Settings("kitchen");
+  EXPECT_EQ(Do({"apply", settings, "--yes"}).status, ExitStatus::Good);  // it has not been told of the file yet
+  const Outcome differs = Do({"apply", Settings("hall"), "--yes", "--restart-command", "true"});
+  EXPECT_EQ(differs.status, ExitStatus::Failed);
+  EXPECT_THAT(differs.out, HasSubstr("\nDIFFERS name             configured \"hall\", served \"attic\""));
+  const Outcome good = Do({"apply", Settings("attic"), "--yes", "--restart-command", "true"});
+  EXPECT_EQ(good.status, ExitStatus::Good) << good.out;
+  EXPECT_EQ(Do({"apply", Settings("hall"), "--yes", "--no-probe", "--restart-command", "true"}).status, ExitStatus::Good);
+}
+
+TEST_F(ApplyToAFile, FailsWhenItsDaemonDoesNotComeBack) {
+  const SnmpDaemon daemon("rocommunity hidden\nsysName attic\n");
+  File("etc/snmpd.conf", "agentaddress " + daemon.Address() + "\nagentXSocket unix:" + folder.Path("agentx") + "\n");
+  const std::string kill = "sh -c 'kill " + std::to_string(daemon.Pid()) + "'";
+  const Outcome gone = Do({"apply", Settings("attic"), "--yes", "--json", "--restart-command", kill});
+  EXPECT_EQ(gone.status, ExitStatus::Failed);
+  const std::string reason =
+      "the daemon at " + daemon.Address() + " answered before the change, and does not answer after it";
+  EXPECT_THAT(gone.out, AllOf(HasSubstr("\"verdict\":\"changed\",\"changed\":true,"),
+                              HasSubstr("\"verdict\":\"gone\",\"items\":[],\"messages\":[\"" + reason + "\"]")));
+  // Nobody can say of the next change that it has ended the daemon.
+  const Outcome off = Do({"apply", Settings("hall"), "--yes", "--restart-command", "true"});
+  EXPECT_EQ(off.status, ExitStatus::Good);
+  EXPECT_THAT(off.out, HasSubstr("not probed: the daemon at " + daemon.Address() + " cannot be asked: refused\n"));
 }
 
 TEST_F(ApplyToAFile, IsNotChangedWhenTheRestartCommandIsNotThere) {

@@ -70,6 +70,13 @@ TEST(AnEndOfAFleet, NamesWhatTheDaemonServesDifferentlyAfterTheChange) {
   EXPECT_EQ(JudgeFleetEnd(kApply, end).reason, "the daemon differs: contact, location");
 }
 
+TEST(AnEndOfAFleet, SaysThatTheDaemonHasGoneWithTheChange) {
+  const FleetEnd end =
+      EndWith(1, "{\"verdict\":\"changed\",\"probe\":{\"verdict\":\"gone\",\"items\":[],\"messages\":[\"a\",\"gone\"]}}\n");
+  EXPECT_EQ(JudgeFleetEnd(kApply, end).kind, Kind::Failed);
+  EXPECT_EQ(JudgeFleetEnd(kApply, end).reason, "gone");
+}
+
 TEST(AnEndOfAFleet, SaysWhetherARotationIsOpen) {
   const FleetOperation look{"rotate", false, false};
   EXPECT_EQ(JudgeFleetEnd(look, EndWith(0, "{\"open\":false,\"verdict\":\"as-configured\",\"messages\":[]}\n")).reason,

@@ -140,7 +140,7 @@ TEST_F(ARotationOfAFleet, IsNotBegunWhenSomethingIsWrong) {
       {{"rotate", "fleet.xml", "--read", "new", "--finish", "--yes"}, "--read and --finish cannot stand together"},
       {{"rotate", "fleet.xml", "--status", "--record", "r"}, "--record is for a run that changes something"},
       {{"apply", "fleet.xml", "--yes", "--read", "new"}, "--read is for rotate; allowed with apply: leave it out"},
-      {{"apply", "fleet.xml", "--yes", "--no-probe"}, "--no-probe is for rotate"}};
+      {{"preview", "fleet.xml", "--no-probe"}, "--no-probe is for apply and rotate"}};
   for (const auto& [words, problem] : wrong) {
     const ProgramResult result = Fleet(words);
     EXPECT_THAT(result.output, HasSubstr(problem));
@@ -174,7 +174,7 @@ TEST_F(ARotationOfDaemons, IsFinishedOnlyWhereTheDaemonAnswersToTheNewCommunity)
                                    HasSubstr("house.xml d12  differs        a rotation is open\n")));
   EXPECT_EQ(status.exitStatus, 1);
   const std::string before = Conf(12);
-  const ProgramResult finish = Rotate({"--finish", "--yes", "--jobs", "1"});
+  const ProgramResult finish = Rotate({"--finish", "--yes", "--keep-going"});
   EXPECT_THAT(finish.output,
               HasSubstr("house.xml d12  stopped      the daemon at " + untold.Address() + " does not answer to the new "));
   EXPECT_EQ(Conf(12), before);

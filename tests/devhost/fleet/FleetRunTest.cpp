@@ -92,13 +92,26 @@ TEST_F(AFleet, RunsOneAtATimeOfThoseThatShareSomething) {
   EXPECT_THAT(Run(), Each(Kind::Good));
 }
 
-TEST_F(AFleet, StopsAfterAWaveInWhichOneHasFailed) {
-  for (const char* const script : {":", "exit 2", ":", ":"}) {
-    Add(script);
-  }
-  limits.waves = {1, 3, 4};
-  EXPECT_THAT(Run(), ElementsAre(Kind::Good, Kind::Failed, Kind::Good, Kind::NotStarted));
-  EXPECT_THAT(told, UnorderedElementsAre(std::pair(0U, 1U), std::pair(1U, 2U), std::pair(2U, 2U)));
+TEST_F(AFleet, StopsWhereOneHasFailedAndBringsWhatRunsToItsEnd) {
+  limits.stopsAtFailure = true;
+  limits.jobs = 2;
+  // The second one ends when the first one has failed, the third one would have begun then.
+  Add("exit 2");
+  Add("n=0; until [ $((n += 1)) -gt 50 ]; do sleep 0.01; done; : >" + folder.Path("ended"));
+  Add(": >" + folder.Path("begun"));
+  Add(":");
+  limits.waves = {3, 4};
+  EXPECT_THAT(Run(), ElementsAre(Kind::Failed, Kind::Good, Kind::NotStarted, Kind::NotStarted));
+  EXPECT_THAT(told, UnorderedElementsAre(std::pair(0U, 1U), std::pair(1U, 1U)));
+  EXPECT_TRUE(std::filesystem::exists(folder.Path("ended")));
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("begun")));
+}
+
+TEST_F(AFleet, GoesOnAfterAFailureWhereThatDoesNotStopIt) {
+  Add("exit 2");
+  Add(":");
+  limits.waves = {1, 2};
+  EXPECT_THAT(Run(), ElementsAre(Kind::Failed, Kind::Good));
 }
 
 TEST_F(AFleet, GoesOnAfterAWaveInWhichSomethingWasFound) {

@@ -4,8 +4,12 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <thread>
 
 #include "devhost/operations/Explanation.h"
+#include "devhost/operations/History.h"
 #include "devhost/operations/Rotation.h"
 #include "tests/devhost/operations/Kitchen.h"
 #include "tests/devhost/support/SnmpDaemon.h"
@@ -174,6 +178,35 @@ TEST_F(AProbe, SaysWhenTheDaemonIsOff) {
   EXPECT_EQ(report.verdict, ProbeReport::Verdict::Unknown);
   EXPECT_THAT(report.items, IsEmpty());
   EXPECT_THAT(report.messages, ElementsAre("the daemon at " + means.address + " cannot be asked: refused"));
+}
+
+// A restart command need not wait for the daemon.
+TEST_F(AProbe, WaitsAfterAChangeForADaemonThatComesBack) {
+  AddToFile("agentXSocket unix:" + folder.Path("agentx"));
+  Serve();
+  means.patience = {std::chrono::milliseconds(100), 20};
+  ASSERT_TRUE(DoesDaemonAnswer(change.target, means, File()));
+  const DeviceLook look = LookAtDevice(change.target);
+  ::kill(daemon->Pid(), SIGSTOP);
+  EXPECT_FALSE(DoesDaemonAnswer(change.target, means, File()));
+  std::thread later([this] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    ::kill(daemon->Pid(), SIGCONT);
+  });
+  EXPECT_EQ(ProbeAfterChange(change.target, means, look, true).verdict, ProbeReport::Verdict::AsConfigured);
+  later.join();
+}
+
+TEST_F(AProbe, SaysAfterAChangeThatADaemonHasGone) {
+  Serve();
+  const DeviceLook look = LookAtDevice(change.target);
+  daemon->Stop();
+  means.comeback = std::chrono::milliseconds(200);
+  const ProbeReport gone = ProbeAfterChange(change.target, means, look, true);
+  EXPECT_EQ(gone.verdict, ProbeReport::Verdict::Gone);
+  EXPECT_THAT(gone.messages,
+              ElementsAre("the daemon at " + means.address + " answered before the change, and does not answer after it"));
+  EXPECT_EQ(ProbeAfterChange(change.target, means, look, false).verdict, ProbeReport::Verdict::Unknown);
 }
 
 TEST_F(AProbe, SaysWhenNobodyAnswersOrTheNameIsNotKnown) {

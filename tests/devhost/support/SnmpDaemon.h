@@ -19,6 +19,7 @@ class SnmpDaemon {
 
   std::string Address() const { return "127.0.0.1:" + m_port; }
   const std::string& Port() const { return m_port; }
+  pid_t Pid() const { return m_program->Pid(); }
   // What it keeps for its next start.
   std::string Persistent() const { return m_folder.Path("p"); }
   // Ends it as a system does, so that it writes that.
