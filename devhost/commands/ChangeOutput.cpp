@@ -119,11 +119,8 @@ bool IsWrong(ProbeReport::Verdict verdict) {
 }
 
 void PrintProbe(const ProbeReport& report, const std::string& device, Console& console) {
-  const std::string text = ProbeText(report, device);
-  if (report.verdict == ProbeReport::Verdict::Differs) {
-    console.Out().Write(text);
-  } else if (report.verdict == ProbeReport::Verdict::AsConfigured) {
-    console.Out().Write(text.substr(text.rfind('\n', text.size() - 2) + 1));
+  if (!report.items.empty()) {
+    console.Out().Write(ShortProbeText(report, device));
   } else if (report.verdict == ProbeReport::Verdict::Gone) {
     console.Complain(report.messages.back());
   } else if (!report.address.empty()) {

@@ -22,6 +22,7 @@ inline const CommandOption kDeviceState{
 inline const CommandOption kSnapshots{"--snapshots", "DIR",
                                       "Where snapshots lie (default: beside the project or file, FILE.snapshots)",
                                       CommandOption::Takes::Folder};
+inline const CommandOption kAskDaemon{"--probe", "", "Also ask the daemon what it serves"};
 inline const CommandOption kAddress{"--address", "HOST:PORT", "Where the daemon is (default: what the project says)",
                                     CommandOption::Takes::Text};
 

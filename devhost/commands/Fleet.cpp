@@ -14,6 +14,7 @@
 #include "devhost/commands/ChangeOutput.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
+#include "devhost/commands/DeviceOptions.h"
 #include "devhost/commands/FleetOutput.h"
 #include "devhost/commands/RotateOptions.h"
 #include "devhost/fleet/FleetRecord.h"
@@ -100,6 +101,9 @@ void RequireOwnOptions(const std::string& operation, const Arguments& arguments)
       throw UsageError(std::string(option->name) + " is for apply and rotate; allowed with " + operation + ": leave it out");
     }
   }
+  if (operation != "drift" && arguments.Has(kAskDaemon)) {
+    throw UsageError(std::string(kAskDaemon.name) + " is for drift; allowed with " + operation + ": leave it out");
+  }
   for (const CommandOption* const option : {&kRead, &kWrite, &kStatus, &kFinish, &kAbort}) {
     if (operation != "rotate" && arguments.Has(*option)) {
       throw UsageError(std::string(option->name) + " is for rotate; allowed with " + operation + ": leave it out");
@@ -183,7 +187,7 @@ std::vector<std::string> WordsFor(const FleetDevice& device, const FleetOperatio
   if (operation.takesSettings) {
     words.emplace_back("-");
   }
-  for (const CommandOption* const option : {&kStatus, &kFinish, &kAbort, &kNoProbe}) {
+  for (const CommandOption* const option : {&kStatus, &kFinish, &kAbort, &kNoProbe, &kAskDaemon}) {
     if (arguments.Has(*option)) {
       words.emplace_back(option->name);
     }
@@ -325,8 +329,8 @@ ExitStatus Fleet(const Arguments& arguments, Console& console) {
 Command MakeFleet() {
   return {"fleet",
           "Do the same with many devices, several at a time",
-          {kOperation, kInventory, kModuleFolder, kJobs, kWave, kDeadline, kKeepGoing, kRecord, kResume, kAccept, kDryRun,
-           kYes, kRead, kWrite, kStatus, kFinish, kAbort, kNoProbe, kFleetJson},
+          {kOperation, kInventory, kModuleFolder, kJobs,  kWave,   kDeadline, kKeepGoing, kRecord,  kResume,    kAccept,
+           kDryRun,    kYes,       kRead,         kWrite, kStatus, kFinish,   kAbort,     kNoProbe, kAskDaemon, kFleetJson},
           kFooter,
           &Fleet};
 }

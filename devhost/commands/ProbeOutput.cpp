@@ -52,6 +52,11 @@ std::string ProbeText(const ProbeReport& report, const std::string& device) {
   return text;
 }
 
+std::string ShortProbeText(const ProbeReport& report, const std::string& device) {
+  const std::string text = ProbeText(report, device);
+  return report.verdict == ProbeReport::Verdict::AsConfigured ? text.substr(text.rfind('\n', text.size() - 2) + 1) : text;
+}
+
 ExitStatus StatusOf(ProbeReport::Verdict verdict) {
   return verdict == ProbeReport::Verdict::AsConfigured ? ExitStatus::Good
          : verdict == ProbeReport::Verdict::Differs    ? ExitStatus::Failed

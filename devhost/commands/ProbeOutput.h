@@ -12,6 +12,9 @@ namespace devhost {
 // A line for each thing that was asked, with its verdict in front, and one that sums them up.
 std::string ProbeText(const ProbeReport& report, const std::string& device);
 
+// What is of interest of that where the probe is only a part of the command: what differs, or else the sum.
+std::string ShortProbeText(const ProbeReport& report, const std::string& device);
+
 // 0 as configured, 1 it differs, 2 nobody knows.
 ExitStatus StatusOf(ProbeReport::Verdict verdict);
 

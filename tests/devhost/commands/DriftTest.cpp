@@ -3,6 +3,8 @@
 #include <filesystem>
 
 #include "tests/devhost/commands/DeviceFixture.h"
+#include "tests/devhost/support/SnmpDaemon.h"
+#include "tests/e2e/TrapReceiver.h"
 
 namespace devhost {
 namespace {
@@ -11,6 +13,7 @@ namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 using DriftCommand = DeviceFixture;
@@ -51,6 +54,37 @@ TEST_F(DriftCommand, SaysThatThereIsNoSection) {
   EXPECT_EQ(outcome.errors,
             "devhost: the snmpd.conf of kitchen has no section of the agent: nothing was applied yet, or somebody has "
             "removed it\n");
+}
+
+TEST_F(DriftCommand, AsksTheDaemonWhenItIsToldTo) {
+  const auto serveOn = [this](const std::string& port) {
+    File("project.xml",
+         "<project><driver id='1' name='agent' module='snmp_configuration_agent.so'/><driver id='12' name='kitchen' "
+         "module='local_snmpd.so'><config folder='{project}/kitchen' port='" +
+             port + "'/></driver></project>");
+  };
+  const SnmpDaemon daemon(Conf());
+  serveOn(daemon.Port());
+  const Outcome same = Do("drift", {"--probe"});
+  EXPECT_EQ(same.status, ExitStatus::Good) << same.errors;
+  EXPECT_EQ(same.out,
+            "no drift on kitchen since the change of snapshot 2\nkitchen at " + daemon.Address() + " is as configured\n");
+
+  const SnmpDaemon old("rocommunity hidden\nsysName hall\n");
+  serveOn(old.Port());
+  const Outcome drift = Do("drift", {"--probe"});
+  EXPECT_EQ(drift.status, ExitStatus::Failed);
+  EXPECT_THAT(drift.out, AllOf(Not(HasSubstr("no drift")), HasSubstr("DIFFERS name             configured \"attic\"")));
+  EXPECT_THAT(Do("drift", {"--probe", "--json"}).out,
+              AllOf(HasSubstr("\"verdict\":\"drift\""), HasSubstr("\"probe\":{\"address\":\"" + old.Address())));
+  EXPECT_EQ(Do("drift").status, ExitStatus::Good);
+
+  serveOn(e2e::FreePort());
+  const Outcome off = Do("drift", {"--probe", "--json"});
+  EXPECT_EQ(off.status, ExitStatus::Wrong);
+  EXPECT_THAT(off.out,
+              AllOf(HasSubstr("\"verdict\":\"unknown\""), HasSubstr("\"stage\":\"plan\",\"reason\":\"the daemon at ")));
+  EXPECT_THAT(Do("drift", {"--probe"}).errors, HasSubstr(" cannot be asked: refused"));
 }
 
 TEST_F(DriftCommand, PrintsAJsonObjectWhereItStops) {

@@ -140,6 +140,7 @@ TEST_F(ARotationOfAFleet, IsNotBegunWhenSomethingIsWrong) {
       {{"rotate", "fleet.xml", "--read", "new", "--finish", "--yes"}, "--read and --finish cannot stand together"},
       {{"rotate", "fleet.xml", "--status", "--record", "r"}, "--record is for a run that changes something"},
       {{"apply", "fleet.xml", "--yes", "--read", "new"}, "--read is for rotate; allowed with apply: leave it out"},
+      {{"apply", "fleet.xml", "--yes", "--probe"}, "--probe is for drift"},
       {{"preview", "fleet.xml", "--no-probe"}, "--no-probe is for apply and rotate"}};
   for (const auto& [words, problem] : wrong) {
     const ProgramResult result = Fleet(words);
@@ -173,6 +174,9 @@ TEST_F(ARotationOfDaemons, IsFinishedOnlyWhereTheDaemonAnswersToTheNewCommunity)
   EXPECT_THAT(status.output, AllOf(HasSubstr("house.xml d11  as-configured  a rotation is open\n"),
                                    HasSubstr("house.xml d12  differs        a rotation is open\n")));
   EXPECT_EQ(status.exitStatus, 1);
+  const ProgramResult drift = Fleet({"drift", "fleet.xml", "--probe"});
+  EXPECT_THAT(drift.output, AllOf(HasSubstr("house.xml d11  no-drift"),
+                                  HasSubstr("house.xml d12  drift        the daemon differs: read community\n")));
   const std::string before = Conf(12);
   const ProgramResult finish = Rotate({"--finish", "--yes", "--keep-going"});
   EXPECT_THAT(finish.output,
