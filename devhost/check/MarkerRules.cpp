@@ -28,10 +28,15 @@ struct LastWins {
   std::string_view fixed;
 };
 
-constexpr LastWins kLastWins[] = {{"syscontact", "sysContact", ""},    {"syslocation", "sysLocation", ""},
-                                  {"sysname", "sysName", ""},          {"sysservices", "sysServices", "72"},
-                                  {"sysobjectid", "sysObjectID", "-"}, {"agentxsocket", "agentXSocket", "tcp:127.0.0.1:705"},
-                                  {"master", "master", "agentx"},      {"agentxtimeout", "agentXTimeout", "6"}};
+constexpr LastWins kLastWins[] = {{"syscontact", "sysContact", ""},
+                                  {"syslocation", "sysLocation", ""},
+                                  {"sysname", "sysName", ""},
+                                  {"sysservices", "sysServices", "72"},
+                                  {"sysobjectid", "sysObjectID", "-"},
+                                  {"agentxsocket", "agentXSocket", "tcp:127.0.0.1:705"},
+                                  {"master", "master", "agentx"},
+                                  {"agentxtimeout", "agentXTimeout", "6"},
+                                  {"agentxretries", "agentXRetries", "2"}};
 
 const LastWins* FindLastWins(std::string_view keyword) {
   const auto found = std::find_if(std::begin(kLastWins), std::end(kLastWins),

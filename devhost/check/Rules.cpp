@@ -16,15 +16,15 @@ bool LetsIn(const Sight& sight) {
 
 // Settings of which a section has one line.
 bool IsSectionSetting(std::string_view keyword) {
-  constexpr std::string_view kOthers[] = {"sysservices", "sysobjectid", "agentxsocket", "agentxtimeout",
-                                          "master",      "rocommunity", "rwcommunity"};
+  constexpr std::string_view kOthers[] = {"sysservices",   "sysobjectid", "agentxsocket", "agentxtimeout",
+                                          "agentxretries", "master",      "rocommunity",  "rwcommunity"};
   return IsSystemText(keyword) || std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }
 
 // Directives of which the rules look at more than the name.
 bool IsJudged(std::string_view keyword) {
-  constexpr std::string_view kOthers[] = {"agentxretries",   "trapsink",   "trap2sink", "informsink",  "trapsess",
-                                          "includealldisks", "createuser", "sysdescr",  "engineidtype"};
+  constexpr std::string_view kOthers[] = {"trapsink",        "trap2sink",  "informsink", "trapsess",
+                                          "includealldisks", "createuser", "sysdescr",   "engineidtype"};
   return IsSectionSetting(keyword) || IsAccess(keyword) || IsPlainValue(keyword) || IsInclude(keyword) ||
          std::find(std::begin(kOthers), std::end(kOthers), keyword) != std::end(kOthers);
 }

@@ -321,6 +321,18 @@ TEST(TheDaemon, UsesTheLastAgentXTimeout) {
   EXPECT_NE(failure.error, "timeout");
 }
 
+// An answer comes while the request is asked again, if it is.
+TEST(TheDaemon, UsesTheLastAgentXRetries) {
+  const char kLate[] = "extend-sh hello sleep 1.4; echo hi";
+  const std::string quick = "master  agentx\nagentXTimeout  1\n";
+  ServedFile patient(quick + "agentXRetries  0\nagentXRetries  5\n");
+  EXPECT_EQ(patient.AskSubagent(kLate).value, "hi");
+  ServedFile hasty(quick + "agentXRetries  5\nagentXRetries  0\n");
+  const e2e::Answer failure = hasty.AskSubagent(kLate);
+  EXPECT_EQ(failure.value, "");
+  EXPECT_NE(failure.error, "timeout");
+}
+
 TEST(TheDaemon, DoesNotKnowADirectiveBehindAByteOrderMark) {
   const ServedFile daemon(Example("byte-order-mark"));
   EXPECT_TRUE(daemon.ShutsOut("reader"));

@@ -28,6 +28,13 @@ TEST(ALineBelowASection, OverridesTheAgentXTimeout) {
   EXPECT_TRUE(LinesFound("overrides-section", section + "agentXTimeout  6\nagentXTimeout  x\n").empty());
 }
 
+TEST(ALineBelowASection, OverridesTheAgentXRetries) {
+  const std::string section = "# Halvoren Section Start\nrocommunity  reader\nagentXRetries  2\n# Halvoren Section End\n\n";
+  EXPECT_EQ(LinesFound("overrides-section", section + "agentXRetries  5\n"), std::vector<std::size_t>{6});
+  EXPECT_TRUE(LinesFound("overrides-section", section + "agentxretries 2\n").empty());
+  EXPECT_EQ(LinesFound("will-override-section", "agentXRetries  2\nagentXRetries  5\n"), std::vector<std::size_t>{2});
+}
+
 TEST(ALineBelowASection, ThatTheDaemonRejectsOverridesNothing) {
   const std::string section = "# Halvoren Section Start\nrocommunity  reader\nsysName  box\n# Halvoren Section End\n\n";
   EXPECT_TRUE(LinesFound("overrides-section", section + "sysName\nsysName  #\n").empty());
