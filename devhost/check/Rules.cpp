@@ -53,6 +53,10 @@ void Remember(const Sight& sight, History& history) {
     History::Value& value = history.section[setting.keyword];
     value = {value.first == 0 ? line.number : value.first, line.number, setting.rest};
   }
+  if (setting.keyword == "includealldisks" && history.disksLine == 0 && !IsRejected(setting)) {
+    history.disksLine = line.number;
+    history.diskPercent = DiskPercent(setting.rest);
+  }
   if (!sight.grantKey.empty() && history.communities.size() < kMostRemembered) {
     history.communities.emplace(sight.grantKey, ReadGrant(line));
   }

@@ -50,11 +50,14 @@ struct History {
   std::map<std::string, Value, std::less<>> section;   // by keyword: what the first section says
   std::unordered_map<std::string, Grant> communities;  // by family and the text that the daemon answers to: the first line
   std::unordered_map<std::string, std::size_t> sinks;  // by host and port: the first line
-  std::size_t firstText = 0;                           // the first line that is not blank
-  AccessNames names;                                   // which views, groups and security names there are
-  UserNames users;                                     // which users lines make, and let in
-  bool hasAccess = false;                              // a community or a user has access by a line of its own
-  bool hasUnread = false;                              // a file that is not known may say more
+  // The first line with includeAllDisks that the daemon takes, and its limit.
+  std::size_t disksLine = 0;
+  long diskPercent = 0;
+  std::size_t firstText = 0;  // the first line that is not blank
+  AccessNames names;          // which views, groups and security names there are
+  UserNames users;            // which users lines make, and let in
+  bool hasAccess = false;     // a community or a user has access by a line of its own
+  bool hasUnread = false;     // a file that is not known may say more
   bool hasNul = false;
 };
 
@@ -158,6 +161,8 @@ std::string SinkKey(const Sink& sink);
 bool IsSystemText(std::string_view keyword);
 // Whether the daemon takes nothing for this keyword, in lower case, but a number or one of few words.
 bool IsPlainValue(std::string_view keyword);
+// The free space in percent that the daemon takes from the value of includeAllDisks.
+long DiskPercent(const std::string& value);
 // Whether the daemon complains of the line and ignores it, as far as these rules know.
 bool IsRejected(const Directive& setting);
 

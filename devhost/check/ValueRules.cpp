@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -166,7 +167,22 @@ void JudgePlainValue(const Sight& sight, Report& report) {
   }
 }
 
+void JudgeDisks(const Sight& sight, Report& report) {
+  const History& above = sight.above;
+  if (sight.Keyword() == "includealldisks" && above.disksLine != 0 && !IsRejected(*sight.line.setting) &&
+      DiskPercent(sight.line.setting->rest) != above.diskPercent) {
+    report.Add("the daemon keeps the first includeAllDisks, that of " + report.LineName(above.disksLine) +
+                   ": this line has no effect",
+               "remove this line; a line with disk sets the limit of one disk");
+  }
+}
+
 }  // namespace
+
+long DiskPercent(const std::string& value) {
+  constexpr long kUsual = 5;
+  return Contains(value, "%") ? std::strtol(value.c_str(), nullptr, 10) : kUsual;
+}
 
 bool IsSystemText(std::string_view keyword) {
   return keyword == "syscontact" || keyword == "syslocation" || keyword == "sysname";
@@ -189,6 +205,7 @@ std::vector<Rule> ValueRules() {
       {"value-begins-with-hash", S::Error, JudgeHash}, {"value-missing", S::Error, JudgeMissingValue},
       {"text-too-long", S::Error, JudgeTextLength},    {"agentx-timeout", S::Error, JudgeAgentXTimeout},
       {"value-wrong", S::Error, JudgePlainValue},      {"system-value-wrong", S::Error, JudgeSystemValue},
+      {"first-disk-line-wins", S::Error, JudgeDisks},
   };
 }
 

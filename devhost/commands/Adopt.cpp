@@ -120,7 +120,7 @@ void PrintText(const Adoption& adoption, const std::string& file, const std::str
   PrintList("stays below the section", adoption.staying, out);
   PrintList("comes with the section", adoption.coming, out);
   if (!adoption.winning.empty()) {
-    out.Write("wins over the section, as \"devhost drift\" will say:\n");
+    out.Write("wins over the section or loses to it, as \"devhost drift\" will say:\n");
   }
   for (const Finding& finding : adoption.winning) {
     out.Write(FindingText(finding));

@@ -113,10 +113,9 @@ Adoption Adopt(const NamedText& file, const std::string& path, const DriverEntry
   Adoption& adoption = adopter.adoption;
   adoption.settings = SettingsElement(answers, kFileDeviceId);
   for (const auto& [keyword, value] : FixedLines(Managed(adoption.settings, "", agent))) {
-    if (!adopter.Has(keyword)) {
+    if (adopter.TakeSame(keyword, value)) {
       adoption.coming.push_back(keyword + " " + value);
     }
-    adopter.TakeSame(keyword, value);
   }
   adopter.NameStaying();
   if (const std::string places = PlacesOfOthers(file.text); !places.empty()) {

@@ -26,7 +26,7 @@ struct Adoption {
   std::vector<std::string> going;     // lines that go for another reason: they have no effect, or the section says the same
   std::vector<std::string> staying;   // lines that stay below the section, with a reason where one is expected
   std::vector<std::string> coming;    // lines that the agent writes besides
-  std::vector<Finding> winning;       // lines that stay and win over the section
+  std::vector<Finding> winning;       // lines that stay and win over the section, or lose to it
 };
 
 // Works out how a file becomes a managed one, so that the daemon serves the same contact, location, name, communities and

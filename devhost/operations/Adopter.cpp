@@ -119,12 +119,28 @@ void Adopter::TakeTraps() {
   }
 }
 
-void Adopter::TakeSame(const std::string& keyword, const std::string& value) {
+bool Adopter::TakeSame(const std::string& keyword, const std::string& value) {
   const Lines setters = Find(keyword);
-  const bool isSame = !setters.empty() && setters.back()->setting.rest == value && !setters.back()->isIncluded;
+  if (setters.empty()) {
+    return true;
+  }
+  if (keyword == "includealldisks") {
+    return TakeDisks(setters, value);
+  }
+  const bool isSame = setters.back()->setting.rest == value && !setters.back()->isIncluded;
   if (isSame && std::none_of(setters.begin(), setters.end(), [](const ReadLine* one) { return one->isIncluded; })) {
     Go(setters, "the section says the same");
   }
+  return false;
+}
+
+bool Adopter::TakeDisks(const Lines& setters, const std::string& value) {
+  if (DiskPercent(setters.front()->setting.rest) == DiskPercent(value)) {
+    Go(setters, "the section says the same");
+    return false;
+  }
+  Stay(setters, "no effect any more, since the first one wins: that of the section, " + value);
+  return true;
 }
 
 void Adopter::NameStaying() {

@@ -25,13 +25,11 @@ class Adopter {
   // Communities for everybody and everything, one that reads and one that writes: the first line of a community wins.
   void TakeCommunities();
   void TakeTraps();
-  // Lines that the section has anyway. `value` is that of the section.
-  void TakeSame(const std::string& keyword, const std::string& value);
+  // Lines that the section has anyway. `value` is that of the section. Returns whether it is new to the daemon.
+  bool TakeSame(const std::string& keyword, const std::string& value);
   // Names what stays: lines with a reason of their own, then the others by their directives. The last step.
   void NameStaying();
 
-  // Whether the daemon takes a line with that keyword, in lower case.
-  bool Has(const std::string& keyword) const { return !Find(keyword).empty(); }
   // Whether the line with that number becomes a setting or goes.
   bool IsGone(std::size_t number) const { return m_gone.count(number) != 0; }
 
@@ -48,6 +46,8 @@ class Adopter {
   void Become(const ReadLine& line, const std::string& setting);
   void Go(const Lines& lines, const std::string& reason);
   void Stay(const Lines& lines, const std::string& reason);
+  // Of these the daemon keeps the first one, which will be that of the section.
+  bool TakeDisks(const Lines& setters, const std::string& value);
   // An included file is read below the section, so its line would win over what becomes a setting.
   bool StaysWithIncluded(const Lines& setters);
   std::string WhyNotCommunity(const ReadLine& line, const Lines& same) const;

@@ -12,7 +12,8 @@ namespace devhost {
 
 std::vector<Finding> OverridingLines(const std::string& text, const std::string& path, const std::string& file,
                                      bool showSecrets) {
-  constexpr std::string_view kRules[] = {"overrides-section", "first-community-wins", "old-community"};
+  constexpr std::string_view kRules[] = {"overrides-section", "first-community-wins", "old-community",
+                                         "first-disk-line-wins"};
   CheckMeans means;
   means.showSecrets = showSecrets;
   means.circumstances.path = path;

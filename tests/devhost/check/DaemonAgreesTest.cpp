@@ -2,6 +2,8 @@
 // says, with the near miss it does not.
 #include <gmock/gmock.h>
 
+#include <set>
+
 #include "config/SectionMerge.h"
 #include "config/SectionWriter.h"
 #include "tests/devhost/check/Examples.h"
@@ -273,6 +275,26 @@ TEST(TheDaemon, RejectsAnObjectIdByNameAndServesZeroServices) {
   const ServedFile other(NearMiss("system-value-wrong"));
   EXPECT_FALSE(other.Says("Error")) << other.Log();
   EXPECT_EQ(other.Value(".1.3.6.1.2.1.1.7.0"), "72");
+}
+
+TEST(TheDaemon, KeepsTheFirstLimitOfAllDisks) {
+  static constexpr char kLimits[] = ".1.3.6.1.4.1.2021.9.1.5";
+  const auto limits = [](const ServedFile& daemon) {
+    std::set<std::string> found;
+    for (const auto& [object, value] : daemon.As(ServedFile::kAsker).Walk(kLimits)) {
+      found.insert(value);
+    }
+    return found;
+  };
+  const ServedFile daemon(Example("first-disk-line-wins"));
+  EXPECT_THAT(limits(daemon), ElementsAre("10"));
+  EXPECT_TRUE(daemon.Says("line 6: Error: includeAllDisks already specified")) << daemon.Log();
+  EXPECT_TRUE(daemon.Says("line 7: Error: includeAllDisks already specified")) << daemon.Log();
+  // What the values mean.
+  for (const char* const value : {"20", "5%", "5 % x", "abc"}) {
+    EXPECT_THAT(limits(ServedFile(std::string("includeAllDisks  ") + value + "\n")), ElementsAre("5")) << value;
+    EXPECT_EQ(DiskPercent(value), 5) << value;
+  }
 }
 
 TEST(TheDaemon, LetsNobodyInFromNoHostAndTakesASecondAddressForASubtree) {

@@ -2,7 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
+#include "config/ManagedSection.h"
+#include "config/SectionWriter.h"
 #include "tests/devhost/check/Examples.h"
 
 namespace devhost {
@@ -33,6 +36,28 @@ TEST(ALineBelowASection, OverridesTheAgentXRetries) {
   EXPECT_EQ(LinesFound("overrides-section", section + "agentXRetries  5\n"), std::vector<std::size_t>{6});
   EXPECT_TRUE(LinesFound("overrides-section", section + "agentxretries 2\n").empty());
   EXPECT_EQ(LinesFound("will-override-section", "agentXRetries  2\nagentXRetries  5\n"), std::vector<std::size_t>{2});
+}
+
+// Of the three that are left out, the daemon uses every line.
+TEST(ALineBelowASection, IsComparedWithEachSettingThatTheAgentWrites) {
+  managed_section::Settings settings;
+  settings.agentXTimeout = "6";
+  settings.agentXRetries = "2";
+  settings.sysContact = settings.sysLocation = settings.sysName = "here";
+  const std::string section = managed_section::Write(managed_section::FixedTexts(), settings, "now") + "\n";
+  const auto below = static_cast<std::size_t>(std::count(section.begin(), section.end(), '\n')) + 1;
+  std::set<std::string> compared;
+  ForEachLine(section, [&](const ConfigLine& line) {
+    if (line.setting) {
+      const std::string& keyword = line.setting->keyword;
+      const std::string other = keyword == "sysobjectid" ? "1.3.6.1.4.1.1\n" : "9\n";
+      const char* const rule = keyword == "includealldisks" ? "first-disk-line-wins" : "overrides-section";
+      EXPECT_EQ(LinesFound(rule, section + keyword + " " + other), std::vector<std::size_t>{below}) << keyword;
+      compared.insert(keyword);
+    }
+  });
+  EXPECT_EQ(compared, std::set<std::string>({"master", "agentxtimeout", "agentxretries", "agentxsocket", "includealldisks",
+                                             "sysobjectid", "sysservices", "syscontact", "syslocation", "sysname"}));
 }
 
 TEST(ALineBelowASection, ThatTheDaemonRejectsOverridesNothing) {

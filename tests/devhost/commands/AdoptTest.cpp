@@ -33,7 +33,7 @@ TEST_F(AdoptCommand, SaysInPlainWordsWhatBecomesOfEachLine) {
       AllOf(StartsWith("goes into the section of the agent:\n  line 2: rocommunity becomes snmpCommunityReadSetting\n"
                        "stays below the section:\n  agentaddress: line 4\n  sysservices: line 3\n"
                        "comes with the section:\n  master agentx\n"),
-            HasSubstr("wins over the section, as \"devhost drift\" will say:\n" + file + ", managed:"),
+            HasSubstr("wins over the section or loses to it, as \"devhost drift\" will say:\n" + file + ", managed:"),
             Not(HasSubstr("hidden"))));
   EXPECT_THAT(Adopt({"--diff"}).out, HasSubstr("\n-rocommunity *****\n"));
   EXPECT_EQ(folder.Read("etc/snmpd.conf"), "# mine\nrocommunity hidden\nsysServices 76\nagentaddress 127.0.0.1\n");

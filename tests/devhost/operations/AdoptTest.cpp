@@ -17,6 +17,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::SizeIs;
 using testing::StartsWith;
 
 class AHandWrittenFile : public testing::Test {
@@ -149,6 +150,24 @@ TEST_F(AHandWrittenFile, LosesLinesThatTheSectionHasAnyway) {
   EXPECT_THAT(adoption.coming, AllOf(Contains("agentxsocket tcp:127.0.0.1:705"), Not(Contains(StartsWith("master")))));
   ASSERT_EQ(adoption.winning.size(), 1U);
   EXPECT_EQ(adoption.winning[0].rule, "overrides-section");
+}
+
+TEST_F(AHandWrittenFile, SaysThatTheDaemonKeepsTheDisksOfTheSection) {
+  const Adoption adoption = Adopted("sysName box\nincludeAllDisks 5%\nincludeAllDisks 10%\n");
+  EXPECT_EQ(adoption.text, "includeAllDisks 5%\nincludeAllDisks 10%\n");
+  const std::string reason = ": includealldisks: no effect any more, since the first one wins: that of the section, 10%";
+  EXPECT_THAT(adoption.staying, ElementsAre("line 2" + reason, "line 3" + reason));
+  EXPECT_THAT(adoption.coming, Contains("includealldisks 10%"));
+  ASSERT_EQ(adoption.winning.size(), 1U);
+  EXPECT_EQ(adoption.winning[0].rule, "first-disk-line-wins");
+}
+
+TEST_F(AHandWrittenFile, LosesTheDisksThatTheDaemonIgnoresAlready) {
+  const Adoption adoption = Adopted("includeAllDisks  10 %\nincludeAllDisks 5%\n");
+  EXPECT_EQ(adoption.text, "");
+  EXPECT_THAT(adoption.going, SizeIs(2));
+  EXPECT_THAT(adoption.coming, Not(Contains(StartsWith("includealldisks"))));
+  EXPECT_THAT(adoption.winning, IsEmpty());
 }
 
 TEST_F(AHandWrittenFile, ShowsNoSecretsInWords) {

@@ -63,9 +63,8 @@ TEST(AnAdopter, TakesNothingThatIsNotThere) {
   adopter.TakeText("sysName", "snmpSysNameSetting", adopter.answers.sysName);
   adopter.TakeCommunities();
   adopter.TakeTraps();
-  adopter.TakeSame("master", "agentx");
-  EXPECT_FALSE(adopter.Has("sysname"));
-  EXPECT_TRUE(adopter.Has("agentaddress"));
+  EXPECT_TRUE(adopter.TakeSame("master", "agentx"));
+  EXPECT_FALSE(adopter.TakeSame("agentaddress", "127.0.0.2"));
   EXPECT_THAT(GoneOf(adopter, lines), IsEmpty());
 }
 

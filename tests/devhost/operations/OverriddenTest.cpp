@@ -53,5 +53,13 @@ TEST(ALineThatOverridesTheSection, MayLoseItsOwnRestriction) {
                                 Field(&Finding::reason, Not(HasSubstr("hidden"))))));
 }
 
+TEST(ALineThatOverridesTheSection, MayBeOneThatLosesToIt) {
+  std::string text = kSection;
+  text.insert(text.find("sysName"), "includeAllDisks  10%\n");
+  EXPECT_THAT(OverridingLines(text + "includeAllDisks  10%\nincludeAllDisks 5%\n", "", "f.conf", false),
+              ElementsAre(AllOf(Field(&Finding::rule, "first-disk-line-wins"), Field(&Finding::line, 11U),
+                                Field(&Finding::reason, HasSubstr("that of line 4")))));
+}
+
 }  // namespace
 }  // namespace devhost
