@@ -173,7 +173,7 @@ std::vector<std::string> RuleNames() {
     names.emplace_back(rule.name);
   }
   names.insert(names.end(), {kFileModeRule, kLineFeedRule, kElementIgnoredRule, kSwitchRule, kDeviceIdRule,
-                             kSettingMissingRule, kDaemonRule, kLostRule});
+                             kSettingMissingRule, kDaemonRule, kLostRule, kRotationOpenRule});
   return names;
 }
 

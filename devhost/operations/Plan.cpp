@@ -9,6 +9,7 @@
 #include "devhost/check/CheckFile.h"
 #include "devhost/operations/IncludedParts.h"
 #include "devhost/operations/Overridden.h"
+#include "devhost/operations/Rotation.h"
 #include "devhost/preview/Preview.h"
 #include "devhost/secrets/Masker.h"
 #include "devhost/state/StateFolder.h"
@@ -75,6 +76,9 @@ std::string Judge(const Change& change, const PreviewResult& preview, Plan& plan
   const bool showSecrets = change.target.showSecrets;
   plan.findings = Advise(change.settings.text, change.settings.name, showSecrets, &held);
   plan.findings.insert(plan.findings.end(), preview.losses.begin(), preview.losses.end());
+  if (auto rotation = JudgeRotation(change, plan.before.file, plan.after.file, plan.file)) {
+    plan.findings.push_back(std::move(*rotation));
+  }
   const std::string path = PathOf(change.target, plan.before.file);
   RemoveRefuted(path, plan);
   const std::string reason = WhyStopped(change, plan.findings);

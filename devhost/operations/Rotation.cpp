@@ -1,7 +1,6 @@
 #include "devhost/operations/Rotation.h"
 
 #include <algorithm>
-#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "devhost/operations/IncludedParts.h"
 #include "devhost/operations/ProbeItems.h"
 #include "devhost/operations/ReadLines.h"
+#include "devhost/text/Words.h"
 #include "devhost/xml/XmlReader.h"
 
 namespace devhost {
@@ -38,6 +38,7 @@ std::string& MemberOf(Communities& communities, const ConfigLine& line) {
 
 // What a rotation has put into the file. Others may have put lines of theirs between those.
 struct Block {
+  std::size_t begin = 0;        // the number of the first comment
   std::set<std::size_t> lines;  // the numbers of the two comments, of what they enclose, and of the empty line in front
   Communities old;
 };
@@ -75,6 +76,7 @@ std::optional<Block> FindBlock(const std::string& file) {
     throw RotationError("somebody has changed the lines of \"devhost rotate\" in the file; correct it by hand: \"" +
                         std::string(kBegin) + "\", the old communities, \"" + std::string(kEnd) + "\"");
   }
+  block.begin = begin;
   return block;
 }
 
@@ -246,6 +248,41 @@ ProbeItem ItemOf(const std::string& name, bool works) {
 Communities OldCommunities(const std::string& file) {
   const auto block = FindBlock(file);
   return block ? block->old : Communities();
+}
+
+std::optional<Finding> JudgeRotation(const Change& change, const std::string& before, const std::string& after,
+                                     const std::string& name) {
+  if (StartsWith(change.operation, kOperation)) {
+    return std::nullopt;
+  }
+  std::optional<Block> block;
+  try {
+    block = FindBlock(before);
+  } catch (const RotationError&) {
+    block = Block();  // open, but nobody knows which community is the old one
+  }
+  if (!block) {
+    return std::nullopt;
+  }
+  const Communities now = SectionLines(before, {"x", "x"}).communities;
+  const Communities then = SectionLines(after, {"x", "x"}).communities;
+  const auto isLost = [&block](const std::string& old, const std::string& used, const std::string& next) {
+    const bool isRotated = !old.empty() || block->old.AreNone();
+    return isRotated && !used.empty() && used != old && used != next;
+  };
+  const bool read = isLost(block->old.read, now.read, then.read);
+  const bool write = isLost(block->old.write, now.write, then.write);
+  if (!read && !write) {
+    return std::nullopt;
+  }
+  const std::string lost = read && write ? "read and write communities" : read ? "read community" : "write community";
+  return Finding{name,
+                 block->begin,
+                 Severity::Error,
+                 kRotationOpenRule,
+                 "a rotation is open: the change takes the new " + lost +
+                     " out of the section, and locks out whoever uses what is new already",
+                 "finish or abort the rotation first: devhost rotate --finish or --abort"};
 }
 
 std::vector<std::string> StayingPlaces(const Target& target, const Communities& communities, const std::string& age) {

@@ -1,10 +1,12 @@
 #ifndef DEVHOST_OPERATIONS_ROTATION_H
 #define DEVHOST_OPERATIONS_ROTATION_H
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "devhost/check/Finding.h"
 #include "devhost/operations/Apply.h"
 #include "devhost/operations/Probe.h"
 
@@ -30,6 +32,12 @@ struct Communities {
 // The old communities that a file keeps valid; none when no rotation is open, or when somebody has taken them out. Throws
 // RotationError when the lines around them were changed.
 Communities OldCommunities(const std::string& file);
+
+// The error "rotation-open" of a change that is no step of a rotation: it takes a new community out of the section while the
+// rotation that brought it is open, so whoever uses that community already is locked out. `before` and `after` are the file,
+// `name` is what the finding calls it. Nothing where that is not so.
+std::optional<Finding> JudgeRotation(const Change& change, const std::string& before, const std::string& after,
+                                     const std::string& name);
 
 // The changes of a rotation, which are planned and made like any other. Each asks the device how it is now, and throws what
 // PlanChange throws, SnapshotError and RotationError. A step that was the last change of the device can be said again: that

@@ -119,6 +119,90 @@ TEST_F(ARotation, StaysOpenThroughOtherChanges) {
   EXPECT_THAT(File(), AllOf(HasSubstr("sysName  attic"), EndsWith(kBlock)));
 }
 
+// The error that stops the change, with its line; "" when none does.
+class ARotationAndAnotherChange : public ARotation {
+ protected:
+  void SetCommunities(const std::string& read, const std::string& write) {
+    SetSettings("<snmpCommunityReadSetting>" + read + "</snmpCommunityReadSetting><snmpCommunityWriteSetting>" + write +
+                "</snmpCommunityWriteSetting>");
+  }
+  static std::string WhyStopped(const Change& other) {
+    const Plan plan = PlanChange(other);
+    std::string reasons;
+    for (const Finding& finding : plan.findings) {
+      reasons += finding.severity == Severity::Error ? finding.rule + ": " + finding.reason + "; " + finding.remedy : "";
+    }
+    EXPECT_EQ(plan.verdict == Plan::Verdict::Stop, !reasons.empty()) << reasons;
+    return reasons;
+  }
+  static std::string Locked(const std::string& names) {
+    return "rotation-open: a rotation is open: the change takes the new " + names +
+           " out of the section, and locks out whoever uses what is new already; finish or abort the rotation first: "
+           "devhost rotate --finish or --abort";
+  }
+};
+
+TEST_F(ARotationAndAnotherChange, StopTheChangeThatTakesTheNewCommunityAway) {
+  Start("hidden3", "hidden4");
+  const std::string before = File();
+  SetCommunities("hidden5", "hidden4");
+  EXPECT_EQ(WhyStopped(change), Locked("read community"));
+  const Plan plan = PlanChange(change);
+  ASSERT_FALSE(plan.findings.empty());
+  const std::string above = before.substr(0, before.find("# What follows stays valid"));
+  EXPECT_EQ(plan.findings.back().line, static_cast<std::size_t>(std::count(above.begin(), above.end(), '\n')) + 1);
+  EXPECT_EQ(plan.findings.back().file, plan.file);
+  EXPECT_THAT(plan.messages.back(), HasSubstr("because of rotation-open"));
+  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Stopped);
+  EXPECT_EQ(File(), before);
+  SetCommunities("hidden3", "");
+  EXPECT_EQ(WhyStopped(change), Locked("write community"));
+  SetCommunities("hidden1", "hidden2");  // the old ones
+  EXPECT_EQ(WhyStopped(change), Locked("read and write communities"));
+  change.accepted = {"rotation-open"};
+  EXPECT_EQ(PlanChange(change).verdict, Plan::Verdict::Change);
+}
+
+TEST_F(ARotationAndAnotherChange, GoTogetherWhereTheNewCommunityStays) {
+  Start("hidden3");
+  SetCommunities("hidden3", "hidden4");  // only the other one is rotated
+  EXPECT_EQ(WhyStopped(change), "");
+  EXPECT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  ASSERT_EQ(Make(FinishRotation(change.target)).verdict, Applied::Verdict::Done);
+  SetCommunities("hidden5", "hidden4");
+  EXPECT_EQ(WhyStopped(change), "");
+}
+
+TEST_F(ARotationAndAnotherChange, StopAnUndoOfItsStart) {
+  Start("hidden3");
+  EXPECT_EQ(WhyStopped(UndoOf(Snapshots().back(), change.target)), Locked("read community"));
+  SetCommunities("hidden3", "hidden2");
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  EXPECT_EQ(WhyStopped(UndoOf(Snapshots().back(), change.target)), "");
+}
+
+// The old one is in the section again, and stays valid below it, whatever comes.
+TEST_F(ARotationAndAnotherChange, GoTogetherOnceTheNewCommunityIsGone) {
+  Start("hidden3");
+  SetCommunities("hidden1", "hidden2");
+  change.accepted = {"rotation-open"};
+  ASSERT_EQ(ApplyNow().verdict, Applied::Verdict::Done);
+  change.accepted.clear();
+  SetCommunities("hidden5", "hidden2");
+  EXPECT_EQ(WhyStopped(change), "");
+}
+
+TEST_F(ARotationAndAnotherChange, StopWhereNobodyKnowsWhichCommunityIsTheOldOne) {
+  Start("hidden3");
+  std::string file = File();
+  const std::string old = "rocommunity  hidden1\n# Here ends";
+  SetCommunities("hidden3", "hidden5");
+  for (const char* const changed : {"# Here ends", "rocommunity  hidden1\nrocommunity  x\n# Here ends"}) {
+    folder.Write("kitchen/snmpd.conf", std::string(file).replace(file.find(old), old.size(), changed));
+    EXPECT_EQ(WhyStopped(change), Locked("write community")) << changed;
+  }
+}
+
 TEST_F(ARotation, KeepsForeignTextOnBothSidesOfItsLines) {
   Start("hidden3");
   AddToFile("view x included .1\n");
@@ -337,7 +421,8 @@ TEST_F(ARotation, HasNothingToEndWhereNoneIsOpen) {
 
 TEST_F(ARotation, IsNotFinishedWhenTheSectionHasTheOldCommunityAgain) {
   Start("hidden3");
-  const Change undo = UndoOf(Snapshots().back(), change.target);
+  Change undo = UndoOf(Snapshots().back(), change.target);
+  undo.accepted = {"rotation-open"};
   ASSERT_EQ(Make(undo).verdict, Applied::Verdict::Done);
   EXPECT_THAT(WhyNot([&] { FinishRotation(change.target); }), HasSubstr("has the old community again"));
   ASSERT_EQ(Make(AbortRotation(change.target)).verdict, Applied::Verdict::Done);
