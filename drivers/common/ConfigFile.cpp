@@ -24,6 +24,9 @@ const int kMostRounds = 10;
 const mode_t kPermissionBits = 07777;
 const mode_t kPrivate = 0600;  // communities are secrets
 
+// An access list with the three entries of the mode and nothing else: a version, and entries of a tag, rights and an id.
+const ssize_t kSizeOfListOfMode = 4 + 3 * (2 + 2 + 4);
+
 int LastStatus() {
   return FileStatusOfErrno(errno);
 }
@@ -131,6 +134,9 @@ int ConfigFile::Install(const std::string& text, const std::string* expected) co
   if (status == 0 && expected != nullptr) {
     status = CompareFile(folder.Get(), *expected, text);
   }
+  if (status == 0 && former.exists) {
+    status = RefuseAccessList(folder.Get());
+  }
   if (status != 0) {
     return status;
   }
@@ -165,6 +171,32 @@ int ConfigFile::LookAtFormer(int folder, Former& former) const {
   }
   former.exists = true;
   return 0;
+}
+
+// The mode of a file with an access list says what the list gives at most. As a mode of the new file, it would give that to
+// the file's group.
+int ConfigFile::RefuseAccessList(int folder) const {
+  const FileDescriptor file(*m_calls, m_calls->OpenForReading(folder, kName, Links::Refuse));
+  if (!file.IsOpen()) {
+    return errno == ENOENT ? kFileWasChanged : StatusOfFailedOpen();
+  }
+  bool isFound = false;
+  const int status = FindAccessList(file.Get(), isFound);
+  return status == 0 && isFound ? FileStatusOfErrno(EPERM) : status;
+}
+
+// A new file has the list that its folder gives to new files.
+int ConfigFile::DropAccessList(int descriptor) const {
+  bool isFound = false;
+  const int status = FindAccessList(descriptor, isFound);
+  return isFound && m_calls->RemoveAccessList(descriptor) != 0 ? LastStatus() : status;
+}
+
+// Whether there is an access list that says more than the mode.
+int ConfigFile::FindAccessList(int descriptor, bool& isFound) const {
+  const ssize_t size = m_calls->AccessListSize(descriptor);
+  isFound = size > kSizeOfListOfMode;
+  return size >= 0 || errno == ENODATA || errno == EOPNOTSUPP ? 0 : LastStatus();
 }
 
 int ConfigFile::RemoveLeftover(int folder, const Former& former) const {
@@ -298,11 +330,15 @@ int ConfigFile::WriteTemporary(int folder, const std::string& text, const Former
 }
 
 int ConfigFile::FillTemporary(int descriptor, const std::string& text, const Former& former) const {
+  int status = DropAccessList(descriptor);
+  if (status != 0) {
+    return status;
+  }
   // Owner first: a change of owner takes set-id bits away. The mode stays private until the text is complete.
   if (former.exists && m_calls->ChangeOwner(descriptor, former.attributes.st_uid, former.attributes.st_gid) != 0) {
     return LastStatus();
   }
-  const int status = WriteAll(descriptor, text);
+  status = WriteAll(descriptor, text);
   if (status != 0) {
     return status;
   }

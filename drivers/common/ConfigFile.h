@@ -34,9 +34,10 @@ class ConfigFile {
   int Read(std::string& text, Links links = Links::Refuse) const;
 
   // Installs `text` and returns 0, or a status. The new file gets mode, owner and group of the old one, or mode 0600 when
-  // there is none; where they cannot be kept nothing is replaced. On failure the old file is whole and no temporary file is
-  // left. Only when the last step fails, which makes the change of names durable, is the new text in place already. A text
-  // of more than kMaximumSize bytes could never be read again: kTextTooLarge.
+  // there is none; where they cannot be kept nothing is replaced. The same goes for a file with an access list that says
+  // more than its mode: the status is that of EPERM. The new file has no list, whatever the folder gives. On failure the old
+  // file is whole and no temporary file is left. Only when the last step fails, which makes the change of names durable, is
+  // the new text in place already. A text of more than kMaximumSize bytes could never be read again: kTextTooLarge.
   //
   // Writers exclude each other by a lock (WriterLock.h); the second one fails at once.
   int Replace(const std::string& text) const;
@@ -52,6 +53,9 @@ class ConfigFile {
 
   int Install(const std::string& text, const std::string* expected) const;
   int LookAtFormer(int folder, Former& former) const;
+  int RefuseAccessList(int folder) const;
+  int DropAccessList(int descriptor) const;
+  int FindAccessList(int descriptor, bool& isFound) const;
   int RemoveLeftover(int folder, const Former& former) const;
   int CompareFile(int folder, const std::string& expected, const std::string& wanted) const;
   int CompareDisplaced(int folder, const std::string& expected, const std::string& wanted) const;

@@ -2,12 +2,19 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
 
 namespace drivers {
+
+namespace {
+
+const char kAccessList[] = "system.posix_acl_access";
+
+}  // namespace
 
 FileCalls::~FileCalls() = default;
 
@@ -63,6 +70,14 @@ int FileCalls::ChangeMode(int descriptor, mode_t mode) {
 
 int FileCalls::Sync(int descriptor) {
   return ::fsync(descriptor);
+}
+
+ssize_t FileCalls::AccessListSize(int descriptor) {
+  return ::fgetxattr(descriptor, kAccessList, nullptr, 0);
+}
+
+int FileCalls::RemoveAccessList(int descriptor) {
+  return ::fremovexattr(descriptor, kAccessList);
 }
 
 int FileCalls::LockOutWriters(int descriptor) {

@@ -38,6 +38,11 @@ class FileCalls {
   virtual int ChangeMode(int descriptor, mode_t mode);
   virtual int Sync(int descriptor);
 
+  // The size of the file's access list (POSIX ACL). Fails with ENODATA where it has none, and with EOPNOTSUPP where its file
+  // system has none.
+  virtual ssize_t AccessListSize(int descriptor);
+  virtual int RemoveAccessList(int descriptor);
+
   // Fails with EAGAIN while anybody has the file open for writing, with EACCES where only the file's owner may ask, and with
   // EINVAL where the file system does not know. Until the descriptor is closed, whoever opens the file for writing waits.
   virtual int LockOutWriters(int descriptor);

@@ -34,6 +34,9 @@ std::string DescribeFileStatus(int status) {
   if (status == kTemporaryOfAnotherUser) {
     return "another user's file .snmpd.conf.new beside it is in the way; look at it, and remove it";
   }
+  if (status == FileStatusOfErrno(EPERM)) {
+    return "it is not permitted, or its mode, owner or access list cannot be kept";
+  }
   if (status == FileStatusOfErrno(EWOULDBLOCK)) {
     return "somebody else is writing to it; try again";
   }

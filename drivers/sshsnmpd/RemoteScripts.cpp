@@ -39,8 +39,10 @@ echo "$3"
 exec cat "$file"
 )sh";
 
-// When the line breaks, standard input ends early and the sizes do not match. Names of temporary files hold a token, so a
-// program that hangs behind a dead line and goes on later finds its files gone, not those of another one.
+// A file with an access list has a "+" behind its mode. A folder's list for new files sets the umask aside, so it is looked
+// for before a secret is written. When the line breaks, standard input ends early and the sizes do not match. Names of
+// temporary files hold a token, so a program that hangs behind a dead line and goes on later finds its files gone, not those
+// of another one.
 const char kReplace[] = R"sh(LC_ALL=C
 export LC_ALL
 umask 077
@@ -57,7 +59,9 @@ for old in "$stem"*; do
 done
 trap "rm -f \"\$both\" \"\$new\"" EXIT
 trap "exit 47" HUP INT PIPE TERM
-cat >"$both" || exit 1
+true >"$both" || exit 1
+case $(ls -lnd "$both") in ??????????+*) exit 48 ;; esac
+cat >>"$both" || exit 1
 [ "$(($(wc -c <"$both")))" -eq "$((new_size + expected_size))" ] || exit 47
 set -f
 expected() {
@@ -88,7 +92,8 @@ fi
 head -c "$new_size" "$both" >"$new" || exit 1
 cmp -s "$new" "$file" && exit 0
 set -- $(ls -lnd "$file")
-mode=${1%[+.@]} owner=$3:$4
+case $1 in *+) exit 48 ;; esac
+mode=${1%[.@]} owner=$3:$4
 set -- $(ls -lnd "$new")
 [ "$3:$4" = "$owner" ] || chown "$owner" "$new" 2>/dev/null || exit 48
 bits=${mode#?}
@@ -97,7 +102,7 @@ add_digit "${bits#???}"
 add_digit "${bits#??????}"
 chmod "$digits" "$new" || exit 48
 set -- $(ls -lnd "$new")
-[ "${1%[+.@]} $3:$4" = "$mode $owner" ] || exit 48
+[ "${1%[.@]} $3:$4" = "$mode $owner" ] || exit 48
 flush "$new" || exit 1
 [ -h "$file" ] && exit 41
 expected | cmp -s - "$file" || exit 43

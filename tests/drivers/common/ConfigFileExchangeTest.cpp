@@ -246,7 +246,8 @@ TEST(AnExchange, TakesItsStepsInTheOrderThatKeepsAWholeFileInPlace) {
   const std::vector<std::string> compare = {"OpenForReading", "StatOpened", "Read", "Read", "Close"};
   std::vector<std::string> expected = {"OpenFolder", "OpenLock", "Lock", "StatOpened", "Stat", "Stat"};
   expected.insert(expected.end(), compare.begin(), compare.end());
-  for (const char* const step : {"Stat", "CreateNew", "ChangeOwner", "Write", "ChangeMode", "Sync", "Close"}) {
+  for (const char* const step : {"OpenForReading", "AccessListSize", "Close", "Stat", "CreateNew", "AccessListSize",
+                                 "ChangeOwner", "Write", "ChangeMode", "Sync", "Close"}) {
     expected.emplace_back(step);
   }
   expected.insert(expected.end(), compare.begin(), compare.end());

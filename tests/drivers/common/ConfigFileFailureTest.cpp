@@ -62,19 +62,24 @@ std::size_t OpenDescriptors() {
 }
 
 TEST(AReplacement, TakesItsStepsInTheOrderThatKeepsAWholeFileInPlace) {
-  const std::vector<std::string> expected = {"OpenFolder", "OpenLock",  "Lock",        "StatOpened", "Stat",       "Stat",
-                                             "Stat",       "CreateNew", "ChangeOwner", "Write",      "ChangeMode", "Sync",
-                                             "Close",      "Rename",    "Sync",        "Remove",     "Close",      "Close"};
+  const std::vector<std::string> expected = {
+      "OpenFolder", "OpenLock", "Lock",      "StatOpened",     "Stat",        "Stat",  "OpenForReading", "AccessListSize",
+      "Close",      "Stat",     "CreateNew", "AccessListSize", "ChangeOwner", "Write", "ChangeMode",     "Sync",
+      "Close",      "Rename",   "Sync",      "Remove",         "Close",       "Close"};
   EXPECT_EQ(expected, CallsOfReplace());
 }
 
 TEST(AReplacement, AnswersEachFailureOfEachStepAndLeavesTheOldFileAlone) {
   const std::vector<std::string> steps = CallsOfReplace();
   const std::size_t rename = static_cast<std::size_t>(std::find(steps.begin(), steps.end(), "Rename") - steps.begin());
+  const std::size_t firstClose = static_cast<std::size_t>(std::find(steps.begin(), steps.end(), "Close") - steps.begin());
   const std::size_t descriptors = OpenDescriptors();
   for (const int error : {ENOSPC, EACCES, EDQUOT, EROFS, EIO, EPERM, ENOLCK}) {
     // All steps but the last ones: nobody waits for what giving up the lock and closing a folder say.
     for (std::size_t step = 0; step + kStepsAtTheEnd < steps.size(); ++step) {
+      if (step == firstClose) {
+        continue;  // nobody waits for what closing a file that was looked at says
+      }
       SCOPED_TRACE(steps[step] + " as step " + std::to_string(step) + " fails with errno " + std::to_string(error));
       const TemporaryFolder folder;
       folder.Write("snmpd.conf", "old");

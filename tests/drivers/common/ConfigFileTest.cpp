@@ -7,11 +7,13 @@
 #include <cerrno>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
 
 #include "drivers/common/FileStatus.h"
+#include "tests/drivers/support/AccessList.h"
 #include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/ScriptedFileCalls.h"
 #include "tests/drivers/support/TemporaryFolder.h"
@@ -373,6 +375,80 @@ TEST(AnOwnerThatCannotBeKept, LeavesTheOldFile) {
   EXPECT_EQ(FileStatusOfErrno(EPERM), ConfigFile(folder.Path(), calls).Replace("new"));
   EXPECT_EQ("old", folder.Read("snmpd.conf"));
   EXPECT_EQ(kOnlyTheFile, folder.Names());
+}
+
+class AnAccessList : public testing::Test {
+ protected:
+  AnAccessList() {
+    m_folder.Write("snmpd.conf", "old");
+    Give("snmpd.conf");
+    Give("");
+  }
+  // To an ordinary user, who is this one or nobody.
+  void Give(const std::string& name) const {
+    const uid_t nobody = 65534;
+    if (::geteuid() == 0) {
+      EXPECT_EQ(0, ::chown(m_folder.Path(name).c_str(), nobody, nobody));
+    }
+  }
+  std::string File() const { return m_folder.Path("snmpd.conf"); }
+  // What both ways of replacing answer, to this user and to an ordinary one.
+  std::set<std::optional<int>> Replace() const {
+    const ConfigFile file(m_folder.Path());
+    return {file.Replace("new"), file.ReplaceExpected("old", "new"),
+            ResultAsOrdinaryUser([&] { return file.Replace("new"); }),
+            ResultAsOrdinaryUser([&] { return file.ReplaceExpected("old", "new"); })};
+  }
+
+  TemporaryFolder m_folder;
+};
+
+TEST_F(AnAccessList, ThatSaysMoreThanTheModeKeepsTheOldFile) {
+  if (!GiveAccessList(File(), AccessList::OfFile)) {
+    GTEST_SKIP() << "this file system has no access lists";
+  }
+  EXPECT_EQ(std::set<std::optional<int>>{FileStatusOfErrno(EPERM)}, Replace());
+  EXPECT_EQ("old", m_folder.Read("snmpd.conf"));
+  EXPECT_TRUE(HasAccessList(File()));
+  EXPECT_EQ(kOnlyTheFile, m_folder.Names());
+}
+
+TEST_F(AnAccessList, OfTheFolderIsNotThatOfTheNewFile) {
+  if (!GiveAccessList(m_folder.Path(), AccessList::ForNewFiles)) {
+    GTEST_SKIP() << "this file system has no access lists";
+  }
+  ASSERT_EQ(0, ::chmod(File().c_str(), 0640));
+  EXPECT_EQ(std::set<std::optional<int>>{0}, Replace());
+  EXPECT_EQ("new", m_folder.Read("snmpd.conf"));
+  EXPECT_EQ(mode_t{0640}, ModeOf(File()));
+  EXPECT_FALSE(HasAccessList(File()));
+  std::filesystem::remove(File());
+  EXPECT_EQ(0, ResultAsOrdinaryUser([&] { return ConfigFile(m_folder.Path()).Replace("new"); }));
+  EXPECT_EQ(std::set<std::optional<int>>{0}, Replace());
+  EXPECT_EQ(mode_t{0600}, ModeOf(File()));
+  EXPECT_FALSE(HasAccessList(File()));
+  EXPECT_EQ(kOnlyTheFile, m_folder.Names());
+}
+
+TEST_F(AnAccessList, ThatCannotBeReadOrRemovedKeepsTheOldFile) {
+  const bool hasLists = GiveAccessList(m_folder.Path(), AccessList::ForNewFiles);
+  for (const char* const step : {"AccessListSize", "RemoveAccessList"}) {
+    const auto calls = std::make_shared<ScriptedFileCalls>();
+    calls->script = [step](const std::string& name, std::size_t) { return name == step ? EIO : 0; };
+    if (hasLists || std::string(step) == "AccessListSize") {
+      EXPECT_EQ(FileStatusOfErrno(EIO), ConfigFile(m_folder.Path(), calls).Replace("new")) << step;
+    }
+    EXPECT_EQ("old", m_folder.Read("snmpd.conf"));
+    EXPECT_EQ(kOnlyTheFile, m_folder.Names());
+  }
+}
+
+TEST_F(AnAccessList, ThatTheSystemDoesNotKnowIsNone) {
+  for (const int error : {ENODATA, EOPNOTSUPP}) {
+    const auto calls = std::make_shared<ScriptedFileCalls>();
+    calls->script = [error](const std::string& name, std::size_t) { return name == "AccessListSize" ? error : 0; };
+    EXPECT_EQ(0, ConfigFile(m_folder.Path(), calls).Replace("new"));
+  }
 }
 
 TEST(ASecondWriter, FailsAtOnceWhileTheFirstIsAtWork) {

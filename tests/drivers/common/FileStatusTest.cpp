@@ -49,6 +49,7 @@ TEST(FileStatuses, ReadInWords) {
             drivers::DescribeFileStatus(drivers::kFolderInTheWay));
   EXPECT_EQ(".snmpd.conf.lock beside it is not a regular file, or may not be opened; remove it",
             drivers::DescribeFileStatus(drivers::kLockUnusable));
+  EXPECT_EQ("it is not permitted, or its mode, owner or access list cannot be kept", drivers::DescribeFileStatus(-101));
   EXPECT_EQ("success", drivers::DescribeFileStatus(0));
 }
 

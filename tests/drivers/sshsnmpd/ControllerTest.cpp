@@ -23,6 +23,7 @@
 #include "drivers/common/FileStatus.h"
 #include "drivers/sshsnmpd/RemoteScripts.h"
 #include "drivers/sshsnmpd/SshStatus.h"
+#include "tests/drivers/support/AccessList.h"
 #include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/Processes.h"
 #include "tests/drivers/support/SmallDisk.h"
@@ -137,6 +138,18 @@ TEST_F(AController, ReplacesNothingWhoseOwnerItCannotKeep) {
   Controller controller = Make();
   EXPECT_EQ(drivers::FileStatusOfErrno(EPERM), controller.Replace("old", "new"));
   EXPECT_EQ("old", File());
+  EXPECT_EQ(Names{"snmpd.conf"}, m_server.Files().Names());
+}
+
+TEST_F(AController, ReplacesNothingWhoseAccessListItCannotKeep) {
+  WriteFile("old");
+  if (!GiveAccessList(m_server.Files().Path("snmpd.conf"), AccessList::OfFile)) {
+    GTEST_SKIP() << "this file system has no access lists";
+  }
+  Controller controller = Make();
+  EXPECT_EQ(drivers::FileStatusOfErrno(EPERM), controller.Replace("old", "new"));
+  EXPECT_EQ("old", File());
+  EXPECT_TRUE(HasAccessList(m_server.Files().Path("snmpd.conf")));
   EXPECT_EQ(Names{"snmpd.conf"}, m_server.Files().Names());
 }
 

@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <set>
 #include <string>
 
 #include "drivers/common/FileStatus.h"
 #include "drivers/sshsnmpd/SshStatus.h"
+#include "tests/drivers/support/AccessList.h"
 #include "tests/drivers/support/TemporaryFolder.h"
 #include "tests/module/Shell.h"
 
@@ -59,6 +61,30 @@ TEST_P(TheProgramThatReplaces, TakesNoMoreInputThanItWasPromised) {
   m_folder.Write("snmpd.conf", "old");
   EXPECT_EQ(drivers::FileStatusOfErrno(EIO), Replace("newold and more", "new", "old"));
   EXPECT_EQ("old", m_folder.Read("snmpd.conf"));
+}
+
+TEST_P(TheProgramThatReplaces, KeepsAFileWithAnAccessList) {
+  m_folder.Write("snmpd.conf", "old");
+  if (!GiveAccessList(m_folder.Path("snmpd.conf"), AccessList::OfFile)) {
+    GTEST_SKIP() << "this file system has no access lists";
+  }
+  EXPECT_EQ(drivers::FileStatusOfErrno(EPERM), Replace("newold", "new", "old"));
+  EXPECT_EQ("old", m_folder.Read("snmpd.conf"));
+  EXPECT_TRUE(HasAccessList(m_folder.Path("snmpd.conf")));
+  EXPECT_EQ(Names{"snmpd.conf"}, m_folder.Names());
+}
+
+TEST_P(TheProgramThatReplaces, GivesNoFileTheAccessListOfItsFolder) {
+  m_folder.Write("snmpd.conf", "old");
+  if (!GiveAccessList(m_folder.Path(), AccessList::ForNewFiles)) {
+    GTEST_SKIP() << "this file system has no access lists";
+  }
+  EXPECT_EQ(drivers::FileStatusOfErrno(EPERM), Replace("newold", "new", "old"));
+  EXPECT_EQ("old", m_folder.Read("snmpd.conf"));
+  EXPECT_EQ(Names{"snmpd.conf"}, m_folder.Names());
+  std::filesystem::remove(m_folder.Path("snmpd.conf"));
+  EXPECT_EQ(drivers::FileStatusOfErrno(EPERM), Replace("new", "new", ""));
+  EXPECT_EQ(Names(), m_folder.Names());
 }
 
 INSTANTIATE_TEST_SUITE_P(Shells, TheProgramThatReplaces, testing::Values("dash", "bash", "'busybox' sh"));

@@ -66,6 +66,14 @@ int ScriptedFileCalls::Sync(int descriptor) {
   return Fails("Sync") ? -1 : FileCalls::Sync(descriptor);
 }
 
+ssize_t ScriptedFileCalls::AccessListSize(int descriptor) {
+  return Fails("AccessListSize") ? -1 : FileCalls::AccessListSize(descriptor);
+}
+
+int ScriptedFileCalls::RemoveAccessList(int descriptor) {
+  return Fails("RemoveAccessList") ? -1 : FileCalls::RemoveAccessList(descriptor);
+}
+
 int ScriptedFileCalls::Rename(int folder, const char* from, const char* to) {
   return Fails("Rename") ? -1 : FileCalls::Rename(folder, from, to);
 }

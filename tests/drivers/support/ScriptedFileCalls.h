@@ -35,6 +35,8 @@ class ScriptedFileCalls : public drivers::FileCalls {
   int ChangeOwner(int descriptor, uid_t user, gid_t group) override;
   int ChangeMode(int descriptor, mode_t mode) override;
   int Sync(int descriptor) override;
+  ssize_t AccessListSize(int descriptor) override;
+  int RemoveAccessList(int descriptor) override;
   int LockOutWriters(int descriptor) override;
   int Rename(int folder, const char* from, const char* to) override;
   int RenameNew(int folder, const char* from, const char* to) override;
