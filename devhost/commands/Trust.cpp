@@ -111,7 +111,7 @@ ExitStatus Judge(Host& host, const DriverEntry& device, const Arguments& argumen
     return ExitStatus::Good;
   }
   if (state != "unknown") {
-    console.Complain("another host key is known in " + knownHosts +
+    console.Complain("another host key is known in " + knownHosts + ", or this one is revoked there" +
                      "; somebody may stand in between. If the controller has a new key, take the old one out of the file");
     return ExitStatus::Failed;
   }

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <fstream>
 #include <new>
+#include <sstream>
 
 #include "drivers/common/FileStatus.h"
 #include "drivers/sshsnmpd/PipeSignalBlock.h"
@@ -41,6 +43,33 @@ std::string EscapePath(const std::string& path) {
   return escaped;
 }
 
+// Whether the file has a line that revokes the key, for whichever hosts: a key that somebody has stolen proves nothing
+// anywhere. The library passes over such lines.
+bool IsRevoked(const std::string& knownHosts, const Key& key) {
+  char* exported = nullptr;
+  if (::ssh_pki_export_pubkey_base64(key.get(), &exported) != SSH_OK) {
+    throw SshError(Kind::Unreachable, "its host key cannot be compared");
+  }
+  const std::string wanted = exported;  // also says which kind of key it is
+  ::ssh_string_free_char(exported);
+  std::ifstream file(knownHosts);
+  const bool isMissing = !file && (errno == ENOENT || errno == ENOTDIR);
+  bool isRevoked = false;
+  for (std::string line; !isRevoked && std::getline(file, line);) {
+    std::istringstream words(line);
+    std::string word;
+    if (words >> word && word == "@revoked") {
+      while (!isRevoked && words >> word) {
+        isRevoked = word == wanted;
+      }
+    }
+  }
+  if (!isMissing && !isRevoked && !file.eof()) {
+    throw SshError(Kind::Refused, DescribeSshStatus(kKnownHostsUnusable), kKnownHostsUnusable);
+  }
+  return isRevoked;
+}
+
 }  // namespace
 
 void SshConnection::SessionCloser::operator()(ssh_session_struct* session) const noexcept {
@@ -56,6 +85,7 @@ void SshConnection::ChannelCloser::operator()(ssh_channel_struct* channel) const
 SshConnection::SshConnection(const SshServer& server, const Deadline& deadline)
     : m_socket(ConnectTcp(server.host, server.port, deadline)),
       m_lent(m_socket.Get()),
+      m_knownHosts(server.knownHosts),
       m_counter(std::make_unique<ssh_counter_struct>()),
       m_session(::ssh_new()) {
   if (!m_session) {
@@ -123,6 +153,9 @@ std::string SshConnection::LastError() const {
 }
 
 SshConnection::HostKey SshConnection::CheckHostKey() const {
+  if (IsRevoked(m_knownHosts, HostKeyOf(m_session.get()))) {
+    return HostKey::Differs;
+  }
   switch (::ssh_session_is_known_server(m_session.get())) {
     case SSH_KNOWN_HOSTS_OK:
       return HostKey::Known;

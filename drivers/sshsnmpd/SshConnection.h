@@ -50,7 +50,7 @@ class SshConnection {
   SshConnection(const SshConnection&) = delete;
   SshConnection& operator=(const SshConnection&) = delete;
 
-  // Compares the host key with the known-hosts file, which may be missing.
+  // Compares the host key with the known-hosts file, which may be missing. A key that the file revokes differs.
   HostKey CheckHostKey() const;
   // The host key's kind ("ssh-ed25519") and its fingerprint ("SHA256:...").
   std::string HostKeyType() const;
@@ -97,6 +97,7 @@ class SshConnection {
 
   devhost::FileDescriptor m_socket;
   LentSocket m_lent;
+  std::string m_knownHosts;
   std::unique_ptr<ssh_counter_struct> m_counter;  // outlives the session, which counts in it
   std::unique_ptr<ssh_session_struct, SessionCloser> m_session;
   Channel m_spare;  // asked for while a command runs; null before the first one

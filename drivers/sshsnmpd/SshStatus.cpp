@@ -9,7 +9,7 @@ std::string DescribeSshStatus(int status) {
     case kHostKeyUnknown:
       return "the controller's host key is not known; devhost trust shows it and asks";
     case kHostKeyDiffers:
-      return "the controller's host key is not the one that is known; somebody may stand in between";
+      return "the controller's host key is not the one that is known, or is revoked; somebody may stand in between";
     case kLoginRefused:
       return "the controller does not accept the login";
     case kKeyFileUnusable:

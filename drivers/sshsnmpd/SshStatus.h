@@ -7,7 +7,7 @@
 // controller cannot be reached and a text was accepted for later.
 //
 //   -30  the controller's host key is not known
-//   -31  the controller's host key is not the one that is known
+//   -31  the controller's host key is not the one that is known, or is revoked
 //   -32  the controller does not accept the login
 //   -33  the key file cannot be used
 //   -34  the project gives no command for this

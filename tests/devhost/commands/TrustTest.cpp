@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "tests/devhost/commands/CommandsFixture.h"
@@ -116,6 +118,17 @@ TEST_F(TrustOfAServer, NeverTakesAnotherKeyThanTheKnownOne) {
   const Outcome outcome = Trust({"--yes", server.Fingerprint()});
   EXPECT_EQ(outcome.status, ExitStatus::Failed);
   EXPECT_THAT(outcome.errors, HasSubstr("another host key is known in "));
+}
+
+TEST_F(TrustOfAServer, NeverTakesARevokedKey) {
+  std::ifstream stream(server.KnownHosts(server.Port()));
+  const std::string line(std::istreambuf_iterator<char>(stream), {});
+  File("known", "@revoked *" + line.substr(line.find(' ')));
+  Project(folder.Path("known"));
+  const Outcome outcome = Trust({"--yes", server.Fingerprint()});
+  EXPECT_EQ(outcome.status, ExitStatus::Failed);
+  EXPECT_THAT(outcome.errors, HasSubstr(", or this one is revoked there"));
+  EXPECT_EQ("@revoked *" + line.substr(line.find(' ')), folder.Read("known"));
 }
 
 TEST_F(TrustOfAServer, SaysWhyTheControllerCannotBeAsked) {

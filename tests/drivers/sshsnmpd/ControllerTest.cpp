@@ -441,6 +441,51 @@ TEST_F(AController, IsNotTrustedBeforeSomebodySaysSo) {
   EXPECT_EQ(1, std::count(known.begin(), known.end(), '\n')) << known;
 }
 
+TEST_F(AController, WithARevokedHostKeyIsRefusedWhereverItIsKnown) {
+  const std::string known = m_server.KnownHosts(m_server.Port());
+  const std::string line = m_server.Files().Read(known);
+  const std::string key = line.substr(line.find(' ') + 1);
+  WriteFile("old");
+  SshConfiguration configuration = ConfigurationFor(m_server, m_server.Port());
+  configuration.server.knownHosts = m_server.Files().Path("known");
+  for (const std::string& before : {line, std::string()}) {
+    for (const std::string& revoked : {"@revoked * " + key, "# a comment\n\n \t@revoked\telsewhere.example.net " + key,
+                                       "@revoked |1|c2FsdA==|aGFzaA== " + key + "[other]:22 ssh-ed25519 AAAA\n",
+                                       "@revoked * " + key.substr(0, key.size() - 1)}) {
+      m_server.Files().Write("known", before + revoked);
+      std::string text;
+      EXPECT_EQ(drivers::kHostKeyDiffers, Make(configuration).Read(text)) << revoked;
+      EXPECT_EQ(drivers::kHostKeyDiffers, Make(configuration).Replace("old", "new")) << revoked;
+      EXPECT_EQ(drivers::kHostKeyDiffers, Make(configuration).TrustHostKey(m_server.Fingerprint())) << revoked;
+      EXPECT_EQ(before + revoked, m_server.Files().Read("known"));
+    }
+  }
+  EXPECT_EQ("old", File());
+}
+
+TEST_F(AController, IsNotRefusedForOtherMarkedLines) {
+  const std::string line = m_server.Files().Read(m_server.KnownHosts(m_server.Port()));
+  const std::string key = line.substr(line.find(' ') + 1);
+  SshConfiguration configuration = ConfigurationFor(m_server, m_server.Port());
+  configuration.server.knownHosts = m_server.Files().Path("known");
+  std::string text;
+  for (const std::string& other : {"@cert-authority * " + key, "#@revoked * " + key,
+                                   std::string("@revoked * ssh-ed25519 AAAA\n"), std::string("@revoked")}) {
+    m_server.Files().Write("known", line + other);
+    EXPECT_EQ(0, Make(configuration).Read(text)) << other;
+  }
+  // It makes no key known, either.
+  m_server.Files().Write("known", "@cert-authority * " + key);
+  EXPECT_EQ(drivers::kHostKeyUnknown, Make(configuration).Read(text));
+}
+
+TEST_F(AController, IsNotReachedWithoutItsKnownHosts) {
+  SshConfiguration configuration = ConfigurationFor(m_server, m_server.Port());
+  configuration.server.knownHosts = m_server.Files().Path();
+  std::string text;
+  EXPECT_EQ(drivers::kKnownHostsUnusable, Make(configuration).Read(text));
+}
+
 TEST_F(AController, WithAnotherHostKeyIsRefusedForGood) {
   SshConfiguration configuration = ConfigurationFor(m_server, m_server.Port());
   configuration.server.knownHosts = m_server.KnownHosts(m_server.Port(), false);
