@@ -9,9 +9,11 @@
 #include <cerrno>
 #include <fstream>
 #include <new>
+#include <optional>
 #include <sstream>
 
 #include "drivers/common/FileStatus.h"
+#include "drivers/sshsnmpd/KeyAgentSocket.h"
 #include "drivers/sshsnmpd/PipeSignalBlock.h"
 #include "drivers/sshsnmpd/SshError.h"
 #include "drivers/sshsnmpd/SshStatus.h"
@@ -202,6 +204,7 @@ void SshConnection::LogIn(const SshLogin& login, const Deadline& deadline) {
     throw SshError(Kind::Refused, DescribeSshStatus(status) + " (" + HostKeyType() + " " + Fingerprint() + ")", status);
   }
   Key key(nullptr, &::ssh_key_free);
+  std::optional<KeyAgentSocket> agent;
   if (!login.key.empty()) {
     ssh_key read = nullptr;
     // Without this function, the library would ask for a passphrase on the host's terminal.
@@ -210,12 +213,22 @@ void SshConnection::LogIn(const SshLogin& login, const Deadline& deadline) {
       throw SshError(Kind::Refused, DescribeSshStatus(kKeyFileUnusable), kKeyFileUnusable);
     }
     key.reset(read);
+  } else {
+    // The library closes what it is given. Without a socket it would look for the agent itself.
+    const int socket = agent.emplace(deadline).Duplicate();
+    if (socket < 0) {
+      throw SshError(Kind::Refused, DescribeSshStatus(kLoginRefused), kLoginRefused);
+    }
+    ::ssh_set_agent_socket(m_session.get(), socket);
   }
   const int result = Repeat(deadline, [&] {
     const int step = key ? ::ssh_userauth_publickey(m_session.get(), login.user.c_str(), key.get())
                          : ::ssh_userauth_agent(m_session.get(), login.user.c_str());
     return step == SSH_AUTH_AGAIN ? SSH_AGAIN : step;
   });
+  if (result != SSH_AUTH_SUCCESS && agent && agent->WasCut()) {
+    throw SshError(Kind::Unreachable, "the SSH agent on this machine did not answer in time");
+  }
   if (result == SSH_AUTH_DENIED || result == SSH_AUTH_PARTIAL) {
     throw SshError(Kind::Refused, DescribeSshStatus(kLoginRefused), kLoginRefused);
   }

@@ -176,7 +176,7 @@ TEST_F(ARotationOfDaemons, IsFinishedOnlyWhereTheDaemonAnswersToTheNewCommunity)
   EXPECT_EQ(status.exitStatus, 1);
   const ProgramResult drift = Fleet({"drift", "fleet.xml", "--probe"});
   EXPECT_THAT(drift.output, AllOf(HasSubstr("house.xml d11  no-drift"),
-                                  HasSubstr("house.xml d12  drift        the daemon differs: read community\n")));
+                                  HasSubstr("house.xml d12  drift        the daemon differs: name, read community\n")));
   const std::string before = Conf(12);
   const ProgramResult finish = Rotate({"--finish", "--yes", "--keep-going"});
   EXPECT_THAT(finish.output,

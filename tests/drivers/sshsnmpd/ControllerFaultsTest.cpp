@@ -4,12 +4,14 @@
 #include <netinet/in.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <iostream>
 #include <iterator>
 #include <set>
@@ -164,6 +166,72 @@ TEST_F(AControllerBehindABadLine, IsOffLineWhenTheServerStopsAnswering) {
   m_server.Signal(SIGCONT);
   EXPECT_TRUE(Eventually([&] { return controller.Read(text) == 0; }, kPatient));
   EXPECT_EQ(kOld, text);
+}
+
+// An agent with keys that says nothing. It goes away at the latest when a test has taken too long.
+class SilentKeyAgent {
+ public:
+  explicit SilentKeyAgent(bool isFull) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    const std::string path = m_folder.Path("agent");
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const auto* const name = reinterpret_cast<const sockaddr*>(&address);
+    EXPECT_EQ(0, ::bind(m_listener.Get(), name, sizeof address));
+    EXPECT_EQ(0, ::listen(m_listener.Get(), isFull ? 0 : 100));
+    int connected = isFull ? 0 : -1;
+    while (connected == 0) {
+      m_waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+      connected = ::connect(m_waiting.back().Get(), name, sizeof address);
+    }
+    ::setenv("SSH_AUTH_SOCK", path.c_str(), 1);
+  }
+  ~SilentKeyAgent() {
+    ::unsetenv("SSH_AUTH_SOCK");
+    m_isDone.set_value();
+    m_end.join();
+  }
+  SilentKeyAgent(const SilentKeyAgent&) = delete;
+  SilentKeyAgent& operator=(const SilentKeyAgent&) = delete;
+
+ private:
+  TemporaryFolder m_folder;
+  FileDescriptor m_listener{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+  std::vector<FileDescriptor> m_waiting;
+  std::promise<void> m_isDone;
+  std::thread m_end{[this] {
+    m_isDone.get_future().wait_for(3 * kLoaded);
+    m_listener.Close();
+  }};
+};
+
+std::size_t CountEntries(const char* folder) {
+  return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+TEST_F(AControllerBehindABadLine, IsOffLineWhenTheKeyAgentIsSilent) {
+  m_configuration.login.key.clear();
+  // The first connection may be slow on a busy machine, and must not be what takes the time.
+  m_configuration.connectTimeout = seconds(3);
+  for (const bool isFull : {false, true}) {
+    const std::size_t descriptors = CountEntries("/proc/self/fd");
+    const std::size_t threads = CountEntries("/proc/self/task");
+    {
+      const SilentKeyAgent agent(isFull);
+      Controller controller = Make();
+      std::string text;
+      for (int count = 0; count != 2; ++count) {
+        const milliseconds time = Timed([&] { EXPECT_EQ(drivers::kControllerOffLine, controller.Read(text)); });
+        EXPECT_GE(time, m_configuration.connectTimeout);
+        EXPECT_LT(time, kLoaded);
+      }
+      EXPECT_NE(std::string::npos, m_log.back().find("the SSH agent on this machine did not answer in time"))
+          << m_log.back();
+    }
+    EXPECT_EQ(descriptors, CountEntries("/proc/self/fd"));
+    EXPECT_EQ(threads, CountEntries("/proc/self/task"));
+  }
+  EXPECT_EQ(kOld, File());
 }
 
 // Packets to a dead network are lost without an answer. So are those to a listener that has as many connections waiting as
