@@ -1,11 +1,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
 #include "devhost/check/CheckFile.h"
 #include "devhost/check/InstalledDaemon.h"
+#include "devhost/check/Owners.h"
+#include "devhost/commands/ChangeOutput.h"
 #include "devhost/commands/Commands.h"
 #include "devhost/commands/CommonOptions.h"
 #include "devhost/commands/Findings.h"
@@ -24,6 +28,8 @@ const CommandOption kDaemon{"--daemon", "", "Have the parser of the installed sn
 
 const CommandOption kOff{"--off", "", "SNMP is switched off on the device: say who is let in all the same"};
 
+const CommandOption kOwners{"--owners", "", "Say who has written which lines, instead of judging them"};
+
 constexpr char kFooter[] =
     "Each finding is one line, FILE:LINE: SEVERITY: reason [RULE], and a second one with what\n"
     "to do. An error means that the daemon or the agent does something else than the file\n"
@@ -32,8 +38,10 @@ constexpr char kFooter[] =
     "line. The rules are in docs/check-rules.md. An installed snmpd is asked for the names of\n"
     "its directives. With --daemon its parser reads the directives that it only remembers, and\n"
     "no others: it opens no log, port or connection and runs no code for a file.\n"
+    "With --owners there is a line for each range of lines instead: FILE:FIRST-LAST: who has\n"
+    "written it, and whether the next write of the agent keeps it.\n"
     "\n"
-    "Exit status: 0 no finding; 1 findings; 2 wrong usage, a file that cannot be read, or a\n"
+    "Exit status: 0 no finding, or --owners; 1 findings; 2 wrong usage, a file that cannot be read, or a\n"
     "daemon that cannot be asked.\n"
     "\n"
     "Example: look at this machine's file, with the daemon's own parser, too.\n"
@@ -50,12 +58,66 @@ void PrintHint(const std::string& name, const Unjudged& unjudged, bool daemonWas
   }
 }
 
+struct OwnerWords {
+  const char* name;  // in JSON
+  const char* text;
+};
+
+// Without a section, the next write puts one above all.
+OwnerWords WordsOf(Owner owner, bool hasSection) {
+  switch (owner) {
+    case Owner::Section:
+      return {"section", "the section of the agent, which each write makes anew"};
+    case Owner::AboveIt:
+      return {"above", "by hand, above the section (the agent drops this text)"};
+    case Owner::BehindIt:
+      return {"behind", "by hand, directly behind the section (the agent drops this text)"};
+    case Owner::OldSection:
+      return {"old-section", "a section that the agent keeps as it is"};
+    case Owner::Included:
+      return {"included", "by hand, included by "};
+    case Owner::Kept:
+      break;
+  }
+  return {"kept", hasSection ? "by hand, below the section (kept)" : "by hand (kept below the section that will come)"};
+}
+
+void PrintOwners(const std::string& name, const std::vector<OwnedLines>& owners, bool json, Output& out) {
+  const bool hasSection =
+      std::any_of(owners.begin(), owners.end(), [](const OwnedLines& lines) { return lines.owner == Owner::Section; });
+  nlohmann::ordered_json objects = nlohmann::ordered_json::array();
+  for (const OwnedLines& lines : owners) {
+    const OwnerWords words = WordsOf(lines.owner, hasSection);
+    nlohmann::ordered_json object = {{"file", lines.file.empty() ? name : lines.file},
+                                     {"first", lines.first},
+                                     {"last", lines.last},
+                                     {"owner", words.name}};
+    if (lines.owner == Owner::Included) {
+      object["includedBy"] = lines.includedBy;
+    }
+    objects.push_back(object);
+    out.Write(json ? ""
+                   : OneLine(lines.file.empty() ? name : lines.file) + ":" + std::to_string(lines.first) + "-" +
+                         std::to_string(lines.last) + ": " + words.text + OneLine(lines.includedBy) + "\n");
+  }
+  if (json) {
+    PrintObject({{"file", name}, {"owners", objects}}, out);
+  }
+}
+
 ExitStatus CheckOne(const std::string& path, const Circumstances& circumstances, const Arguments& arguments,
                     Console& console) {
   const bool isInput = path == "-";
   const std::string name = isInput ? "standard input" : path;
   const CheckMeans means{arguments.Has(kDaemon), arguments.Has(kShowSecrets), circumstances};
   try {
+    if (arguments.Has(kOwners)) {
+      const std::string text = isInput ? ReadDescriptorText(STDIN_FILENO, name) : ReadFileText(path);
+      const bool isRegular = !isInput && std::filesystem::is_regular_file(path);
+      PrintOwners(name, OwnersOf(text, isRegular ? std::filesystem::absolute(path).string() : ""), arguments.Has(kJson),
+                  console.Out());
+      return ExitStatus::Good;
+    }
     const CheckResult result =
         isInput ? CheckText(ReadDescriptorText(STDIN_FILENO, name), name, means) : CheckFile(path, means);
     if (!result.daemonError.empty()) {
@@ -90,7 +152,7 @@ ExitStatus Check(const Arguments& arguments, Console& console) {
 Command MakeCheck() {
   return {"check",
           "Say what in an snmpd.conf will surprise its owner",
-          {kFiles, kJson, kDaemon, kOff, kShowSecrets},
+          {kFiles, kJson, kDaemon, kOff, kOwners, kShowSecrets},
           kFooter,
           &Check};
 }

@@ -65,6 +65,26 @@ TEST_F(CheckCommand, PrintsNotesLastAndDoesNotCountThemAsFindings) {
   EXPECT_THAT(found.out, HasSubstr(file + ": 1 error, 0 warnings, 1 note\n"));
 }
 
+TEST_F(CheckCommand, SaysWhoHasWrittenWhichLines) {
+  const std::string part = File("part.conf", "sysName hidden1\n\n");
+  const std::string file = File("snmpd.conf",
+                                "# mine\n# Halvoren Section Start\nrocommunity  hidden2\n# Halvoren Section End\n\n"
+                                "rocommunity  hidden3\nincludeFile part.conf\nview x included .1\n");
+  const Outcome outcome = Run({"check", "--owners", file});
+  EXPECT_EQ(outcome.status, ExitStatus::Good);
+  EXPECT_EQ(outcome.out, file + ":1-1: by hand, above the section (the agent drops this text)\n" + file +
+                             ":2-5: the section of the agent, which each write makes anew\n" + file +
+                             ":6-7: by hand, below the section (kept)\n" + part + ":1-2: by hand, included by line 7\n" +
+                             file + ":8-8: by hand, below the section (kept)\n");
+  const std::string bare = File("bare.conf", "includeFile part.conf\n");
+  EXPECT_EQ(Run({"check", "--owners", "--json", bare}).out,
+            "{\"file\":\"" + bare + "\",\"owners\":[{\"file\":\"" + bare +
+                "\",\"first\":1,\"last\":1,\"owner\":\"kept\"},{\"file\":\"" + part +
+                "\",\"first\":1,\"last\":2,\"owner\":\"included\",\"includedBy\":\"line 1\"}]}\n");
+  EXPECT_THAT(Run({"check", "--owners", bare}).out,
+              testing::StartsWith(bare + ":1-1: by hand (kept below the section that will come)\n"));
+}
+
 TEST_F(CheckCommand, SaysWhenTheDaemonWouldTellMore) {
   const std::string text = "rocommunity  reader\nload  1\nextend  one  /bin/true\nsh  two  true\n";
   const std::string file = File("snmpd.conf", text);
