@@ -11,7 +11,7 @@ namespace drivers {
 
 // Connects to `host`, a name or an address, and returns the socket: it does not block, sends small packets at once, and the
 // system notices within half a minute that nobody is at the other end any more. All addresses of the name are tried. Throws
-// SshError(Unreachable). The name is resolved by the system, which has a time limit of its own.
+// SshError(Unreachable). The name is resolved by the system; when that takes too long, the system goes on with it by itself.
 devhost::FileDescriptor ConnectTcp(const std::string& host, std::uint16_t port, const Deadline& deadline);
 
 // A second descriptor of a socket, for a library that closes it in some cases and in others does not, and does not tell. It

@@ -3,17 +3,21 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <future>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -23,7 +27,10 @@
 #include "drivers/common/OffLineStatus.h"
 #include "drivers/sshsnmpd/Controller.h"
 #include "drivers/sshsnmpd/SshStatus.h"
+#include "drivers/sshsnmpd/TcpSocket.h"
+#include "tests/drivers/support/Child.h"
 #include "tests/drivers/support/Processes.h"
+#include "tests/drivers/support/SmallDisk.h"
 #include "tests/drivers/support/SshServer.h"
 #include "tests/drivers/support/TcpProxy.h"
 
@@ -166,6 +173,56 @@ TEST_F(AControllerBehindABadLine, IsOffLineWhenTheServerStopsAnswering) {
   m_server.Signal(SIGCONT);
   EXPECT_TRUE(Eventually([&] { return controller.Read(text) == 0; }, kPatient));
   EXPECT_EQ(kOld, text);
+}
+
+TEST_F(AControllerBehindABadLine, IsFoundByItsName) {
+  const FileDescriptor byName = drivers::ConnectTcp("localhost", m_server.Port(), drivers::Deadline(kPatient));
+  EXPECT_TRUE(byName.IsOpen());
+}
+
+TEST(AControllerWithAName, IsOffLineAtTheDeadlineWhenTheNameServerIsSilent) {
+  const int cannot = 1;
+  const int tooLate = 2;
+  const TemporaryFolder folder;
+  // An address of its own, for tests that run at the same time.
+  const auto number = static_cast<std::uint32_t>(::getpid()) & 0xffffU;
+  folder.Write("resolv.conf", "nameserver 127.53." + std::to_string(number >> 8U) + "." + std::to_string(number & 0xffU) +
+                                  "\noptions timeout:30 attempts:3\n");
+  Child child([&]() -> int {
+    const FileDescriptor server(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(53);
+    address.sin_addr.s_addr = htonl(0x7f350000U | number);
+    // The disk is of no use here; with it come mounts of its own.
+    TemporaryFolder disk;
+    if (::bind(server.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        !MountSmallDisk(disk.Path()) ||
+        ::mount(folder.Path("resolv.conf").c_str(), "/etc/resolv.conf", nullptr, MS_BIND, nullptr) != 0) {
+      return cannot;
+    }
+    SshConfiguration configuration;
+    configuration.server = {"controller.example", 22, folder.Path("known")};
+    configuration.connectTimeout = seconds(1);
+    Lines log;
+    Controller controller(configuration, [&](const std::string& line) { log.push_back(line); });
+    std::string text;
+    int status = 0;
+    // The second one is asked for while the system goes on with the first one.
+    for (int count = 0; count != 2; ++count) {
+      const auto begin = Clock::now();
+      status = controller.Read(text);
+      if (Clock::now() - begin > kLoaded) {
+        return tooLate;
+      }
+    }
+    return log.size() == 1 && log.front().find("its name did not resolve in time") != std::string::npos ? status : -1;
+  });
+  const std::optional<int> result = child.Result();
+  if (result == cannot) {
+    GTEST_SKIP() << "no name server can be set up here";
+  }
+  EXPECT_EQ(drivers::kControllerOffLine, result);
 }
 
 // An agent with keys that says nothing. It goes away at the latest when a test has taken too long.
