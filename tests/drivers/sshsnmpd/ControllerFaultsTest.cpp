@@ -286,7 +286,8 @@ TEST_F(AControllerBehindABadLine, IsOffLineWhenTheKeyAgentIsSilent) {
           << m_log.back();
     }
     EXPECT_EQ(descriptors, CountEntries("/proc/self/fd"));
-    EXPECT_EQ(threads, CountEntries("/proc/self/task"));
+    // A thread of the system that has looked a name up for an earlier test may end meanwhile.
+    EXPECT_LE(CountEntries("/proc/self/task"), threads);
   }
   EXPECT_EQ(kOld, File());
 }
