@@ -25,11 +25,12 @@ const get = (path, more, options) => fetch("/api/v1" + path,
 let pending = 0, onPending;
 export const watchPending = (listener) => (onPending = listener);
 
-// Answers with the body, or throws Refused. A quiet request is not waited for by anybody.
-export async function call(method, path, body, base, quiet) {
+// Answers with the body, or throws Refused. A quiet request is not waited for by anybody. Who needs no answer any more gives the signal:
+// a request keeps one of the few connections until then.
+export async function call(method, path, body, base, quiet, signal) {
   if (!quiet) onPending(++pending);
   try {
-    const response = await get(path, { ...(body && { "Content-Type": "application/json" }), ...(base && { "If-Match": base }) }, { method, body: body && JSON.stringify(body) })
+    const response = await get(path, { ...(body && { "Content-Type": "application/json" }), ...(base && { "If-Match": base }) }, { method, signal, body: body && JSON.stringify(body) })
       .catch(() => { throw new Refused(0); });
     const answer = await response.json().catch(() => null);
     if (!response.ok) throw new Refused(response.status, answer);
@@ -39,7 +40,7 @@ export async function call(method, path, body, base, quiet) {
   }
 }
 
-export const read = (path) => call("GET", path);
+export const read = (path, signal) => call("GET", path, undefined, undefined, false, signal);
 
 const SILENCE = 40000;  // the server writes a ping each 15 s
 

@@ -43,7 +43,7 @@ function Settings({ id, name, path }) {
   if (reviewing) {
     const body = (accepted) => ({ settings: wire(draft.edit), accepted });
     return html`<${Review} device=${id} name=${name} title=${"Review the change of " + name} verb="Apply" conflict=${back} onBack=${back} onDone=${() => { setDraft(id); readDevices(); }}
-      plan=${(accepted) => call("POST", path + "/preview", body(accepted)).then((plan) => ({ ...plan, base: draft.base }))}
+      plan=${(accepted, signal) => call("POST", path + "/preview", body(accepted), undefined, false, signal).then((plan) => ({ ...plan, base: draft.base }))}
       apply=${(accepted, base) => call("PUT", path + "/settings", body(accepted), base)} />`;
   }
   if (kept && data.base !== kept.base) {
@@ -97,7 +97,7 @@ function History({ id, name, path }) {
   if (undoing) {
     const body = (accepted) => ({ snapshot: undoing, accepted });
     return html`<${Review} device=${id} name=${name} title=${`Put ${name} back as it was before change ${undoing}`} verb="Put back" onBack=${back} onDone=${() => { setDraft(id); readDevices(); }}
-      conflict=${() => { announce("The device has changed meanwhile. Look again."); back(); }} plan=${(accepted) => call("POST", path + "/undo/preview", body(accepted))}
+      conflict=${() => { announce("The device has changed meanwhile. Look again."); back(); }} plan=${(accepted, signal) => call("POST", path + "/undo/preview", body(accepted), undefined, false, signal)}
       apply=${(accepted, base) => call("POST", path + "/undo", body(accepted), base)} />`;
   }
   if (!data) return trouble(error, reload);

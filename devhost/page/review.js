@@ -16,12 +16,16 @@ function Steps({ device }) {
     STEPS[s.step] || s.step} <span class="hint">${s.state} ${s.text}</span></li>`)}</ol>`;
 }
 
-// plan(accepted) answers with a Plan and its base, apply(accepted, base) with what was applied; conflict() follows status 412.
+// plan(accepted, signal) answers with a Plan and its base, apply(accepted, base) with what was applied; conflict() follows status 412.
 export function Review({ device, name, title, verb, plan, apply, onBack, onDone, conflict }) {
   const [accepted, accept] = useState([]);
   const [{ found, error, result, going }, set] = useState({});
   const failed = (e) => (e.status === 412 ? conflict() : set({ found, error: e }));
-  const look = () => { plan(accepted).then((answer) => set({ found: answer }), failed); };
+  const look = () => {
+    const stop = new AbortController(), { signal } = stop;
+    plan(accepted, signal).then((answer) => signal.aborted || set({ found: answer }), (e) => signal.aborted || failed(e));
+    return () => stop.abort();
+  };
   useEffect(look, [accepted]);
   const may = found && !going && found.verdict === "would-change" && !readOnly();
   const start = () => {

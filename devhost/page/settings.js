@@ -56,10 +56,10 @@ export function setDraft(id, draft) {
 function useAdvice(id, edit) {
   const [findings, set] = useState([]);
   useEffect(() => {
-    let left = false;
-    const timer = setTimeout(() => call("POST", `/devices/${id}/advise`, { settings: wire(edit) }, undefined, true)
-      .then((answer) => left || set(answer.findings), () => {}), 250);
-    return () => { left = true; clearTimeout(timer); };
+    const stop = new AbortController(), { signal } = stop;
+    const timer = setTimeout(() => call("POST", `/devices/${id}/advise`, { settings: wire(edit) }, undefined, true, signal)
+      .then((answer) => signal.aborted || set(answer.findings), () => {}), 250);
+    return () => { stop.abort(); clearTimeout(timer); };
   }, [id, edit]);
   return findings;
 }

@@ -39,9 +39,9 @@ export function useRead(path) {
   const generation = useStore("generation");
   const [answer, set] = useState({}), [again, reload] = useState(0);
   useEffect(() => {
-    let left = !path;
-    if (path) read(path).then((data) => left || set({ path, data }), (error) => left || set((old) => ({ ...(old.path === path && old), path, error })));
-    return () => { left = true; };
+    const stop = new AbortController(), { signal } = stop;
+    if (path) read(path, signal).then((data) => signal.aborted || set({ path, data }), (error) => signal.aborted || set((old) => ({ ...(old.path === path && old), path, error })));
+    return () => stop.abort();
   }, [path, generation, again]);
   return { ...(answer.path === path && answer), reload: () => reload((n) => n + 1), forget: () => { set({}); reload((n) => n + 1); } };
 }

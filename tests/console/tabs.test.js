@@ -64,3 +64,43 @@ describe("eight tabs of one window", () => {
     await tabs[0].getByText("DeleteManagedDevice").first().waitFor();
   });
 });
+
+describe("a host process that does nothing for a while", () => {
+  const folder = new Folder();
+  let browser, console, context, page, hosts = [];
+
+  before(async () => {
+    const { project } = await writeProject(folder);
+    console = await Console.start({ project, folder });
+    await console.whenUp();
+    browser = await launch();
+    context = await browser.newContext();
+    page = await context.newPage();
+    await page.goto(console.address);
+    await page.getByRole("link", { name: "attic" }).click();
+    await page.getByRole("textbox", { name: "Name", exact: true }).waitFor();
+    hosts = await console.hostProcesses();
+    for (const pid of hosts) process.kill(pid, "SIGSTOP");
+  });
+  after(async () => {
+    await browser.close();
+    for (const pid of hosts) process.kill(pid, "SIGCONT");
+    await console.end();
+    folder.remove();
+  });
+
+  // The rules judge each pause of the typing, and each view reads something.
+  test("takes no connection for what nobody waits for any more", async () => {
+    await page.getByRole("textbox", { name: "Name", exact: true }).pressSequentially("xxxxxxxx", { delay: 350 });
+    for (const view of ["devices/18/file", "devices/18/history", "devices/12/file", "devices/18/settings"]) {
+      await goTo(page, view);
+      await page.getByRole("link", { name: view.replace(/.*\/./, (found) => found.slice(-1).toUpperCase()), exact: true, current: "page" }).waitFor();
+    }
+    const other = await context.newPage();
+    await other.goto(console.address, { timeout: 10000 });
+    await other.getByText(/^host (up|busy)$/).waitFor({ timeout: 10000 });
+    for (const pid of hosts) process.kill(pid, "SIGCONT");
+    await other.getByRole("link", { name: "attic" }).waitFor({ timeout: 20000 });
+    assert.match(await page.getByRole("textbox", { name: "Name", exact: true }).inputValue(), /x{8}/);
+  });
+});
