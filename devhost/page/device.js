@@ -1,5 +1,5 @@
 // One device: its settings, its daemon, its file, its history.
-import { html, useEffect, useState } from "./vendor/standalone.module.js";
+import { html, useState } from "./vendor/standalone.module.js";
 import { call, read } from "./api.js";
 import { announce, deviceOf, readDevices, readOnly, useRead, useStore } from "./store.js";
 import { badge, button, Confirm, diff, fileText, findingList, has, Heading, hint, messages, note, probed, settingChanges, settingNames, table, TERMS, trouble } from "./parts.js";
@@ -32,10 +32,9 @@ function Conflict({ draft, fresh, onTake, onDrop }) {
 }
 
 function Settings({ id, name, path }) {
-  const { data, error, reload, forget } = useRead(path);
-  const last = useStore("log").slice(-1)[0], kept = useStore("drafts")[id];
+  const { data, error, reload, forget } = useRead(path, useStore("changes")[id]);
+  const kept = useStore("drafts")[id];
   const [reviewing, review] = useState(false);
-  useEffect(() => { if (last && last.kind === "notification" && last.xml === `<DeviceChanged><id>${id | 0}</id></DeviceChanged>`) reload(); }, [last]);
   if (!data) return trouble(error, reload) || hint("Reading the device …");
   const draft = kept || { settings: data.settings, base: data.base, edit: editOf(data.settings) };
   // What was read before a change that is made is not a base for the next one.

@@ -9,6 +9,7 @@ export const state = {
   gone: null,                    // { seconds, retry } while nobody answers
   generation: 0,                 // rises when all that was read may be out of date
   log: [], steps: {},            // events, and the steps of the last operation by device
+  changes: {},                   // by device: the number of the event that told of its last change
   drafts: {},                    // by device: { settings, base, edit }
   status: "",                    // what the last operation came to
   slow: false,                   // a request has been waiting for a while
@@ -33,16 +34,16 @@ export function useStore(member) {
   return now.current;
 }
 
-// What GET PATH answers: { data, error, reload, forget }. It is read again when all may be out of date. `reload` shows what was
-// read until the new answer is there, `forget` does not.
-export function useRead(path) {
+// What GET PATH answers: { data, error, reload, forget }. It is read again when all may be out of date, and when the version is
+// another one. `reload` shows what was read until the new answer is there, `forget` does not.
+export function useRead(path, version) {
   const generation = useStore("generation");
   const [answer, set] = useState({}), [again, reload] = useState(0);
   useEffect(() => {
     const stop = new AbortController(), { signal } = stop;
     if (path) read(path, signal).then((data) => signal.aborted || set({ path, data }), (error) => signal.aborted || set((old) => ({ ...(old.path === path && old), path, error })));
     return () => stop.abort();
-  }, [path, generation, again]);
+  }, [path, version, generation, again]);
   return { ...(answer.path === path && answer), reload: () => reload((n) => n + 1), forget: () => { set({}); reload((n) => n + 1); } };
 }
 
@@ -77,6 +78,9 @@ function happened(event) {
     const old = (state.steps[device] || []).filter((s) => s.step !== event.step);
     change.steps = { ...state.steps, [device]: [...old, event] };
   }
+  // A notification writes a large id as a negative number.
+  const moved = kind === "notification" && /^<DeviceChanged><id>(-?\d+)</.exec(event.xml);
+  if (moved) change.changes = { ...state.changes, [moved[1] >>> 0]: event.n };
   update(change);
   if (kind === "devices" || kind === "notification") readDevices();
   if (kind === "host") (event.state === "up" ? readAll : readSession)();

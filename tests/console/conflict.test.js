@@ -77,7 +77,12 @@ describe("two tabs", () => {
 
   test("a form that is not touched follows the other tab by itself", async () => {
     await other.getByRole("button", { name: "Back to attic" }).click();
-    await until("the other tab shows the new name", async () => (await other.getByRole("textbox", { name: "Name", exact: true }).inputValue()) === "attic mine");
+    const shows = (name, value) => until(`the other tab shows ${value}`, async () => (await other.getByRole("textbox", { name, exact: true }).inputValue()) === value);
+    await shows("Name", "attic mine");
+    await mine.getByRole("textbox", { name: "Location", exact: true }).fill("above the stairs");
+    await apply(mine);
+    await shows("Location", "above the stairs");
+    await mine.getByRole("button", { name: "Back to attic" }).click();
   });
 
   test("a draft stays while one looks at other views, and closing the tab asks", async () => {
