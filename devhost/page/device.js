@@ -95,7 +95,7 @@ function History({ id, name, path }) {
   const back = () => { undo(); reload(); };
   if (undoing) {
     const body = (accepted) => ({ snapshot: undoing, accepted });
-    return html`<${Review} device=${id} name=${name} title=${`Put ${name} back as it was before change ${undoing}`} verb="Put back" onBack=${back} onDone=${() => { setDraft(id); readDevices(); }}
+    return html`<${Review} device=${id} name=${name} title=${`Put ${name} back as it was before change ${undoing}`} verb="Put back" onBack=${back} onDone=${readDevices}
       conflict=${() => { announce("The device has changed meanwhile. Look again."); back(); }} plan=${(accepted, signal) => call("POST", path + "/undo/preview", body(accepted), undefined, false, signal)}
       apply=${(accepted, base) => call("POST", path + "/undo", body(accepted), base)} />`;
   }

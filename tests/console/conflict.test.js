@@ -6,6 +6,20 @@ import { Folder } from "./support/Folder.js";
 import { goTo, launch, open } from "./support/Browser.js";
 import { until } from "./support/until.js";
 
+const review = async (page) => {
+  await page.getByRole("button", { name: "Review …" }).click();
+  await page.getByRole("region", { name: "Difference of the file" }).waitFor();
+  const boxes = page.getByRole("checkbox", { name: /^Go on in spite of/ });
+  for (let n = 0; n < await boxes.count(); ++n) await boxes.nth(n).check();
+  await until("the change may be applied", async () => (await page.getByRole("button", { name: "Apply" }).getAttribute("aria-disabled")) === "false");
+};
+const apply = async (page) => {
+  await review(page);
+  await page.getByRole("button", { name: "Apply" }).click();
+};
+
+const box = (page, name) => page.getByRole("textbox", { name, exact: true });
+
 describe("two tabs", () => {
   const folder = new Folder();
   let browser, console, mine, other;
@@ -27,18 +41,6 @@ describe("two tabs", () => {
     await console.end();
     folder.remove();
   });
-
-  const review = async (page) => {
-    await page.getByRole("button", { name: "Review …" }).click();
-    await page.getByRole("region", { name: "Difference of the file" }).waitFor();
-    const boxes = page.getByRole("checkbox", { name: /^Go on in spite of/ });
-    for (let n = 0; n < await boxes.count(); ++n) await boxes.nth(n).check();
-    await until("the change may be applied", async () => (await page.getByRole("button", { name: "Apply" }).getAttribute("aria-disabled")) === "false");
-  };
-  const apply = async (page) => {
-    await review(page);
-    await page.getByRole("button", { name: "Apply" }).click();
-  };
 
   test("the second one does not overwrite the first", async () => {
     await mine.getByRole("textbox", { name: "Name", exact: true }).fill("attic mine");
@@ -96,5 +98,40 @@ describe("two tabs", () => {
     assert.equal(await asked, "beforeunload");
     await mine.getByRole("button", { name: "Discard" }).click();
     assert.equal(await mine.getByRole("textbox", { name: "Contact", exact: true }).inputValue(), "");
+  });
+});
+
+describe("a draft", () => {
+  const folder = new Folder();
+  let browser, console, page;
+
+  before(async () => {
+    const { project } = await writeProject(folder);
+    console = await Console.start({ project, folder });
+    await console.whenUp();
+    browser = await launch();
+    page = await open(browser, console.address);
+    await page.getByRole("link", { name: "attic" }).click();
+  });
+  after(async () => {
+    await browser.close();
+    await console.end();
+    folder.remove();
+  });
+
+  test("is not dropped by an undo", async () => {
+    await box(page, "Location").fill("under the roof");
+    await apply(page);
+    await page.getByRole("button", { name: "Back to attic" }).click();
+    await box(page, "Contact").fill("Grace");
+    await goTo(page, "devices/18/history");
+    await page.getByRole("button", { name: "Undo … (change 1)" }).click();
+    await until("the change may be undone", async () => (await page.getByRole("button", { name: "Put back" }).getAttribute("aria-disabled")) === "false");
+    await page.getByRole("button", { name: "Put back" }).click();
+    await page.getByRole("heading", { name: "The change is made" }).waitFor();
+    await goTo(page, "devices/18/settings");
+    await page.getByRole("heading", { name: "Changed meanwhile" }).waitFor();
+    await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
+    assert.deepEqual([await box(page, "Contact").inputValue(), await box(page, "Location").inputValue()], ["Grace", ""]);
   });
 });
