@@ -1,7 +1,7 @@
 // One device: its settings, its daemon, its file, its history.
 import { html, useState } from "./vendor/standalone.module.js";
 import { call, read } from "./api.js";
-import { announce, deviceOf, readDevices, readOnly, useRead, useStore } from "./store.js";
+import { announce, deviceOf, readDevices, readOnly, state, useRead, useStore } from "./store.js";
 import { badge, button, Confirm, diff, fileText, findingList, has, Heading, hint, messages, note, probed, settingChanges, settingNames, table, TERMS, trouble } from "./parts.js";
 import { daemonWords } from "./devices.js";
 import { changed, differing, editOf, rebase, setDraft, SettingsForm, wire } from "./settings.js";
@@ -41,7 +41,7 @@ function Settings({ id, name, path }) {
   const back = () => { review(false); if (kept) reload(); else forget(); };
   if (reviewing) {
     const body = (accepted) => ({ settings: wire(draft.edit), accepted });
-    return html`<${Review} device=${id} name=${name} title=${"Review the change of " + name} verb="Apply" conflict=${back} onBack=${back} onDone=${() => { setDraft(id); readDevices(); }}
+    return html`<${Review} device=${id} name=${name} title=${"Review the change of " + name} verb="Apply" conflict=${back} onBack=${back} onDone=${() => { if (state.drafts[id] === kept) setDraft(id); readDevices(); }}
       plan=${(accepted, signal) => call("POST", path + "/preview", body(accepted), undefined, false, signal).then((plan) => ({ ...plan, base: draft.base }))}
       apply=${(accepted, base) => call("PUT", path + "/settings", body(accepted), base)} />`;
   }

@@ -8,6 +8,7 @@ const STEPS = { judge: "Judge the settings", preview: "Try the change on a scrat
 const MARKS = { begun: "…", done: "✓", failed: "✗" };
 const DONE = { unchanged: "Nothing had to be changed", changed: "The change is made", waits: "The device gets the change when it is back",
   stopped: "The change was stopped", failed: "The change has failed" };
+// The others leave the draft as it is: what it says is not made.
 const KINDS = { unchanged: "good", changed: "good", waits: "warn" };
 
 function Steps({ device }) {
@@ -34,7 +35,7 @@ export function Review({ device, name, title, verb, plan, apply, onBack, onDone,
     apply(accepted, found.base).then((answer) => {
       set({ result: answer });
       announce(`${name}: ${DONE[answer.verdict]}.`);
-      if (answer.verdict !== "stopped") onDone();
+      if (answer.verdict in KINDS) onDone();
     }, failed);
   };
   if (result) {

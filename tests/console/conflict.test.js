@@ -134,4 +134,31 @@ describe("a draft", () => {
     await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
     assert.deepEqual([await box(page, "Contact").inputValue(), await box(page, "Location").inputValue()], ["Grace", ""]);
   });
+
+  test("stays when its change fails", async () => {
+    await review(page);
+    await console.call("POST", "/command", { driver: 18, name: "Withdraw", parameters: {} });
+    await page.getByRole("button", { name: "Apply" }).click();
+    await page.getByRole("heading", { name: "The change has failed" }).waitFor();
+    await console.call("POST", "/command", { driver: 18, name: "Announce", parameters: {} });
+    await page.getByRole("button", { name: "Back to attic" }).click();
+    await page.getByText("Not applied: Contact").waitFor();
+    assert.equal(await box(page, "Contact").inputValue(), "Grace");
+  });
+
+  test("that was begun while another one is applied is not dropped with that", async () => {
+    await review(page);
+    let answer;
+    const asked = new Promise((done) => { answer = done; });
+    await page.route("**/api/v1/devices/18/settings", (route) => asked.then(() => route.continue()));
+    await page.getByRole("button", { name: "Apply" }).click();
+    await goTo(page, "devices/18/history");
+    await page.getByText("Look, or put back").waitFor();
+    await goTo(page, "devices/18/settings");
+    await box(page, "Location").fill("on the roof");
+    answer();
+    await page.getByRole("heading", { name: "Changed meanwhile" }).waitFor();
+    await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
+    assert.deepEqual([await box(page, "Contact").inputValue(), await box(page, "Location").inputValue()], ["Grace", "on the roof"]);
+  });
 });
