@@ -4,8 +4,10 @@ import { useStore, readDevices } from "./store.js";
 import { badge, filterBox, has, Heading, note, row, table, trouble } from "./parts.js";
 
 export const daemonWords = ({ daemon }) => (!daemon ? "" : !daemon.running ? "stopped" : daemon.waits ? "a change waits" : "runs");
-const words = (d) => `${d.name} ${d.id} ${d.module} ${d.version} ${d.managed ? "managed" : "unmanaged"} ${d.reachable ? "online" : "offline"} ${
-  d.dirty ? "unwritten" : ""} ${daemonWords(d)}`.toLowerCase();
+// A part of the filter is somewhere in what somebody has named, or begins a word about the device: "unmanaged" has "managed" in it.
+const named = (d) => `${d.name} ${d.id} ${d.module} ${d.version}`.toLowerCase();
+const words = (d) => ` ${d.managed ? "managed" : "unmanaged"} ${d.reachable ? "online" : "offline"} ${d.dirty ? "unwritten" : "written"} ${daemonWords(d)}`;
+const partsOf = (filter) => filter.toLowerCase().replace(/\bnot (?=managed|written)/g, "un").replace(/\b(on|off) line/g, "$1line").split(/\s+/);
 const PART = 100;  // rows that are drawn at once; the others follow while the page answers
 const soft = (text) => html`<span class="hint">${text}</span>`;
 
@@ -17,8 +19,8 @@ export function Devices() {
   const devices = useStore("devices"), error = useStore("trouble"), drafts = useStore("drafts");
   const [filter, setFilter] = useState(""), [limit, setLimit] = useState(PART);
   const rows = useMemo(() => {
-    const parts = filter.toLowerCase().split(/\s+/);
-    return (devices || []).filter((d) => parts.every((part) => words(d).includes(part))).map((d) => rowOf(d, drafts[d.id]));
+    const parts = partsOf(filter);
+    return (devices || []).filter((d) => parts.every((part) => named(d).includes(part) || words(d).includes(" " + part))).map((d) => rowOf(d, drafts[d.id]));
   }, [devices, drafts, filter]);
   const list = useMemo(() => table("Devices", ["Name", "Id", "Managed", "Reachable", "File", "Daemon", "Version", "Driver"], rows.slice(0, limit)), [rows, limit]);
   useEffect(() => { const timer = limit < rows.length && setTimeout(() => setLimit(limit + PART), 20); return () => clearTimeout(timer); }, [rows, limit]);

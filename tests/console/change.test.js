@@ -44,6 +44,16 @@ describe("a change", () => {
     assert.equal(new URL(page.url()).hash, "#/devices");
   });
 
+  test("the filter knows the words of the table", async () => {
+    const expected = { managed: ["kitchen", "cellar"], unmanaged: ["attic"], "not managed": ["attic"], written: ["kitchen", "cellar", "attic"], unwritten: [], "not written": [],
+      "on line": ["kitchen", "cellar", "attic"], offline: [], "unm att": ["attic"], ITCHE: ["kitchen"], "": ["kitchen", "cellar", "attic"] };
+    for (const [filter, names] of Object.entries(expected)) {
+      await page.getByRole("searchbox", { name: "Filter" }).fill(filter);
+      await page.getByText(`${names.length} of 3`, { exact: true }).waitFor();
+      assert.deepEqual((await page.getByRole("rowheader").allInnerTexts()).map((n) => n.trim()), names, filter);
+    }
+  });
+
   test("an action needs the name of its device, and starts its daemon", async () => {
     await goTo(page, "devices/12/daemon");
     await page.getByRole("button", { name: "Start SNMP …" }).click();
