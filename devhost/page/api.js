@@ -11,6 +11,9 @@ export function takeToken() {
   return true;
 }
 
+// The server does not want this page. Other troubles pass.
+export const isRefusal = (status) => [401, 403, 421].includes(status);
+
 // Status 0: nobody answers.
 export class Refused extends Error {
   constructor(status, body) {
@@ -67,7 +70,7 @@ export async function follow({ open, event, stale, gone, refused }) {
     try {
       watch();
       const response = await get("/events", { "Last-Event-ID": last }, { signal: stop.signal });
-      if ([401, 403, 421].includes(response.status)) return refused(response.status);
+      if (isRefusal(response.status)) return refused(response.status);
       if (response.ok) {
         open();
         wait = 250;

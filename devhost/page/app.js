@@ -21,7 +21,7 @@ function useRoute() {
 
 const refusal = (status) => html`<main class="refusal"><${Heading}>${status === 401 ? "The address is not complete" : "The server refuses this page"}<//>
   <p>${status === 401 ? "Each start of devhost serve makes a new key and prints an address with it. This tab has no key, or an old one."
-    : status === 429 ? "There were too many wrong keys. Wait a moment." : "The page was opened under another name or from another page."}</p>
+    : "The page was opened under another name or from another page."}</p>
   <p>Look at the terminal where <code>devhost serve</code> runs. Open the address that it has printed, with all that stands behind the <code>#</code>.</p></main>`;
 
 const restart = () => button("Start the host again", () => call("POST", "/host/restart", {}).then(() => announce("The host starts again."), (e) => announce(e.message)));

@@ -1,6 +1,6 @@
 // What all views share: the session, the devices, what has happened, and drafts that are not applied yet.
 import { useState, useEffect, useRef } from "./vendor/standalone.module.js";
-import { call, read, follow, watchPending } from "./api.js";
+import { call, follow, isRefusal, read, watchPending } from "./api.js";
 
 export const state = {
   session: null, devices: null,  // as the server tells them
@@ -52,8 +52,13 @@ export const readOnly = () => Boolean(state.session && state.session.readOnly);
 export const deviceOf = (id) => (state.devices || []).find((d) => d.id === Number(id));
 export const nameOf = (id) => (deviceOf(id) || { name: id }).name;
 
+let once;
 const readSession = () => call("GET", "/session", undefined, undefined, true)
-  .then((session) => update({ session }), ({ status }) => status && update({ refused: status }));
+  .then((session) => update({ session }), ({ status }) => {
+    if (isRefusal(status)) return update({ refused: status });
+    clearTimeout(once);
+    once = status && setTimeout(readSession, 1000);  // the stream says when nobody answers
+  });
 
 let reading, due;
 export async function readDevices() {

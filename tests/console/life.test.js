@@ -79,6 +79,15 @@ describe("what goes away and comes back", () => {
     await until("what was missed is there", () => page.getByRole("row", { name: /attic/ }).getByText("managed").isVisible());
   });
 
+  test("a server that is busy for a moment is no refusal", async () => {
+    let asked = 0;
+    await page.route("**/api/v1/session", (route) => (++asked > 1 ? route.continue() : route.fulfill({ status: 503, contentType: "application/json", body: '{"error":{"code":"full","message":"full"}}' })));
+    await page.reload();
+    await page.getByText("host up").waitFor();
+    await page.getByRole("link", { name: "kitchen" }).waitFor();
+    assert.ok(asked > 1);
+  });
+
   test("a host process that ends is named, and can be started again", async () => {
     const [host] = (await console.hostProcesses()).slice(-1);
     process.kill(host, "SIGKILL");
