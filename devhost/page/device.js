@@ -77,8 +77,8 @@ function Daemon({ name, path, device }) {
       onYes=${(typed) => run(ACTIONS[asked][0], call("POST", path + "/actions", { action: asked, device: typed }))} />`}`;
 }
 
-function File({ path }) {
-  const { data, error, reload } = useRead(path + "/file"), judged = useRead(path + "/findings"), [job, run] = useJob();
+function File({ id, path }) {
+  const version = useStore("changes")[id], { data, error, reload } = useRead(path + "/file", version), judged = useRead(path + "/findings", version), [job, run] = useJob();
   const drift = job.answer, section = data && data.section;
   return html`${trouble(error, reload)}<h2>Findings</h2>${judged.data ? findingList(judged.data.findings, "Findings about the file") || note("Nothing in the file will surprise its owner.", "good") : trouble(judged.error) || hint("Reading …")}
     <h2>Drift</h2>${button("Look for drift", () => run("Drift", read(path + "/drift")))}${job.what && hint("Looking …")}${trouble(job.error)}
@@ -89,9 +89,9 @@ function File({ path }) {
 }
 
 function History({ id, name, path }) {
-  const { data, error, reload } = useRead(path + "/history");
+  const version = useStore("changes")[id], { data, error, reload } = useRead(path + "/history", version);
   const [[number, against], show] = useState([]), [undoing, undo] = useState();
-  const compared = useRead(number && `${path}/history/${number}?against=${against}`);
+  const compared = useRead(number && `${path}/history/${number}?against=${against}`, version);
   const back = () => { undo(); reload(); };
   if (undoing) {
     const body = (accepted) => ({ snapshot: undoing, accepted });

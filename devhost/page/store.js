@@ -9,7 +9,7 @@ export const state = {
   gone: null,                    // { seconds, retry } while nobody answers
   generation: 0,                 // rises when all that was read may be out of date
   log: [], steps: {},            // events, and the steps of the last operation by device
-  changes: {},                   // by device: the number of the event that told of its last change
+  changes: {},                   // by device: the number of the event that told of its last change; `flags`: that of a variable
   drafts: {},                    // by device: { settings, base, edit }
   status: "",                    // what the last operation came to
   slow: false,                   // a request has been waiting for a while
@@ -85,7 +85,7 @@ function happened(event) {
   }
   // A notification writes a large id as a negative number.
   const moved = kind === "notification" && /^<DeviceChanged><id>(-?\d+)</.exec(event.xml);
-  if (moved) change.changes = { ...state.changes, [moved[1] >>> 0]: event.n };
+  if (moved || kind === "flag") change.changes = { ...state.changes, [moved ? moved[1] >>> 0 : "flags"]: event.n };
   update(change);
   if (kind === "devices" || kind === "notification") readDevices();
   if (kind === "host") (event.state === "up" ? readAll : readSession)();

@@ -87,6 +87,45 @@ describe("two tabs", () => {
     await mine.getByRole("button", { name: "Back to attic" }).click();
   });
 
+  test("the file, its history and the variables follow as well", async () => {
+    const seen = (what, words) => until(what, async () => (await other.getByRole("main").innerText()).includes(words));
+    await goTo(other, "devices/18/file");
+    await seen("the file is there", "above the stairs");
+    await box(mine, "Location").fill("in the tower");
+    await apply(mine);
+    await seen("the file follows", "in the tower");
+    await mine.getByRole("button", { name: "Back to attic" }).click();
+    await goTo(other, "devices/18/history");
+    const changes = () => other.getByRole("region", { name: "Changes" }).getByRole("rowheader").count();
+    await until("the changes are there", changes);
+    const before = await changes();
+    await other.getByRole("button", { name: `Before it, against now (change ${before})` }).click();
+    await seen("the difference is there", "+sysLocation  in the tower");
+    await box(mine, "Location").fill("on the tower");
+    await apply(mine);
+    await until("the history follows", async () => (await changes()) === before + 1);
+    await seen("the difference to what is now follows", "+sysLocation  on the tower");
+    await mine.getByRole("button", { name: "Back to attic" }).click();
+    await goTo(other, "variables");
+    const flag = other.getByLabel("Trap for humidity of cellar");
+    assert.equal(await flag.isChecked(), false);
+    await console.call("PUT", "/variables/15/1", { trapEnabled: true });
+    await until("the flag follows", () => flag.isChecked());
+  });
+
+  test("what went wrong with a variable is said until it goes well", async () => {
+    await goTo(other, "variables");
+    const fail = () => other.route("**/api/v1/variables/15/1", (route) => route.fulfill({ status: 503, contentType: "application/json", body: '{"error":{"code":"full","message":"too much"}}' }), { times: 1 });
+    const flag = other.getByLabel("Trap for humidity of cellar"), alert = other.getByText("too much");
+    for (const end of [() => flag.click(), () => other.getByRole("button", { name: "Try again" }).click()]) {
+      await fail();
+      await flag.click();
+      await alert.waitFor();
+      await end();
+      await alert.waitFor({ state: "detached" });
+    }
+  });
+
   test("a draft stays while one looks at other views, and closing the tab asks", async () => {
     await mine.getByRole("textbox", { name: "Contact", exact: true }).fill("Grace");
     await goTo(mine, "log");
