@@ -22,11 +22,16 @@ export function Device({ id, view = "settings" }) {
 
 const shown = (v) => (typeof v === "boolean" ? (v ? "on" : "off") : Array.isArray(v) ? v.map((t) => `${t.target.keep === undefined ? t.target : "hidden"}:${t.port}`).join(", ") : v.keep ? "as it was" : v.value === undefined ? v : v.value ? "a new one" : "erased");
 
-// Somebody else has changed the device since it was read.
+// A base is of one life of the host, and ends with a number that counts what was seen of the device in it.
+const lifeOf = (base) => base.replace(/\.\d+$/, "");
+
+// The device is no longer known to be as it was read. Who has changed it, or whether a change of one's own was cut off, nobody can tell here.
 function Conflict({ draft, fresh, onTake, onDrop }) {
   const old = editOf(draft.settings), now = editOf(fresh.settings), moved = differing(old, now), mine = changed(draft);
-  return html`<section class="note warn" role="alert"><h2>Changed meanwhile</h2>
-    <p>Somebody else has changed ${moved.length ? "these settings" : "the file or a community of this device"} since you read them. Nothing of yours was applied.</p>
+  const left = differing(now, draft.edit), made = mine.filter((f) => !left.includes(f)), again = lifeOf(draft.base) !== lifeOf(fresh.base);
+  return html`<section class="note warn" role="alert"><h2>${again ? "The host was started again" : "Changed meanwhile"}</h2>
+    <p>${moved.length ? "These settings have changed since you read them." : again ? "The settings are as you read them. Whether the file or a community has changed cannot be told."
+      : "The file or a community of this device has changed since you read it."}${has(made) && ` The device has this of yours already: ${made.map((f) => TERMS[f]).join(", ")}.`}</p>
     ${has(moved) && table("What has moved", ["Setting", "You had read", "Now", "Yours"], moved.map((f) => [TERMS[f], shown(old[f]), shown(now[f]), mine.includes(f) ? shown(draft.edit[f]) : "not changed"]))}
     <div class="buttons">${button("Take it over, keep my changes", onTake, { class: "main" })}${button("Discard my changes", onDrop)}</div></section>`;
 }
@@ -47,7 +52,7 @@ function Settings({ id, name, path }) {
   }
   if (kept && data.base !== kept.base) {
     return html`<${Conflict} draft=${kept} fresh=${data} onDrop=${() => setDraft(id)} onTake=${() => {
-      setDraft(id, rebase(kept, data.settings, data.base)); announce("Taken over. Your changes are still there."); }} />`;
+      setDraft(id, rebase(kept, data.settings, data.base)); announce("Taken over."); }} />`;
   }
   return html`${trouble(error, reload)}${messages(data.messages)}${data.fileProblem && note(`The device does not give its file, so nothing can be changed: ${data.fileProblem}.`, "bad")}${!data.reachable && note("The device is off line. These are the settings that it was last known to have. A change waits until it is back.", "warn")}
     <${SettingsForm} key=${draft.base} id=${id} draft=${draft} onReview=${() => kept && review(true)} />`;
@@ -96,7 +101,7 @@ function History({ id, name, path }) {
   if (undoing) {
     const body = (accepted) => ({ snapshot: undoing, accepted });
     return html`<${Review} device=${id} name=${name} title=${`Put ${name} back as it was before change ${undoing}`} verb="Put back" onBack=${back} onDone=${readDevices}
-      conflict=${() => { announce("The device has changed meanwhile. Look again."); back(); }} plan=${(accepted, signal) => call("POST", path + "/undo/preview", body(accepted), undefined, false, signal)}
+      conflict=${() => { announce("That was out of date. Look again."); back(); }} plan=${(accepted, signal) => call("POST", path + "/undo/preview", body(accepted), undefined, false, signal)}
       apply=${(accepted, base) => call("POST", path + "/undo", body(accepted), base)} />`;
   }
   if (!data) return trouble(error, reload);

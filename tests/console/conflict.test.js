@@ -200,4 +200,29 @@ describe("a draft", () => {
     await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
     assert.deepEqual([await box(page, "Contact").inputValue(), await box(page, "Location").inputValue()], ["Grace", "on the roof"]);
   });
+
+  // The heading of what the page says when the device is not as it was read, and its text.
+  const asked = async (heading) => {
+    await page.getByRole("heading", { name: heading }).waitFor();
+    return page.getByRole("alert").innerText();
+  };
+
+  test("outlives the host, and nobody is said to have changed the device", async () => {
+    assert.equal((await console.call("POST", "/host/restart", {})).status, 200);
+    assert.match(await asked("The host was started again"), /^The host was started again\s+The settings are as you read them\. Whether the file or a community has changed cannot be told\.\s+Take it over/);
+    await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
+    assert.equal(await box(page, "Location").inputValue(), "on the roof");
+  });
+
+  test("is not said to be missing where the device has it already", async () => {
+    await box(page, "Contact").fill("Ada");
+    const { settings: now, base } = await console.get("/devices/18");
+    const settings = { enabled: now.enabled, readCommunity: { keep: true }, writeCommunity: { keep: true }, contact: "Ada", usePrimaryContact: false,
+      location: now.location.value, useOwnerAddress: false, name: now.name.value, useRoomDevice: false, trapTargets: [] };
+    const { body } = await console.call("PUT", "/devices/18/settings", { accepted: [], settings }, { "If-Match": base });
+    assert.equal(body.verdict, "changed");
+    assert.match(await asked("Changed meanwhile"), /^Changed meanwhile\s+These settings have changed since you read them\. The device has this of yours already: Contact\.\s+Setting/);
+    await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
+    await page.getByText("Not applied: Location", { exact: true }).waitFor();
+  });
 });
