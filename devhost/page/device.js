@@ -2,7 +2,7 @@
 import { html, useState } from "./vendor/standalone.module.js";
 import { call, read } from "./api.js";
 import { announce, deviceOf, readDevices, readOnly, state, useRead, useStore } from "./store.js";
-import { badge, button, Confirm, diff, fileText, findingList, has, Heading, hint, messages, note, probed, settingChanges, settingNames, table, TERMS, trouble } from "./parts.js";
+import { badge, button, Confirm, diff, fileText, findingList, focusHeading, has, Heading, hint, messages, note, probed, settingChanges, settingNames, table, TERMS, trouble } from "./parts.js";
 import { daemonWords } from "./devices.js";
 import { changed, differing, editOf, rebase, setDraft, SettingsForm, wire } from "./settings.js";
 import { Review } from "./review.js";
@@ -29,7 +29,7 @@ const lifeOf = (base) => base.replace(/\.\d+$/, "");
 function Conflict({ draft, fresh, onTake, onDrop }) {
   const old = editOf(draft.settings), now = editOf(fresh.settings), moved = differing(old, now), mine = changed(draft);
   const left = differing(now, draft.edit), made = mine.filter((f) => !left.includes(f)), again = lifeOf(draft.base) !== lifeOf(fresh.base);
-  return html`<section class="note warn" role="alert"><h2>${again ? "The host was started again" : "Changed meanwhile"}</h2>
+  return html`<section class="note warn" role="alert"><${Heading} level="h2">${again ? "The host was started again" : "Changed meanwhile"}<//>
     <p>${moved.length ? "These settings have changed since you read them." : again ? "The settings are as you read them. Whether the file or a community has changed cannot be told."
       : "The file or a community of this device has changed since you read it."}${has(made) && ` The device has this of yours already: ${made.map((f) => TERMS[f]).join(", ")}.`}</p>
     ${has(moved) && table("What has moved", ["Setting", "You had read", "Now", "Yours"], moved.map((f) => [TERMS[f], shown(old[f]), shown(now[f]), mine.includes(f) ? shown(draft.edit[f]) : "not changed"]))}
@@ -43,7 +43,7 @@ function Settings({ id, name, path }) {
   if (!data) return trouble(error, reload) || hint("Reading the device …");
   const draft = kept || { settings: data.settings, base: data.base, edit: editOf(data.settings) };
   // What was read before a change that is made is not a base for the next one.
-  const back = () => { review(false); if (kept) reload(); else forget(); };
+  const back = () => { focusHeading(); review(false); if (kept) reload(); else forget(); };
   if (reviewing) {
     const body = (accepted) => ({ settings: wire(draft.edit), accepted });
     return html`<${Review} device=${id} name=${name} title=${"Review the change of " + name} verb="Apply" conflict=${back} onBack=${back} onDone=${() => { if (state.drafts[id] === kept) setDraft(id); readDevices(); }}
@@ -51,8 +51,8 @@ function Settings({ id, name, path }) {
       apply=${(accepted, base) => call("PUT", path + "/settings", body(accepted), base)} />`;
   }
   if (kept && data.base !== kept.base) {
-    return html`<${Conflict} draft=${kept} fresh=${data} onDrop=${() => setDraft(id)} onTake=${() => {
-      setDraft(id, rebase(kept, data.settings, data.base)); announce("Taken over."); }} />`;
+    return html`<${Conflict} draft=${kept} fresh=${data} onDrop=${() => { focusHeading(); setDraft(id); }} onTake=${() => {
+      focusHeading(); setDraft(id, rebase(kept, data.settings, data.base)); announce("Taken over."); }} />`;
   }
   return html`${trouble(error, reload)}${messages(data.messages)}${data.fileProblem && note(`The device does not give its file, so nothing can be changed: ${data.fileProblem}.`, "bad")}${!data.reachable && note("The device is off line. These are the settings that it was last known to have. A change waits until it is back.", "warn")}
     <${SettingsForm} key=${draft.base} id=${id} draft=${draft} onReview=${() => kept && review(true)} />`;
@@ -97,7 +97,7 @@ function History({ id, name, path }) {
   const version = useStore("changes")[id], { data, error, reload } = useRead(path + "/history", version);
   const [[number, against], show] = useState([]), [undoing, undo] = useState();
   const compared = useRead(number && `${path}/history/${number}?against=${against}`, version);
-  const back = () => { undo(); reload(); };
+  const back = () => { focusHeading(); undo(); reload(); };
   if (undoing) {
     const body = (accepted) => ({ snapshot: undoing, accepted });
     return html`<${Review} device=${id} name=${name} title=${`Put ${name} back as it was before change ${undoing}`} verb="Put back" onBack=${back} onDone=${readDevices}

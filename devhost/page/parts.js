@@ -31,6 +31,9 @@ export function Heading({ children, level: Level = "h1" }) {
   return html`<${Level} ref=${self} tabindex="-1">${children}<//>`;
 }
 
+// What has the focus is about to go: it would fall to the top of the page.
+export const focusHeading = () => document.querySelector("h1").focus();
+
 export const trouble = (error, again) => error && html`<div class="note bad" role="alert"><p>${error.message}</p>${again && button("Try again", again)}</div>`;
 
 export const findingList = (findings, label, id) => has(findings) && html`<ul class="findings" id=${id} aria-label=${label}>${

@@ -67,7 +67,7 @@ function useAdvice(id, edit) {
 const shownText = (value, set) => (typeof value === "string" ? typing(value, set) : { ...typing("", set), placeholder: "hidden; kept as it is" });
 
 const undoable = (form, field) => form.changed.includes(field) && html` <span class="tag">changed</span> ${
-  quiet("Undo", () => form.undo(field), { "aria-label": "Undo the change of " + TERMS[field] })}`;
+  quiet("Undo", () => { document.getElementById(field).focus(); form.undo(field); }, { "aria-label": "Undo the change of " + TERMS[field] })}`;
 
 // Label, value, hint and findings of a setting. `inside` gets the attributes that bind them.
 function field(form, name, inside, words, label) {
@@ -83,7 +83,7 @@ function textField(form, name) {
   const empty = isChanged ? "It will be emptied, and counts as erased." : settings[name].erased ? "Erased: it stays empty."
     : "Empty: the agent fills it from the device’s file, where that has a value.";
   return field(form, name, (aria) => html`<input ...${aria} ...${shownText(edit[name], (value) => form.set(name, value))} readonly=${form.fixed || edit[from]} />
-    <label class="switch"><input ...${ticking(edit[from], (value) => form.set(from, value))} disabled=${form.fixed} />From ${PROJECT[name]}</label>${undoable(form, from)}`,
+    <label class="switch"><input id=${from} ...${ticking(edit[from], (value) => form.set(from, value))} disabled=${form.fixed} />From ${PROJECT[name]}</label>${undoable(form, from)}`,
   [HINTS[name], " ", edit[from] ? "From the project: this text is the project’s business." : edit[name] === "" && empty]);
 }
 
@@ -126,7 +126,7 @@ function TrapTargets({ form }) {
         <td class="order">${!form.fixed && html`${order(n, -1, "↑", "up")}${order(n, 1, "↓", "down")}${button("✕", () => {
           set(targets.filter((_, k) => k !== n)); add.current.focus(); }, { "aria-label": `Remove trap target ${n + 1}` })}`}</td></tr>`)}</tbody></table>`}
     ${!targets.length && hint(old.length ? "The list will be erased." : form.draft.settings.trapTargetsErased ? "Erased: the list stays empty." : "None.")}
-    ${!form.fixed && button("Add a trap target", () => set([...targets, { row: "new" + Date.now(), target: "", community: { value: "" }, port: "162" }]), { ref: add })}</fieldset>`;
+    ${!form.fixed && button("Add a trap target", () => set([...targets, { row: "new" + Date.now(), target: "", community: { value: "" }, port: "162" }]), { ref: add, id: "trapTargets" })}</fieldset>`;
 }
 
 export function SettingsForm({ id, draft, onReview }) {

@@ -153,6 +153,54 @@ describe("the page", () => {
     await page.context().close();
   });
 
+  test("keeps the focus where what had it goes away", async () => {
+    const page = await open(browser, console.address);
+    await page.getByRole("link", { name: "kitchen" }).click();
+    const name = page.getByRole("textbox", { name: "Name", exact: true });
+    const press = async (words) => {
+      await page.getByRole("button", { name: words, exact: true }).focus();
+      await page.keyboard.press("Enter");
+    };
+    const focusIsOn = async (locator, after) => {
+      await until("the focus is kept after " + after, () => locator.evaluate((e) => e === document.activeElement));
+      assert.notEqual(await page.evaluate(() => document.activeElement.tagName), "BODY");
+    };
+    const heading = page.getByRole("heading", { level: 1, name: "kitchen" });
+    await name.fill("kitchen south");
+    await press("Undo the change of Name");
+    await page.getByText("Nothing is changed.").waitFor();
+    await focusIsOn(name, "the undo of a text");
+    await page.getByLabel("From the room device").check();
+    await press("Undo the change of Name from the project");
+    await page.getByText("Nothing is changed.").waitFor();
+    await focusIsOn(page.getByLabel("From the room device"), "the undo of a switch");
+    await press("Move trap target 2 up");
+    await press("Undo the change of Trap targets");
+    await page.getByText("Nothing is changed.").waitFor();
+    await focusIsOn(page.getByRole("button", { name: "Add a trap target" }), "the undo of the trap targets");
+    await page.getByRole("combobox", { name: "Read community" }).selectOption("replace");
+    await press("Undo the change of Read community");
+    await page.getByText("Nothing is changed.").waitFor();
+    await focusIsOn(page.getByRole("combobox", { name: "Read community" }), "the undo of a community");
+
+    await name.fill("kitchen south");
+    await page.getByRole("button", { name: "Review …" }).click();
+    await page.getByRole("region", { name: "Difference of the file" }).waitFor();
+    await press("Back");
+    await name.waitFor();
+    await focusIsOn(heading, "the way back");
+    for (const words of ["Take it over, keep my changes", "Discard my changes"]) {
+      await name.fill("kitchen south");
+      await name.focus();
+      assert.equal((await console.call("POST", "/host/restart", {})).status, 200);
+      await focusIsOn(page.getByRole("heading", { level: 2, name: "The host was started again" }), "the end of the form");
+      await press(words);
+      await name.waitFor();
+      await focusIsOn(heading, words);
+    }
+    await page.context().close();
+  });
+
   test("tells a screen reader where it is", async () => {
     const page = await open(browser, console.address + "");
     await page.getByRole("link", { name: "kitchen" }).click();
