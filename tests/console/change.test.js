@@ -179,6 +179,25 @@ describe("a change", () => {
     await page.getByRole("log", { name: "Conversation" }).getByText("<Fail/>", { exact: true }).waitFor();
   });
 
+  test("an event goes out with all its parameters", async () => {
+    await page.getByLabel("To").selectOption("event");
+    await page.getByLabel("Event", { exact: true }).fill("OnVariableRemoved");
+    const options = await page.getByLabel("Parameter", { exact: true }).evaluate((e) => [...e.list.options].map((o) => o.value));
+    assert.deepEqual(options, ["iditem", "idroom", "iddevice", "idvariable"]);
+    const rows = [["iddevice", "12"], ["idvariable", "2"], ["iditem", "5"], ["iditem", "6"]];
+    for (const [n, [name, value]] of rows.entries()) {
+      if (n) await page.getByRole("button", { name: "Add a parameter" }).click();
+      await page.getByLabel(n ? `Parameter ${n + 1}` : "Parameter", { exact: true }).fill(name);
+      await page.getByLabel(n ? `Value ${n + 1}` : "Value", { exact: true }).fill(value);
+    }
+    const sent = page.waitForRequest("**/api/v1/event");
+    await page.getByRole("button", { name: "Send" }).click();
+    assert.deepEqual((await sent).postDataJSON(), { name: "OnVariableRemoved", parameters: { iddevice: ["12"], idvariable: ["2"], iditem: ["5", "6"] } });
+    const log = page.getByRole("log", { name: "Conversation" });
+    await log.getByText("(sent)").waitFor();
+    assert.deepEqual((await log.getByText(/^id\w+=/).allInnerTexts()).map((text) => text.trim()), ["iddevice=12", "idvariable=2", "iditem=5", "iditem=6"]);
+  });
+
   test("the log has what has happened, and can be filtered", async () => {
     await goTo(page, "log");
     const log = page.getByRole("log", { name: "What happens" });
