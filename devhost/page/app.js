@@ -1,7 +1,7 @@
 // The frame around the views: where one is, how the host is, and what the server refuses.
 import { html, render, useEffect, useRef, useState } from "./vendor/standalone.module.js";
 import { call, takeToken } from "./api.js";
-import { announce, nameOf, start, useStore } from "./store.js";
+import { announce, listen, nameOf, start, useStore } from "./store.js";
 import { Activity } from "./activity.js";
 import { Conversation } from "./talk.js";
 import { Device } from "./device.js";
@@ -14,7 +14,10 @@ const VIEWS = { devices: ["Devices", Devices], variables: ["Variables", Variable
 
 function useRoute() {
   const [route, go] = useState(location.hash);
-  useEffect(() => addEventListener("hashchange", () => (takeToken() ? location.reload() : go(location.hash))), []);
+  useEffect(() => addEventListener("hashchange", () => {
+    if (takeToken()) listen();  // without loading the page anew: it may have drafts
+    go(location.hash);
+  }), []);
   const [, view, id, tab] = route.split("/");
   return { view: VIEWS[view] ? view : "devices", id, tab };
 }

@@ -91,6 +91,15 @@ function happened(event) {
   if (kind === "host") (event.state === "up" ? readAll : readSession)();
 }
 
+let following;
+
+// Follows the events, also anew when the key was refused and another one is there. What stood in the log is another server's then.
+export function listen() {
+  if (state.refused) update({ refused: 0, log: [], steps: {} });
+  following = following || follow({ open: () => { update({ gone: null }); readAll(); }, event: happened, stale: readAll, gone: (gone) => update({ gone }),
+    refused: (refused) => { following = null; update({ refused }); } });
+}
+
 export function start() {
   let timer;
   watchPending((count) => {
@@ -98,6 +107,6 @@ export function start() {
     if (count) timer = setInterval(() => { update({ slow: true }); readSession(); }, 1000);
     else if (state.slow) update({ slow: false });
   });
-  follow({ open: () => { update({ gone: null }); readAll(); }, event: happened, stale: readAll, gone: (gone) => update({ gone }), refused: (refused) => update({ refused }) });
+  listen();
   addEventListener("beforeunload", (event) => Object.keys(state.drafts).length && event.preventDefault());
 }

@@ -54,8 +54,10 @@ describe("what goes away and comes back", () => {
     await until("the list shows it", () => page.getByRole("row", { name: /kitchen/ }).getByText("on line").isVisible());
   });
 
-  test("a server that comes back has another key, and the page says so", async () => {
+  test("a server that comes back has another key; the page says so, and goes on with its drafts when it has that", async () => {
     const address = console.address;
+    await page.getByRole("link", { name: "attic" }).click();
+    await page.getByRole("textbox", { name: "Contact", exact: true }).fill("Grace");
     const hosts = await console.hostProcesses();
     await console.end("SIGKILL");
     // They keep their states first, and have the lock of the folder until then.
@@ -66,6 +68,13 @@ describe("what goes away and comes back", () => {
     assert.notEqual(console.address, address);
     await page.goto(console.address);
     await page.getByRole("link", { name: "kitchen" }).waitFor();
+    assert.equal(new URL(page.url()).hash, "#/devices");
+    await console.call("PUT", "/devices/18/managed", {});
+    await until("the page follows the events", () => page.getByRole("row", { name: /attic/ }).getByText("managed").isVisible());
+    await page.getByText("Not applied yet:").getByRole("link", { name: "attic" }).click();
+    await page.getByRole("heading", { name: "The host was started again" }).waitFor();
+    await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
+    assert.equal(await page.getByRole("textbox", { name: "Contact", exact: true }).inputValue(), "Grace");
   });
 
   test("a stream that cannot be had is tried again, and what was missed is read", async () => {
