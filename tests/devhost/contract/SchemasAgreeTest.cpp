@@ -163,6 +163,32 @@ TEST(WhatTheAgentWrites, IsValid) {
   EXPECT_EQ(schemas, (std::set<std::string>{"notifications.xsd", "replies.xsd", "state.xsd"}));
 }
 
+// Differences that contract/README.md names, and that changes at random do not lead to.
+TEST(TheSchemas, DifferFromTheTableWhereTheReadmeSaysSo) {
+  const std::string begin = R"(<project><driver id="1" name="agent" module="agent.so")";
+  const auto withConfig = [&begin](const std::string& config) {
+    return begin + "><config" + config + "/></driver></project>";
+  };
+  const std::string known = R"( xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xsi:)";
+  const auto named = [&withConfig](std::size_t length) { return withConfig(" " + std::string(length, 'n') + "='1'"); };
+  const struct {
+    std::string text;
+    bool byTheTable;
+    bool byTheSchema;
+  } kCases[] = {
+      {withConfig(""), true, true},
+      {withConfig(known + "type='nosuch'"), true, false},
+      {named(50'000), true, true},
+      {named(50'001), true, false},
+      {withConfig("") + std::string(1, '\0'), false, true},
+      {withConfig("") + "\x01", false, false},
+  };
+  for (const auto& [text, byTheTable, byTheSchema] : kCases) {
+    EXPECT_EQ(ValidateDocument(text, false).empty(), byTheTable) << text.substr(0, 200);
+    EXPECT_EQ(ByTheSchema("project.xsd", {{"", text}}).front(), byTheSchema) << text.substr(0, 200);
+  }
+}
+
 // Changes documents a little, most of them in one place, some of them where nobody counts.
 class Changer {
  public:
