@@ -94,7 +94,7 @@ describe("a host process that does nothing for a while", () => {
     await page.getByRole("textbox", { name: "Name", exact: true }).pressSequentially("xxxxxxxx", { delay: 350 });
     for (const view of ["devices/18/file", "devices/18/history", "devices/12/file", "devices/18/settings"]) {
       await goTo(page, view);
-      await page.getByRole("link", { name: view.replace(/.*\/./, (found) => found.slice(-1).toUpperCase()), exact: true, current: "page" }).waitFor();
+      await page.locator(`a[href="#/${view}"][aria-current="page"]`).waitFor();
     }
     const other = await context.newPage();
     await other.goto(console.address, { timeout: 10000 });
