@@ -10,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
   BUILD_PACKAGES=(g++ cmake ninja-build libboost-dev libpugixml-dev libcli11-dev libre2-dev nlohmann-json3-dev
     libedit-dev libssh-dev libsnmp-dev googletest)
   PRODUCT_PACKAGES=(g++ cmake make libboost-dev)
-  PACKAGE_PACKAGES=(debhelper dpkg-dev devscripts lintian cmake ninja-build libboost-dev g++)
+  PACKAGE_PACKAGES=(debhelper dpkg-dev devscripts git lintian cmake ninja-build libboost-dev g++)
   SITE_PACKAGES=(pandoc doxygen)
   PACKAGE_TEST_PACKAGES=(autopkgtest devscripts mmdebstrap util-linux)
   RUN_PACKAGES=(snmpd snmp snmptrapd netbase)
@@ -20,7 +20,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
   I386_PACKAGES=(g++-i686-linux-gnu libpugixml-dev:i386 libre2-dev:i386)
   ARMHF_PACKAGES=(g++-arm-linux-gnueabihf libpugixml-dev:armhf libre2-dev:armhf qemu-user)
   ABI_PACKAGES=(clang libboost-dev g++ g++-i686-linux-gnu)
-  CHECK_PACKAGES=(clang-format clang-tidy dpkg-dev shellcheck mandoc)
+  CHECK_PACKAGES=(clang-format clang-tidy dpkg-dev git shellcheck mandoc)
   MUTATE_PACKAGES=(binutils python3 python3-clang-14)
   COVERAGE_PACKAGES=(gcovr)
 }

@@ -38,6 +38,11 @@ def short(value):
     return "%g" % value
 
 
+def three_digits(value):
+    """A number of an axis."""
+    return "%.0f" % value if value >= 1000 else "%.3g" % value
+
+
 def text(x, y, content, anchor="start", colour="#333"):
     return '<text x="%.1f" y="%.1f" text-anchor="%s" fill="%s">%s</text>' % (x, y, anchor, colour, content)
 
@@ -135,9 +140,9 @@ def over_time(title, points, bottom, top):
     for share in (0, 0.5, 1):
         y = bottom - share * (bottom - top)
         parts.append('<path d="M%d %.1fH%d" stroke="#ddd"/>' % (LEFT, y, WIDTH - RIGHT))
-        parts.append(text(LEFT - 5, y + 4, "%.3g" % (share * high), "end"))
+        parts.append(text(LEFT - 5, y + 4, three_digits(share * high), "end"))
     for share in (0, 0.5, 1):
-        parts.append(text(LEFT + share * (WIDTH - LEFT - RIGHT), HEIGHT - 17, "%.3g" % (share * last), "middle"))
+        parts.append(text(LEFT + share * (WIDTH - LEFT - RIGHT), HEIGHT - 17, three_digits(share * last), "middle"))
     parts.append(text((LEFT + WIDTH - RIGHT) / 2, HEIGHT - 3, "minutes", "middle", "#666"))
     parts.append('<polyline points="%s" fill="none" stroke="%s" stroke-width="2"/>' % (path, COLOURS["agent"]))
     return "".join(parts)

@@ -11,7 +11,11 @@ import xml.etree.ElementTree as xml
 sys.dont_write_bytecode = True  # the folder may be the installed one
 import tool  # noqa: E402
 
-CONVERSATIONS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "contract", "conversations")
+HERE = os.path.dirname(os.path.abspath(__file__))
+# Among the sources, and as packages install them.
+CONVERSATIONS = next(folder for folder in (os.path.join(HERE, "..", "..", "contract", "conversations"),
+                                           os.path.join(HERE, "..", "..", "..", "snmp-configuration-agent", "contract", "conversations"))
+                     if os.path.isdir(folder))
 
 
 class Recorded:
