@@ -1,4 +1,3 @@
-// The last hour of each device, as the server has counted it from its own events.
 import { html, useEffect } from "./vendor/standalone.module.js";
 import { useRead } from "./store.js";
 import { clock, Heading, note, table, trouble } from "./parts.js";

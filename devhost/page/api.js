@@ -1,8 +1,6 @@
-// Requests to the server that this page came from, and its stream of events.
-
 const KEY = "devhost-token";
 
-// The token stands in the fragment, which browsers send to nobody. It leaves the address bar at once.
+// The token in the fragment leaves the address bar at once.
 export function takeToken() {
   const given = location.hash.slice(1);
   if (!/^[\w=-]{20,}$/.test(given)) return false;
@@ -11,7 +9,6 @@ export function takeToken() {
   return true;
 }
 
-// The server does not want this page. Other troubles pass.
 export const isRefusal = (status) => [401, 403, 421].includes(status);
 
 // Status 0: nobody answers.
@@ -28,9 +25,8 @@ const get = (path, more, options) => fetch("/api/v1" + path,
 let pending = 0, onPending;
 export const watchPending = (listener) => (onPending = listener);
 
-// Answers with the body, or throws Refused. A quiet request is not waited for by anybody. Who needs no answer any more gives the signal:
-// a request keeps one of the few connections until then.
-export async function call(method, path, body, base, quiet, signal) {
+// Answers with the body, or throws Refused. A quiet request is not waited for by anybody.
+export async function call(method, path, body, { base, quiet, signal } = {}) {
   if (!quiet) onPending(++pending);
   try {
     const response = await get(path, { ...(body && { "Content-Type": "application/json" }), ...(base && { "If-Match": base }) }, { method, signal, body: body && JSON.stringify(body) })
@@ -43,11 +39,17 @@ export async function call(method, path, body, base, quiet, signal) {
   }
 }
 
-export const read = (path, signal) => call("GET", path, undefined, undefined, false, signal);
+export const read = (path, signal) => call("GET", path, undefined, { signal });
+
+// What ask(signal) promises goes to `then`, or its error to `failed`, unless what this returns is called: then nobody waits for it.
+export function asking(ask, then, failed = () => {}) {
+  const stop = new AbortController(), unlessStopped = (go) => (answer) => stop.signal.aborted || go(answer);
+  ask(stop.signal).then(unlessStopped(then), unlessStopped(failed));
+  return () => stop.abort();
+}
 
 const SILENCE = 40000;  // the server writes a ping each 15 s
 
-// Browsers open six connections to a host, and a stream takes one for good. A tab that nobody sees gives its own back.
 const seen = () => new Promise((go) => {
   const look = () => {
     if (document.hidden) return;

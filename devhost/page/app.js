@@ -1,4 +1,3 @@
-// The frame around the views: where one is, how the host is, and what the server refuses.
 import { html, render, useEffect, useRef, useState } from "./vendor/standalone.module.js";
 import { call, takeToken } from "./api.js";
 import { announce, listen, nameOf, start, useStore } from "./store.js";

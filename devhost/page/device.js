@@ -1,4 +1,3 @@
-// One device: its settings, its daemon, its file, its history.
 import { html, useState } from "./vendor/standalone.module.js";
 import { call, read } from "./api.js";
 import { announce, deviceOf, readDevices, readOnly, state, useRead, useStore } from "./store.js";
@@ -22,16 +21,15 @@ export function Device({ id, view = "settings" }) {
 
 const shown = (v) => (typeof v === "boolean" ? (v ? "on" : "off") : Array.isArray(v) ? v.map((t) => `${t.target.keep === undefined ? t.target : "hidden"}:${t.port}`).join(", ") : v.keep ? "as it was" : v.value === undefined ? v : v.value ? "a new one" : "erased");
 
-// A base is of one life of the host, and ends with a number that counts what was seen of the device in it.
+// All but the last number of a base is the life of the host.
 const lifeOf = (base) => base.replace(/\.\d+$/, "");
 
-// The device is no longer known to be as it was read. Who has changed it, or whether a change of one's own was cut off, nobody can tell here.
+// Who has changed the device cannot be told: perhaps oneself, with a change that was cut off.
 function Conflict({ draft, fresh, onTake, onDrop }) {
   const old = editOf(draft.settings), now = editOf(fresh.settings), moved = differing(old, now), mine = changed(draft);
   const left = differing(now, draft.edit), made = mine.filter((f) => !left.includes(f)), again = lifeOf(draft.base) !== lifeOf(fresh.base);
   return html`<section class="note warn" role="alert"><${Heading} level="h2">${again ? "The host was started again" : "Changed meanwhile"}<//>
-    <p>${moved.length ? "These settings have changed since you read them." : again ? "The settings are as you read them. Whether the file or a community has changed cannot be told."
-      : "The file or a community of this device has changed since you read it."}${has(made) && ` The device has this of yours already: ${made.map((f) => TERMS[f]).join(", ")}.`}</p>
+    <p>${moved.length ? "These settings have changed since you read them." : `The ${again ? "settings are as you read them. Perhaps the " : ""}file or a community has changed since.`}${has(made) && ` The device has this of yours already: ${made.map((f) => TERMS[f]).join(", ")}.`}</p>
     ${has(moved) && table("What has moved", ["Setting", "You had read", "Now", "Yours"], moved.map((f) => [TERMS[f], shown(old[f]), shown(now[f]), mine.includes(f) ? shown(draft.edit[f]) : "not changed"]))}
     <div class="buttons">${button("Take it over, keep my changes", onTake, { class: "main" })}${button("Discard my changes", onDrop)}</div></section>`;
 }
@@ -45,10 +43,8 @@ function Settings({ id, name, path }) {
   // What was read before a change that is made is not a base for the next one.
   const back = () => { focusHeading(); review(false); if (kept) reload(); else forget(); };
   if (reviewing) {
-    const body = (accepted) => ({ settings: wire(draft.edit), accepted });
     return html`<${Review} device=${id} name=${name} title=${"Review the change of " + name} verb="Apply" conflict=${back} onBack=${back} onDone=${() => { if (state.drafts[id] === kept) setDraft(id); readDevices(); }}
-      plan=${(accepted, signal) => call("POST", path + "/preview", body(accepted), undefined, false, signal).then((plan) => ({ ...plan, base: draft.base }))}
-      apply=${(accepted, base) => call("PUT", path + "/settings", body(accepted), base)} />`;
+      body=${{ settings: wire(draft.edit) }} plan=${path + "/preview"} apply=${["PUT", path + "/settings"]} base=${draft.base} />`;
   }
   if (kept && data.base !== kept.base) {
     return html`<${Conflict} draft=${kept} fresh=${data} onDrop=${() => { focusHeading(); setDraft(id); }} onTake=${() => {
@@ -58,7 +54,7 @@ function Settings({ id, name, path }) {
     <${SettingsForm} key=${draft.base} id=${id} draft=${draft} onReview=${() => kept && review(true)} />`;
 }
 
-// Something that takes a while: what is under way, and what it came to.
+// What is under way, and what it came to.
 function useJob() {
   const [job, set] = useState({});
   return [job, async (what, promise) => {
@@ -99,10 +95,9 @@ function History({ id, name, path }) {
   const compared = useRead(number && `${path}/history/${number}?against=${against}`, version);
   const back = () => { focusHeading(); undo(); reload(); };
   if (undoing) {
-    const body = (accepted) => ({ snapshot: undoing, accepted });
     return html`<${Review} device=${id} name=${name} title=${`Put ${name} back as it was before change ${undoing}`} verb="Put back" onBack=${back} onDone=${readDevices}
-      conflict=${() => { announce("That was out of date. Look again."); back(); }} plan=${(accepted, signal) => call("POST", path + "/undo/preview", body(accepted), undefined, false, signal)}
-      apply=${(accepted, base) => call("POST", path + "/undo", body(accepted), base)} />`;
+      conflict=${() => { announce("That was out of date. Look again."); back(); }}
+      body=${{ snapshot: undoing }} plan=${path + "/undo/preview"} apply=${["POST", path + "/undo"]} />`;
   }
   if (!data) return trouble(error, reload);
   const act = (words, n, then) => button(words, then, { "aria-label": `${words} (change ${n})` });

@@ -1,13 +1,11 @@
-// The list of the devices.
 import { html, useEffect, useMemo, useState } from "./vendor/standalone.module.js";
 import { useStore, readDevices } from "./store.js";
 import { badge, filterBox, has, Heading, note, row, table, trouble } from "./parts.js";
 
 export const daemonWords = ({ daemon }) => (!daemon ? "" : !daemon.running ? "stopped" : daemon.waits ? "a change waits" : "runs");
-// A part of the filter is somewhere in what somebody has named, or begins a word about the device: "unmanaged" has "managed" in it.
 const named = (d) => `${d.name} ${d.id} ${d.module} ${d.version}`.toLowerCase();
-const words = (d) => ` ${d.managed ? "managed" : "unmanaged"} ${d.reachable ? "online" : "offline"} ${d.dirty ? "unwritten" : "written"} ${daemonWords(d)}`;
-const partsOf = (filter) => filter.toLowerCase().replace(/\bnot (?=managed|written)/g, "un").replace(/\b(on|off) line/g, "$1line").split(/\s+/);
+// A filter finds their beginnings: "unmanaged" has "managed" in it.
+const words = (d) => ` ${d.managed ? "managed" : "unmanaged"} ${d.reachable ? "online on line" : "offline off line"} ${d.dirty ? "unwritten" : "written"} ${daemonWords(d)}`;
 const PART = 100;  // rows that are drawn at once; the others follow while the page answers
 const soft = (text) => html`<span class="hint">${text}</span>`;
 
@@ -19,7 +17,7 @@ export function Devices() {
   const devices = useStore("devices"), error = useStore("trouble"), drafts = useStore("drafts");
   const [filter, setFilter] = useState(""), [limit, setLimit] = useState(PART);
   const rows = useMemo(() => {
-    const parts = partsOf(filter);
+    const parts = filter.toLowerCase().split(/\s+/);
     return (devices || []).filter((d) => parts.every((part) => named(d).includes(part) || words(d).includes(" " + part))).map((d) => rowOf(d, drafts[d.id]));
   }, [devices, drafts, filter]);
   const list = useMemo(() => table("Devices", ["Name", "Id", "Managed", "Reachable", "File", "Daemon", "Version", "Driver"], rows.slice(0, limit)), [rows, limit]);

@@ -1,4 +1,3 @@
-// What happens, as it happens.
 import { html, useMemo, useState } from "./vendor/standalone.module.js";
 import { nameOf, useStore } from "./store.js";
 import { button, clock, filterBox, Heading, note, select } from "./parts.js";

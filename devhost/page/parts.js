@@ -1,13 +1,10 @@
-// Parts that several views are made of.
 import { html, useEffect, useRef, useState } from "./vendor/standalone.module.js";
 
 export const TERMS = { enabled: "SNMP", readCommunity: "Read community", writeCommunity: "Write community", contact: "Contact",
   usePrimaryContact: "Contact from the project", location: "Location", useOwnerAddress: "Location from the project", name: "Name",
   useRoomDevice: "Name from the project", trapTargets: "Trap targets" };
-const ELEMENTS = { IsManagedDevice: "Managed", EnabledSetting: TERMS.enabled, CommunityReadSetting: TERMS.readCommunity,
-  CommunityWriteSetting: TERMS.writeCommunity, SysContactSetting: TERMS.contact, UsePrimaryContactSetting: TERMS.usePrimaryContact,
-  SysLocationSetting: TERMS.location, UseProjectOwnerAddressSetting: TERMS.useOwnerAddress, SysNameSetting: TERMS.name,
-  UseRoomDeviceSetting: TERMS.useRoomDevice, TrapTargets: TERMS.trapTargets };
+// The same in the words of the agent, and in the same order.
+const ELEMENTS = ["Enabled", "CommunityRead", "CommunityWrite", "SysContact", "UsePrimaryContact", "SysLocation", "UseProjectOwnerAddress", "SysName", "UseRoomDevice", "TrapTargets"];
 
 // Attributes of inputs: what is typed goes to `set`.
 export const typing = (value, set) => ({ value, autocomplete: "off", spellcheck: false, onInput: (e) => set(e.target.value) });
@@ -31,7 +28,7 @@ export function Heading({ children, level: Level = "h1" }) {
   return html`<${Level} ref=${self} tabindex="-1">${children}<//>`;
 }
 
-// What has the focus is about to go: it would fall to the top of the page.
+// Before what has the focus goes away.
 export const focusHeading = () => document.querySelector("h1").focus();
 
 export const trouble = (error, again) => error && html`<div class="note bad" role="alert"><p>${error.message}</p>${again && button("Try again", again)}</div>`;
@@ -53,7 +50,7 @@ export const row = ([first, ...rest], key) => html`<tr key=${key}><th scope="row
 export const table = (label, head, rows) => scroll(label, "div", "scroll", html`<table><thead><tr>${head.map((t) => html`<th scope="col">${t}</th>`)}</tr></thead>
   <tbody>${rows.map((r) => (Array.isArray(r) ? row(r) : r))}</tbody></table>`);
 
-const settingName = (name) => ELEMENTS[name.replace("snmp", "")] || name;
+const settingName = (name) => (name === "snmpIsManagedDevice" ? "Managed" : Object.values(TERMS)[ELEMENTS.indexOf(name.replace(/^snmp|Setting$/g, ""))] || name);
 export const settingNames = (list) => (list || []).map(settingName).join(", ");
 const shown = (text) => ({ "": "(empty)", true: "on", false: "off" })[text] || text;
 export const settingChanges = (settings) => has(settings) && table("Settings that change", ["Setting", "Before", "After"],
@@ -68,7 +65,7 @@ export const probed = (probe) => probe && html`${note([SERVED[probe.verdict] || 
   ${has(probe.items) && table("What the daemon serves", ["What", "Result", "Configured", "Served"], probe.items.map((i) =>
     [i.name, PROBED[i.verdict], i.configured, html`${i.served} <span class="hint">${i.reason}</span>`]))}${messages(probe.messages)}`;
 
-// Asks before something is done: the name has to be typed.
+// Asks first: the name has to be typed.
 export function Confirm({ title, text, name, onYes, onClose }) {
   const dialog = useRef();
   const [typed, type] = useState("");

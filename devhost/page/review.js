@@ -1,5 +1,5 @@
-// A change before it is made, while it is made, and what has come of it. Applying and undoing go through here.
 import { html, useEffect, useState } from "./vendor/standalone.module.js";
+import { asking, call } from "./api.js";
 import { announce, readOnly, state, update, useStore } from "./store.js";
 import { button, diff, findingList, has, Heading, hint, messages, note, probed, settingChanges, ticking, trouble } from "./parts.js";
 
@@ -8,7 +8,6 @@ const STEPS = { judge: "Judge the settings", preview: "Try the change on a scrat
 const MARKS = { begun: "…", done: "✓", failed: "✗" };
 const DONE = { unchanged: "Nothing had to be changed", changed: "The change is made", waits: "The device gets the change when it is back",
   stopped: "The change was stopped", failed: "The change has failed" };
-// The others leave the draft as it is: what it says is not made.
 const KINDS = { unchanged: "good", changed: "good", waits: "warn" };
 
 function Steps({ device }) {
@@ -17,25 +16,21 @@ function Steps({ device }) {
     STEPS[s.step] || s.step} <span class="hint">${s.state} ${s.text}</span></li>`)}</ol>`;
 }
 
-// plan(accepted, signal) answers with a Plan and its base, apply(accepted, base) with what was applied; conflict() follows status 412.
-export function Review({ device, name, title, verb, plan, apply, onBack, onDone, conflict }) {
+// `plan` is the path that tells what the body would change, `apply` the method and path that change it; conflict() follows status 412.
+export function Review({ device, name, title, verb, body, plan, apply, base, onBack, onDone, conflict }) {
   const [accepted, accept] = useState([]);
   const [{ found, error, result, going }, set] = useState({});
   const failed = (e) => (e.status === 412 ? conflict() : set({ found, error: e }));
-  const look = () => {
-    const stop = new AbortController(), { signal } = stop;
-    plan(accepted, signal).then((answer) => signal.aborted || set({ found: answer }), (e) => signal.aborted || failed(e));
-    return () => stop.abort();
-  };
+  const look = () => asking((signal) => call("POST", plan, { ...body, accepted }, { signal }), (answer) => set({ found: answer }), failed);
   useEffect(look, [accepted]);
   const may = found && !going && found.verdict === "would-change" && !readOnly();
   const start = () => {
     update({ steps: { ...state.steps, [device]: [] } });
     set({ found, going: true });
-    apply(accepted, found.base).then((answer) => {
+    call(...apply, { ...body, accepted }, { base: base || found.base }).then((answer) => {
       set({ result: answer });
       announce(`${name}: ${DONE[answer.verdict]}.`);
-      if (answer.verdict in KINDS) onDone();
+      if (answer.verdict in KINDS) onDone();  // else it is not made
     }, failed);
   };
   if (result) {

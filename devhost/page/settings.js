@@ -1,6 +1,5 @@
-// The settings of one device as a form. What is typed is a draft in this page until it is applied.
-import { html, useEffect, useRef, useState } from "./vendor/standalone.module.js";
-import { call } from "./api.js";
+import { html, useEffect, useState } from "./vendor/standalone.module.js";
+import { asking, call } from "./api.js";
 import { state, update, readOnly } from "./store.js";
 import { button, findingList, has, hint, quiet, TERMS, ticking, typing } from "./parts.js";
 
@@ -56,18 +55,20 @@ export function setDraft(id, draft) {
 function useAdvice(id, edit) {
   const [findings, set] = useState([]);
   useEffect(() => {
-    const stop = new AbortController(), { signal } = stop;
-    const timer = setTimeout(() => call("POST", `/devices/${id}/advise`, { settings: wire(edit) }, undefined, true, signal)
-      .then((answer) => signal.aborted || set(answer.findings), () => {}), 250);
-    return () => { stop.abort(); clearTimeout(timer); };
+    let stop = () => clearTimeout(timer);
+    const timer = setTimeout(() => {
+      stop = asking((signal) => call("POST", `/devices/${id}/advise`, { settings: wire(edit) }, { quiet: true, signal }), (answer) => set(answer.findings));
+    }, 250);
+    return () => stop();
   }, [id, edit]);
   return findings;
 }
 
 const shownText = (value, set) => (typeof value === "string" ? typing(value, set) : { ...typing("", set), placeholder: "hidden; kept as it is" });
 
+const focusOn = (id) => document.getElementById(id).focus();
 const undoable = (form, field) => form.changed.includes(field) && html` <span class="tag">changed</span> ${
-  quiet("Undo", () => { document.getElementById(field).focus(); form.undo(field); }, { "aria-label": "Undo the change of " + TERMS[field] })}`;
+  quiet("Undo", () => { focusOn(field); form.undo(field); }, { "aria-label": "Undo the change of " + TERMS[field] })}`;
 
 // Label, value, hint and findings of a setting. `inside` gets the attributes that bind them.
 function field(form, name, inside, words, label) {
@@ -112,7 +113,6 @@ function TrapTargets({ form }) {
   const set = (next) => form.set("trapTargets", next);
   const change = (n, part) => set(targets.map((t, k) => (k === n ? { ...t, ...part } : t)));
   const move = (n, by) => set(targets.map((t, k) => targets[k === n ? n + by : k === n + by ? n : k]));
-  const add = useRef();
   const about = (n, part) => findingList(form.of(`trapTargets[${n}].${part}`), `Findings about the ${part} of trap target ${n + 1}`, `trap-${n}-${part}`);
   const aria = (n, part) => ({ "aria-label": `${part} of trap target ${n + 1}`, "aria-describedby": `trap-${n}-${part}`, "aria-invalid": form.bad(form.of(`trapTargets[${n}].${part}`)) });
   const input = (n, part) => html`<td class=${part}><input ...${aria(n, part)} placeholder=${part} ...${shownText(targets[n][part], (value) => change(n, { [part]: value }))} readonly=${form.fixed} />${about(n, part)}</td>`;
@@ -124,9 +124,9 @@ function TrapTargets({ form }) {
         <td><${Secret} id=${"trap-" + t.row} label=${`community of trap target ${n + 1}`} value=${t.community} fixed=${form.fixed} isSet=${old[t.row] && old[t.row].community.set}
           old=${old[t.row] && { keep: t.row }} set=${(community) => change(n, { community })} />${t.community.ask && hint("The list has moved: give the community again.")}${about(n, "community")}</td>
         <td class="order">${!form.fixed && html`${order(n, -1, "↑", "up")}${order(n, 1, "↓", "down")}${button("✕", () => {
-          set(targets.filter((_, k) => k !== n)); add.current.focus(); }, { "aria-label": `Remove trap target ${n + 1}` })}`}</td></tr>`)}</tbody></table>`}
+          set(targets.filter((_, k) => k !== n)); focusOn("trapTargets"); }, { "aria-label": `Remove trap target ${n + 1}` })}`}</td></tr>`)}</tbody></table>`}
     ${!targets.length && hint(old.length ? "The list will be erased." : form.draft.settings.trapTargetsErased ? "Erased: the list stays empty." : "None.")}
-    ${!form.fixed && button("Add a trap target", () => set([...targets, { row: "new" + Date.now(), target: "", community: { value: "" }, port: "162" }]), { ref: add, id: "trapTargets" })}</fieldset>`;
+    ${!form.fixed && button("Add a trap target", () => set([...targets, { row: "new" + Date.now(), target: "", community: { value: "" }, port: "162" }]), { id: "trapTargets" })}</fieldset>`;
 }
 
 export function SettingsForm({ id, draft, onReview }) {

@@ -1,6 +1,5 @@
-// What all views share: the session, the devices, what has happened, and drafts that are not applied yet.
 import { useState, useEffect, useRef } from "./vendor/standalone.module.js";
-import { call, follow, isRefusal, read, watchPending } from "./api.js";
+import { asking, call, follow, isRefusal, read, watchPending } from "./api.js";
 
 export const state = {
   session: null, devices: null,  // as the server tells them
@@ -9,7 +8,7 @@ export const state = {
   gone: null,                    // { seconds, retry } while nobody answers
   generation: 0,                 // rises when all that was read may be out of date
   log: [], steps: {},            // events, and the steps of the last operation by device
-  changes: {},                   // by device: the number of the event that told of its last change; `flags`: that of a variable
+  changes: {},                   // by device, and `flags`: the number of the last event that told of a change
   drafts: {},                    // by device: { settings, base, edit }
   status: "",                    // what the last operation came to
   slow: false,                   // a request has been waiting for a while
@@ -40,9 +39,7 @@ export function useRead(path, version) {
   const generation = useStore("generation");
   const [answer, set] = useState({}), [again, reload] = useState(0);
   useEffect(() => {
-    const stop = new AbortController(), { signal } = stop;
-    if (path) read(path, signal).then((data) => signal.aborted || set({ path, data }), (error) => signal.aborted || set((old) => ({ ...(old.path === path && old), path, error })));
-    return () => stop.abort();
+    if (path) return asking((signal) => read(path, signal), (data) => set({ path, data }), (error) => set((old) => ({ ...(old.path === path && old), path, error })));
   }, [path, version, generation, again]);
   return { ...(answer.path === path && answer), reload: () => reload((n) => n + 1), forget: () => { set({}); reload((n) => n + 1); } };
 }
@@ -53,7 +50,7 @@ export const deviceOf = (id) => (state.devices || []).find((d) => d.id === Numbe
 export const nameOf = (id) => (deviceOf(id) || { name: id }).name;
 
 let once;
-const readSession = () => call("GET", "/session", undefined, undefined, true)
+const readSession = () => call("GET", "/session", undefined, { quiet: true })
   .then((session) => update({ session }), ({ status }) => {
     if (isRefusal(status)) return update({ refused: status });
     clearTimeout(once);
@@ -93,7 +90,7 @@ function happened(event) {
 
 let following;
 
-// Follows the events, also anew when the key was refused and another one is there. What stood in the log is another server's then.
+// Follows the events; after a refusal again, with another key.
 export function listen() {
   if (state.refused) update({ refused: 0, log: [], steps: {} });
   following = following || follow({ open: () => { update({ gone: null }); readAll(); }, event: happened, stale: readAll, gone: (gone) => update({ gone }),

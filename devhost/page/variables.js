@@ -1,4 +1,3 @@
-// The variables of the project, and whether a change of one sends a trap.
 import { html, useState } from "./vendor/standalone.module.js";
 import { call } from "./api.js";
 import { announce, nameOf, readOnly, useRead, useStore } from "./store.js";

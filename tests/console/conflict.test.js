@@ -209,7 +209,7 @@ describe("a draft", () => {
 
   test("outlives the host, and nobody is said to have changed the device", async () => {
     assert.equal((await console.call("POST", "/host/restart", {})).status, 200);
-    assert.match(await asked("The host was started again"), /^The host was started again\s+The settings are as you read them\. Whether the file or a community has changed cannot be told\.\s+Take it over/);
+    assert.match(await asked("The host was started again"), /^The host was started again\s+The settings are as you read them\. Perhaps the file or a community has changed since\.\s+Take it over/);
     await page.getByRole("button", { name: "Take it over, keep my changes" }).click();
     assert.equal(await box(page, "Location").inputValue(), "on the roof");
   });
