@@ -341,6 +341,7 @@ TEST_F(ApplyToAFile, AsksOnATerminalBeforeItMakesUpForARestart) {
   EXPECT_TRUE(fs::exists(restarted));
 }
 
+#ifndef WITHOUT_SNMP_CLIENT
 TEST_F(ApplyToAFile, AsksItsDaemonWhenThatHasReadIt) {
   const SnmpDaemon daemon("rocommunity hidden\nsysName attic\n");
   File("etc/snmpd.conf", "agentaddress " + daemon.Address() + "\nagentXSocket unix:" + folder.Path("agentx") + "\n");
@@ -369,6 +370,7 @@ TEST_F(ApplyToAFile, FailsWhenItsDaemonDoesNotComeBack) {
   EXPECT_EQ(off.status, ExitStatus::Good);
   EXPECT_THAT(off.out, HasSubstr("not probed: the daemon at " + daemon.Address() + " cannot be asked: refused\n"));
 }
+#endif
 
 TEST_F(ApplyToAFile, IsNotChangedWhenTheRestartCommandIsNotThere) {
   const std::string plain = File("plain", "");

@@ -56,6 +56,7 @@ TEST_F(DriftCommand, SaysThatThereIsNoSection) {
             "removed it\n");
 }
 
+#ifndef WITHOUT_SNMP_CLIENT
 TEST_F(DriftCommand, AsksTheDaemonWhenItIsToldTo) {
   const auto serveOn = [this](const std::string& port) {
     File("project.xml",
@@ -86,6 +87,7 @@ TEST_F(DriftCommand, AsksTheDaemonWhenItIsToldTo) {
               AllOf(HasSubstr("\"verdict\":\"unknown\""), HasSubstr("\"stage\":\"plan\",\"reason\":\"the daemon at ")));
   EXPECT_THAT(Do("drift", {"--probe"}).errors, HasSubstr(" cannot be asked: refused"));
 }
+#endif
 
 TEST_F(DriftCommand, PrintsAJsonObjectWhereItStops) {
   ::chmod(folder.Path("project.xml.snapshots").c_str(), 0755);
