@@ -184,6 +184,8 @@ TEST(AControllerWithAName, IsOffLineAtTheDeadlineWhenTheNameServerIsSilent) {
   const int cannot = 1;
   const int tooLate = 2;
   const TemporaryFolder folder;
+  // The disk is of no use here; with it come mounts of the child's own, below which nothing can be removed there.
+  const TemporaryFolder disk;
   // An address of its own, for tests that run at the same time.
   const auto number = static_cast<std::uint32_t>(::getpid()) & 0xffffU;
   folder.Write("resolv.conf", "nameserver 127.53." + std::to_string(number >> 8U) + "." + std::to_string(number & 0xffU) +
@@ -194,8 +196,6 @@ TEST(AControllerWithAName, IsOffLineAtTheDeadlineWhenTheNameServerIsSilent) {
     address.sin_family = AF_INET;
     address.sin_port = htons(53);
     address.sin_addr.s_addr = htonl(0x7f350000U | number);
-    // The disk is of no use here; with it come mounts of its own.
-    TemporaryFolder disk;
     if (::bind(server.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         !MountSmallDisk(disk.Path()) ||
         ::mount(folder.Path("resolv.conf").c_str(), "/etc/resolv.conf", nullptr, MS_BIND, nullptr) != 0) {
