@@ -33,7 +33,7 @@ FileDescriptor Connect(const Deadline& deadline) {
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   // This also limits connecting, which waits while the agent has as many connections waiting as it wants. 0 is no limit.
   const int left = std::max(1, deadline.Left());
-  const timeval limit = {left / 1000, left % 1000 * 1000};
+  const timeval limit = {left / 1000, left % 1000 * 1000L};
   ::setsockopt(socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
   if (::connect(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
     return socket;
