@@ -114,10 +114,6 @@ class ProbedDaemon {
   bool m_answered = false;
 };
 
-bool IsWrong(ProbeReport::Verdict verdict) {
-  return verdict == ProbeReport::Verdict::Differs || verdict == ProbeReport::Verdict::Gone;
-}
-
 void PrintProbe(const ProbeReport& report, const std::string& device, Console& console) {
   if (!report.items.empty()) {
     console.Out().Write(ShortProbeText(report, device));

@@ -251,7 +251,7 @@ class Rollout {
         m_output(m_devices, arguments.Has(kFleetJson), console) {
     m_limits.jobs = NumberOf(arguments, kJobs, 8, 1000);
     m_limits.deadline = std::chrono::seconds(NumberOf(arguments, kDeadline, 300, 86400));
-    // One that only looks goes through all: the others are no worse for what was found.
+    // A run that only looks goes through all devices: what it finds on one says nothing about the others.
     m_limits.stopsAtFailure = m_operation.changes && !arguments.Has(kKeepGoing);
     m_limits.waves = WaveEnds(arguments.Text(kWave), m_devices.size());
     if (arguments.Has(kRecord)) {

@@ -63,7 +63,15 @@ std::string Written(const ordered_json& value) {
   return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 
-// What a daemon that was asked after a change serves differently; "" when there is no such thing.
+// "" when there is none.
+std::string LastMessageIn(const ordered_json& object) {
+  const ordered_json messages = object.value("messages", ordered_json::array());
+  return messages.is_array() && !messages.empty() && messages.back().is_string()
+             ? OneLine(messages.back().get<std::string>())
+             : "";
+}
+
+// How a daemon that was asked after a change differs, or that it has gone; "" when it is as configured, or was not asked.
 std::string DifferenceIn(const ordered_json& object) {
   std::string names;
   const ordered_json probe = object.value("probe", ordered_json::object());
@@ -74,10 +82,7 @@ std::string DifferenceIn(const ordered_json& object) {
     }
   }
   if (TextOf(probe, "verdict") == "gone") {
-    const ordered_json messages = probe.value("messages", ordered_json::array());
-    return messages.is_array() && !messages.empty() && messages.back().is_string()
-               ? OneLine(messages.back().get<std::string>())
-               : "the daemon does not answer any more";
+    return LastMessageIn(probe);
   }
   return names.empty() ? "" : "the daemon differs: " + names;
 }
@@ -89,10 +94,9 @@ std::string ReasonIn(const ordered_json& object) {
     const std::string reason = TextOf(object, "reason");
     return reason.empty() ? DifferenceIn(object) : reason;
   }
-  const ordered_json messages = object.value("messages", ordered_json::array());
-  const bool hasMessage = messages.is_array() && !messages.empty() && messages.back().is_string();
+  const std::string message = LastMessageIn(object);
   return std::string(open->get<bool>() ? "a rotation is open" : "no rotation is open") +
-         (hasMessage ? "; " + OneLine(messages.back().get<std::string>()) : "");
+         (message.empty() ? "" : "; " + message);
 }
 
 bool HasEndedByItself(const FleetEnd& end) {

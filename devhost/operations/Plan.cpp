@@ -11,7 +11,6 @@
 #include "devhost/operations/Overridden.h"
 #include "devhost/operations/Rotation.h"
 #include "devhost/preview/Preview.h"
-#include "devhost/secrets/Masker.h"
 #include "devhost/state/StateFolder.h"
 #include "devhost/xml/XmlReader.h"
 

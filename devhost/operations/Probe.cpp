@@ -79,6 +79,10 @@ std::optional<ReachedDaemon> Reach(const Target& target, const ProbeMeans& means
   return ReachedDaemon{*daemon, found.hasOwnAgentX};
 }
 
+bool IsWrong(ProbeReport::Verdict verdict) {
+  return verdict == ProbeReport::Verdict::Differs || verdict == ProbeReport::Verdict::Gone;
+}
+
 void Conclude(ProbeReport& report) {
   const auto differs = [](const ProbeItem& item) { return item.verdict == ProbeItem::Verdict::Differs; };
   const bool isAsConfigured = std::none_of(report.items.begin(), report.items.end(), differs);

@@ -52,6 +52,9 @@ struct ProbeReport {
   std::vector<std::string> messages;  // what else there is to say, a line each; why nobody knows comes last
 };
 
+// Whether the daemon is known not to serve what is configured.
+bool IsWrong(ProbeReport::Verdict verdict);
+
 // Asks the daemon of a device over SNMP what it serves: contact, name and location, whether the communities work, whether
 // somebody listens on the AgentX socket. Sends a test trap to each target, from this machine.
 //

@@ -33,9 +33,9 @@ struct Communities {
 // RotationError when the lines around them were changed.
 Communities OldCommunities(const std::string& file);
 
-// The error "rotation-open" of a change that is no step of a rotation: it takes a new community out of the section while the
-// rotation that brought it is open, so whoever uses that community already is locked out. `before` and `after` are the file,
-// `name` is what the finding calls it. Nothing where that is not so.
+// The error "rotation-open" of a change that is not a step of a rotation: it takes a new community out of the section while
+// the rotation that brought it is open, so whoever uses that community already is locked out. `before` and `after` are the
+// file, `name` is what the finding calls it. Nothing where that is not so.
 std::optional<Finding> JudgeRotation(const Change& change, const std::string& before, const std::string& after,
                                      const std::string& name);
 

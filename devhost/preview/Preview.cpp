@@ -132,8 +132,7 @@ std::vector<std::string> LinesOf(const DeviceLife& life, const Complaints& compl
   return lines;
 }
 
-}  // namespace
-
+// Learns the secrets of the device and of the change, which drivers may quote.
 void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Masker& masker) {
   masker.Xml(input.settings.text);
   masker.Xml(input.device.configXml);
@@ -145,6 +144,8 @@ void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Maske
     masker.Secret(target.community);
   }
 }
+
+}  // namespace
 
 std::string WaitingChange(const std::string& device, const std::string& state) {
   if (state.empty()) {

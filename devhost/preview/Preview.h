@@ -56,11 +56,6 @@ struct PreviewResult {
   DeviceAnswers after;
 };
 
-class Masker;
-
-// Learns the secrets of the device and of the change, which drivers may quote.
-void LearnSecrets(const PreviewInput& input, const DeviceAnswers& answers, Masker& masker);
-
 // What is to be said of a device whose driver has kept a change for later, in one line; "" when it has kept none. `state` is
 // what is kept for the device, as XML, or "": drivers of drivers/common/DeviceState.h have the elements `pending` and `base`
 // in it then. Throws XmlError for a state that is not XML.

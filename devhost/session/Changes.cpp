@@ -162,8 +162,7 @@ ordered_json Changes::Make(const Change& change, const Request& request) {
       // The change is made, whatever becomes of the question.
       probe.messages = {m_secrets.Text(error.what())};
     }
-    const bool isWrong = probe.verdict == ProbeReport::Verdict::Differs || probe.verdict == ProbeReport::Verdict::Gone;
-    Say(change, "probe", isWrong ? "failed" : "done", NameOf(probe.verdict));
+    Say(change, "probe", IsWrong(probe.verdict) ? "failed" : "done", NameOf(probe.verdict));
   }
   std::vector<std::string> messages = plan.messages;
   messages.insert(messages.end(), applied.messages.begin(), applied.messages.end());

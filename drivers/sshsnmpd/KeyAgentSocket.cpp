@@ -31,7 +31,7 @@ FileDescriptor Connect(const Deadline& deadline) {
   }
   std::copy(path, path + std::strlen(path), address.sun_path);
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  // This also limits connecting, which waits while the agent has as many connections waiting as it wants. 0 is no limit.
+  // This limits connecting, too, which waits while the agent's queue is full. 0 would mean that there is no limit.
   const int left = std::max(1, deadline.Left());
   const timeval limit = {left / 1000, left % 1000 * 1000L};
   ::setsockopt(socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);

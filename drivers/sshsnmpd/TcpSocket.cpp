@@ -28,7 +28,7 @@ namespace {
 using devhost::FileDescriptor;
 using Addresses = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
 
-// A name that is looked up, by a thread of the system where it is no address.
+// A host that is looked up. A thread of the system does that for a name; an address needs none.
 struct LookUp {
   LookUp(std::string hostName, std::uint16_t port) : host(std::move(hostName)), service(std::to_string(port)) {
     hints.ai_socktype = SOCK_STREAM;

@@ -15,7 +15,6 @@
 #include "devhost/state/StateFolder.h"
 #include "tests/devhost/operations/Kitchen.h"
 #include "tests/devhost/support/ChangedVariable.h"
-#include "tests/devhost/support/RecordingObserver.h"
 
 namespace devhost {
 namespace {
@@ -248,17 +247,7 @@ TEST_F(AnAppliedChange, SaysWhatTheDriverDoesNotKeep) {
 
 TEST_F(AnAppliedChange, WaitsForADeviceThatIsOffLine) {
   SetDevice("local_snmpd");
-  KeepStates();
-  {
-    RecordingObserver observer;
-    StateFolder states(change.target.stateFolder);
-    Host host(observer, &states);
-    host.Load(change.target.chosen.agent);
-    host.Load(change.target.chosen.device);
-    host.Command(1, "GetDeviceList", {});
-    host.Command(12, "SetOnline", {{"online", "false"}});
-    host.Stop();
-  }
+  GoOffLine();
   const Plan plan = PlanChange(change);
   EXPECT_FALSE(plan.isReachable);
   const Applied applied = ApplyChange(change, plan, kNow);

@@ -5,7 +5,10 @@
 
 #include <string>
 
+#include "devhost/engine/Host.h"
 #include "devhost/operations/Apply.h"
+#include "devhost/state/StateFolder.h"
+#include "tests/devhost/support/RecordingObserver.h"
 #include "tests/devhost/support/WholeSettings.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -36,6 +39,18 @@ class AKitchen : public testing::Test {
     change.settings = {"s.xml", "<managedDevice>" + settings + "<deviceId>12</deviceId></managedDevice>"};
   }
   void KeepStates() { change.target.stateFolder = folder.Path("states"); }
+  // Of a device that keeps what it knows: from now on it cannot be reached.
+  void GoOffLine() {
+    KeepStates();
+    RecordingObserver observer;
+    StateFolder states(change.target.stateFolder);
+    Host host(observer, &states);
+    host.Load(change.target.chosen.agent);
+    host.Load(change.target.chosen.device);
+    host.Command(1, "GetDeviceList", {});
+    host.Command(12, "SetOnline", {{"online", "false"}});
+    host.Stop();
+  }
   std::string File() const { return folder.Read("kitchen/snmpd.conf"); }
   std::vector<Snapshot> Snapshots() const { return ReadSnapshots(change.target.snapshotFolder, 12).snapshots; }
 

@@ -7,9 +7,7 @@
 
 #include "devhost/engine/Host.h"
 #include "devhost/operations/History.h"
-#include "devhost/state/StateFolder.h"
 #include "tests/devhost/operations/Kitchen.h"
-#include "tests/devhost/support/RecordingObserver.h"
 
 namespace devhost {
 namespace {
@@ -378,17 +376,7 @@ TEST_F(ARotation, SaysWhereIncludedFilesCannotBeSearched) {
   AddToFile("includeFile part.conf\n");
   EXPECT_THAT(StayingPlaces(change.target, {}, ""), IsEmpty());
   SetDevice("local_snmpd");
-  KeepStates();
-  {
-    RecordingObserver observer;
-    StateFolder states(change.target.stateFolder);
-    Host host(observer, &states);
-    host.Load(change.target.chosen.agent);
-    host.Load(change.target.chosen.device);
-    host.Command(1, "GetDeviceList", {});
-    host.Command(12, "SetOnline", {{"online", "false"}});
-    host.Stop();
-  }
+  GoOffLine();
   const std::string text = File();
   AddToFile("# by hand\n");
   EXPECT_THAT(StayingPlaces(change.target, {}, ""),
